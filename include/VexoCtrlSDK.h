@@ -1,0 +1,284 @@
+/*
+ * VexoCtrlSDK: drives the TW2835 video chips of a mobile digital video recorder.
+ *
+ * A host loads the library, binds its main window with VEXOAPI_Initialize, and then sends binary
+ * commands (VEXOAPI_CommandProc) or text lines (VEXOAPI_TextCommandProc). The library answers with
+ * result codes and tells the host about video loss and motion by window messages.
+ *
+ * All multi-byte fields are little-endian. Records belong to the caller: the library reads and
+ * writes them only during the call, and they need no particular alignment. Reserved bytes are
+ * neither read nor written.
+ *
+ * The header is plain C, but for VEXOAPI_SetMotionInfo, which is exported under its C++ name.
+ */
+#ifndef VEXOCTRLSDK_H
+#define VEXOCTRLSDK_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+#define VEXO_STATIC_ASSERT(condition, text) static_assert(condition, text)
+typedef char16_t VexoChar16; /* one UTF-16 unit */
+#else
+#define VEXO_STATIC_ASSERT(condition, text) _Static_assert(condition, text)
+typedef uint16_t VexoChar16; /* one UTF-16 unit */
+#endif
+
+/* A window handle of the host (HWND). */
+typedef void* VexoWindow;
+
+/* ---- Result codes ------------------------------------------------------------------------- */
+
+#define VEXO_OK 0                      /* done; some operations hand through a positive value   */
+#define VEXO_ERROR_FAILED (-1)         /* unknown code, refused in this mode, or failed         */
+#define VEXO_ERROR_NO_HEADER (-4)      /* text line without a known header word                 */
+#define VEXO_ERROR_PARAMETER (-5)      /* required record missing, or argument out of range     */
+#define VEXO_ERROR_UNINITIALIZED (-6)  /* the library is not initialized in this process        */
+#define VEXO_ERROR_NOT_READY (-8)      /* no host window, chips not ready, or unknown board     */
+
+/* ---- Command codes of VEXOAPI_CommandProc --------------------------------------------------- */
+
+#define VEXO_CMD_INIT 0xF001u                /* VexoInitRecord, in and out                      */
+#define VEXO_CMD_STOP_MONITOR 0xF002u        /* no record                                       */
+#define VEXO_CMD_READ_REG 0xF003u            /* VexoRegRecord, in and out                       */
+#define VEXO_CMD_WRITE_REG 0xF004u           /* VexoRegRecord                                   */
+#define VEXO_CMD_LIVE_SPLIT 0xF005u          /* VexoSplitRecord                                 */
+#define VEXO_CMD_PLAY_SPLIT 0xF006u          /* VexoSplitRecord                                 */
+#define VEXO_CMD_MOTION_MASK 0xF007u         /* VexoMotionMaskRecord; its mask is transformed   */
+#define VEXO_CMD_CHANNEL_MASKS 0xF008u       /* VexoChannelMasksRecord                          */
+#define VEXO_CMD_LIVE_MODE 0xF009u           /* VexoLiveModeRecord                              */
+#define VEXO_CMD_PLAY_MODE 0xF00Au           /* VexoPlayModeRecord                              */
+#define VEXO_CMD_BLANK_MASK 0xF00Bu          /* VexoMaskRecord                                  */
+#define VEXO_CMD_BIT0_MASK 0xF00Cu           /* VexoMaskRecord                                  */
+#define VEXO_CMD_RESTORE_BLANK 0xF00Du       /* no record                                       */
+#define VEXO_CMD_MOTION_SETUP 0xF00Eu        /* VexoMotionSetupRecord                           */
+#define VEXO_CMD_MOTION_CLEAR 0xF00Fu        /* no record                                       */
+#define VEXO_CMD_MOTION_MASK_PREVIEW 0xF010u /* VexoMotionMaskRecord; its mask is transformed   */
+#define VEXO_CMD_MOTION_REG 0xF011u          /* VexoMotionRegRecord                             */
+
+/* Register dumps to the debug output: 0xFF00 + 4 * page + chip position; no record. */
+#define VEXO_CMD_DUMP_MASTER_P0 0xFF00u
+#define VEXO_CMD_DUMP_SLAVE1_P0 0xFF01u
+#define VEXO_CMD_DUMP_SLAVE2_P0 0xFF02u
+#define VEXO_CMD_DUMP_SLAVE3_P0 0xFF03u
+#define VEXO_CMD_DUMP_MASTER_P1 0xFF04u
+#define VEXO_CMD_DUMP_SLAVE1_P1 0xFF05u
+#define VEXO_CMD_DUMP_SLAVE2_P1 0xFF06u
+#define VEXO_CMD_DUMP_SLAVE3_P1 0xFF07u
+#define VEXO_CMD_DUMP_MASTER_P2 0xFF08u
+#define VEXO_CMD_DUMP_SLAVE1_P2 0xFF09u
+#define VEXO_CMD_DUMP_SLAVE2_P2 0xFF0Au
+#define VEXO_CMD_DUMP_SLAVE3_P2 0xFF0Bu
+
+/* ---- Shared values -------------------------------------------------------------------------- */
+
+#define VEXO_MAX_CHIPS 4
+#define VEXO_MAX_CHANNELS 16
+#define VEXO_MOTION_MASK_BYTES 24
+
+/* Chip select codes: which chip a register access goes to. Reading with ALL is not supported. */
+#define VEXO_CHIP_MASTER 0x03u
+#define VEXO_CHIP_SLAVE1 0x0Cu
+#define VEXO_CHIP_SLAVE2 0x30u
+#define VEXO_CHIP_SLAVE3 0xC0u
+#define VEXO_CHIP_ALL 0xFFu
+
+/* Video standards. */
+#define VEXO_VIDEO_NTSC 0
+#define VEXO_VIDEO_PAL 1
+#define VEXO_VIDEO_NONE 2
+
+/* Split modes. 4-channel boards have 0 and 1, 8-channel boards 0 to 4, 16-channel boards all. */
+#define VEXO_SPLIT_FULL 0 /* one picture             */
+#define VEXO_SPLIT_4 1    /* 2 x 2                   */
+#define VEXO_SPLIT_6 2    /* one large, five small   */
+#define VEXO_SPLIT_8 3    /* one large, seven small  */
+#define VEXO_SPLIT_9 4    /* 3 x 3                   */
+#define VEXO_SPLIT_13 5   /* one large, twelve small */
+#define VEXO_SPLIT_16 6   /* 4 x 4                   */
+
+/* ---- Parameter records ---------------------------------------------------------------------- */
+
+/* VEXO_CMD_INIT. Read: bytes 0-3. Written: bytes 12-23 (all zero when initialization fails). */
+typedef struct VexoInitRecord {
+  uint16_t reserved1;       /*  0 in: passed on, ignored                                        */
+  uint16_t reserved2;       /*  2 in: passed on, ignored                                        */
+  uint8_t reserved3[8];     /*  4                                                               */
+  uint32_t chip_count;      /* 12 out: chips found, 1-4; four channels each                     */
+  uint32_t video_standard;  /* 16 out: VEXO_VIDEO_...                                           */
+  uint8_t chip_id[4];       /* 20 out: identification of master, slave 1, slave 2, slave 3      */
+} VexoInitRecord;
+
+/* VEXO_CMD_READ_REG (reads bytes 0-2, writes byte 3), VEXO_CMD_WRITE_REG (reads bytes 0-3) and
+ * VEXO_MSG_REG_VALUE. */
+typedef struct VexoRegRecord {
+  uint8_t chip_select; /* 0 VEXO_CHIP_...           */
+  uint8_t page;        /* 1 register page, 0-2      */
+  uint8_t reg;         /* 2 register number         */
+  uint8_t value;       /* 3 value read or to write  */
+} VexoRegRecord;
+
+/* VEXO_CMD_LIVE_SPLIT (reads byte 4 and, from byte 6, one byte a window of the mode) and
+ * VEXO_CMD_PLAY_SPLIT (reads byte 5 too). A channel not below the board's channel count leaves its
+ * window empty. */
+typedef struct VexoSplitRecord {
+  uint8_t reserved[4];  /* 0                                       */
+  uint8_t mode;         /* 4 VEXO_SPLIT_...                        */
+  uint8_t option;       /* 5 playback only: full picture in mode 0 */
+  uint8_t channels[16]; /* 6 channel of each window, 0-15          */
+} VexoSplitRecord;
+
+/* VEXO_CMD_MOTION_MASK and VEXO_CMD_MOTION_MASK_PREVIEW. Read: all 26 bytes (byte 0 alone when the
+ * channel is refused). Written: the mask, left as it was sent to the chip: the bits of each byte
+ * reversed, then the two bytes of each row exchanged. */
+typedef struct VexoMotionMaskRecord {
+  uint8_t channel;  /*  0 below the channel count                   */
+  uint8_t level;    /*  1 sensitivity, 0-3                          */
+  uint8_t mask[24]; /*  2 12 rows of 16 cells, two bytes a row      */
+} VexoMotionMaskRecord;
+
+/* VEXO_CMD_CHANNEL_MASKS. Read: all 12 bytes. Bit n stands for channel n. */
+typedef struct VexoChannelMasksRecord {
+  uint32_t live_display; /* 0 channels shown in live display */
+  uint32_t record;       /* 4 channels that are recorded     */
+  uint32_t play_display; /* 8 channels shown in playback     */
+} VexoChannelMasksRecord;
+
+/* VEXO_CMD_LIVE_MODE. Read: byte 4 and, from byte 5, one byte a window of the mode. */
+typedef struct VexoLiveModeRecord {
+  uint8_t reserved[4];  /* 0                                */
+  uint8_t mode;         /* 4 VEXO_SPLIT_...                 */
+  uint8_t channels[16]; /* 5 channel of each window, 0-15   */
+} VexoLiveModeRecord;
+
+/* VEXO_CMD_PLAY_MODE. Read: byte 5 and, from byte 6, one byte a window of the mode. */
+typedef struct VexoPlayModeRecord {
+  uint8_t reserved[5];  /* 0                                */
+  uint8_t mode;         /* 5 VEXO_SPLIT_...                 */
+  uint8_t channels[16]; /* 6 channel of each window, 0-15   */
+} VexoPlayModeRecord;
+
+/* VEXO_CMD_BLANK_MASK and VEXO_CMD_BIT0_MASK. Read: all 4 bytes. */
+typedef struct VexoMaskRecord {
+  uint32_t mask; /* 0 bit n: channel n */
+} VexoMaskRecord;
+
+/* VEXO_CMD_MOTION_SETUP. Read: all 4 bytes. */
+typedef struct VexoMotionSetupRecord {
+  uint8_t cell_type;   /* 0 look of the cell boxes, 0-4                       */
+  uint8_t timing_low;  /* 1 low half of the shared parameter: 0-11            */
+  uint8_t timing_high; /* 2 high half of the shared parameter: 0-8, 10, 11    */
+  uint8_t channel;     /* 3 channel shown full screen with its cells          */
+} VexoMotionSetupRecord;
+
+/* VEXO_CMD_MOTION_REG. Read: all 3 bytes. */
+typedef struct VexoMotionRegRecord {
+  uint8_t channel; /* 0 channel, 0-15            */
+  uint8_t high;    /* 1 high half of the value   */
+  uint8_t low;     /* 2 low half of the value    */
+} VexoMotionRegRecord;
+
+/* ---- Host window messages -------------------------------------------------------------------- */
+
+#define VEXO_MSG_STATUS 0x2401u        /* wParam: VEXO_STATUS_...                                */
+#define VEXO_MSG_INIT_RESULT 0x2402u   /* wParam: address of a VideoState, valid while loaded    */
+#define VEXO_MSG_VIDEO_INFO 0x2403u    /* wParam: address of a VideoDetectRecord, for the call   */
+#define VEXO_MSG_MOTION_STATUS 0x2404u /* wParam: 16-bit mask, bit n: motion on channel n        */
+#define VEXO_MSG_CHIP_VERSION 0x2405u  /* wParam: chip version value                             */
+#define VEXO_MSG_REG_VALUE 0x2406u     /* wParam: address of a VexoRegRecord, for the call       */
+
+/* Status codes of VEXO_MSG_STATUS. */
+#define VEXO_STATUS_DETECT_ERROR 0x1003u     /* chip initialization found no chip               */
+#define VEXO_STATUS_DEVICE_PROBLEM 0x1004u   /* chip initialization met a device problem        */
+#define VEXO_STATUS_NOT_DETECTED 0x1005u     /* chip initialization gave no channel             */
+#define VEXO_STATUS_VBE_OPEN_FAILED 0x2001u  /* the video back-end driver could not be opened   */
+#define VEXO_STATUS_VBE_ALREADY_OPEN 0x2002u /* the video back-end driver was open already      */
+
+/* VEXO_MSG_INIT_RESULT: the same as bytes 12-23 of VexoInitRecord. */
+typedef struct VideoState {
+  uint32_t chip_count;     /* 0 chips found                                              */
+  uint32_t video_standard; /* 4 VEXO_VIDEO_...                                           */
+  uint8_t chip_id[4];      /* 8 identification of master, slave 1, slave 2, slave 3      */
+} VideoState;
+
+/* VEXO_MSG_VIDEO_INFO. */
+typedef struct VideoDetectRecord {
+  uint32_t loss_mask;   /* 0 bit n: channel n has no video                   */
+  uint8_t standard[16]; /* 4 VEXO_VIDEO_... of each channel; 0 where no chip */
+} VideoDetectRecord;
+
+VEXO_STATIC_ASSERT(sizeof(VexoInitRecord) == 24, "VexoInitRecord");
+VEXO_STATIC_ASSERT(sizeof(VexoRegRecord) == 4, "VexoRegRecord");
+VEXO_STATIC_ASSERT(sizeof(VexoSplitRecord) == 22, "VexoSplitRecord");
+VEXO_STATIC_ASSERT(sizeof(VexoMotionMaskRecord) == 26, "VexoMotionMaskRecord");
+VEXO_STATIC_ASSERT(sizeof(VexoChannelMasksRecord) == 12, "VexoChannelMasksRecord");
+VEXO_STATIC_ASSERT(sizeof(VexoLiveModeRecord) == 21, "VexoLiveModeRecord");
+VEXO_STATIC_ASSERT(sizeof(VexoPlayModeRecord) == 22, "VexoPlayModeRecord");
+VEXO_STATIC_ASSERT(sizeof(VexoMaskRecord) == 4, "VexoMaskRecord");
+VEXO_STATIC_ASSERT(sizeof(VexoMotionSetupRecord) == 4, "VexoMotionSetupRecord");
+VEXO_STATIC_ASSERT(sizeof(VexoMotionRegRecord) == 3, "VexoMotionRegRecord");
+VEXO_STATIC_ASSERT(sizeof(VideoState) == 12, "VideoState");
+VEXO_STATIC_ASSERT(sizeof(VideoDetectRecord) == 20, "VideoDetectRecord");
+
+/* ---- Exports ---------------------------------------------------------------------------------- */
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/*
+ * Binds the host window that gets the messages above. Any thread.
+ * Returns VEXO_OK, or VEXO_ERROR_UNINITIALIZED. A handle that is no window also gives VEXO_OK but
+ * binds nothing; the commands then go on answering VEXO_ERROR_NOT_READY.
+ */
+int VEXOAPI_Initialize(VexoWindow window);
+
+/* Forgets the host window. Stops nothing: send VEXO_CMD_STOP_MONITOR first. */
+void VEXOAPI_Uninitialize(void);
+
+/*
+ * Copies the library's version ("1. 0. 1. 6") with its terminator into buffer, which holds at
+ * least 20 units; null copies nothing. Returns the length in units without the terminator, 0 when
+ * the library is not initialized or has no version resource.
+ */
+int VEXOAPI_GetVersion(VexoChar16* buffer);
+
+/* Turns the levelled diagnostics on (non-zero) or off. */
+void VEXOAPI_SetEnableDebug(uint32_t enable);
+
+/* Turns the plain diagnostics and the register dumps on (non-zero) or off. */
+void VEXOAPI_SetEnableOutputMsg(uint32_t enable);
+
+/*
+ * Runs one binary command. Only the low 16 bits of code count; parameter is the record named
+ * beside the code, or null where none is needed.
+ * Returns VEXO_OK or the operation's own result; VEXO_ERROR_FAILED for an unknown code or a failed
+ * operation; VEXO_ERROR_PARAMETER for a missing record; VEXO_ERROR_NOT_READY when no window is
+ * bound or the chips are not ready.
+ * Any thread: commands wait for "CS4_GlobalLock". An unknown code, VEXO_CMD_INIT without a record
+ * and a failed VEXO_CMD_INIT return with that lock still held by the calling thread.
+ */
+int VEXOAPI_CommandProc(uint32_t code, void* parameter);
+
+/*
+ * Runs one line of text, zero-terminated, tokens separated and ended by single blanks, commas or
+ * line feeds. Takes no lock: one thread at a time.
+ * Returns VEXO_OK, VEXO_ERROR_FAILED for a rejected line, VEXO_ERROR_NO_HEADER for a line without
+ * a known header word, or VEXO_ERROR_UNINITIALIZED.
+ */
+int VEXOAPI_TextCommandProc(const char* line);
+
+#ifdef __cplusplus
+} /* extern "C" */
+
+/*
+ * Stores and programs the motion level (0-3) and cell mask (24 bytes, read only; 12 rows, columns
+ * 8-15 before columns 0-7) of a channel. Does nothing while the chips are not ready, for a channel
+ * of 16 or more, and for a null mask.
+ * Returns VEXO_OK, or VEXO_ERROR_UNINITIALIZED with "CS4_GlobalLock" still held by the caller.
+ * Exported under its C++ name: ?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z in a 32-bit library.
+ */
+int VEXOAPI_SetMotionInfo(uint8_t channel, uint8_t level, uint8_t* mask);
+#endif
+
+#endif /* VEXOCTRLSDK_H */

@@ -1,0 +1,155 @@
+// Every touch of the platform, in one ordered list.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "sim/board.h"
+
+namespace sim {
+
+enum class By : std::uint8_t { Host, Worker };
+
+using Bytes = std::vector<std::uint8_t>;
+
+// Details of the events that are no bus cycles; one struct a kind of event.
+struct CallEvent {
+  std::string fn;                  // export name, or DllMain
+  std::vector<std::int64_t> args;  // the numbers among the arguments
+};
+struct ReturnEvent {
+  std::string fn;
+  std::optional<std::int64_t> value;  // none for exports without a result
+  std::optional<Bytes> record;        // the caller's record after the call
+  std::optional<std::string> text;    // version text after the call
+};
+struct DebugEvent {  // one write
+  bool kernel = false;
+  std::string text;  // UTF-8
+};
+struct MessageEvent {
+  bool post = false;  // posted, else sent
+  std::uint32_t message = 0;
+  std::optional<std::uint32_t> wparam;  // none where it is an address
+  std::uint32_t lparam = 0;
+  bool ok = false;
+  std::optional<Bytes> record;  // what wparam points to
+};
+struct LockEvent {
+  bool unlock = false;
+  std::string name;
+  bool ok = false;
+};
+struct SleepEvent {
+  bool wait = false;  // a timed wait on an event, else Sleep
+  std::uint32_t ms = 0;
+};
+struct OpenEvent {
+  std::string name;
+  std::uint32_t access = 0;
+  std::uint32_t share = 0;
+  std::uint32_t disposition = 0;
+  bool ok = false;
+};
+struct IoctlEvent {
+  std::string name;
+  std::uint32_t code = 0;
+  Bytes in;
+  bool ok = false;
+};
+struct CloseEvent {  // of a driver
+  std::string name;
+};
+struct NvramEvent {
+  std::string op;  // init, read, write, deinit
+  std::uint32_t block = 0;
+  std::uint32_t offset = 0;
+  std::uint32_t length = 0;
+  Bytes data;
+  bool ok = false;
+};
+struct MapEvent {
+  std::uint32_t physical = 0;
+  std::uint32_t length = 0;
+  bool cached = false;
+  bool ok = false;
+};
+struct UnmapEvent {
+  BusWindow window = BusWindow::Select;
+};
+struct ThreadEvent {
+  std::string what;  // start, end, terminate
+  std::uint32_t code = 0;
+};
+
+using EventDetail =
+    std::variant<CallEvent, ReturnEvent, DebugEvent, MessageEvent, LockEvent, SleepEvent, OpenEvent,
+                 IoctlEvent, CloseEvent, NvramEvent, MapEvent, UnmapEvent, ThreadEvent>;
+
+// Bus cycles are stored in the event itself, so that millions of them stay cheap.
+struct Event {
+  enum class Kind : std::uint8_t { Store, Load, Other };
+  std::uint32_t t = 0;  // virtual ms
+  By by = By::Host;
+  Kind kind = Kind::Other;
+  BusWindow window = BusWindow::Select;  // Store, Load
+  std::uint8_t value = 0;                // Store, Load
+  std::uint32_t detail = 0;              // Other: index for Trace::Detail
+};
+
+class Trace {
+ public:
+  // Switched off, events are not kept (cycles are still counted).
+  void SetEnabled(bool enabled) { enabled_ = enabled; }
+
+  void AddCycle(std::uint32_t t, By by, bool load, BusWindow window, std::uint8_t value) {
+    ++cycles_;
+    if (!enabled_) return;
+    events_.push_back({t, by, load ? Event::Kind::Load : Event::Kind::Store, window, value, 0});
+  }
+  void Add(std::uint32_t t, By by, EventDetail detail);
+
+  const std::vector<Event>& Events() const { return events_; }
+  const EventDetail& Detail(const Event& event) const { return details_[event.detail]; }
+
+  // The event's detail when it is of type T, else null.
+  template <typename T>
+  const T* As(const Event& event) const {
+    return event.kind == Event::Kind::Other ? std::get_if<T>(&details_[event.detail]) : nullptr;
+  }
+
+  // Number of events so far: a place in the list to look from later.
+  std::size_t Mark() const { return events_.size(); }
+  std::uint64_t Cycles() const { return cycles_; }
+  void Clear();
+
+ private:
+  bool enabled_ = true;
+  std::uint64_t cycles_ = 0;
+  std::vector<Event> events_;
+  std::vector<EventDetail> details_;
+};
+
+// One register access decoded from its bus cycles.
+struct RegisterAccess {
+  bool read = false;
+  std::uint8_t select = kSelectIdle;  // the select byte in force
+  std::uint8_t reg = 0;
+  std::uint8_t value = 0;
+  By by = By::Host;
+  std::uint32_t t = 0;
+
+  // The chip select code (kChipMaster ... kChipAll; 0 when no chip or another set is selected) and
+  // the page (0 to 2, 0xFF when there is none) that the select byte stands for.
+  std::uint8_t Chip() const;
+  std::uint8_t Page() const;
+};
+
+// Register accesses from event `from` on; a table write gives one access a data byte. The cycles
+// of host and worker are decoded apart.
+std::vector<RegisterAccess> DecodeAccesses(const Trace& trace, std::size_t from = 0);
+
+}  // namespace sim
