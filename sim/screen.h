@@ -1,6 +1,7 @@
 // What a viewer would see, composed from the chips' registers and the cameras alone.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -20,9 +21,31 @@ struct Image {
   int width = 0;
   int height = 0;
   std::vector<Rgb> pixels;  // row by row
-  Rgb& At(int x, int y) { return pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)]; }
-  const Rgb& At(int x, int y) const { return pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)]; }
+
+  Rgb& At(int x, int y) { return pixels[Index(x, y)]; }
+  const Rgb& At(int x, int y) const { return pixels[Index(x, y)]; }
+  bool operator==(const Image&) const = default;
+
+ private:
+  std::size_t Index(int x, int y) const {
+    return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+           static_cast<std::size_t>(x);
+  }
 };
+
+// An image of one colour.
+Image FilledImage(int width, int height, Rgb fill);
+
+inline constexpr int kScreenWidth = 720;
+inline constexpr int kScreenHeightNtsc = 480;
+inline constexpr int kScreenHeightPal = 576;
+inline constexpr int kPixelsPerUnit = 4;  // of a display unit, both ways
+
+// What the screen shows where no camera picture is.
+inline constexpr Rgb kScreenBackground{14, 14, 16};  // no window
+inline constexpr Rgb kScreenBlanked{0, 0, 0};        // a window with its blank bit set
+inline constexpr Rgb kScreenNoSignal{16, 28, 140};   // a window whose camera is lost
+inline constexpr Rgb kScreenNoPicture{44, 18, 52};   // part of a window that its picture misses
 
 // The screen at the board's current time: 720 x 480 pixels on NTSC, 720 x 576 on PAL; one display
 // unit is 4 x 4 pixels.
@@ -31,7 +54,8 @@ Image ComposeScreen(const Board& board);
 // Writes a PNG file. Throws std::runtime_error with the reason.
 void WritePng(const Image& image, const std::string& path);
 
-// The picture in 24-bit terminal colours, two pixels a character cell (upper half blocks).
+// The picture in 24-bit terminal colours, two pixels a character cell (upper half blocks), each
+// the average of its area. One line ends with a reset and a line feed.
 std::string RenderForTerminal(const Image& image, int columns);
 
 }  // namespace sim

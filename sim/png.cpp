@@ -1,0 +1,21 @@
+#include <png.h>
+
+#include <stdexcept>
+
+#include "sim/screen.h"
+
+namespace sim {
+
+void WritePng(const Image& image, const std::string& path) {
+  static_assert(sizeof(Rgb) == 3, "libpng reads pixels as packed bytes");
+  png_image png{};
+  png.version = PNG_IMAGE_VERSION;
+  png.width = static_cast<png_uint_32>(image.width);
+  png.height = static_cast<png_uint_32>(image.height);
+  png.format = PNG_FORMAT_RGB;
+  if (png_image_write_to_file(&png, path.c_str(), 0, image.pixels.data(), 0, nullptr) == 0) {
+    throw std::runtime_error(path + ": " + png.message);
+  }
+}
+
+}  // namespace sim
