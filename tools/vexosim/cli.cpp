@@ -1,0 +1,161 @@
+#include "tools/vexosim/cli.h"
+
+#include <CLI/CLI.hpp>
+#include <fstream>
+#include <iostream>
+#include <map>
+
+#include "tools/vexosim/demo.h"
+#include "tools/vexosim/script.h"
+
+namespace vexosim {
+namespace {
+
+constexpr const char* kDescription =
+    "Runs VexoCtrlSDK on a simulated recorder board: up to four TW2835 chips, sixteen cameras,\n"
+    "a host window, and virtual time, so that every run is the same run.";
+
+constexpr const char* kFooter =
+    "Examples:\n"
+    "  vexosim demo                                  a recorder comes up and shows its cameras\n"
+    "  vexosim run live.vexo --picture live.png      runs a script, writes the screen\n"
+    "  vexosim run live.vexo --trace live.jsonl      writes every bus cycle and call as JSON "
+    "lines\n"
+    "  printf 'attach\\nwindow\\ncommand 0xF001\\nprint\\n' | vexosim run -\n"
+    "\n"
+    "Exit status: 0 done, 1 an expectation was not met, 2 the script or the command line is "
+    "wrong.\n"
+    "vexosim run --help lists the script language.";
+
+constexpr const char* kRunIntroduction =
+    "By default each line is echoed with the virtual time at which it runs, and below it\n"
+    "  | what the library wrote to the debug output (! to the kernel debug output)\n"
+    "  > a message to the host window, in words\n"
+    "  = the result of the call\n"
+    "Expectations that are not met go to standard error as FILE:LINE: EXPECTATION: WHAT WAS "
+    "FOUND,\n"
+    "and so do warnings of the board: bus contention, accesses to an unmapped window or wider "
+    "than\n"
+    "a byte, registers that have no name.\n"
+    "\n"
+    "A script:\n"
+    "  board chips 1                  # a recorder with four cameras\n"
+    "  attach\n"
+    "  window\n"
+    "  command 0xF001\n"
+    "  expect return 0\n"
+    "  camera 2 off\n"
+    "  run 100\n"
+    "  expect message 0x2403          # the host is told\n"
+    "\n";
+
+const std::map<std::string, ColourChoice> kColourChoices = {
+    {"auto", ColourChoice::Auto}, {"always", ColourChoice::Always}, {"never", ColourChoice::Never}};
+
+struct RunArguments {
+  std::string script;
+  std::string trace;
+  std::string picture;
+  bool registers = false;
+  bool quiet = false;
+  std::uint64_t seed = 0;
+  ColourChoice colour = ColourChoice::Auto;
+};
+
+void AddColour(CLI::App& app, ColourChoice& colour) {
+  app.add_option("--color,--colour", colour,
+                 "Pictures in colour: auto (on a terminal), always, never")
+      ->type_name("WHEN")
+      ->transform(CLI::CheckedTransformer(kColourChoices, CLI::ignore_case).description(""));
+}
+
+int RunCommand(const RunArguments& arguments) {
+  RunOptions options;
+  options.quiet = arguments.quiet;
+  options.show_progress = Progress::OnTerminal();
+  options.style = StandardOutputStyle(arguments.colour);
+  options.seed = arguments.seed;
+  options.registers = arguments.registers;
+  if (!arguments.picture.empty()) options.picture = arguments.picture;
+
+  std::ifstream script;
+  const bool standard_input = arguments.script == "-";
+  if (!standard_input) {
+    script.open(arguments.script);
+    if (!script || script.peek() == std::ifstream::traits_type::eof()) {
+      // A folder opens but cannot be read; an empty file is an empty script.
+      script.clear();
+      std::ifstream again(arguments.script);
+      std::string line;
+      if (!again.is_open() || (!std::getline(again, line) && again.bad())) {
+        std::cerr << "vexosim: cannot read " << arguments.script << std::endl;
+        return kExitWrong;
+      }
+    }
+  }
+  std::ofstream trace;
+  if (!arguments.trace.empty()) {
+    trace.open(arguments.trace);
+    if (!trace) {
+      std::cerr << "vexosim: cannot write " << arguments.trace << std::endl;
+      return kExitWrong;
+    }
+    options.trace = &trace;
+  }
+  const int status =
+      RunScript(standard_input ? std::cin : script, standard_input ? "<stdin>" : arguments.script,
+                options, std::cout, std::cerr);
+  if (trace.is_open() && !trace.flush()) {
+    std::cerr << "vexosim: cannot write " << arguments.trace << std::endl;
+    return kExitWrong;
+  }
+  return status;
+}
+
+}  // namespace
+
+int Main(int argc, const char* const* argv) {
+  CLI::App app(kDescription, "vexosim");
+  app.footer(kFooter);
+  app.require_subcommand(1);
+
+  DemoOptions demo_options;
+  ColourChoice demo_colour = ColourChoice::Auto;
+  CLI::App* demo = app.add_subcommand("demo", "Brings a 16-channel recorder up and plays with it");
+  demo->add_option("--picture", demo_options.picture, "Where the 4 x 4 live picture is written")
+      ->type_name("FILE.png")
+      ->capture_default_str();
+  AddColour(*demo, demo_colour);
+
+  RunArguments run_arguments;
+  CLI::App* run = app.add_subcommand("run", "Runs a script");
+  run->add_option("SCRIPT", run_arguments.script, "Script file, or - for standard input")
+      ->required()
+      ->type_name("");
+  run->add_option("--trace", run_arguments.trace, "Writes the trace as JSON lines")
+      ->type_name("FILE");
+  run->add_option("--picture", run_arguments.picture, "Writes the screen at the end")
+      ->type_name("FILE.png");
+  run->add_flag("--registers", run_arguments.registers, "Prints all register pages at the end");
+  run->add_option("--seed", run_arguments.seed,
+                  "Chooses among threads that could run; 0: the fixed order")
+      ->type_name("N");
+  run->add_flag("--quiet", run_arguments.quiet,
+                "Only what the script prints, and the expectations that are not met");
+  AddColour(*run, run_arguments.colour);
+  run->footer(kRunIntroduction + LanguageHelp());
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    // Help is an exit too, but no mistake.
+    return app.exit(error) == 0 ? kExitDone : kExitWrong;
+  }
+  if (*demo) {
+    demo_options.style = StandardOutputStyle(demo_colour);
+    return RunDemo(demo_options, std::cout, std::cerr);
+  }
+  return RunCommand(run_arguments);
+}
+
+}  // namespace vexosim

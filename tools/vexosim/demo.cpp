@@ -1,0 +1,184 @@
+#include "tools/vexosim/demo.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <initializer_list>
+#include <stdexcept>
+
+#include "VexoCtrlSDK.h"
+#include "sim/screen.h"
+#include "tools/vexosim/action_log.h"
+#include "tools/vexosim/host.h"
+#include "tools/vexosim/message_words.h"
+#include "tools/vexosim/picture_text.h"
+#include "tools/vexosim/script.h"
+#include "tools/vexosim/text.h"
+
+namespace vexosim {
+namespace {
+
+// Something in the demo answered as no healthy board would.
+struct Failed : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+class Demo {
+ public:
+  Demo(const DemoOptions& options, std::ostream& out) : options_(options), out_(out) {}
+
+  void Run() {
+    Restart();
+    PowerOn();
+    Layouts();
+    Cameras();
+    PowerOff();
+    Table();
+  }
+
+ private:
+  sim::World& World() const { return sim::TheWorld(); }
+
+  // Announces what comes next.
+  void Title(const std::string& title) {
+    out_ << '\n'
+         << std::string(options_.style.colour ? "\033[1m" : "") << "== " << title
+         << (options_.style.colour ? "\033[0m" : "") << std::endl;
+  }
+
+  // Does one thing and prints what came of it.
+  template <typename Function>
+  void Do(const std::string& what, Function function) {
+    const std::size_t event = World().trace.Mark();
+    const std::size_t received = World().windows.received.size();
+    const std::uint64_t cycles = World().trace.Cycles();
+    const std::uint32_t begin = World().kernel.Now();
+    function();
+    out_ << "   " << what << ": " << World().trace.Cycles() - cycles << " bus cycles, "
+         << World().kernel.Now() - begin << " ms\n";
+    PrintEvents(out_, World(), event, received);
+    out_.flush();
+  }
+
+  // Returns the record as the command left it.
+  sim::Bytes Command(const std::string& what, std::uint32_t code, sim::Bytes record) {
+    Do(what, [&] {
+      const int result = CommandProc(code, &record);
+      if (result != VEXO_OK) {
+        throw Failed("command " + Hex(code) + " (" + what + ") returned " + std::to_string(result));
+      }
+    });
+    return record;
+  }
+
+  void Pump(const std::string& what, std::uint32_t ms) {
+    Do(what, [&] { World().kernel.Pump(ms); });
+  }
+
+  void Picture(const std::string& title, int most_columns) {
+    const sim::Image image = sim::ComposeScreen(World().board);
+    PictureStyle style = options_.style;
+    style.columns = std::min(style.columns, most_columns);
+    out_ << "\n   " << title << '\n' << DrawPicture(image, style) << std::flush;
+  }
+
+  // Layouts are drawn smaller than the first picture; in plain characters they would say nothing.
+  void SmallPicture(const std::string& title) {
+    if (options_.style.colour) Picture(title, kSmallColumns);
+  }
+
+  void PowerOn() {
+    Title("Power on: four chips, sixteen NTSC cameras");
+    World().board.FitChips(kChipsMax);
+    Do("the process loads the library", [] { Entry(1); });
+    Do("the host binds its window", [&] { Initialize(World().windows.Create()); });
+    const sim::Bytes record = Command("0xF001 initialize the chips", VEXO_CMD_INIT, {});
+    std::memcpy(&found_, record.data(), sizeof found_);
+    Pump("the host pumps its messages for 300 ms", 300);
+
+    Title("The live picture");
+    Picture("4 x 4", kLargeColumns);
+    sim::WritePng(sim::ComposeScreen(World().board), options_.picture);
+    out_ << "   also in " << options_.picture << '\n';
+  }
+
+  void Split(const std::string& name, std::uint8_t mode, std::initializer_list<std::uint8_t> list) {
+    sim::Bytes record(6);
+    record[4] = mode;
+    record.insert(record.end(), list);
+    Command("0xF005 " + name, VEXO_CMD_LIVE_SPLIT, record);
+    SmallPicture(name);
+  }
+
+  void Layouts() {
+    Title("Layouts");
+    Split("4-split", VEXO_SPLIT_4, {0, 1, 2, 3});
+    Split("8-split", VEXO_SPLIT_8, {0, 1, 2, 3, 4, 5, 6, 7});
+    Split("full screen of channel 5", VEXO_SPLIT_FULL, {5});
+    Split("16-split", VEXO_SPLIT_16, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15});
+  }
+
+  void Cameras() {
+    Title("Cameras");
+    sim::Board& board = World().board;
+    board.SetCamera(5, sim::Camera::Off);
+    Pump("camera 5 is unplugged", 200);
+    SmallPicture("without camera 5");
+    board.SetCamera(5, sim::Camera::Ntsc);
+    Pump("camera 5 is plugged in again", 200);
+    board.SetMotion(2, true);
+    Pump("somebody walks past camera 2", 200);
+    board.SetMotion(2, false);
+    Pump("and is gone", 200);
+  }
+
+  void PowerOff() {
+    Title("Power off");
+    Command("0xF002 stop the monitor", VEXO_CMD_STOP_MONITOR, {});
+    Do("the host leaves", [] { Uninitialize(); });
+    Do("the process unloads the library", [] { Entry(0); });
+  }
+
+  void Table() {
+    const auto real = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - begin_);
+    Title("Summary");
+    const auto row = [&](const std::string& name, const std::string& value) {
+      out_ << "   " << name << std::string(name.size() < 16 ? 16 - name.size() : 1, ' ') << value
+           << '\n';
+    };
+    row("chips",
+        std::to_string(found_.chip_count) + ", identification " + HexBytes(found_.chip_id, " "));
+    row("standard", StandardInWords(found_.video_standard));
+    row("bus cycles", std::to_string(World().trace.Cycles()));
+    row("virtual time", std::to_string(World().kernel.Now()) + " ms");
+    row("real time", std::to_string(real.count()) + " ms");
+    out_.flush();
+  }
+
+  static constexpr int kLargeColumns = 96;
+  static constexpr int kSmallColumns = 48;
+
+  const DemoOptions& options_;
+  std::ostream& out_;
+  const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+  VexoInitRecord found_{};  // what initialization told the host
+};
+
+}  // namespace
+
+int RunDemo(const DemoOptions& options, std::ostream& out, std::ostream& err) {
+  try {
+    Demo(options, out).Run();
+  } catch (const std::exception& error) {
+    out.flush();
+    err << "vexosim demo: " << error.what() << std::endl;
+    return kExitUnmet;
+  }
+  for (const sim::Report& report : sim::TheWorld().reports.All()) {
+    err << "warning: " << report.text << '\n';
+  }
+  return kExitDone;
+}
+
+}  // namespace vexosim

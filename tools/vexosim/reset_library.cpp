@@ -1,0 +1,23 @@
+#include "tools/vexosim/reset_library.h"
+
+#include "api/diagnostics.h"
+#include "api/library_state.h"
+#include "chip/register_bus.h"
+#include "chip/video_state.h"
+#include "display/display_state.h"
+#include "display/window_tables.h"
+#include "motion/motion_state.h"
+
+namespace vexosim {
+
+void ResetLibraryState() {
+  g_library = {};
+  g_debug = {};
+  g_bus = {};
+  g_video = {};
+  g_display = {};
+  g_layout = {};
+  g_motion = {};
+}
+
+}  // namespace vexosim

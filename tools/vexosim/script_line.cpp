@@ -1,0 +1,105 @@
+#include "tools/vexosim/script_line.h"
+
+#include <algorithm>
+
+namespace vexosim {
+namespace {
+
+std::string_view FirstWord(std::string_view words) { return words.substr(0, words.find(' ')); }
+
+bool Fits(const LineKind& kind, std::span<const std::string> words) {
+  const std::vector<std::string> own = SplitWords(kind.words);
+  return own.size() <= words.size() && std::equal(own.begin(), own.end(), words.begin());
+}
+
+std::string FirstWords() {
+  std::string text;
+  std::string_view last;
+  for (const LineKind* kind : AllLines()) {
+    const std::string_view word = FirstWord(kind->words);
+    // "window" begins both board lines and actions.
+    if (word == last || (' ' + text + ',').find(' ' + std::string(word) + ',') != text.npos)
+      continue;
+    if (!text.empty()) text += ", ";
+    text += word;
+    last = word;
+  }
+  return text;
+}
+
+void AppendGroup(std::string& text, std::string_view title, std::span<const LineKind> kinds) {
+  constexpr std::size_t kColumn = 44;
+  text += title;
+  text += '\n';
+  for (const LineKind& kind : kinds) {
+    std::string line = "  " + kind.Usage();
+    if (line.size() + 2 > kColumn) {
+      text += line + '\n';
+      line.clear();
+    }
+    line.resize(kColumn, ' ');
+    text += line;
+    text += kind.help;
+    text += '\n';
+  }
+}
+
+}  // namespace
+
+std::string LineKind::Usage() const {
+  std::string usage(words);
+  if (!arguments.empty()) usage += ' ' + std::string(arguments);
+  return usage;
+}
+
+std::vector<const LineKind*> AllLines() {
+  std::vector<const LineKind*> all;
+  for (const auto& kinds : {BoardLines(), ActionLines(), ExpectLines(), OutputLines()}) {
+    for (const LineKind& kind : kinds) all.push_back(&kind);
+  }
+  return all;
+}
+
+std::size_t WordCount(const LineKind& kind) {
+  return static_cast<std::size_t>(std::count(kind.words.begin(), kind.words.end(), ' ')) + 1;
+}
+
+const LineKind& FindLine(std::span<const std::string> words) {
+  const LineKind* best = nullptr;
+  for (const LineKind* kind : AllLines()) {
+    if (Fits(*kind, words) && (best == nullptr || WordCount(*kind) > WordCount(*best))) best = kind;
+  }
+  if (best != nullptr) return *best;
+  const std::string usages = UsagesOf(words.front());
+  if (usages.empty()) {
+    throw Malformed("expected one of " + FirstWords() + "; found '" + words.front() + "'");
+  }
+  Arguments rest(words.subspan(1));
+  rest.Expected(usages);
+}
+
+std::string UsagesOf(std::string_view first_word) {
+  std::string text;
+  for (const LineKind* kind : AllLines()) {
+    if (FirstWord(kind->words) != first_word) continue;
+    if (!text.empty()) text += " | ";
+    text += kind->Usage();
+  }
+  return text;
+}
+
+std::string LanguageHelp() {
+  std::string text;
+  AppendGroup(text, "Board lines (at any time, at once):", BoardLines());
+  AppendGroup(text, "\nActions:", ActionLines());
+  AppendGroup(text, "\nExpectations about the last action:", ExpectLines());
+  AppendGroup(text, "\nOutput:", OutputLines());
+  text +=
+      "\nWords are separated by blanks; # starts a comment; a word in double quotes may hold\n"
+      "\\n \\r \\t \\\\ \\\" \\xHH. Numbers are decimal or 0x-hexadecimal. CH is 0 to 15 or all,\n"
+      "CHIP is master, slave1, slave2, slave3 or all, PAGE is 0 to 2, and the BYTEs of a record\n"
+      "have two hexadecimal digits.\n";
+  return text;
+}
+
+}  // namespace vexosim

@@ -1,0 +1,57 @@
+// What a script's lines act on while it runs: its outputs, and what the last action did.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "sim/world.h"
+#include "tools/vexosim/terminal.h"
+
+namespace vexosim {
+
+// An expectation that was not met; the text says what was found.
+struct Unmet {
+  std::string found;
+};
+
+class Session {
+ public:
+  Session(std::ostream& out, PictureStyle style, Progress& progress)
+      : out_(out), style_(style), progress_(progress) {}
+
+  sim::World& World() const { return sim::TheWorld(); }
+  std::ostream& Out() const { return out_; }
+  PictureStyle Style() const { return style_; }
+  Progress& ShowProgress() const { return progress_; }
+
+  // An action begins: what is looked at from now on is its own.
+  void BeginAction(std::string name);
+  // The last action's name and result, none when its call has none.
+  const std::string& ActionName() const { return action_; }
+  std::optional<std::int64_t> returned;
+
+  // ---- What the last action did -------------------------------------------------------------
+
+  std::size_t FirstEvent() const { return first_event_; }
+  std::size_t FirstReceived() const { return first_received_; }
+  std::uint64_t Cycles() const { return World().trace.Cycles() - first_cycle_; }
+  // All its debug and kernel debug writes, in order.
+  std::string DebugText() const;
+  // Whether it sent or posted such a message with success, or the host window handled one.
+  bool HasMessage(std::uint32_t message, std::optional<std::uint32_t> wparam) const;
+
+ private:
+  std::ostream& out_;
+  PictureStyle style_;
+  Progress& progress_;
+  std::string action_;
+  std::size_t first_event_ = 0;
+  std::size_t first_received_ = 0;
+  std::uint64_t first_cycle_ = 0;
+};
+
+}  // namespace vexosim
