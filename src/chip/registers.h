@@ -35,9 +35,9 @@ inline constexpr std::uint8_t kPageCount = 3;
 // ---- Page 0: inputs, stride 0x10 ----------------------------------------------------------------
 
 inline constexpr std::uint8_t kInputStride = 0x10;
-inline constexpr std::uint8_t kInputBlock = 0x00;     // 15 bytes
-inline constexpr std::uint8_t kInputStatus = 0x01;    // bit 0: the chip's own
-inline constexpr std::uint8_t kInputIsNtsc = 0x01;    // of kInputStatus: set NTSC, clear PAL
+inline constexpr std::uint8_t kInputBlock = 0x00;   // 15 bytes
+inline constexpr std::uint8_t kInputStatus = 0x01;  // bit 0: the chip's own
+inline constexpr std::uint8_t kInputIsNtsc = 0x01;  // of kInputStatus: set NTSC, clear PAL
 inline constexpr std::uint8_t kInputDelay = 0x02;
 inline constexpr std::uint8_t kInputActive = 0x03;
 inline constexpr std::uint8_t kInputFieldOffset = 0x04;
@@ -45,39 +45,39 @@ inline constexpr std::uint8_t kInputHue = 0x07;
 inline constexpr std::uint8_t kInputSaturation = 0x08;
 inline constexpr std::uint8_t kInputContrast = 0x09;
 inline constexpr std::uint8_t kInputBrightness = 0x0A;
-inline constexpr std::uint8_t kInputPath = 0x0C;      // bits 7:6: position
+inline constexpr std::uint8_t kInputPath = 0x0C;  // bits 7:6: position
 
-inline constexpr std::uint8_t kDecoderBlock = 0x40;   // 21 bytes
+inline constexpr std::uint8_t kDecoderBlock = 0x40;  // 21 bytes
 inline constexpr std::uint8_t kDecoderOutput = 0x4C;
-inline constexpr std::uint8_t kAudioBlock = 0x60;     // 21 bytes
+inline constexpr std::uint8_t kAudioBlock = 0x60;  // 21 bytes
 
 // ---- Page 0: scalers, stride 0x10 ---------------------------------------------------------------
 
 inline constexpr std::uint8_t kScalerStride = 0x10;
-inline constexpr std::uint8_t kScalerControl = 0x80;      // bits 7:6: position, 3:0: layout code
-inline constexpr std::uint8_t kScalerVertical = 0x81;     // ratio, high byte, low byte
-inline constexpr std::uint8_t kScalerHorizontal = 0x83;   // ratio, high byte, low byte
+inline constexpr std::uint8_t kScalerControl = 0x80;     // bits 7:6: position, 3:0: layout code
+inline constexpr std::uint8_t kScalerVertical = 0x81;    // ratio, high byte, low byte
+inline constexpr std::uint8_t kScalerHorizontal = 0x83;  // ratio, high byte, low byte
 inline constexpr std::uint8_t kPlayWindowKind = 0x85;
-inline constexpr std::uint8_t kPlayPattern = 0x86;        // 4 bytes
-inline constexpr std::uint8_t kRecordLayout = 0x8A;       // bits 7:6: position, 5:4: layout
-inline constexpr std::uint8_t kRecordCrop = 0x8B;         // 5 bytes
-inline constexpr std::uint8_t kVideoBlock = 0xC0;         // 11 bytes
-inline constexpr std::uint8_t kVideoFieldMode = 0xC5;     // PAL boards: by split mode
-inline constexpr std::uint8_t kChipId = 0xFE;             // the chip's own
+inline constexpr std::uint8_t kPlayPattern = 0x86;     // 4 bytes
+inline constexpr std::uint8_t kRecordLayout = 0x8A;    // bits 7:6: position, 5:4: layout
+inline constexpr std::uint8_t kRecordCrop = 0x8B;      // 5 bytes
+inline constexpr std::uint8_t kVideoBlock = 0xC0;      // 11 bytes
+inline constexpr std::uint8_t kVideoFieldMode = 0xC5;  // PAL boards: by split mode
+inline constexpr std::uint8_t kChipId = 0xFE;          // the chip's own
 
 inline constexpr std::uint8_t kChipIdMask = 0xF8;
 inline constexpr std::uint8_t kChipIdTw2835 = 0x28;
 
 // ---- Page 1: display ----------------------------------------------------------------------------
 
-inline constexpr std::uint8_t kSystemControl = 0x00;   // bit 7: PAL, low bits: place in the cascade
+inline constexpr std::uint8_t kSystemControl = 0x00;  // bit 7: PAL, low bits: place in the cascade
 inline constexpr std::uint8_t kSystemPal = 0x80;
-inline constexpr std::uint8_t kDisplayBlock = 0x01;    // 47 bytes
+inline constexpr std::uint8_t kDisplayBlock = 0x01;  // 47 bytes
 inline constexpr std::uint8_t kDisplaySource = 0x01;
-inline constexpr std::uint8_t kSettleStatus = 0x04;    // low nibble: held channels not settled
+inline constexpr std::uint8_t kSettleStatus = 0x04;  // low nibble: held channels not settled
 inline constexpr std::uint8_t kSettleBits = 0x0F;
 inline constexpr std::uint8_t kDisplayMode = 0x06;
-inline constexpr std::uint8_t kDisplayModeZoom = 0x04; // bit 2 of kDisplayMode
+inline constexpr std::uint8_t kDisplayModeZoom = 0x04;  // bit 2 of kDisplayMode
 inline constexpr std::uint8_t kZoomControl = 0x0C;
 inline constexpr std::uint8_t kZoomX = 0x0D;
 inline constexpr std::uint8_t kZoomY = 0x0E;
@@ -87,8 +87,8 @@ inline constexpr std::uint8_t kCascadeAdjust = 0x0F;
 inline constexpr std::uint8_t kDisplayStride = 8;
 inline constexpr std::uint8_t kChannelDisplay = 0x10;
 inline constexpr std::uint8_t kDisplayEnable = 0x80;
-inline constexpr std::uint8_t kDisplayFront = 0x40;    // shown, above channels without it
-inline constexpr std::uint8_t kDisplayHold = 0x10;     // held while the layout changes
+inline constexpr std::uint8_t kDisplayFront = 0x40;  // shown, above channels without it
+inline constexpr std::uint8_t kDisplayHold = 0x10;   // held while the layout changes
 inline constexpr std::uint8_t kDisplayPosition = 0x03;
 inline constexpr std::uint8_t kChannelAttribute = 0x11;
 inline constexpr std::uint8_t kAttributeFreeze = 0x40;
@@ -97,17 +97,17 @@ inline constexpr std::uint8_t kAttributeBlank = 0x04;
 inline constexpr std::uint8_t kAttributeLive = 0x02;
 inline constexpr std::uint8_t kAttributeBit0 = 0x01;
 inline constexpr std::uint8_t kChannelOverlay = 0x12;
-inline constexpr std::uint8_t kChannelPath = 0x16;     // picture source of the channel
+inline constexpr std::uint8_t kChannelPath = 0x16;  // picture source of the channel
 
 inline constexpr std::uint8_t kWindowStride = 4;
-inline constexpr std::uint8_t kWindow = 0x30;          // x start, x end, y start, y end
+inline constexpr std::uint8_t kWindow = 0x30;  // x start, x end, y start, y end
 
 // ---- Page 1: record path ------------------------------------------------------------------------
 
-inline constexpr std::uint8_t kRecordBlock = 0x50;     // 80 bytes
+inline constexpr std::uint8_t kRecordBlock = 0x50;  // 80 bytes
 inline constexpr std::uint8_t kRecordMode = 0x51;
 inline constexpr std::uint8_t kRecordSwitching = 0x56;
-inline constexpr std::uint8_t kRecordQueue = 0x57;     // 4 bytes
+inline constexpr std::uint8_t kRecordQueue = 0x57;  // 4 bytes
 inline constexpr std::uint8_t kRecordStride = 3;
 inline constexpr std::uint8_t kRecordControl = 0x60;
 inline constexpr std::uint8_t kRecordChannel = 0x61;
@@ -116,56 +116,59 @@ inline constexpr std::uint8_t kRecordEnable = 0x6C;
 inline constexpr std::uint8_t kRecordOrder = 0x6D;
 inline constexpr std::uint8_t kRecordOutput = 0x86;
 
-// ---- Page 1: status and output --------------------------------------------------------------------
+// ---- Page 1: status and output
+// --------------------------------------------------------------------
 
-inline constexpr std::uint8_t kEventStatus = 0x76;     // the chip's own
-inline constexpr std::uint8_t kLossStatus = 0x78;      // the chip's own: two loss flags a channel
-inline constexpr std::uint8_t kMotionStatus = 0x79;    // the chip's own: low nibble
+inline constexpr std::uint8_t kEventStatus = 0x76;   // the chip's own
+inline constexpr std::uint8_t kLossStatus = 0x78;    // the chip's own: two loss flags a channel
+inline constexpr std::uint8_t kMotionStatus = 0x79;  // the chip's own: low nibble
 inline constexpr std::uint8_t kCascadeControl = 0x7E;
-inline constexpr std::uint8_t kEncoderBlock = 0x80;    // 11 bytes
-inline constexpr std::uint8_t kOutputBlock = 0xA0;     // 16 bytes
+inline constexpr std::uint8_t kEncoderBlock = 0x80;  // 11 bytes
+inline constexpr std::uint8_t kOutputBlock = 0xA0;   // 16 bytes
 inline constexpr std::uint8_t kStatusRef = 0xA4;
-inline constexpr std::uint8_t kStatusRefEdge = 0x08;   // which edge of the sync bit counts
+inline constexpr std::uint8_t kStatusRefEdge = 0x08;  // which edge of the sync bit counts
 inline constexpr std::uint8_t kOutputStart = 0xA7;
 inline constexpr std::uint8_t kOutputDelay = 0xA8;
-inline constexpr std::uint8_t kStatusFlags = 0xAB;     // high nibble: the chip's own
+inline constexpr std::uint8_t kStatusFlags = 0xAB;  // high nibble: the chip's own
 inline constexpr std::uint8_t kStatusFlagBits = 0xF0;
-inline constexpr std::uint8_t kStatusSync = 0x10;      // of kStatusFlags, master
-inline constexpr std::uint8_t kColorBar = 0x08;        // of kStatusFlags, written
+inline constexpr std::uint8_t kStatusSync = 0x10;  // of kStatusFlags, master
+inline constexpr std::uint8_t kColorBar = 0x08;    // of kStatusFlags, written
 inline constexpr std::uint8_t kOutputMode = 0xAC;
 
-// ---- Page 2: fill engine, boxes, motion -------------------------------------------------------------
+// ---- Page 2: fill engine, boxes, motion
+// -------------------------------------------------------------
 
-inline constexpr std::uint8_t kFillData = 0x00;        // 4 bytes
+inline constexpr std::uint8_t kFillData = 0x00;  // 4 bytes
 inline constexpr std::uint8_t kFillLeft = 0x05;
 inline constexpr std::uint8_t kFillRight = 0x06;
 inline constexpr std::uint8_t kFillTop = 0x07;
 inline constexpr std::uint8_t kFillBottom = 0x08;
 inline constexpr std::uint8_t kFillHigh = 0x09;
-inline constexpr std::uint8_t kFillControl = 0x0A;     // bit 7: start; reads set while busy
-inline constexpr std::uint8_t kOverlayBlock = 0x10;    // 80 bytes: sixteen entries of five
-inline constexpr std::uint8_t kMotionTiming = 0x5B;    // 4 bytes
+inline constexpr std::uint8_t kFillControl = 0x0A;   // bit 7: start; reads set while busy
+inline constexpr std::uint8_t kOverlayBlock = 0x10;  // 80 bytes: sixteen entries of five
+inline constexpr std::uint8_t kMotionTiming = 0x5B;  // 4 bytes
 inline constexpr std::uint8_t kMotionTimingEnable = 0x5F;
 
 // Motion cell boxes, stride 8.
 inline constexpr std::uint8_t kBoxStride = 8;
-inline constexpr std::uint8_t kBoxBlock = 0x60;        // 32 bytes: four boxes of eight
+inline constexpr std::uint8_t kBoxBlock = 0x60;  // 32 bytes: four boxes of eight
 inline constexpr std::uint8_t kBoxControl = 0x60;
 inline constexpr std::uint8_t kBoxAttribute = 0x61;
 inline constexpr std::uint8_t kBoxX = 0x62;
-inline constexpr std::uint8_t kBoxWidth = 0x63;        // of one cell
+inline constexpr std::uint8_t kBoxWidth = 0x63;  // of one cell
 inline constexpr std::uint8_t kBoxY = 0x64;
-inline constexpr std::uint8_t kBoxHeight = 0x65;       // of one cell
+inline constexpr std::uint8_t kBoxHeight = 0x65;  // of one cell
 inline constexpr std::uint8_t kBoxColor = 0x67;
 
 // Motion detection, stride 0x20.
 inline constexpr std::uint8_t kMotionStride = 0x20;
-inline constexpr std::uint8_t kMotionBlock = 0x80;     // 32 bytes a channel
-inline constexpr std::uint8_t kMotionLevel = 0x83;     // 3 bytes
-inline constexpr std::uint8_t kMotionMask = 0x86;      // 24 bytes
+inline constexpr std::uint8_t kMotionBlock = 0x80;  // 32 bytes a channel
+inline constexpr std::uint8_t kMotionLevel = 0x83;  // 3 bytes
+inline constexpr std::uint8_t kMotionMask = 0x86;   // 24 bytes
 inline constexpr std::uint8_t kMotionMaskBytes = 24;
 
-// ---- Names for listings ---------------------------------------------------------------------------
+// ---- Names for listings
+// ---------------------------------------------------------------------------
 
 // A named run of registers: `length` registers from `base`, repeated `count` times `stride` apart.
 struct RegisterName {

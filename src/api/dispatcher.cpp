@@ -1,0 +1,190 @@
+// The binary commands: one table, one lock.
+
+#include <array>
+#include <cstring>
+
+#include "VexoCtrlSDK.h"
+#include "api/diagnostics.h"
+#include "api/library_state.h"
+#include "api/register_commands.h"
+#include "api/worker.h"
+#include "chip/video_state.h"
+#include "display/channel_masks.h"
+#include "display/display_state.h"
+#include "display/live_mode.h"
+#include "display/live_split.h"
+#include "motion/motion_cells.h"
+#include "motion/motion_detect.h"
+#include "setup/camera_driver.h"
+#include "setup/initialization.h"
+
+namespace {
+
+using Record = std::uint8_t*;
+
+void Lock() { Plat_Wait(g_library.g_cs4_lock, kPlatForever); }
+void Unlock() { Plat_ReleaseMutex(g_library.g_cs4_lock); }
+
+std::uint16_t ReadU16(const std::uint8_t* bytes) {
+  return static_cast<std::uint16_t>(bytes[0] | (bytes[1] << 8));
+}
+
+std::uint32_t ReadU32(const std::uint8_t* bytes) {
+  return ReadU16(bytes) | (static_cast<std::uint32_t>(ReadU16(bytes + 2)) << 16);
+}
+
+// ---- Operations, each on its record -----------------------------------------------------------
+
+std::int32_t StopMonitor(Record) {
+  VexoSDK_StopWorker();
+  return VEXO_OK;
+}
+
+std::int32_t ReadReg(Record record) {
+  record[3] = VexoProc_ReadRegister(record[0], record[1], record[2]);
+  return VEXO_OK;
+}
+
+std::int32_t WriteReg(Record record) {
+  VexoProc_WriteRegister(record[0], record[1], record[2], record[3]);
+  return VEXO_OK;
+}
+
+std::int32_t LiveSplit(Record record) { return TW_SetLiveSplitMode(record[4], record + 6); }
+
+std::int32_t ChannelMasks(Record record) { return TW_SetChannelMaskInfo(record); }
+
+std::int32_t LiveMode(Record record) {
+  g_display.g_view_mode = 0;
+  return TW_SetLiveModeInfo(record);
+}
+
+std::int32_t BlankMask(Record record) { return TW_SetChannelBlankMask(ReadU32(record)); }
+
+std::int32_t Bit0Mask(Record record) { return TW_SetChannelBit0Mask(ReadU32(record)); }
+
+std::int32_t RestoreBlank(Record) { return TW_RestoreChannelBlankMask(); }
+
+std::int32_t MotionSetup(Record record) {
+  TW_HideMotionCells();
+  const std::uint8_t channels[] = {record[3]};  // mode 0 has one window
+  TW_SetLiveSplitMode(VEXO_SPLIT_FULL, channels);
+  VexoDbg_Print(u"==>> VEXO MOTDET CELL TYPE %d \r\n", record[0]);
+  TW_SetMotionTiming(record[1], record[2]);
+  TW_ShowMotionCells(record[0], VEXO_SPLIT_FULL, record[3]);
+  return VEXO_OK;
+}
+
+std::int32_t MotionClear(Record) {
+  TW_HideMotionCells();
+  return VEXO_OK;
+}
+
+std::int32_t MotionReg(Record record) {
+  TW_SetMotionBoxAttr(record[0], record[1], record[2]);
+  return VEXO_OK;
+}
+
+// Playback is not in the library yet.
+std::int32_t NoPlayback(Record) { return VEXO_ERROR_FAILED; }
+
+// ---- The table ----------------------------------------------------------------------------------
+
+struct Command {
+  bool needs_record;
+  bool needs_chips;   // initialized, that is
+  bool outside_lock;  // the operation runs after the lock is released
+  std::int32_t (*run)(Record record);
+};
+
+constexpr std::uint16_t kFirstCommand = VEXO_CMD_STOP_MONITOR;
+
+// From kFirstCommand on. VEXO_CMD_INIT has rules of its own, below.
+constexpr std::array<Command, 16> kCommands = {{
+    {false, false, false, StopMonitor},         // 0xF002
+    {true, false, false, ReadReg},              // 0xF003
+    {true, false, false, WriteReg},             // 0xF004
+    {true, true, false, LiveSplit},             // 0xF005
+    {true, true, false, NoPlayback},            // 0xF006
+    {true, true, false, TW_SetMotionMask},      // 0xF007
+    {true, true, false, ChannelMasks},          // 0xF008
+    {true, true, false, LiveMode},              // 0xF009
+    {true, true, false, NoPlayback},            // 0xF00A
+    {true, true, true, BlankMask},              // 0xF00B
+    {true, true, false, Bit0Mask},              // 0xF00C
+    {false, true, false, RestoreBlank},         // 0xF00D
+    {true, true, false, MotionSetup},           // 0xF00E
+    {false, true, false, MotionClear},          // 0xF00F
+    {true, true, false, TW_PreviewMotionMask},  // 0xF010
+    {true, true, false, MotionReg},             // 0xF011
+}};
+
+std::int32_t Run(const Command& command, Record record) {
+  if (command.needs_record && record == nullptr) {
+    Unlock();
+    return VEXO_ERROR_PARAMETER;
+  }
+  if (command.needs_chips && g_video.g_chip_ready == 0) {
+    Unlock();
+    return VEXO_ERROR_NOT_READY;
+  }
+  if (command.outside_lock) {
+    Unlock();
+    return command.run(record);
+  }
+  const std::int32_t result = command.run(record);
+  Unlock();
+  return result;
+}
+
+// Wanted: a missing record and a failed initialization return with the lock kept.
+std::int32_t Initialize(Record record) {
+  if (record == nullptr) return VEXO_ERROR_PARAMETER;
+  constexpr std::size_t kResultOffset = 12;
+
+  VexoProc_CameraControl(0);
+  const std::int32_t channels = TW_InitializeSetup(ReadU16(record), ReadU16(record + 2));
+  if (channels <= 0) {
+    std::memset(record + kResultOffset, 0, sizeof(VideoState));
+    VexoProc_CameraControl(1);
+    return VEXO_ERROR_FAILED;
+  }
+  std::memcpy(record + kResultOffset, &g_video.report, sizeof(VideoState));
+  VexoSDK_StartWorker();
+  VexoProc_CameraControl(1);
+  Unlock();
+  return VEXO_OK;
+}
+
+// The register dumps are not in the library yet.
+std::int32_t Dump() {
+  const std::int32_t result = g_video.g_chip_ready == 0 ? VEXO_ERROR_NOT_READY : VEXO_ERROR_FAILED;
+  Unlock();
+  return result;
+}
+
+}  // namespace
+
+int VEXOAPI_CommandProc(std::uint32_t code, void* parameter) {
+  if (g_library.g_initialized == 0 || g_library.g_host_wnd == 0) return VEXO_ERROR_NOT_READY;
+  Lock();
+  const auto command = static_cast<std::uint16_t>(code & 0xFFFFu);
+  auto* record = static_cast<Record>(parameter);
+
+  if (command >= VEXO_CMD_DUMP_MASTER_P0 && command <= VEXO_CMD_DUMP_SLAVE3_P2) return Dump();
+  if (command == VEXO_CMD_INIT) return Initialize(record);
+  if (command >= kFirstCommand && command <= VEXO_CMD_MOTION_REG) {
+    return Run(kCommands[static_cast<std::size_t>(command - kFirstCommand)], record);
+  }
+  // Wanted: an unknown code keeps the lock.
+  return VEXO_ERROR_FAILED;
+}
+
+int VEXOAPI_SetMotionInfo(std::uint8_t channel, std::uint8_t level, std::uint8_t* mask) {
+  Lock();
+  // Wanted: tested after the wait, and the lock is kept.
+  if (g_library.g_initialized == 0) return VEXO_ERROR_UNINITIALIZED;
+  if (g_video.g_chip_ready == 1 && mask != nullptr) StoreMotionInfo(channel, level, mask);
+  Unlock();
+  return VEXO_OK;
+}

@@ -1,0 +1,27 @@
+// What happens when the library is attached to and detached from a process.
+#pragma once
+
+#include <cstdint>
+
+#include "platform.h"
+
+inline constexpr std::uint32_t kEntryDetach = 0;
+inline constexpr std::uint32_t kEntryAttach = 1;
+inline constexpr std::uint32_t kEntryLowMemory = 6;
+
+// The DLL entry point, under the system's loader lock. Returns 1 for every reason.
+extern "C" int VexoSDK_DllEntry(PlatHandle module, std::uint32_t reason, void* reserved);
+
+// Takes the platform resources. The library stays uninitialized in a second process.
+void VexoSDK_Attach();
+
+// Gives the platform resources back. Does not stop the worker thread.
+void VexoSDK_Detach();
+
+// Reads the version of a file into g_version_text, empty when its version block cannot be read.
+// Returns 1 when the file has version information, else 0.
+std::int32_t VexoSDK_ReadVersion(const char16_t* path);
+
+// One word in a data section that all processes share. Nothing reads or writes it; other programs
+// of the board know that it is there.
+extern std::uint32_t g_shared_word;

@@ -1,0 +1,23 @@
+#include "api/register_commands.h"
+
+#include "VexoCtrlSDK.h"
+#include "api/diagnostics.h"
+#include "api/host_messages.h"
+#include "chip/register_bus.h"
+#include "chip/video_state.h"
+
+std::uint8_t VexoProc_ReadRegister(std::uint8_t chip, std::uint8_t page, std::uint8_t reg) {
+  if (g_video.g_chip_ready == 0) return 0;
+  VexoRegRecord record = {chip, page, reg, TW_ReadRegister(chip, page, reg)};
+  VexoDbg_Print(u">> VEXO READ REG 0x%02X 0x%02X 0x%02X 0x%02X \r\n", chip, page, reg,
+                record.value);
+  VexoSDK_SendHostMessage(VEXO_MSG_REG_VALUE, reinterpret_cast<std::uintptr_t>(&record), 0);
+  return record.value;
+}
+
+void VexoProc_WriteRegister(std::uint8_t chip, std::uint8_t page, std::uint8_t reg,
+                            std::uint8_t value) {
+  if (g_video.g_chip_ready != 1) return;
+  TW_WriteRegister(chip, page, reg, value);
+  VexoDbg_Print(u">> VEXO WRITE REG 0x%02X 0x%02X 0x%02X 0x%02X \r\n", chip, page, reg, value);
+}

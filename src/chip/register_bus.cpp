@@ -1,0 +1,67 @@
+#include "chip/register_bus.h"
+
+#include "api/diagnostics.h"
+
+BusWindows g_bus;
+
+namespace {
+
+constexpr bool IsChipSelect(std::uint8_t chip) {
+  return chip == kChipMaster || chip == kChipSlave1 || chip == kChipSlave2 || chip == kChipSlave3 ||
+         chip == kChipAll;
+}
+
+// The select byte has two bits a chip: the page of a selected chip, 11 for one that is not. The
+// page in all four fields, with ones in the fields of the other chips, is the byte for any code.
+constexpr std::uint8_t SelectByte(std::uint8_t chip, unsigned page) {
+  return static_cast<std::uint8_t>((page * 0x55u) | (~chip & 0xFFu));
+}
+
+inline void SelectPage(std::uint8_t chip, unsigned page) {
+  if (IsChipSelect(chip)) Plat_StoreByte(g_bus.select, SelectByte(chip, page));
+}
+
+}  // namespace
+
+void TW_SelectPage0(std::uint8_t chip) { SelectPage(chip, kPage0); }
+void TW_SelectPage1(std::uint8_t chip) { SelectPage(chip, kPage1); }
+void TW_SelectPage2(std::uint8_t chip) { SelectPage(chip, kPage2); }
+
+void TW_ReleaseChip(std::uint8_t chip) {
+  if (IsChipSelect(chip)) Plat_StoreByte(g_bus.select, kSelectIdle);
+}
+
+std::uint8_t TW_ReadRegister(std::uint8_t chip, std::uint8_t page, std::uint8_t reg) {
+  if (page >= kPageCount) {
+    VexoDbg_Print(u">> TW_ReadRegister INVALID PAGE (%d)!\r\n", page);
+    return 0;
+  }
+  SelectPage(chip, page);
+  Plat_StoreByte(g_bus.address, reg);
+  const std::uint8_t value = Plat_LoadByte(g_bus.data);
+  TW_ReleaseChip(chip);
+  return value;
+}
+
+void TW_WriteRegister(std::uint8_t chip, std::uint8_t page, std::uint8_t reg, std::uint8_t value) {
+  if (page >= kPageCount) {
+    VexoDbg_Print(u">> TW_WriteRegister INVALID PAGE (%d)!\r\n", page);
+    return;
+  }
+  SelectPage(chip, page);
+  Plat_StoreByte(g_bus.address, reg);
+  Plat_StoreByte(g_bus.data, value);
+  TW_ReleaseChip(chip);
+}
+
+void TW_WriteReg_Table(std::uint8_t chip, std::uint8_t page, std::uint8_t first_reg,
+                       const std::uint8_t* data, std::uint8_t count) {
+  if (page >= kPageCount) {
+    VexoDbg_Print(u">> TW_WriteReg_Table INVALID PAGE (%d)!\r\n", page);
+    return;
+  }
+  SelectPage(chip, page);
+  Plat_StoreByte(g_bus.address, first_reg);
+  for (std::uint8_t i = 0; i < count; ++i) Plat_StoreByte(g_bus.data, data[i]);
+  TW_ReleaseChip(chip);
+}

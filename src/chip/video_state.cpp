@@ -1,0 +1,3 @@
+#include "chip/video_state.h"
+
+VideoStateBlock g_video;

@@ -1,0 +1,123 @@
+#include "display/channel_masks.h"
+
+#include "chip/register_bus.h"
+#include "display/display_state.h"
+
+namespace {
+
+constexpr std::uint8_t kRecordChannelOn = 0x00;
+constexpr std::uint8_t kRecordChannelOff = 0x04;
+
+constexpr std::uint8_t Without(std::uint8_t bits) { return static_cast<std::uint8_t>(~bits); }
+
+// Registers and masks know sixteen channels; every other bit is none of them.
+constexpr bool HasChannel(std::uint32_t mask, unsigned channel) {
+  return channel < kChannelsMax && ((mask >> channel) & 1u) != 0;
+}
+
+// Sets `bit` of the attribute register of each channel in the mask, clears it for the others.
+std::int32_t ApplyAttributeMask(std::uint32_t mask, std::uint8_t bit, ViewMasks& applied) {
+  const BoardVariant* board = FindBoardVariant(g_video.max_channel);
+  if (board == nullptr) return VEXO_ERROR_FAILED;
+  for (std::uint8_t n = 0; n < board->channels; ++n) {
+    UpdateChannelAttribute(TW_GetChipSelect(n), ChannelPosition(n), Without(bit),
+                           HasChannel(mask, n) ? bit : std::uint8_t{0});
+  }
+  MaskOfView(applied) = mask;
+  return VEXO_OK;
+}
+
+// The blank bit of every chip that the text path visits; `times` in a row.
+void WriteBlankBits(bool blank, unsigned times) {
+  const std::uint8_t chips = TextPathChips();
+  for (unsigned i = 0; i < kChannelsPerChip; ++i) {
+    for (std::uint8_t p = 0; p < chips; ++p) {
+      const std::uint8_t reg = RegisterAt(kChannelAttribute, kDisplayStride, i);
+      const std::uint8_t old = TW_ReadRegister(kChipByPosition[p], kPage1, reg);
+      const auto value =
+          static_cast<std::uint8_t>(blank ? old | kAttributeBlank : old & Without(kAttributeBlank));
+      for (unsigned k = 0; k < times; ++k) {
+        TW_WriteRegister(kChipByPosition[p], kPage1, reg, value);
+      }
+    }
+  }
+}
+
+std::uint32_t ReadMask(const std::uint8_t* bytes) {
+  return static_cast<std::uint32_t>(bytes[0]) | (static_cast<std::uint32_t>(bytes[1]) << 8) |
+         (static_cast<std::uint32_t>(bytes[2]) << 16) |
+         (static_cast<std::uint32_t>(bytes[3]) << 24);
+}
+
+}  // namespace
+
+void UpdateChannelAttribute(std::uint8_t chip, unsigned i, std::uint8_t keep, std::uint8_t set) {
+  const std::uint8_t reg = RegisterAt(kChannelAttribute, kDisplayStride, i);
+  const std::uint8_t old = TW_ReadRegister(chip, kPage1, reg);
+  TW_WriteRegister(chip, kPage1, reg, static_cast<std::uint8_t>((old & keep) | set));
+}
+
+std::int32_t TW_SetChannelMaskInfo(const std::uint8_t* record) {
+  if (record == nullptr) return VEXO_ERROR_PARAMETER;
+  g_display.live_mask = ReadMask(record);
+  g_display.record_mask = ReadMask(record + 4);
+  g_display.play_mask = ReadMask(record + 8);
+  if (g_display.view == kViewLive) {
+    TW_SetChannelBlankMask(~g_display.live_mask);
+  } else if (g_display.view == kViewPlayback) {
+    TW_SetChannelBlankMask(~g_display.play_mask);
+  }
+  ApplyRecordMask();
+  return VEXO_OK;
+}
+
+std::int32_t TW_SetChannelBlankMask(std::uint32_t mask) {
+  return ApplyAttributeMask(mask, kAttributeBlank, g_display.blank_mask);
+}
+
+std::int32_t TW_SetChannelBit0Mask(std::uint32_t mask) {
+  return ApplyAttributeMask(mask, kAttributeBit0, g_display.bit0_mask);
+}
+
+std::int32_t TW_RestoreChannelBlankMask() {
+  return TW_SetChannelBlankMask(g_display.view == kViewLive ? ~g_display.live_mask
+                                                            : ~g_display.play_mask);
+}
+
+void ApplyRecordMask() {
+  for (std::uint8_t n = 0; n < g_video.max_channel; ++n) {
+    TW_WriteRegister(TW_GetChipSelect(n), kPage1,
+                     RegisterAt(kRecordChannel, kRecordStride, ChannelPosition(n)),
+                     HasChannel(g_display.record_mask, n) ? kRecordChannelOn : kRecordChannelOff);
+  }
+}
+
+std::uint8_t TextPathChips() {
+  const BoardVariant* board = FindBoardVariant(g_video.max_channel);
+  return board == nullptr ? std::uint8_t{1} : board->chips;
+}
+
+void TW_BlankAllChannels() {
+  const BoardVariant* board = FindBoardVariant(g_video.max_channel);
+  if (board != nullptr) g_display.blank_mask.playback = board->all_channels;
+  // The repeated write is wanted.
+  WriteBlankBits(true, 2);
+}
+
+void TW_UnblankChannelPair(std::uint16_t channel) {
+  if (channel >= g_video.max_channel) return;
+  const std::uint32_t pair = 3u << channel;
+  if ((g_display.blank_mask.playback & pair) == 0) return;
+  // The second of the pair may lie past the board's last channel: it is written where its number
+  // maps to, as it always was.
+  for (unsigned k = 0; k < 2; ++k) {
+    const auto c = static_cast<std::uint8_t>(channel + k);
+    UpdateChannelAttribute(TW_GetChipSelect(c), ChannelPosition(c), Without(kAttributeBlank), 0);
+  }
+  g_display.blank_mask.playback &= ~pair;
+}
+
+void TW_UnblankAllChannels() {
+  g_display.blank_mask.playback = 0;
+  WriteBlankBits(false, 1);
+}

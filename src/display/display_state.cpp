@@ -1,0 +1,3 @@
+#include "display/display_state.h"
+
+DisplayState g_display;

@@ -1,0 +1,90 @@
+#include "display/live_scale.h"
+
+#include <array>
+
+#include "api/diagnostics.h"
+#include "chip/register_bus.h"
+#include "chip/video_state.h"
+
+namespace {
+
+struct ScaleRatio {
+  bool defined;
+  std::uint8_t high;
+  std::uint8_t low;
+};
+
+// By scale code: ratio times 0x10000.
+constexpr std::array<ScaleRatio, 7> kRatios = {{
+    {true, 0xFF, 0xFF},   // 1/1
+    {true, 0x7F, 0xFF},   // 1/2
+    {true, 0xAA, 0xAA},   // 2/3
+    {true, 0xBF, 0xFD},   // 3/4
+    {true, 0x55, 0x55},   // 1/3
+    {false, 0x00, 0x00},  // no such code
+    {true, 0x3F, 0xFF},   // 1/4
+}};
+
+// Layout bits of the record modes.
+constexpr std::array<std::uint8_t, 3> kRecordLayouts = {0x00, 0x10, 0x30};
+
+const ScaleRatio* FindRatio(std::uint8_t code) {
+  return code < kRatios.size() && kRatios[code].defined ? &kRatios[code] : nullptr;
+}
+
+// Writes a ratio to the scaler of a channel; reg is the high byte's at position 0.
+void WriteRatio(std::uint8_t channel, std::uint8_t reg, const ScaleRatio& ratio) {
+  const std::uint8_t chip = TW_GetChipSelect(channel);
+  const std::uint8_t first = RegisterAt(reg, kScalerStride, ChannelPosition(channel));
+  TW_WriteRegister(chip, kPage0, first, ratio.high);
+  TW_WriteRegister(chip, kPage0, static_cast<std::uint8_t>(first + 1), ratio.low);
+}
+
+}  // namespace
+
+void TW_SetLiveScaleX(std::uint8_t channel, std::uint8_t vertical_code,
+                      std::uint8_t horizontal_code) {
+  const ScaleRatio* vertical = FindRatio(vertical_code);
+  if (vertical == nullptr) {
+    VexoDbg_Print(u">> TW_SetLiveScaleX INVALID V SCALE (%d)!!\r\n", vertical_code);
+    return;
+  }
+  WriteRatio(channel, kScalerVertical, *vertical);
+
+  // Wanted: a refused horizontal code does not take the vertical ratio back.
+  const ScaleRatio* horizontal = FindRatio(horizontal_code);
+  if (horizontal == nullptr) {
+    VexoDbg_Print(u">> TW_SetLiveScaleX INVALID H SCALE (%d)!!\r\n", horizontal_code);
+    return;
+  }
+  WriteRatio(channel, kScalerHorizontal, *horizontal);
+}
+
+void TW_SetLiveScaleY(std::uint8_t channel, std::uint8_t record_mode) {
+  if (record_mode >= kRecordLayouts.size()) {
+    VexoDbg_Print(u">> TW_SetLiveScaleY INVALID RECORD MODE (%d)!!\r\n", record_mode);
+    return;
+  }
+  const std::uint8_t position = ChannelPosition(channel);
+  TW_WriteRegister(TW_GetChipSelect(channel), kPage0,
+                   RegisterAt(kRecordLayout, kScalerStride, position),
+                   static_cast<std::uint8_t>((position << 6) | kRecordLayouts[record_mode]));
+}
+
+void TW_SetInputRegs(std::uint8_t channel, std::uint8_t hue, std::uint8_t saturation,
+                     std::uint8_t contrast, std::uint8_t brightness) {
+  const bool every = channel == g_video.max_channel;
+  const unsigned first = every ? 0u : channel;
+  const unsigned last = every ? g_video.max_channel : channel + 1u;
+  for (unsigned n = first; n < last; ++n) {
+    const auto c = static_cast<std::uint8_t>(n);
+    const std::uint8_t chip = TW_GetChipSelect(c);
+    const std::uint8_t position = ChannelPosition(c);
+    TW_WriteRegister(chip, kPage0, RegisterAt(kInputHue, kInputStride, position), hue);
+    TW_WriteRegister(chip, kPage0, RegisterAt(kInputSaturation, kInputStride, position),
+                     saturation);
+    TW_WriteRegister(chip, kPage0, RegisterAt(kInputContrast, kInputStride, position), contrast);
+    TW_WriteRegister(chip, kPage0, RegisterAt(kInputBrightness, kInputStride, position),
+                     brightness);
+  }
+}

@@ -1,0 +1,56 @@
+// What every live split mode has in common, whichever path asks for it: layout codes and scales.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "display/live_scale.h"
+#include "display/window_tables.h"
+
+inline constexpr std::uint8_t kSplitFull = 0;
+inline constexpr std::uint8_t kSplit4 = 1;
+inline constexpr std::uint8_t kSplit6 = 2;
+inline constexpr std::uint8_t kSplit8 = 3;
+inline constexpr std::uint8_t kSplit9 = 4;
+inline constexpr std::uint8_t kSplit13 = 5;
+inline constexpr std::uint8_t kSplit16 = 6;
+
+// Layout code (of the scaler control register) and scale code of a window.
+struct WindowScale {
+  std::uint8_t layout;
+  std::uint8_t scale;
+};
+
+struct SplitLayout {
+  WindowScale large;  // window 0
+  WindowScale small;  // the other windows
+};
+
+// By mode.
+inline constexpr std::array<SplitLayout, kSplitModes> kSplitLayouts = {{
+    {{0x0, kScaleFull}, {0x0, kScaleFull}},
+    {{0x1, kScaleHalf}, {0x1, kScaleHalf}},
+    {{0x0, kScaleTwoThirds}, {0xA, kScaleThird}},
+    {{0x0, kScaleThreeQuarters}, {0xF, kScaleQuarter}},
+    {{0xA, kScaleThird}, {0xA, kScaleThird}},
+    {{0x5, kScaleHalf}, {0xF, kScaleQuarter}},
+    {{0xF, kScaleQuarter}, {0xF, kScaleQuarter}},
+}};
+
+// Whether window 0 of a mode is larger than the others; its windows are then scaled one by one.
+constexpr bool HasLargeWindow(std::uint8_t mode) {
+  return mode == kSplit6 || mode == kSplit8 || mode == kSplit13;
+}
+
+constexpr const WindowScale& ScaleOfWindow(std::uint8_t mode, std::uint8_t window) {
+  return window == 0 ? kSplitLayouts[mode].large : kSplitLayouts[mode].small;
+}
+
+// Sets the scale of every channel of the board to that of a mode's small windows.
+void ScaleEveryChannel(std::uint8_t mode);
+
+// Writes the layout code of a mode without a large window to all channels of all chips.
+void WriteLayoutCodesToAll(std::uint8_t mode);
+
+// Writes the layout code of one channel.
+void WriteLayoutCode(std::uint8_t channel, std::uint8_t layout);

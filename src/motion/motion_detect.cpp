@@ -1,0 +1,143 @@
+#include "motion/motion_detect.h"
+
+#include <array>
+#include <cstring>
+
+#include "VexoCtrlSDK.h"
+#include "chip/register_bus.h"
+#include "chip/video_state.h"
+#include "motion/motion_state.h"
+
+MotionState g_motion;
+
+namespace {
+
+// The three level registers of a channel, by sensitivity.
+constexpr std::array<std::array<std::uint8_t, 3>, 4> kLevels = {{
+    {0xCF, 0x07, 0x51},
+    {0x4C, 0x08, 0x41},
+    {0x08, 0x09, 0x21},
+    {0x04, 0x0A, 0x01},
+}};
+
+constexpr std::uint8_t kTimingDefault = 3;
+constexpr std::uint8_t kTimingEnable = 0xAA;
+
+// Offsets in a motion mask record.
+constexpr unsigned kRecordChannelByte = 0;
+constexpr unsigned kRecordLevelByte = 1;
+constexpr unsigned kRecordMask = 2;
+
+constexpr std::uint8_t MaskRegister(std::uint8_t channel) {
+  return RegisterAt(kMotionMask, kMotionStride, ChannelPosition(channel));
+}
+
+void WriteMask(std::uint8_t channel, const std::uint8_t* mask) {
+  TW_WriteReg_Table(TW_GetChipSelect(channel), kPage2, MaskRegister(channel), mask,
+                    kMotionMaskBytes);
+}
+
+void WriteMaskByte(std::uint8_t channel, unsigned index) {
+  TW_WriteRegister(TW_GetChipSelect(channel), kPage2,
+                   static_cast<std::uint8_t>(MaskRegister(channel) + index),
+                   g_motion.mask[channel][index]);
+}
+
+constexpr std::uint8_t ReverseBits(std::uint8_t value) {
+  unsigned reversed = 0;
+  for (unsigned bit = 0; bit < 8; ++bit) {
+    if ((value & (1u << bit)) != 0) reversed |= 0x80u >> bit;
+  }
+  return static_cast<std::uint8_t>(reversed);
+}
+
+// Hosts count cells from the left, the chip from the right.
+void TransformMask(std::uint8_t* mask) {
+  for (unsigned row = 0; row < kMotionRows; ++row) {
+    std::uint8_t* pair = mask + 2 * row;
+    const std::uint8_t left = ReverseBits(pair[0]);
+    pair[0] = ReverseBits(pair[1]);
+    pair[1] = left;
+  }
+}
+
+// Transforms the record's mask and programs it with the level.
+std::int32_t ProgramMotionRecord(std::uint8_t* record) {
+  const std::uint8_t channel = record[kRecordChannelByte];
+  if (channel >= g_video.max_channel) return VEXO_ERROR_PARAMETER;
+  TransformMask(record + kRecordMask);
+  WriteMask(channel, record + kRecordMask);
+  TW_SetMotionLevel(channel, record[kRecordLevelByte]);
+  return VEXO_OK;
+}
+
+void KeepMotionInfo(std::uint8_t channel, std::uint8_t level, const std::uint8_t* mask) {
+  g_motion.level[channel] = level;
+  std::memcpy(g_motion.mask[channel], mask, kMotionMaskBytes);
+}
+
+}  // namespace
+
+void TW_InitMotionDetect() {
+  for (std::uint8_t c = 0; c < g_video.max_channel; ++c) WriteMask(c, g_motion.mask[c]);
+  for (std::uint8_t c = 0; c < g_video.max_channel; ++c) TW_SetMotionLevel(c, g_motion.level[c]);
+  TW_SetMotionTiming(kTimingDefault, kTimingDefault);
+  g_motion.ready = 1;
+}
+
+void TW_ApplyMotionInfo(std::uint8_t channel) {
+  if (channel >= g_video.max_channel) return;
+  WriteMask(channel, g_motion.mask[channel]);
+  TW_SetMotionLevel(channel, g_motion.level[channel]);
+}
+
+void StoreMotionInfo(std::uint8_t channel, std::uint8_t level, const std::uint8_t* mask) {
+  if (channel >= kChannelsMax) return;
+  KeepMotionInfo(channel, level, mask);
+  TW_ApplyMotionInfo(channel);
+}
+
+void TW_SetMotionLevel(std::uint8_t channel, std::uint8_t level) {
+  if (channel >= kChannelsMax || level >= kLevels.size()) return;
+  const std::uint8_t first = RegisterAt(kMotionLevel, kMotionStride, ChannelPosition(channel));
+  for (unsigned i = 0; i < kLevels[level].size(); ++i) {
+    TW_WriteRegister(TW_GetChipSelect(channel), kPage2, static_cast<std::uint8_t>(first + i),
+                     kLevels[level][i]);
+  }
+}
+
+void TW_ToggleMotionCell(std::uint8_t channel, std::uint8_t column, std::uint8_t row) {
+  if (channel >= kChannelsMax || row >= kMotionRows) return;
+  const unsigned index = 2u * row + (column < 8 ? 1u : 0u);
+  std::uint8_t& cells = g_motion.mask[channel][index];
+  cells = static_cast<std::uint8_t>(cells ^ (1u << (column % 8)));
+  WriteMaskByte(channel, index);
+}
+
+void TW_SetMotionMaskAll(std::uint8_t channel, std::uint8_t clear) {
+  if (channel >= kChannelsMax) return;
+  for (unsigned i = 0; i < kMotionMaskBytes; ++i) {
+    g_motion.mask[channel][i] = clear == 0 ? 0xFF : 0x00;
+    WriteMaskByte(channel, i);
+  }
+}
+
+void TW_SetMotionTiming(std::uint8_t low, std::uint8_t high) {
+  if (low > 11) low = kTimingDefault;
+  if (high > 11) high = 9;
+  g_motion.timing = static_cast<std::uint8_t>((high << 4) | low);
+  for (unsigned i = 0; i < 4; ++i) {
+    TW_WriteRegister(kChipAll, kPage2, RegisterAt(kMotionTiming, 1, i), g_motion.timing);
+  }
+  TW_WriteRegister(kChipAll, kPage2, kMotionTimingEnable, kTimingEnable);
+}
+
+std::int32_t TW_SetMotionMask(std::uint8_t* record) {
+  const std::int32_t result = ProgramMotionRecord(record);
+  if (result == VEXO_OK) {
+    KeepMotionInfo(record[kRecordChannelByte], record[kRecordLevelByte], record + kRecordMask);
+  }
+  return result;
+}
+
+std::int32_t TW_PreviewMotionMask(std::uint8_t* record) { return ProgramMotionRecord(record); }

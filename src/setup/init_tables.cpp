@@ -1,0 +1,208 @@
+#include "setup/init_tables.h"
+
+#include "chip/register_bus.h"
+#include "chip/video_state.h"
+#include "display/board_variant.h"
+#include "setup/init_table_data.h"
+
+namespace {
+
+template <std::size_t N>
+void WriteTable(std::uint8_t chip, std::uint8_t page, std::uint8_t first,
+                const std::array<std::uint8_t, N>& table) {
+  static_assert(N <= 255, "a table write counts in 8 bits");
+  TW_WriteReg_Table(chip, page, first, table.data(), static_cast<std::uint8_t>(N));
+}
+
+// Bits 7:6 of several registers carry the channel's position.
+constexpr std::uint8_t AtPosition(unsigned position, std::uint8_t low_bits) {
+  return static_cast<std::uint8_t>((position << 6) | low_bits);
+}
+
+struct RegisterValue {
+  std::uint8_t reg;
+  std::uint8_t value;
+};
+
+// What a chip gets on page 1 beside the broadcast tables.
+struct Page1Chip {
+  std::uint8_t chip;               // chip select of windows, output and system control
+  const WindowsTable* windows[2];  // N, P
+  const OutputTable* output[2];    // N, P
+  std::uint8_t system[2];          // kSystemControl: N, P
+  std::uint8_t cascade_chip;       // chip select of cascade control
+  std::uint8_t cascade;            // kCascadeControl
+};
+
+constexpr Page1Chip kPage1Chips4Ch[] = {
+    {kChipAll,
+     {&kWindows4ChN, &kWindows4ChP},
+     {&kOutputMasterN, &kOutputMasterP},
+     {0x00, 0x80},
+     kChipMaster,
+     0x8A},
+};
+constexpr Page1Chip kPage1Chips8Ch[] = {
+    {kChipMaster,
+     {&kWindows8ChN, &kWindows8ChP},
+     {&kOutputMasterN, &kOutputMasterP},
+     {0x08, 0x88},
+     kChipMaster,
+     0x8A},
+    {kChipSlave1,
+     {&kWindows8ChN, &kWindows8ChP},
+     {&kOutputSlaveN, &kOutputSlaveP},
+     {0x39, 0xB9},
+     kChipSlave1,
+     0x8A},
+};
+constexpr Page1Chip kPage1Chips16Ch[] = {
+    {kChipMaster,
+     {&kWindows16ChN[0], &kWindows16ChP[0]},
+     {&kOutputMasterN, &kOutputMasterP},
+     {0x08, 0x88},
+     kChipMaster,
+     0xC9},
+    {kChipSlave1,
+     {&kWindows16ChN[1], &kWindows16ChP[1]},
+     {&kOutputSlaveN, &kOutputSlaveP},
+     {0x09, 0x89},
+     kChipSlave1,
+     0xA9},
+    {kChipSlave2,
+     {&kWindows16ChN[2], &kWindows16ChP[2]},
+     {&kOutputSlaveN, &kOutputSlaveP},
+     {0x0A, 0x8A},
+     kChipSlave2,
+     0x89},
+    {kChipSlave3,
+     {&kWindows16ChN[3], &kWindows16ChP[3]},
+     {&kOutputSlaveN, &kOutputSlaveP},
+     {0x3B, 0xBB},
+     kChipSlave3,
+     0x89},
+};
+
+struct Page1Board {
+  const DisplayTable* display;
+  const RecordTable* record;
+  const Page1Chip* chips;
+  std::uint8_t chip_count;
+};
+
+constexpr Page1Board kPage1Board4Ch = {&kDisplay4Ch, &kRecord4Ch, kPage1Chips4Ch, 1};
+constexpr Page1Board kPage1Board8Ch = {&kDisplayLarger, &kRecordLarger, kPage1Chips8Ch, 2};
+constexpr Page1Board kPage1Board16Ch = {&kDisplayLarger, &kRecordLarger, kPage1Chips16Ch, 4};
+
+// Null for boards without tables of their own (12 channels).
+const Page1Board* FindPage1Board() {
+  switch (g_video.max_channel) {
+    case 4:
+      return &kPage1Board4Ch;
+    case 8:
+      return &kPage1Board8Ch;
+    case 16:
+      return &kPage1Board16Ch;
+    default:
+      return nullptr;
+  }
+}
+
+void InitPage1Board(const Page1Board& board) {
+  const unsigned standard = IsNtsc() ? 0u : 1u;
+  WriteTable(kChipAll, kPage1, kDisplayBlock, *board.display);
+  WriteTable(kChipAll, kPage1, kRecordBlock, *board.record);
+  for (unsigned i = 0; i < board.chip_count; ++i) {
+    WriteTable(board.chips[i].chip, kPage1, kWindow, *board.chips[i].windows[standard]);
+  }
+  for (unsigned i = 0; i < board.chip_count; ++i) {
+    WriteTable(board.chips[i].chip, kPage1, kOutputBlock, *board.chips[i].output[standard]);
+  }
+  for (unsigned i = 0; i < board.chip_count; ++i) {
+    TW_WriteRegister(board.chips[i].chip, kPage1, kSystemControl, board.chips[i].system[standard]);
+  }
+  for (unsigned i = 0; i < board.chip_count; ++i) {
+    TW_WriteRegister(board.chips[i].cascade_chip, kPage1, kCascadeControl, board.chips[i].cascade);
+  }
+}
+
+void WriteEach(std::uint8_t page, const RegisterValue* values, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    TW_WriteRegister(kChipAll, page, values[i].reg, values[i].value);
+  }
+}
+
+// A register of all four input positions, all chips.
+void WriteInputs(std::uint8_t reg, std::uint8_t value) {
+  for (unsigned c = 0; c < kChannelsPerChip; ++c) {
+    TW_WriteRegister(g_video.broadcast_select, kPage0, RegisterAt(reg, kInputStride, c), value);
+  }
+}
+
+}  // namespace
+
+void TW_InitPage0Tables() {
+  const bool ntsc = IsNtsc();
+  const std::uint8_t all = g_video.broadcast_select;
+  for (unsigned c = 0; c < kChannelsPerChip; ++c) {
+    const std::uint8_t scaler = RegisterAt(kScalerControl, kScalerStride, c);
+    WriteTable(all, kPage0, RegisterAt(kInputBlock, kInputStride, c), ntsc ? kInputN : kInputP);
+    TW_WriteRegister(all, kPage0, RegisterAt(kInputPath, kInputStride, c), AtPosition(c, 0x06));
+    WriteTable(all, kPage0, scaler, ntsc ? kScalerN : kScalerP);
+    TW_WriteRegister(all, kPage0, scaler, AtPosition(c, 0x00));
+    TW_WriteRegister(all, kPage0, RegisterAt(kRecordLayout, kScalerStride, c), AtPosition(c, 0x31));
+  }
+  WriteTable(all, kPage0, kDecoderBlock, kDecoderInit);
+  WriteTable(all, kPage0, kAudioBlock, ntsc && g_video.max_channel != 4 ? kAudioLargerN : kAudio);
+  WriteTable(all, kPage0, kVideoBlock, kVideoInit);
+
+  // Written ahead of the final delay below, for P alone.
+  if (!ntsc) WriteInputs(kInputDelay, 0x28);
+  TW_WriteRegister(all, kPage0, kDecoderOutput, 0x30);
+  WriteInputs(kInputDelay, ntsc ? 0x20 : 0x32);
+  WriteInputs(kInputActive, 0xD0);
+  WriteInputs(kInputFieldOffset, 0x09);
+}
+
+void TW_InitPage1Tables() {
+  const bool ntsc = IsNtsc();
+  if (const Page1Board* board = FindPage1Board()) InitPage1Board(*board);
+
+  const RegisterValue common[] = {
+      {kOutputStart, 0x0D},
+      {kOutputDelay, 0x20},
+      {kEncoderBlock + 0, 0xE1},
+      {kEncoderBlock + 1, 0x00},
+      {kEncoderBlock + 2, 0x92},
+      {kEncoderBlock + 3, ntsc ? std::uint8_t{0x0F} : std::uint8_t{0x16}},
+      {kEncoderBlock + 4, 0xEB},
+      {kEncoderBlock + 5, 0x10},
+      {kEncoderBlock + 6, 0x20},
+      {kEncoderBlock + 7, 0x00},
+      {kEncoderBlock + 8, 0xB2},
+      {kEncoderBlock + 9, ntsc ? std::uint8_t{0x0F} : std::uint8_t{0x14}},
+      {kEncoderBlock + 10, 0x80},
+  };
+  WriteEach(kPage1, common, sizeof common / sizeof common[0]);
+
+  for (unsigned c = 0; c < kChannelsPerChip; ++c) {
+    const std::uint8_t crop[] = {0x00, 0x68, 0x02, ntsc ? std::uint8_t{0x78} : std::uint8_t{0x90},
+                                 0x04};
+    for (unsigned i = 0; i < sizeof crop; ++i) {
+      TW_WriteRegister(kChipAll, kPage0,
+                       static_cast<std::uint8_t>(RegisterAt(kRecordCrop, kScalerStride, c) + i),
+                       crop[i]);
+    }
+  }
+  TW_WriteRegister(kChipAll, kPage0, kVideoBlock, 0x08);
+}
+
+void TW_InitPage2Tables() {
+  const MotionTable& motion = g_video.max_channel == 4 ? kMotion4Ch : kMotionLarger;
+  WriteTable(kChipAll, kPage2, kOverlayBlock, kOverlayInit);
+  WriteTable(kChipAll, kPage2, kBoxBlock, kBoxInit);
+  for (unsigned c = 0; c < kChannelsPerChip; ++c) {
+    WriteTable(kChipAll, kPage2, RegisterAt(kMotionBlock, kMotionStride, c), motion);
+  }
+  TW_WriteRegister(kChipAll, kPage2, kOverlayBlock, 0x00);
+}
