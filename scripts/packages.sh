@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that this project needs and that are missing.
+#
+#   scripts/packages.sh build   what ./run.sh needs: compiler, build tools, libraries
+#   scripts/packages.sh test    what ./test.sh needs besides: clang and its tools
+#
+# Asks the package manager for nothing when all are there, so it needs no network then.
+set -euo pipefail
+
+build_packages=(
+  binutils cmake g++ gcc libbenchmark-dev libc6-dev libcli11-dev libgmock-dev libgtest-dev
+  libpng-dev ninja-build nlohmann-json3-dev
+)
+# llvm has the symbolizer that puts function names into sanitizer reports.
+test_packages=("${build_packages[@]}" clang clang-format clang-tidy libclang-rt-14-dev llvm)
+
+case "${1:-}" in
+  build) wanted=("${build_packages[@]}") ;;
+  test) wanted=("${test_packages[@]}") ;;
+  *)
+    echo "usage: $0 build|test" >&2
+    exit 2
+    ;;
+esac
+
+if ! command -v dpkg-query >/dev/null; then
+  echo "This is not Debian. Please install what these packages hold: ${wanted[*]}" >&2
+  exit 0
+fi
+
+states="$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "${wanted[@]}" 2>/dev/null || true)"
+missing=()
+for package in "${wanted[@]}"; do
+  grep -qx "$package installed" <<<"$states" || missing+=("$package")
+done
+((${#missing[@]})) || exit 0
+
+as_root=()
+if ((EUID != 0)); then
+  if ! command -v sudo >/dev/null; then
+    echo "Missing packages: ${missing[*]}" >&2
+    echo "Run this once as root: apt-get install ${missing[*]}" >&2
+    exit 1
+  fi
+  as_root=(sudo)
+fi
+
+echo "Installing ${missing[*]}" >&2
+apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o Dpkg::Use-Pty=0)
+log="$(mktemp)"
+trap 'rm -f "$log"' EXIT
+# The package lists of this machine may be old or absent, so they are fetched first; when that
+# fails for one archive, the others may still have all that is needed.
+"${apt[@]}" update </dev/null >"$log" 2>&1 || true
+if ! "${apt[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null >>"$log" 2>&1; then
+  cat "$log" >&2
+  echo "Installing the packages failed." >&2
+  exit 1
+fi

@@ -1,0 +1,97 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds everything with two compilers, and runs every test and check.
+# Goes on after a failure; the exit status is 0 only when all is well.
+set -uo pipefail
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
+cd "$root" || exit 1
+jobs="$(nproc)"
+scratch="$(mktemp -d)"
+trap 'rm -rf "$scratch"' EXIT
+
+stages=11
+started=0
+failed=0
+tests_passed=0
+tests_failed=0
+summary=()
+
+# stage NAME COMMAND...: runs it, tells how it went and how long it took.
+stage() {
+  local name="$1" begin="$SECONDS" result=ok
+  shift
+  started=$((started + 1))
+  echo
+  echo "== [$started/$stages] $name"
+  if ! "$@" </dev/null; then
+    result=FAILED
+    failed=$((failed + 1))
+  fi
+  local line
+  line="$(printf '%-6s %-48s %4d s' "$result" "$name" $((SECONDS - begin)))"
+  echo "-- $line"
+  summary+=("$line")
+}
+
+# Runs the tests of a preset and adds their numbers to the totals.
+run_tests() {
+  local log="$scratch/ctest.log" status=0 totals
+  ctest --preset "$1" -j "$jobs" 2>&1 | tee "$log" || status=1
+  totals="$(grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+' "$log" | tail -1)"
+  if [[ "$totals" =~ ,\ ([0-9]+)\ tests\ failed\ out\ of\ ([0-9]+) ]]; then
+    tests_failed=$((tests_failed + BASH_REMATCH[1]))
+    tests_passed=$((tests_passed + BASH_REMATCH[2] - BASH_REMATCH[1]))
+    ((BASH_REMATCH[2] > 0)) || status=1
+  else
+    status=1
+  fi
+  return "$status"
+}
+
+check_header() {
+  local compiler
+  for compiler in gcc clang; do
+    "$compiler" -std=c11 -Wall -Wextra -Wpedantic -Wconversion -Werror -Iinclude -fsyntax-only \
+      tests/support/header_compiles.c || return 1
+  done
+}
+
+# Each benchmark runs for a moment, so that it cannot rot. Times are shown, not judged.
+run_benchmarks() {
+  local program count=0
+  for program in build/gcc/bench/bench_*; do
+    [[ -f "$program" && -x "$program" ]] || continue
+    count=$((count + 1))
+    "$program" --benchmark_min_time=0.02 2>&1 || return 1
+  done
+  ((count > 0)) || { echo "There are no benchmarks."; return 1; }
+}
+
+# The demo, away from the sources, because it leaves a picture where it runs.
+run_demo() {
+  local log="$scratch/demo.log"
+  if ! (cd "$scratch" && "$root/build/gcc/vexosim" demo) >"$log" 2>&1; then
+    cat "$log"
+    return 1
+  fi
+  tail -n 15 "$log"
+}
+
+stage "packages" scripts/packages.sh test
+stage "format (clang-format)" scripts/check_format.sh
+stage "public header as C (gcc, clang)" check_header
+stage "build (g++)" scripts/build.sh gcc all
+stage "tests (g++)" run_tests gcc
+stage "library needs no runtime" scripts/check_library.sh build/gcc/libvexoctrl.a
+stage "build (clang++, sanitizers)" scripts/build.sh sanitize all
+stage "tests (clang++, sanitizers)" run_tests sanitize
+stage "lint (clang-tidy)" scripts/build.sh sanitize tidy
+stage "benchmarks (g++)" run_benchmarks
+stage "demo" run_demo
+
+echo
+echo "== Summary"
+printf '%s\n' "${summary[@]}"
+echo "Took $((SECONDS / 60)) min $((SECONDS % 60)) s."
+echo "Stages: $((started - failed)) passed, $failed failed."
+echo "Tests: $tests_passed passed, $tests_failed failed."
+((failed == 0 && tests_failed == 0))
