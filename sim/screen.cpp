@@ -19,13 +19,14 @@ struct Axis {
   int samples = 1;
 };
 
-// ratio is the scaler's 16-bit value: scaled size = size * (ratio + 1) / 65536.
+// ratio is the scaler's 16-bit value: scaled size = size * (ratio + 1) / 65536. Samples are rounded
+// to the nearest, for 1/3 and its like are not exact in 16 bits.
 Axis MakeAxis(int window_pixels, int picture_pixels, unsigned ratio, unsigned filter) {
   Axis axis;
   axis.samples = static_cast<int>(filter) + 1;
+  const auto scale = static_cast<std::int64_t>(ratio) + 1;
   for (int i = 0; i < window_pixels; ++i) {
-    const auto source =
-        static_cast<std::int64_t>(i) * 65536 / (static_cast<std::int64_t>(ratio) + 1);
+    const std::int64_t source = (static_cast<std::int64_t>(i) * 65536 + scale / 2) / scale;
     if (source >= picture_pixels) break;
     axis.first.push_back(static_cast<int>(source));
   }
@@ -53,7 +54,7 @@ struct Window {
   unsigned horizontal = 0;
 };
 
-// Register of the chip that carries a channel.
+// Registers of one chip.
 class Registers {
  public:
   Registers(const Board& board, unsigned chip) : board_(board), chip_(chip) {}

@@ -54,6 +54,9 @@ Image ComposeScreen(const Board& board);
 // Writes a PNG file. Throws std::runtime_error with the reason.
 void WritePng(const Image& image, const std::string& path);
 
+// Reads one back, for comparing pictures. Throws std::runtime_error with the reason.
+Image ReadPng(const std::string& path);
+
 // The picture in 24-bit terminal colours, two pixels a character cell (upper half blocks), each
 // the average of its area. One line ends with a reset and a line feed.
 std::string RenderForTerminal(const Image& image, int columns);
