@@ -29,12 +29,12 @@ class Kernel {
 
   // ---- Virtual time -------------------------------------------------------------------------
 
-  std::uint32_t Now() const;  // ms
-  By Current() const;         // who is running
+  std::uint32_t Now() const { return now_ms_; }  // ms, wrapping at 2^32
+  By Current() const { return by_; }             // who is running
 
   // Chooses among threads that could run by this seed; 0: the default order, host first.
   void SetSeed(std::uint64_t seed);
-  // With a seed: one bus cycle in `one_in` hands over to another thread, which may be one whose
+  // One bus cycle in `one_in` hands over to another thread, which may be one whose
   // time has not come (time then jumps). 0: never.
   void SetPreemption(unsigned one_in);
   void AtBusCycle() {
@@ -44,9 +44,11 @@ class Kernel {
   // ---- Host threads -------------------------------------------------------------------------
 
   // Starts another host thread. It first runs when the calling thread next sleeps, waits or pumps.
+  // What its body throws comes out of the main host thread's next pause.
   unsigned StartHostThread(std::function<void()> body);
   bool HostThreadDone(unsigned id) const;
-  // The host thread pumps its messages while `ms` pass.
+  // The host thread pumps its messages while `ms` pass. The windows are the main host thread's:
+  // any other has none to pump and is idle.
   void Pump(std::uint32_t ms);
   // Like Pump with no messages handled: the host is busy elsewhere.
   void Idle(std::uint32_t ms);
@@ -71,20 +73,34 @@ class Kernel {
   bool PostMessage(PlatWindow window, std::uint32_t message, std::uintptr_t wparam,
                    std::intptr_t lparam);
 
+  PlatHandle LoadModule(const std::u16string& name);
+  // A handle value that no object has or had, for devices that keep their own handles.
+  PlatHandle NewHandleValue();
+
+  // ---- The back side ----------------------------------------------------------------------------
+
+  // Signals an event, as another process could.
+  bool SetEvent(PlatHandle event);
+  // The window is gone: sends that wait for it fail, posted messages are dropped.
+  void WindowDestroyed(PlatWindow window);
+
   // ---- For tests --------------------------------------------------------------------------------
 
-  // Whether a host thread other than the caller's, or nobody, holds the named mutex.
+  // Whether a thread holds the named mutex.
   bool MutexHeld(const std::u16string& name) const;
   // How often the owning thread holds it.
   unsigned MutexDepth(const std::u16string& name) const;
   std::uint32_t ThreadQuantum(PlatHandle thread) const;  // 0: never set
-  unsigned OpenHandles() const;                          // objects, threads
-  unsigned LiveThreads() const;                          // library threads that have not ended
+  unsigned OpenHandles() const;                          // mutexes, events, threads
+  unsigned OpenModules() const;
+  unsigned LiveThreads() const;  // library threads that have not ended
 
  private:
   void Preempt();
   struct Impl;
   std::unique_ptr<Impl> impl_;
+  std::uint32_t now_ms_ = 0;
+  By by_ = By::Host;
   unsigned preempt_one_in_ = 0;
 };
 

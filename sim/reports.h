@@ -1,7 +1,10 @@
 // What the simulated board noticed that a real one would suffer in silence.
 #pragma once
 
+#include <cstddef>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace sim {
@@ -27,6 +30,7 @@ class Reports {
 
  private:
   std::vector<Report> reports_;
+  std::map<std::pair<ReportKind, std::string>, std::size_t> places_;  // in reports_
 };
 
 }  // namespace sim

@@ -3,8 +3,10 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,10 +25,10 @@ enum class Fault : std::uint8_t {
   MapSelect,    // a bus window cannot be mapped
   MapAddress,
   MapData,
-  Thread,       // the thread cannot be created
-  Send,         // SendMessageTimeout fails
-  Post,         // PostMessage fails
-  Allocate,     // no memory for version information
+  Thread,    // the thread cannot be created
+  Send,      // SendMessageTimeout fails
+  Post,      // PostMessage fails
+  Allocate,  // no memory for version information
 };
 inline constexpr std::size_t kFaultCount = 9;
 
@@ -70,6 +72,35 @@ class Nvram {
   unsigned hits_ = 0;
 };
 
+// The three bus windows as the processor sees them. Each has an address of its own; mapped twice,
+// it must be unmapped twice.
+class BusWindows {
+ public:
+  static constexpr std::size_t kCount = 3;
+  // The window at a physical address, none for an address that is no bus window.
+  static std::optional<BusWindow> AtPhysical(std::uint32_t physical);
+  static volatile std::uint8_t* Address(BusWindow window);
+
+  void Map(BusWindow window) { ++mapped_[static_cast<std::size_t>(window)]; }
+  // False when it is not mapped.
+  bool Unmap(BusWindow window);
+
+  // The window that an address belongs to, none when nothing is mapped there.
+  std::optional<BusWindow> Find(const volatile std::uint8_t* address) const {
+    const std::size_t offset = reinterpret_cast<std::uintptr_t>(address) -
+                               reinterpret_cast<std::uintptr_t>(memory_.data());
+    if (offset >= sizeof(memory_) || offset % kBytes != 0 || mapped_[offset / kBytes] == 0) {
+      return std::nullopt;
+    }
+    return static_cast<BusWindow>(offset / kBytes);
+  }
+
+ private:
+  static constexpr std::size_t kBytes = 4;
+  static std::array<std::uint8_t, kCount * kBytes> memory_;  // addresses only, never accessed
+  std::array<unsigned, kCount> mapped_{};
+};
+
 // A file with a version resource.
 struct VersionFile {
   enum class State { Present, Unreadable, NoRoot };  // size known; reading fails; no root block
@@ -95,11 +126,23 @@ class Files {
 class Drivers {
  public:
   enum class State { Present, Absent, Null };  // absent: invalid handle, null: zero handle
-  void Set(const std::string& name, State state) { states_[name] = state; }
+  // Names compare without regard to case.
+  void Set(const std::string& name, State state);
   State Get(const std::string& name) const;
+
+  // What an open yields: `fresh` as the new handle, the invalid handle or 0.
+  PlatHandle Open(const std::string& name, PlatHandle fresh);
+  // The driver behind an open handle, null when there is none.
+  const std::string* Find(PlatHandle handle) const;
+  bool Close(PlatHandle handle);
+  std::size_t OpenCount() const { return open_.size(); }
+  // The driver whose open failed last: what requests on a bad handle were meant for.
+  const std::string& LastFailed() const { return last_failed_; }
 
  private:
   std::map<std::string, State> states_;
+  std::map<PlatHandle, std::string> open_;
+  std::string last_failed_;
 };
 
 // A message that reached the host window's procedure.
@@ -119,9 +162,11 @@ class Windows {
   bool Exists(PlatWindow window) const;
   bool deaf = false;  // does not answer sent messages
   std::vector<ReceivedMessage> received;
+  std::function<void(PlatWindow)> on_destroyed;  // told after a window is gone
 
  private:
   std::vector<PlatWindow> windows_;
+  PlatWindow next_ = 0x10010;  // window handles are never reused
 };
 
 class World {
@@ -139,23 +184,30 @@ class World {
   Files files;
   Drivers drivers;
   Windows windows;
+  BusWindows bus_windows;
   // Texts of system error codes; what is not here has no text.
   std::map<std::uint32_t, std::string> system_texts;
-  unsigned system_text_asks = 0;    // how often a text was asked for
-  unsigned thread_calls_off = 0;    // how often thread notifications were turned off
-  unsigned long allocations = 0;    // live allocations
-  Kernel kernel;  // last: its threads use all of the above
+  unsigned system_text_asks = 0;  // how often a text was asked for
+  unsigned thread_calls_off = 0;  // how often thread notifications were turned off
+  unsigned long allocations = 0;  // live allocations
+  Kernel kernel;                  // last: its threads use all of the above
 
   // Adds an event at the current time by the current thread.
   void Record(EventDetail detail);
 };
 
 // The one world that platform.h acts on. The thread that resets it is the main host thread.
-World& TheWorld();
+extern World* g_the_world;  // null before the first use
+World& MakeTheWorld();
+inline World& TheWorld() { return g_the_world != nullptr ? *g_the_world : MakeTheWorld(); }
 // A fresh world: ends left-over threads, forgets everything.
 void ResetWorld();
 
+// Text between the platform's form and the trace's; a null text is empty, an unpaired surrogate
+// or a malformed byte becomes U+FFFD.
 std::string ToUtf8(const char16_t* text);
 std::u16string ToUtf16(const std::string& text);
+// ASCII letters to lower case, for names that compare without regard to case.
+std::string ToLower(std::string text);
 
 }  // namespace sim
