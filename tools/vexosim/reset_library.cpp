@@ -2,11 +2,13 @@
 
 #include "api/diagnostics.h"
 #include "api/library_state.h"
+#include "api/worker.h"
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
 #include "display/display_state.h"
 #include "display/window_tables.h"
 #include "motion/motion_state.h"
+#include "setup/video_detection.h"
 
 namespace vexosim {
 
@@ -18,6 +20,8 @@ void ResetLibraryState() {
   g_display = {};
   g_layout = {};
   g_motion = {};
+  g_video_detect = {};
+  g_worker = {};
 }
 
 }  // namespace vexosim
