@@ -17,8 +17,21 @@ constexpr std::uint8_t SelectByte(std::uint8_t chip, unsigned page) {
   return static_cast<std::uint8_t>((page * 0x55u) | (~chip & 0xFFu));
 }
 
+// Wanted: with an invalid chip select code nothing is selected and nothing released, but the
+// address and data cycles go out all the same.
 inline void SelectPage(std::uint8_t chip, unsigned page) {
   if (IsChipSelect(chip)) Plat_StoreByte(g_bus.select, SelectByte(chip, page));
+}
+
+// Selects, lets `cycles` address the chip and move its data, and releases. The window addresses are
+// copied first: after each byte store they would have to be fetched anew.
+template <typename Cycles>
+inline void Access(std::uint8_t chip, std::uint8_t page, const Cycles& cycles) {
+  const BusWindows bus = g_bus;
+  const bool selects = IsChipSelect(chip);
+  if (selects) Plat_StoreByte(bus.select, SelectByte(chip, page));
+  cycles(bus);
+  if (selects) Plat_StoreByte(bus.select, kSelectIdle);
 }
 
 }  // namespace
@@ -36,10 +49,11 @@ std::uint8_t TW_ReadRegister(std::uint8_t chip, std::uint8_t page, std::uint8_t 
     VexoDbg_Print(u">> TW_ReadRegister INVALID PAGE (%d)!\r\n", page);
     return 0;
   }
-  SelectPage(chip, page);
-  Plat_StoreByte(g_bus.address, reg);
-  const std::uint8_t value = Plat_LoadByte(g_bus.data);
-  TW_ReleaseChip(chip);
+  std::uint8_t value = 0;
+  Access(chip, page, [&](const BusWindows& bus) {
+    Plat_StoreByte(bus.address, reg);
+    value = Plat_LoadByte(bus.data);
+  });
   return value;
 }
 
@@ -48,10 +62,10 @@ void TW_WriteRegister(std::uint8_t chip, std::uint8_t page, std::uint8_t reg, st
     VexoDbg_Print(u">> TW_WriteRegister INVALID PAGE (%d)!\r\n", page);
     return;
   }
-  SelectPage(chip, page);
-  Plat_StoreByte(g_bus.address, reg);
-  Plat_StoreByte(g_bus.data, value);
-  TW_ReleaseChip(chip);
+  Access(chip, page, [=](const BusWindows& bus) {
+    Plat_StoreByte(bus.address, reg);
+    Plat_StoreByte(bus.data, value);
+  });
 }
 
 void TW_WriteReg_Table(std::uint8_t chip, std::uint8_t page, std::uint8_t first_reg,
@@ -60,8 +74,8 @@ void TW_WriteReg_Table(std::uint8_t chip, std::uint8_t page, std::uint8_t first_
     VexoDbg_Print(u">> TW_WriteReg_Table INVALID PAGE (%d)!\r\n", page);
     return;
   }
-  SelectPage(chip, page);
-  Plat_StoreByte(g_bus.address, first_reg);
-  for (std::uint8_t i = 0; i < count; ++i) Plat_StoreByte(g_bus.data, data[i]);
-  TW_ReleaseChip(chip);
+  Access(chip, page, [=](const BusWindows& bus) {
+    Plat_StoreByte(bus.address, first_reg);
+    for (std::uint8_t i = 0; i < count; ++i) Plat_StoreByte(bus.data, data[i]);
+  });
 }
