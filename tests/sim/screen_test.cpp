@@ -76,18 +76,38 @@ TEST(Screen, ScalesByAThirdAndByAHalf) {
   EXPECT_EQ(WrongPixels(image, kUpperRight, 1, 2, 2), 0);
 }
 
-TEST(Screen, FiltersAcrossAndDownApart) {
+TEST(Screen, ScalesWidthAndHeightApart) {
   ScreenOnBus bus(1);
-  bus.Show(0, kUpperLeft, kHalf, 0x1);
-  const Image across = bus.Screen();
-  bus.Show(0, kUpperLeft, kHalf, 0x4);
-  const Image down = bus.Screen();
-  // Within the fine lines: two neighbours make grey, a column of one line keeps its tone.
-  const int x = 16 + 30;
-  const int y = 4 + 200;
-  EXPECT_EQ(across.At(x, y), CardAverage(0, 60, 400, 2, 1, kCardHeightNtsc, 0));
-  EXPECT_EQ(down.At(x, y), CardAverage(0, 60, 400, 1, 2, kCardHeightNtsc, 0));
-  EXPECT_NE(across.At(x, y), down.At(x, y));
+  bus.Show(0, kUpperLeft, kWhole);
+  bus.Scale(0, kHalf, kQuarter);
+  const Image image = bus.Screen();
+  for (int y = 0; y < 236; ++y) {
+    for (int x = 0; x < 180; ++x) {
+      ASSERT_EQ(image.At(16 + x, 4 + y), TestCardPixel(0, 4 * x, 2 * y, kCardHeightNtsc, 0))
+          << x << ", " << y;
+    }
+  }
+  EXPECT_EQ(image.At(16 + 180, 4), kScreenNoPicture);
+}
+
+TEST(Screen, FiltersAcrossAndDownApart) {
+  struct Case {
+    unsigned filter;
+    int across, down;  // samples
+  };
+  for (const Case& c : {Case{0x1, 2, 1}, Case{0x4, 1, 2}, Case{0x2, 3, 1}, Case{0xC, 1, 4}}) {
+    ScreenOnBus bus(1);
+    bus.Show(0, kUpperLeft, kHalf, c.filter);
+    const Image image = bus.Screen();
+    int wrong = 0;
+    for (int y = 0; y < 220; ++y) {
+      for (int x = 0; x < 320; ++x) {
+        const Rgb expected = CardAverage(0, 2 * x, 2 * y, c.across, c.down, kCardHeightNtsc, 0);
+        if (image.At(16 + x, 4 + y) != expected) ++wrong;
+      }
+    }
+    EXPECT_EQ(wrong, 0) << c.filter;
+  }
 }
 
 TEST(Screen, LooksWrongWithoutTheFilterOfTheLayoutCode) {
