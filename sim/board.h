@@ -18,7 +18,7 @@ enum class Camera { Ntsc, Pal, Off };
 
 // What the identification register of an empty position gives, as the bus floats; like any value
 // that is no chip's.
-inline constexpr std::uint8_t kEmptyId = 0xFF;
+inline constexpr std::uint8_t kEmptyId = 0x00;
 
 class Board {
  public:
