@@ -25,7 +25,7 @@ constexpr const char* kFooter =
     "\n"
     "Exit status: 0 done, 1 an expectation was not met, 2 the script or the command line is "
     "wrong.\n"
-    "vexosim run --help lists the script language.";
+    "vexosim run --help lists the script language.\n";
 
 constexpr const char* kRunIntroduction =
     "By default each line is echoed with the virtual time at which it runs, and below it\n"
@@ -59,21 +59,23 @@ struct RunArguments {
   bool registers = false;
   bool quiet = false;
   std::uint64_t seed = 0;
-  ColourChoice colour = ColourChoice::Auto;
+  std::string colour = "auto";
 };
 
-void AddColour(CLI::App& app, ColourChoice& colour) {
+void AddColour(CLI::App& app, std::string& colour) {
   app.add_option("--color,--colour", colour,
-                 "Pictures in colour: auto (on a terminal), always, never")
+                 "Pictures in colour: auto (on a terminal), always or never")
       ->type_name("WHEN")
-      ->transform(CLI::CheckedTransformer(kColourChoices, CLI::ignore_case).description(""));
+      ->check([](const std::string& word) {
+        return kColourChoices.contains(word) ? "" : "expected auto, always or never, found " + word;
+      });
 }
 
 int RunCommand(const RunArguments& arguments) {
   RunOptions options;
   options.quiet = arguments.quiet;
   options.show_progress = Progress::OnTerminal();
-  options.style = StandardOutputStyle(arguments.colour);
+  options.style = StandardOutputStyle(kColourChoices.at(arguments.colour));
   options.seed = arguments.seed;
   options.registers = arguments.registers;
   if (!arguments.picture.empty()) options.picture = arguments.picture;
@@ -120,12 +122,18 @@ int Main(int argc, const char* const* argv) {
   app.require_subcommand(1);
 
   DemoOptions demo_options;
-  ColourChoice demo_colour = ColourChoice::Auto;
-  CLI::App* demo = app.add_subcommand("demo", "Brings a 16-channel recorder up and plays with it");
+  std::string demo_colour = "auto";
+  CLI::App* demo = app.add_subcommand(
+      "demo", "Brings a recorder with sixteen cameras up and shows what it does");
   demo->add_option("--picture", demo_options.picture, "Where the 4 x 4 live picture is written")
       ->type_name("FILE.png")
       ->capture_default_str();
   AddColour(*demo, demo_colour);
+  demo->footer(
+      "Brings the board up, draws its live picture, changes the layout, unplugs a camera and "
+      "shows\n"
+      "motion; each message to the host is printed in words as it arrives.\n"
+      "Exit status: 0 done, 1 something answered as no healthy board would.\n");
 
   RunArguments run_arguments;
   CLI::App* run = app.add_subcommand("run", "Runs a script");
@@ -152,7 +160,7 @@ int Main(int argc, const char* const* argv) {
     return app.exit(error) == 0 ? kExitDone : kExitWrong;
   }
   if (*demo) {
-    demo_options.style = StandardOutputStyle(demo_colour);
+    demo_options.style = StandardOutputStyle(kColourChoices.at(demo_colour));
     return RunDemo(demo_options, std::cout, std::cerr);
   }
   return RunCommand(run_arguments);

@@ -15,8 +15,10 @@ namespace vexosim {
 void ResetLibraryState() {
   g_library = {};
   g_debug = {};
+  g_worker = {};
   g_bus = {};
   g_video = {};
+  g_video_detect = {};
   g_display = {};
   g_layout = {};
   g_motion = {};

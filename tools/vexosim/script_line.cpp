@@ -27,21 +27,33 @@ std::string FirstWords() {
   return text;
 }
 
+// One kind: its usage, and its help beside or below it, wrapped.
+void AppendKind(std::string& text, const LineKind& kind) {
+  constexpr std::size_t kColumn = 38;
+  constexpr std::size_t kWidth = 96;
+  std::string line = "  " + kind.Usage();
+  if (line.size() + 2 > kColumn) {
+    text += line + '\n';
+    line.clear();
+  }
+  line.resize(kColumn, ' ');
+  for (std::string_view help = kind.help; !help.empty();) {
+    const std::size_t end = std::min(help.find(' '), help.size());
+    if (line.size() > kColumn && line.size() + 1 + end > kWidth) {
+      text += line + '\n';
+      line.assign(kColumn, ' ');
+    }
+    if (line.size() > kColumn) line += ' ';
+    line += help.substr(0, end);
+    help.remove_prefix(std::min(end + 1, help.size()));
+  }
+  text += line + '\n';
+}
+
 void AppendGroup(std::string& text, std::string_view title, std::span<const LineKind> kinds) {
-  constexpr std::size_t kColumn = 44;
   text += title;
   text += '\n';
-  for (const LineKind& kind : kinds) {
-    std::string line = "  " + kind.Usage();
-    if (line.size() + 2 > kColumn) {
-      text += line + '\n';
-      line.clear();
-    }
-    line.resize(kColumn, ' ');
-    text += line;
-    text += kind.help;
-    text += '\n';
-  }
+  for (const LineKind& kind : kinds) AppendKind(text, kind);
 }
 
 }  // namespace

@@ -1,0 +1,111 @@
+#include "tools/vexosim/cli.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+#include "tools/fake_library.h"
+#include "tools/vexosim/script.h"
+
+namespace vexosim {
+namespace {
+
+using testing::HasSubstr;
+
+// The command line on the fake library, its outputs caught.
+class CommandLine : public FakeLibraryTest {
+ protected:
+  void SetUp() override {
+    FakeLibraryTest::SetUp();
+    std::ofstream(script_) << "attach\nwindow\ncommand 0xF005\nexpect return 0\n";
+    old_out_ = std::cout.rdbuf(out_.rdbuf());
+    old_err_ = std::cerr.rdbuf(err_.rdbuf());
+  }
+  void TearDown() override {
+    std::cout.rdbuf(old_out_);
+    std::cerr.rdbuf(old_err_);
+    std::remove(script_.c_str());
+    FakeLibraryTest::TearDown();
+  }
+
+  int Run(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "vexosim");
+    out_.str({});
+    err_.str({});
+    return Main(static_cast<int>(arguments.size()), arguments.data());
+  }
+
+  const std::string script_ = testing::TempDir() + "vexosim_cli_test.vexo";
+  std::ostringstream out_;
+  std::ostringstream err_;
+
+ private:
+  std::streambuf* old_out_ = nullptr;
+  std::streambuf* old_err_ = nullptr;
+};
+
+TEST_F(CommandLine, RunsAScript) {
+  EXPECT_EQ(Run({"run", script_.c_str()}), kExitDone);
+  EXPECT_THAT(out_.str(), HasSubstr("| [Fake]: >> hello"));
+  EXPECT_EQ(Run({"run", "--quiet", script_.c_str()}), kExitDone);
+  EXPECT_EQ(out_.str(), "1 expectation met\n");
+}
+
+TEST_F(CommandLine, RunsStandardInput) {
+  std::istringstream in("attach\nexpect return 7\n");
+  std::streambuf* const old_in = std::cin.rdbuf(in.rdbuf());
+  EXPECT_EQ(Run({"run", "-"}), kExitUnmet);
+  std::cin.rdbuf(old_in);
+  EXPECT_THAT(err_.str(), HasSubstr("<stdin>:2: expect return 7: returned 1"));
+}
+
+TEST_F(CommandLine, WritesTraceAndPicture) {
+  const std::string trace = testing::TempDir() + "vexosim_cli_test.jsonl";
+  const std::string picture = testing::TempDir() + "vexosim_cli_test.png";
+  EXPECT_EQ(Run({"run", script_.c_str(), "--trace", trace.c_str(), "--picture", picture.c_str(),
+                 "--registers", "--seed", "7"}),
+            kExitDone);
+  std::string line;
+  std::getline(std::ifstream(trace), line);
+  EXPECT_EQ(line, R"({"t":0,"by":"host","ev":"call","fn":"DllMain","args":[1]})");
+  EXPECT_TRUE(std::ifstream(picture).is_open());
+  EXPECT_THAT(out_.str(), HasSubstr("slave3 page 2"));
+  std::remove(trace.c_str());
+  std::remove(picture.c_str());
+}
+
+TEST_F(CommandLine, GivesStatus2ForAWrongCommandLine) {
+  EXPECT_EQ(Run({}), kExitWrong);
+  EXPECT_EQ(Run({"fly"}), kExitWrong);
+  EXPECT_EQ(Run({"run"}), kExitWrong);
+  EXPECT_EQ(Run({"run", script_.c_str(), "--seed", "x"}), kExitWrong);
+  EXPECT_EQ(Run({"run", script_.c_str(), "--speed", "1"}), kExitWrong);
+  EXPECT_EQ(Run({"demo", "--color", "blue"}), kExitWrong);
+}
+
+TEST_F(CommandLine, GivesStatus2ForFilesThatItCannotUse) {
+  EXPECT_EQ(Run({"run", "/no/such/script.vexo"}), kExitWrong);
+  EXPECT_THAT(err_.str(), HasSubstr("cannot read /no/such/script.vexo"));
+  EXPECT_EQ(Run({"run", "/"}), kExitWrong);
+  EXPECT_EQ(Run({"run", script_.c_str(), "--trace", "/no/such/folder/t"}), kExitWrong);
+  EXPECT_EQ(Run({"run", script_.c_str(), "--picture", "/no/such/folder/p.png"}), kExitWrong);
+}
+
+TEST_F(CommandLine, AcceptsAnEmptyScript) {
+  std::ofstream(script_).close();
+  EXPECT_EQ(Run({"run", script_.c_str()}), kExitDone);
+}
+
+TEST_F(CommandLine, TeachesInItsHelp) {
+  EXPECT_EQ(Run({"--help"}), kExitDone);
+  EXPECT_THAT(out_.str(), HasSubstr("Exit status: 0 done"));
+  EXPECT_EQ(Run({"run", "--help"}), kExitDone);
+  EXPECT_THAT(out_.str(), HasSubstr("camera CH ntsc|pal|off"));
+  EXPECT_THAT(out_.str(), HasSubstr("expect message CODE [WPARAM]"));
+}
+
+}  // namespace
+}  // namespace vexosim
