@@ -15,10 +15,11 @@ if ! cmake --preset "$preset" </dev/null >"$log" 2>&1; then
   exit 1
 fi
 
+cd "build/$preset"
+[[ "$(ninja -n "$@" </dev/null 2>&1)" != *"no work to do"* ]] || exit 0
 quiet=(--quiet)
 if [[ -t 1 ]]; then
   quiet=()
-  export NINJA_STATUS="Building [%f/%t] "
+  export NINJA_STATUS="[%f/%t] "
 fi
-cd "build/$preset"
 ninja "${quiet[@]}" "$@" </dev/null
