@@ -16,8 +16,7 @@ enum class BusWindow : std::uint8_t { Select, Address, Data };
 
 enum class Camera { Ntsc, Pal, Off };
 
-// What the identification register of an empty position gives, as the bus floats; like any value
-// that is no chip's.
+// What the identification register of an empty position gives: no chip's value.
 inline constexpr std::uint8_t kEmptyId = 0x00;
 
 class Board {
