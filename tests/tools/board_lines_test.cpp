@@ -157,11 +157,13 @@ TEST_F(BoardLine, FaultSwitchesEachFailure) {
                                                              {"send", Fault::Send},
                                                              {"post", Fault::Post}};
   for (const auto& [name, fault] : faults) {
-    sim::World& world = After("fault " + name + " on");
+    std::string line = "fault ";
+    line += name;
+    sim::World& world = After(line + " on");
     for (const auto& [other_name, other] : faults) {
       EXPECT_EQ(world.faults.Fires(other), other == fault) << name << ", " << other_name;
     }
-    EXPECT_FALSE(After("fault " + name + " on\nfault " + name + " off").faults.Fires(fault));
+    EXPECT_FALSE(After(line + " on\n" + line + " off").faults.Fires(fault));
   }
 }
 

@@ -206,9 +206,9 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
 TEST(ScriptParsing, ListsTheFirstWordsWhenItKnowsNone) {
   EXPECT_EQ(
       MistakeOf("\n\nhello world"),
-      "s.vexo:3: expected one of board, camera, weak, motion, poke, settle, sync, nvram, file, "
+      "s.vexo:3: expected board, camera, weak, motion, poke, settle, sync, nvram, file, "
       "driver, fault, window, attach, detach, lowmem, entry, unbind, command, motioninfo, "
-      "text, version, debug, output, run, expect, registers, picture, print; found 'hello'");
+      "text, version, debug, output, run, expect, registers, picture or print, found 'hello'");
 }
 
 TEST(ScriptParsing, WantsAnActionBeforeTheFirstExpectation) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tools/vexosim/text.h"
+
 namespace vexosim {
 namespace {
 
@@ -12,19 +14,14 @@ bool Fits(const LineKind& kind, std::span<const std::string> words) {
   return own.size() <= words.size() && std::equal(own.begin(), own.end(), words.begin());
 }
 
+// The words that a line may begin with, each once.
 std::string FirstWords() {
-  std::string text;
-  std::string_view last;
+  std::vector<std::string_view> words;
   for (const LineKind* kind : AllLines()) {
     const std::string_view word = FirstWord(kind->words);
-    // "window" begins both board lines and actions.
-    if (word == last || (' ' + text + ',').find(' ' + std::string(word) + ',') != text.npos)
-      continue;
-    if (!text.empty()) text += ", ";
-    text += word;
-    last = word;
+    if (std::find(words.begin(), words.end(), word) == words.end()) words.push_back(word);
   }
-  return text;
+  return OneOf(words);
 }
 
 // One kind: its usage, and its help beside or below it, wrapped.
@@ -84,7 +81,7 @@ const LineKind& FindLine(std::span<const std::string> words) {
   if (best != nullptr) return *best;
   const std::string usages = UsagesOf(words.front());
   if (usages.empty()) {
-    throw Malformed("expected one of " + FirstWords() + "; found '" + words.front() + "'");
+    throw Malformed("expected " + FirstWords() + ", found '" + words.front() + "'");
   }
   Arguments rest(words.subspan(1));
   rest.Expected(usages);
