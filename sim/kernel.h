@@ -57,13 +57,13 @@ class Kernel {
 
   PlatHandle CreateMutex(const std::u16string& name);
   PlatHandle CreateEvent(const std::u16string* name, bool manual_reset, bool signalled);
-  std::uint32_t Wait(PlatHandle object, std::uint32_t timeout_ms);
-  bool ReleaseMutex(PlatHandle mutex);
+  std::uint32_t Wait(PlatHandle handle, std::uint32_t timeout_ms);
+  bool ReleaseMutex(PlatHandle handle);
   bool CloseHandle(PlatHandle handle);
   PlatHandle CreateThread(PlatThreadProc proc, void* argument, std::uint32_t* thread_id);
-  bool GetExitCodeThread(PlatHandle thread, std::uint32_t* exit_code);
-  bool TerminateThread(PlatHandle thread, std::uint32_t exit_code);
-  bool SetThreadQuantum(PlatHandle thread, std::uint32_t quantum_ms);
+  bool GetExitCodeThread(PlatHandle handle, std::uint32_t* exit_code);
+  bool TerminateThread(PlatHandle handle, std::uint32_t exit_code);
+  bool SetThreadQuantum(PlatHandle handle, std::uint32_t quantum_ms);
   std::uint32_t CurrentThreadId() const;
   void Sleep(std::uint32_t ms);
   std::uint32_t LastError() const;  // of the calling thread
@@ -80,7 +80,7 @@ class Kernel {
   // ---- The back side ----------------------------------------------------------------------------
 
   // Signals an event, as another process could.
-  bool SetEvent(PlatHandle event);
+  bool SetEvent(PlatHandle handle);
   // The window is gone: sends that wait for it fail, posted messages are dropped.
   void WindowDestroyed(PlatWindow window);
 
@@ -90,7 +90,7 @@ class Kernel {
   bool MutexHeld(const std::u16string& name) const;
   // How often the owning thread holds it.
   unsigned MutexDepth(const std::u16string& name) const;
-  std::uint32_t ThreadQuantum(PlatHandle thread) const;  // 0: never set
+  std::uint32_t ThreadQuantum(PlatHandle handle) const;  // 0: never set
   unsigned OpenHandles() const;                          // mutexes, events, threads
   unsigned OpenModules() const;
   unsigned LiveThreads() const;  // library threads that have not ended

@@ -23,9 +23,10 @@ std::size_t RecordBytes(std::uint32_t message) {
 }
 
 Bytes TakeRecord(std::uint32_t message, std::uintptr_t wparam) {
-  Bytes record(wparam == 0 ? 0 : RecordBytes(message));
-  if (!record.empty())
-    std::memcpy(record.data(), reinterpret_cast<const void*>(wparam), record.size());
+  const std::size_t bytes = RecordBytes(message);
+  if (wparam == 0 || bytes == 0) return {};
+  Bytes record(bytes);
+  std::memcpy(record.data(), reinterpret_cast<const void*>(wparam), bytes);
   return record;
 }
 

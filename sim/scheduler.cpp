@@ -46,11 +46,11 @@ Thread& Kernel::Impl::Choose() {
   }
   // Whoever is late is as due as whoever is due now.
   const auto due = [this](const Thread& thread) { return std::max(thread.due, now); };
-  Thread* best = nullptr;
-  std::uint64_t count = 0;
+  Thread* best = main.get();
+  std::uint64_t count = 1;
   for (Thread* thread : live) {
-    if (thread->due == kNever) continue;
-    if (best == nullptr || due(*thread) < due(*best)) {
+    if (thread->main || thread->due == kNever) continue;
+    if (due(*thread) < due(*best)) {
       best = thread;
       count = 1;
     } else if (due(*thread) == due(*best)) {

@@ -18,9 +18,9 @@ const Row kRows[] = {{0x06600000, BusWindow::Select, Fault::MapSelect},
 TEST_F(BusWindowAccess, EachPhysicalAddressHasAWindowOfItsOwn) {
   std::vector<PlatBusWindow> seen;
   for (const Row& row : kRows) {
-    const PlatBusWindow window = Plat_MapBusWindow(row.physical, 4, false);
+    PlatBusWindow window = Plat_MapBusWindow(row.physical, 4, false);
     ASSERT_NE(window, nullptr);
-    for (const PlatBusWindow other : seen) EXPECT_NE(window, other);
+    for (PlatBusWindow other : seen) EXPECT_NE(window, other);
     seen.push_back(window);
     Plat_StoreByte(window, 0xFF);
     EXPECT_EQ(world().trace.Events().back().window, row.window);
@@ -31,9 +31,9 @@ TEST_F(BusWindowAccess, EachPhysicalAddressHasAWindowOfItsOwn) {
 
 TEST_F(BusWindowAccess, CyclesReachTheBoardAndTheTrace) {
   world().board.FitChips(1);
-  const PlatBusWindow select = Plat_MapBusWindow(0x06600000, 4, false);
-  const PlatBusWindow address = Plat_MapBusWindow(0x06400000, 4, false);
-  const PlatBusWindow data = Plat_MapBusWindow(0x06200000, 4, false);
+  PlatBusWindow select = Plat_MapBusWindow(0x06600000, 4, false);
+  PlatBusWindow address = Plat_MapBusWindow(0x06400000, 4, false);
+  PlatBusWindow data = Plat_MapBusWindow(0x06200000, 4, false);
   Plat_StoreByte(select, 0xFC);
   Plat_StoreByte(address, kChipId);
   EXPECT_EQ(Plat_LoadByte(data), kChipIdTw2835);
@@ -47,21 +47,21 @@ TEST_F(BusWindowAccess, CyclesReachTheBoardAndTheTrace) {
 }
 
 TEST_F(BusWindowAccess, AnAccessThroughNoWindowMakesNoCycleAndIsReported) {
-  const PlatBusWindow window = Plat_MapBusWindow(0x06200000, 4, false);
+  PlatBusWindow window = Plat_MapBusWindow(0x06200000, 4, false);
   Plat_UnmapBusWindow(window, 4);
-  for (const PlatBusWindow none : {PlatBusWindow{nullptr}, window}) {
+  for (PlatBusWindow none : {PlatBusWindow{nullptr}, window}) {
     Plat_StoreByte(none, 1);
     EXPECT_EQ(Plat_LoadByte(none), 0xFF);
   }
-  const PlatBusWindow mapped = Plat_MapBusWindow(0x06400000, 4, false);
+  PlatBusWindow mapped = Plat_MapBusWindow(0x06400000, 4, false);
   EXPECT_EQ(Plat_LoadByte(mapped + 1), 0xFF);  // the chips answer at the first byte only
   EXPECT_EQ(world().trace.Cycles(), 0u);
   EXPECT_EQ(world().reports.Count(ReportKind::UnmappedAccess), 5u);
 }
 
 TEST_F(BusWindowAccess, AWindowMappedTwiceStaysUntilItIsUnmappedTwice) {
-  const PlatBusWindow first = Plat_MapBusWindow(0x06200000, 4, false);
-  const PlatBusWindow second = Plat_MapBusWindow(0x06200000, 4, false);
+  PlatBusWindow first = Plat_MapBusWindow(0x06200000, 4, false);
+  PlatBusWindow second = Plat_MapBusWindow(0x06200000, 4, false);
   Plat_UnmapBusWindow(first, 4);
   Plat_StoreByte(second, 1);
   EXPECT_EQ(world().trace.Cycles(), 1u);
@@ -71,7 +71,7 @@ TEST_F(BusWindowAccess, AWindowMappedTwiceStaysUntilItIsUnmappedTwice) {
 }
 
 TEST_F(BusWindowAccess, UnmappingTwiceIsReported) {
-  const PlatBusWindow window = Plat_MapBusWindow(0x06200000, 4, false);
+  PlatBusWindow window = Plat_MapBusWindow(0x06200000, 4, false);
   Plat_UnmapBusWindow(window, 4);
   Plat_UnmapBusWindow(window, 4);
   EXPECT_EQ(world().reports.Count(ReportKind::UnmappedAccess), 1u);

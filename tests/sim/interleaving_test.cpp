@@ -35,7 +35,7 @@ class Interleaving : public PlatformTest {
     ResetWorld();
     kernel().SetSeed(seed);
     kernel().SetPreemption(one_in);
-    const PlatBusWindow address = Plat_MapBusWindow(0x06400000, 4, false);
+    PlatBusWindow address = Plat_MapBusWindow(0x06400000, 4, false);
     const WorkerBody body = [&] {
       for (int i = 0; i < 30; ++i) {
         Plat_StoreByte(address, 2);
@@ -132,7 +132,7 @@ TEST_F(Interleaving, PreemptionHandsOverAtBusCycles) {
 }
 
 TEST_F(Interleaving, PreemptionMayWakeASleeperWhoseTimeThenComes) {
-  const PlatBusWindow address = Plat_MapBusWindow(0x06400000, 4, false);
+  PlatBusWindow address = Plat_MapBusWindow(0x06400000, 4, false);
   kernel().SetSeed(1);
   kernel().SetPreemption(1);
   const WorkerBody body = [&] {
@@ -148,7 +148,7 @@ TEST_F(Interleaving, PreemptionMayWakeASleeperWhoseTimeThenComes) {
 }
 
 TEST_F(Interleaving, PreemptionWithNobodyElseGoesOn) {
-  const PlatBusWindow address = Plat_MapBusWindow(0x06400000, 4, false);
+  PlatBusWindow address = Plat_MapBusWindow(0x06400000, 4, false);
   kernel().SetPreemption(1);
   Plat_StoreByte(address, 1);
   EXPECT_EQ(kernel().Now(), 0u);

@@ -1,5 +1,6 @@
 // Messages to the host's window.
 #include <array>
+#include <numeric>
 
 #include "sim/fixture.h"
 
@@ -236,7 +237,7 @@ TEST_F(Messages, RecordsAreTakenWhenTheMessageIsHandled) {
       world().trace.Clear();
       world().windows.received.clear();
       std::array<std::uint8_t, 20> record{};
-      for (std::uint8_t i = 0; i < record.size(); ++i) record[i] = i;
+      std::iota(record.begin(), record.end(), std::uint8_t{0});
       const auto wparam =
           row.bytes == 0 ? std::uintptr_t{7} : reinterpret_cast<std::uintptr_t>(record.data());
       EXPECT_TRUE(post ? Plat_PostMessage(window, row.message, wparam, 3)

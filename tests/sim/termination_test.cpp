@@ -88,7 +88,7 @@ TEST_F(Termination, EndsAThreadThatHasNotBegun) {
 }
 
 TEST_F(Termination, EndsAThreadAtABusCycle) {
-  const PlatBusWindow data = Plat_MapBusWindow(0x06200000, 4, false);
+  PlatBusWindow data = Plat_MapBusWindow(0x06200000, 4, false);
   const WorkerBody body = [&]() -> std::uint32_t {
     for (;;) Plat_StoreByte(data, 1);
   };

@@ -20,7 +20,7 @@ std::string Cut(std::size_t capacity, const char16_t* format, ...) {
   va_end(arguments);
   EXPECT_EQ(buffer[capacity], u'~');
   if (capacity == 0) return "nothing";
-  const std::string text = ToUtf8(buffer.data());
+  std::string text = ToUtf8(buffer.data());
   EXPECT_EQ(text.size(), length);
   return text;
 }

@@ -13,7 +13,7 @@ TEST_F(FreshWorld, ForgetsEverything) {
   world().windows.deaf = true;
   world().board.FitChips(1);
   world().nvram.SetBlank();
-  const PlatBusWindow window = Plat_MapBusWindow(0x06200000, 4, false);
+  PlatBusWindow window = Plat_MapBusWindow(0x06200000, 4, false);
   kernel().SetPreemption(3);
 
   ResetWorld();
