@@ -146,6 +146,10 @@ TEST_F(BoardLine, DriverSetsWhatAnOpenGives) {
   EXPECT_EQ(After("driver VBE1: null\ndriver VBE1: present").drivers.Get("VBE1:"), State::Present);
 }
 
+std::string FaultLine(const std::string& name, bool on) {
+  return "fault " + name + (on ? " on\n" : " off\n");
+}
+
 TEST_F(BoardLine, FaultSwitchesEachFailure) {
   using sim::Fault;
   const std::vector<std::pair<std::string, Fault>> faults = {{"mutex", Fault::Mutex},
@@ -157,13 +161,12 @@ TEST_F(BoardLine, FaultSwitchesEachFailure) {
                                                              {"send", Fault::Send},
                                                              {"post", Fault::Post}};
   for (const auto& [name, fault] : faults) {
-    std::string line = "fault ";
-    line += name;
-    sim::World& world = After(line + " on");
+    const std::string on = FaultLine(name, true);
+    sim::World& world = After(on);
     for (const auto& [other_name, other] : faults) {
       EXPECT_EQ(world.faults.Fires(other), other == fault) << name << ", " << other_name;
     }
-    EXPECT_FALSE(After(line + " on\n" + line + " off").faults.Fires(fault));
+    EXPECT_FALSE(After(on + FaultLine(name, false)).faults.Fires(fault));
   }
 }
 
