@@ -41,7 +41,7 @@ class Lifecycle : public test::LibraryTest {
   Lines Maps() { return test::Texts(world().trace, 0, "map "); }
 };
 
-// ---- Attach -------------------------------------------------------------------------------------
+// ---- Attach ----------------------------------------------------------------------------------
 
 TEST_F(Lifecycle, AtLoadNothingIsSet) {
   EXPECT_EQ(g_library.g_module, 0u);
@@ -143,7 +143,7 @@ TEST_F(Lifecycle, NoSwitchGatesTheMissingMutex) {
   EXPECT_EQ(Debug(), Lines{});
 }
 
-// ---- Bus windows --------------------------------------------------------------------------------
+// ---- Bus windows -----------------------------------------------------------------------------
 
 TEST_F(Lifecycle, WithoutTheSelectWindowAttachStopsThere) {
   world().faults.Set(sim::Fault::MapSelect, true);
@@ -198,8 +198,7 @@ TEST_F(Lifecycle, AFailedMappingIsToldAtLevelTwo) {
   EXPECT_EQ(Debug().size(), 2u);
 }
 
-// ---- Version
-// --------------------------------------------------------------------------------------
+// ---- Version ---------------------------------------------------------------------------------
 
 TEST_F(Lifecycle, TheVersionIsLookedForInThreePlacesInOrder) {
   struct Case {
@@ -271,8 +270,7 @@ TEST_F(Lifecycle, AttachItselfClearsTheVersionText) {
   EXPECT_EQ(g_library.g_version_text[0], u'\0');
 }
 
-// ---- Detach and the other reasons
-// -----------------------------------------------------------------
+// ---- Detach and the other reasons ------------------------------------------------------------
 
 TEST_F(Lifecycle, DetachGivesBackWhatAttachTook) {
   AttachAndBind();

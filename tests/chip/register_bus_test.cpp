@@ -49,8 +49,7 @@ class RegisterBus : public test::LibraryTest {
   std::size_t from_ = 0;
 };
 
-// ---- Channels
-// ---------------------------------------------------------------------------------------
+// ---- Channels --------------------------------------------------------------------------------
 
 TEST(RegisterBusChannels, GetChipSelectMapsChannelsToTheirChips) {
   struct Case {
@@ -77,8 +76,7 @@ TEST(RegisterBusChannels, PositionsRepeatWithTheirStride) {
   EXPECT_EQ(RegisterAt(0x86, 0x20, 1), 0xA6);
 }
 
-// ---- Select and release
-// -----------------------------------------------------------------------------
+// ---- Select and release ----------------------------------------------------------------------
 
 TEST_F(RegisterBus, SelectPutsTheByteOfChipAndPageOnTheSelectWindow) {
   using Select = void (*)(std::uint8_t);
@@ -108,8 +106,7 @@ TEST_F(RegisterBus, AnInvalidChipSelectNeitherSelectsNorReleases) {
   EXPECT_EQ(Events(), Lines{});
 }
 
-// ---- Write, read, table
-// -------------------------------------------------------------------------------
+// ---- Write, read, table ----------------------------------------------------------------------
 
 TEST_F(RegisterBus, AWriteIsSelectAddressDataRelease) {
   for (const Selection& s : kSelections) {
@@ -213,8 +210,7 @@ TEST_F(RegisterBus, ATableOf255BytesGoesOutWhole) {
   ExpectReports();  // runs over registers without a name
 }
 
-// ---- Refusals
-// -------------------------------------------------------------------------------------------
+// ---- Refusals --------------------------------------------------------------------------------
 
 TEST_F(RegisterBus, AnInvalidPageIsPrintedAndTouchesNoWindow) {
   constexpr std::uint8_t kTable[] = {1, 2};
@@ -273,8 +269,7 @@ TEST_F(RegisterBus, AnInvalidChipSelectReadsFromTheChipSelectedBefore) {
   TW_ReleaseChip(kChipSlave1);
 }
 
-// ---- Windows that are not mapped
-// ------------------------------------------------------------------------
+// ---- Windows that are not mapped -------------------------------------------------------------
 
 TEST_F(RegisterBus, WithoutWindowsNoCycleIsMadeAndAReadGivesAllOnes) {
   constexpr std::uint8_t kTable[] = {1, 2};
@@ -307,8 +302,7 @@ TEST_F(RegisterBus, WindowsThatDetachUnmappedAreNotTouched) {
   ExpectReports();
 }
 
-// ---- Who
-// ------------------------------------------------------------------------------------------------
+// ---- Who -------------------------------------------------------------------------------------
 
 TEST_F(RegisterBus, TheWorkersReadsAreTheSameFourCycles) {
   world().board.HoldSync(true);

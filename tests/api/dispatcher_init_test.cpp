@@ -1,0 +1,124 @@
+// The command that initializes the chips and starts the worker, and the one that stops it.
+#include <algorithm>
+
+#include "VexoCtrlSDK.h"
+#include "api/worker.h"
+#include "chip/video_state.h"
+#include "support/library_test.h"
+#include "tests/api/trace_lines.h"
+#include "tools/vexosim/host.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr std::size_t kRecordBytes = vexosim::kCommandRecordBytes;
+
+class DispatcherInit : public test::LibraryTest {
+ protected:
+  bool LockHeld() { return world().kernel.MutexHeld(u"CS4_GlobalLock"); }
+  void FitAndBind(unsigned chips) {
+    world().board.FitChips(chips);
+    AttachAndBind();
+    Mark();
+  }
+};
+
+TEST_F(DispatcherInit, FillsTheRecordWithChipsStandardAndIdentification) {
+  world().board.FitChips(3);
+  world().board.SetId(1, 0x2B);
+  world().board.SetId(3, 0x77);
+  world().nvram.SetRecord("MDVR", VEXO_VIDEO_PAL, 12);
+  AttachAndBind();
+  const Bytes before(kRecordBytes, 0xA5);
+  EXPECT_EQ(Command(VEXO_CMD_INIT, before), 0);
+  Bytes expected = before;
+  const Bytes state = {3, 0, 0, 0, 1, 0, 0, 0, 0x28, 0x2B, 0x28, 0x77};
+  std::copy(state.begin(), state.end(), expected.begin() + 12);
+  EXPECT_EQ(last_record, expected);
+  EXPECT_FALSE(LockHeld());
+}
+
+TEST_F(DispatcherInit, HaltsTheCameraInitializesStartsTheWorkerAndResumes) {
+  FitAndBind(1);
+  const std::size_t from = world().trace.Mark();
+  EXPECT_EQ(Command(VEXO_CMD_INIT, Bytes(24)), 0);
+  Lines steps;
+  bool cycles = false;
+  for (const test::Line& line : test::LinesBy(sim::By::Host, world().trace, from)) {
+    for (const char* kind :
+         {"call", "return", "lock", "unlock", "open", "ioctl", "close", "thread", "sleep 200"}) {
+      if (line.text.rfind(kind, 0) == 0) {
+        if (cycles) steps.push_back("bus");
+        cycles = false;
+        steps.push_back(line.text);
+      }
+    }
+    cycles = cycles || line.text.rfind("select", 0) == 0;
+  }
+  EXPECT_EQ(steps,
+            (Lines{"call VEXOAPI_CommandProc", "lock CS4_GlobalLock", "open CAM1:", "ioctl 220864",
+                   "close CAM1:", "bus", "thread start", "sleep 200", "open CAM1:", "ioctl 220860",
+                   "close CAM1:", "unlock CS4_GlobalLock", "return VEXOAPI_CommandProc 0"}));
+  EXPECT_EQ(world().kernel.LiveThreads(), 1u);
+}
+
+TEST_F(DispatcherInit, AMissingRecordTouchesNothing) {
+  FitAndBind(1);
+  EXPECT_EQ(CommandNull(VEXO_CMD_INIT), -5);
+  EXPECT_EQ(Cycles(), 0u);
+  EXPECT_EQ(test::Texts(world().trace, 0, "open"), Lines{});
+  EXPECT_EQ(world().kernel.LiveThreads(), 0u);
+}
+
+TEST_F(DispatcherInit, AFailureClearsTheResultAndStillResumesTheCamera) {
+  FitAndBind(0);
+  const Bytes before(kRecordBytes, 0xA5);
+  EXPECT_EQ(Command(VEXO_CMD_INIT, before), -1);
+  Bytes expected = before;
+  std::fill_n(expected.begin() + 12, 12, std::uint8_t{0});
+  EXPECT_EQ(last_record, expected);
+  EXPECT_EQ(test::Texts(world().trace, 0, "ioctl"), (Lines{"ioctl 220864", "ioctl 220860"}));
+  EXPECT_EQ(world().kernel.LiveThreads(), 0u);
+  EXPECT_EQ(g_video.g_chip_ready, 0);
+}
+
+TEST_F(DispatcherInit, AWorkerThatCannotBeStartedIsNoFailure) {
+  FitAndBind(1);
+  world().faults.Set(sim::Fault::Thread, true);
+  EXPECT_EQ(Command(VEXO_CMD_INIT, Bytes(24)), 0);
+  EXPECT_EQ(world().faults.Hits(sim::Fault::Thread), 1u);
+  EXPECT_EQ(world().kernel.LiveThreads(), 0u);
+  EXPECT_FALSE(LockHeld());
+}
+
+TEST_F(DispatcherInit, ARunningWorkerIsStoppedBeforeTheNextOneStarts) {
+  FitAndBind(1);
+  EXPECT_EQ(Command(VEXO_CMD_INIT, Bytes(24)), 0);
+  world().kernel.Pump(100);  // it says its first word
+  EXPECT_EQ(Command(VEXO_CMD_INIT, Bytes(24)), 0);
+  EXPECT_EQ(test::Texts(world().trace, 0, "thread"),
+            (Lines{"thread start", "thread end F0000001", "thread start"}));
+}
+
+TEST_F(DispatcherInit, ChipsStayReadyAfterAFailure) {
+  FitAndBind(1);
+  EXPECT_EQ(Command(VEXO_CMD_INIT, Bytes(24)), 0);
+  world().board.FitChips(0);
+  EXPECT_EQ(Command(VEXO_CMD_INIT, Bytes(24)), -1);
+  EXPECT_EQ(g_video.g_chip_ready, 1);
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, Bytes(24)), -1);  // no such board
+}
+
+TEST_F(DispatcherInit, StopMonitorEndsTheWorker) {
+  FitAndBind(1);
+  EXPECT_EQ(Command(VEXO_CMD_INIT, Bytes(24)), 0);
+  EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), 0);
+  EXPECT_EQ(world().kernel.LiveThreads(), 0u);
+  EXPECT_EQ(g_worker.thread, 0u);
+  EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), 0);  // none is running
+  EXPECT_FALSE(LockHeld());
+}
+
+}  // namespace

@@ -1,0 +1,460 @@
+// The binary commands: what each needs, what it does to its record, what it answers.
+#include <algorithm>
+#include <memory>
+
+#include "VexoCtrlSDK.h"
+#include "api/library_state.h"
+#include "chip/video_state.h"
+#include "display/display_state.h"
+#include "support/library_test.h"
+#include "tests/api/trace_lines.h"
+#include "tools/vexosim/host.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using Bytes = std::vector<std::uint8_t>;
+using test::W;
+
+constexpr std::size_t kRecordBytes = vexosim::kCommandRecordBytes;
+
+// What every command needs, by code.
+struct Needs {
+  std::uint32_t code;
+  bool record;
+  bool chips;
+};
+
+constexpr Needs kCommands[] = {
+    {0xF002, false, false}, {0xF003, true, false}, {0xF004, true, false}, {0xF005, true, true},
+    {0xF006, true, true},   {0xF007, true, true},  {0xF008, true, true},  {0xF009, true, true},
+    {0xF00A, true, true},   {0xF00B, true, true},  {0xF00C, true, true},  {0xF00D, false, true},
+    {0xF00E, true, true},   {0xF00F, false, true}, {0xF010, true, true},  {0xF011, true, true},
+    {0xFF00, false, true},  {0xFF01, false, true}, {0xFF02, false, true}, {0xFF03, false, true},
+    {0xFF04, false, true},  {0xFF05, false, true}, {0xFF06, false, true}, {0xFF07, false, true},
+    {0xFF08, false, true},  {0xFF09, false, true}, {0xFF0A, false, true}, {0xFF0B, false, true},
+};
+
+constexpr std::uint32_t kUnknownCodes[] = {0x0000, 0x0001, 0x2401, 0xEFFF, 0xF000,
+                                           0xF012, 0xF0FF, 0xFEFF, 0xFF0C, 0xFFFF};
+
+class Dispatcher : public test::LibraryTest {
+ protected:
+  bool LockHeld() { return world().kernel.MutexHeld(u"CS4_GlobalLock"); }
+
+  // A record of the given bytes at their offset, everything else a pattern.
+  static Bytes Patterned(std::size_t offset, const Bytes& fields) {
+    Bytes record(kRecordBytes, 0xA5);
+    std::copy(fields.begin(), fields.end(), record.begin() + static_cast<std::ptrdiff_t>(offset));
+    return record;
+  }
+};
+
+// ---- Preconditions ---------------------------------------------------------------------------
+
+TEST_F(Dispatcher, BeforeAttachEveryCodeIsRefusedWithoutTheLock) {
+  g_library.g_host_wnd = world().windows.Create();
+  for (const Needs& command : kCommands) EXPECT_EQ(CommandNull(command.code), -8);
+  for (const std::uint32_t code : kUnknownCodes) EXPECT_EQ(CommandNull(code), -8);
+  EXPECT_EQ(CommandNull(VEXO_CMD_INIT), -8);
+  EXPECT_EQ(test::Texts(world().trace, 0, "lock"), Lines{});
+}
+
+TEST_F(Dispatcher, WithoutAWindowEveryCodeIsRefusedWithoutTheLock) {
+  PretendBoard(4);
+  vexosim::Uninitialize();
+  const Bytes record(kRecordBytes, 0x11);
+  for (const Needs& command : kCommands) {
+    EXPECT_EQ(Command(command.code, record), -8) << std::hex << command.code;
+    EXPECT_EQ(last_record, record);
+  }
+  for (const std::uint32_t code : kUnknownCodes) EXPECT_EQ(CommandNull(code), -8);
+  EXPECT_EQ(Command(VEXO_CMD_INIT, record), -8);
+  EXPECT_EQ(test::Texts(world().trace, 0, "lock"), Lines{});
+  EXPECT_EQ(world().trace.Cycles(), 0u);
+}
+
+TEST_F(Dispatcher, AMissingRecordIsRefusedWhereOneIsNeeded) {
+  PretendBoard(4);
+  for (const Needs& command : kCommands) {
+    if (!command.record) continue;
+    EXPECT_EQ(CommandNull(command.code), -5) << std::hex << command.code;
+    EXPECT_FALSE(LockHeld());
+  }
+  EXPECT_EQ(Cycles(), 0u);
+}
+
+TEST_F(Dispatcher, CommandsWithoutARecordTakeANullPointer) {
+  PretendBoard(4);
+  for (const std::uint32_t code : {0xF002u, 0xF00Du, 0xF00Fu}) {
+    EXPECT_EQ(CommandNull(code), 0) << std::hex << code;
+    EXPECT_FALSE(LockHeld());
+  }
+}
+
+TEST_F(Dispatcher, BeforeInitializationDisplayCommandsAndDumpsAreRefused) {
+  AttachAndBind();
+  const Bytes record(kRecordBytes, 0x11);
+  for (const Needs& command : kCommands) {
+    if (!command.chips) continue;
+    EXPECT_EQ(Command(command.code, record), -8) << std::hex << command.code;
+    EXPECT_EQ(last_record, record);
+    EXPECT_FALSE(LockHeld());
+  }
+  EXPECT_EQ(Cycles(), 0u);
+}
+
+TEST_F(Dispatcher, TheMissingRecordIsNoticedBeforeTheMissingChips) {
+  AttachAndBind();
+  for (const Needs& command : kCommands) {
+    if (command.record || command.chips) {
+      EXPECT_EQ(CommandNull(command.code), command.record ? -5 : -8) << std::hex << command.code;
+    }
+    EXPECT_FALSE(LockHeld());
+  }
+}
+
+TEST_F(Dispatcher, TheUpperSixteenBitsOfTheCodeDoNotCount) {
+  PretendBoard(4);
+  for (const std::uint32_t upper : {0x10000u, 0xFFFF0000u, 0xF0050000u}) {
+    EXPECT_EQ(CommandNull(upper | 0xF002u), 0);
+    EXPECT_EQ(CommandNull(upper | 0xF005u), -5);
+    EXPECT_EQ(Command(upper | 0xF005u, {0, 0, 0, 0, VEXO_SPLIT_FULL, 0, 2}), 0);
+    EXPECT_FALSE(LockHeld());
+  }
+  EXPECT_EQ(g_display.live_split, VEXO_SPLIT_FULL);
+}
+
+// These need parts of the library that are not there yet.
+TEST_F(Dispatcher, PlaybackAndDumpsFailForNow) {
+  PretendBoard(4);
+  const Bytes record(kRecordBytes, 0x00);
+  EXPECT_EQ(Command(VEXO_CMD_PLAY_SPLIT, record), -1);
+  EXPECT_EQ(Command(VEXO_CMD_PLAY_MODE, record), -1);
+  for (std::uint32_t code = 0xFF00; code <= 0xFF0B; ++code) EXPECT_EQ(CommandNull(code), -1);
+  EXPECT_FALSE(LockHeld());
+  EXPECT_EQ(Cycles(), 0u);
+}
+
+TEST_F(Dispatcher, AFailureHasNoTextOfItsOwn) {
+  AttachAndBind();
+  Mark();
+  CommandNull(0xF005);
+  CommandNull(0xF00D);
+  CommandNull(0xFF00);
+  CommandNull(0xF012);
+  CommandNull(VEXO_CMD_INIT);
+  EXPECT_EQ(Debug(), Lines{});
+}
+
+// ---- Records ---------------------------------------------------------------------------------
+
+// A command with fields that it can work on, and which bytes of its record it reads and writes.
+struct RecordCase {
+  std::uint32_t code;
+  std::size_t offset;
+  Bytes fields;        // at offset: every byte that the command reads
+  std::size_t length;  // of the shortest record that a caller may pass
+  std::size_t write_from, write_to;
+};
+
+const RecordCase kRecordCases[] = {
+    {0xF003, 0, {kChipMaster, 0, 0xFE}, 4, 3, 4},
+    {0xF004, 0, {kChipMaster, 2, 0x67, 0x12}, 4, 0, 0},
+    {0xF005, 4, {VEXO_SPLIT_FULL}, 7, 0, 0},
+    {0xF008, 0, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}, 12, 0, 0},
+    {0xF00B, 0, {0x0A, 0, 0, 0}, 4, 0, 0},
+    {0xF00C, 0, {0x0A, 0, 0, 0}, 4, 0, 0},
+    {0xF00E, 0, {1, 3, 3, 2}, 4, 0, 0},
+    {0xF011, 0, {2, 3, 4}, 3, 0, 0},
+};
+
+TEST_F(Dispatcher, WritesOnlyTheBytesOfTheRecordThatAreItsOwn) {
+  StartBoard(4);
+  for (const RecordCase& c : kRecordCases) {
+    const Bytes before = Patterned(c.offset, c.fields);
+    EXPECT_EQ(Command(c.code, before), 0) << std::hex << c.code;
+    for (std::size_t i = 0; i < kRecordBytes; ++i) {
+      if (i >= c.write_from && i < c.write_to) continue;
+      EXPECT_EQ(last_record[i], before[i]) << std::hex << c.code << " byte " << std::dec << i;
+    }
+    EXPECT_FALSE(LockHeld());
+  }
+}
+
+// Records of the exact size, so that a read or write past the end is noticed.
+TEST_F(Dispatcher, KeepsInsideTheShortestRecord) {
+  StartBoard(4);
+  for (const RecordCase& c : kRecordCases) {
+    const Bytes full = Patterned(c.offset, c.fields);
+    const auto record = std::make_unique<std::uint8_t[]>(c.length);
+    std::copy_n(full.begin(), c.length, record.get());
+    EXPECT_EQ(VEXOAPI_CommandProc(c.code, record.get()), 0) << std::hex << c.code;
+  }
+  const auto init = std::make_unique<std::uint8_t[]>(24);
+  EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_INIT, init.get()), 0);
+  const auto live = std::make_unique<std::uint8_t[]>(9);
+  live[4] = VEXO_SPLIT_4;
+  EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_LIVE_MODE, live.get()), 0);
+  const auto mask = std::make_unique<std::uint8_t[]>(26);
+  EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_MOTION_MASK, mask.get()), 0);
+  EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_MOTION_MASK_PREVIEW, mask.get()), 0);
+}
+
+TEST_F(Dispatcher, RecordsNeedNoAlignment) {
+  PretendBoard(4);
+  const auto memory = std::make_unique<std::uint8_t[]>(16);
+  memory[1] = 0x05;
+  EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_BLANK_MASK, memory.get() + 1), 0);
+  EXPECT_EQ(g_display.blank_mask.live, 0x00000005u);
+  memory[1 + 11] = 0x80;
+  EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_CHANNEL_MASKS, memory.get() + 1), 0);
+  EXPECT_EQ(g_display.play_mask, 0x80000000u);
+}
+
+// ---- 0xF003, 0xF004 --------------------------------------------------------------------------
+
+TEST_F(Dispatcher, ReadRegisterPutsTheValueIntoTheRecordAndTellsTheHost) {
+  PretendBoard(8);
+  world().board.Poke(1, 2, 0x67, 0x5A);
+  EXPECT_EQ(Command(VEXO_CMD_READ_REG, {kChipSlave1, 2, 0x67, 0xEE}), 0);
+  EXPECT_EQ(last_record[3], 0x5A);
+  EXPECT_EQ(DebugText(), "[VexoCtrlSDK]: >> VEXO READ REG 0x0C 0x02 0x67 0x5A \r\n");
+  ASSERT_EQ(world().windows.received.size(), 1u);
+  EXPECT_EQ(world().windows.received[0].message, 0x2406u);
+  EXPECT_EQ(world().windows.received[0].record, (sim::Bytes{0x0C, 0x02, 0x67, 0x5A}));
+}
+
+TEST_F(Dispatcher, ReadRegisterBeforeInitializationAnswersDoneWithZero) {
+  AttachAndBind();
+  Mark();
+  EXPECT_EQ(Command(VEXO_CMD_READ_REG, {kChipMaster, 0, 0xFE, 0xEE}), 0);
+  EXPECT_EQ(last_record[3], 0x00);
+  EXPECT_EQ(Cycles(), 0u);
+  EXPECT_EQ(Debug(), Lines{});
+  EXPECT_EQ(MessageEvents().size(), 0u);
+  EXPECT_FALSE(LockHeld());
+}
+
+TEST_F(Dispatcher, WriteRegisterTakesTheValueFromTheRecord) {
+  PretendBoard(8);
+  EXPECT_EQ(Command(VEXO_CMD_WRITE_REG, {kChipAll, 2, 0x67, 0x5A}), 0);
+  EXPECT_EQ(Accesses(), std::vector{W(0xFF, 2, 0x67, 0x5A)});
+  EXPECT_EQ(Cycles(), 4u);
+  EXPECT_EQ(DebugText(), "[VexoCtrlSDK]: >> VEXO WRITE REG 0xFF 0x02 0x67 0x5A \r\n");
+}
+
+TEST_F(Dispatcher, WriteRegisterBeforeInitializationAnswersDoneAndWritesNothing) {
+  AttachAndBind();
+  Mark();
+  EXPECT_EQ(Command(VEXO_CMD_WRITE_REG, {kChipMaster, 2, 0x67, 0x5A}), 0);
+  EXPECT_EQ(Cycles(), 0u);
+  EXPECT_EQ(Debug(), Lines{});
+  EXPECT_FALSE(LockHeld());
+}
+
+// ---- 0xF005, 0xF008, 0xF009 ------------------------------------------------------------------
+
+TEST_F(Dispatcher, LiveSplitTakesModeAndChannelsFromBytesFourAndSix) {
+  StartBoard(4);
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, {9, 9, 9, 9, VEXO_SPLIT_FULL, 9, 2}), 0);
+  EXPECT_EQ(g_display.live_split, VEXO_SPLIT_FULL);
+  EXPECT_EQ(Register(0, 1, 0x38), 0x04);  // channel 2 fills the screen
+  EXPECT_EQ(Register(0, 1, 0x39), 0xB0);
+  EXPECT_EQ(Register(0, 1, 0x31), 0x00);  // channel 0 has no window
+}
+
+TEST_F(Dispatcher, LiveSplitHandsThroughWhatTheOperationAnswers) {
+  PretendBoard(4);
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, {0, 0, 0, 0, 7}), -5);              // no such mode
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, {0, 0, 0, 0, VEXO_SPLIT_16}), -1);  // not on this board
+  g_display.view = kViewPlayback;
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, {0, 0, 0, 0, VEXO_SPLIT_4, 0, 0, 1, 2, 3}), -1);
+  EXPECT_FALSE(LockHeld());
+}
+
+TEST_F(Dispatcher, ChannelMasksAreStoredInOrderLittleEndian) {
+  PretendBoard(4);
+  EXPECT_EQ(Command(VEXO_CMD_CHANNEL_MASKS,
+                    {0x01, 0x02, 0x03, 0x04, 0x11, 0x12, 0x13, 0x14, 0x21, 0x22, 0x23, 0x24}),
+            0);
+  EXPECT_EQ(g_display.live_mask, 0x04030201u);
+  EXPECT_EQ(g_display.record_mask, 0x14131211u);
+  EXPECT_EQ(g_display.play_mask, 0x24232221u);
+}
+
+TEST_F(Dispatcher, LiveModeTakesModeAndChannelsFromBytesFourAndFive) {
+  StartBoard(4);
+  g_display.view = kViewPlayback;
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_MODE, {9, 9, 9, 9, VEXO_SPLIT_FULL, 3}), 0);
+  EXPECT_EQ(g_display.view, kViewLive);
+  EXPECT_EQ(g_display.live_split, VEXO_SPLIT_FULL);
+  EXPECT_EQ(Register(0, 1, 0x3D), 0xB0);  // channel 3 fills the screen
+}
+
+TEST_F(Dispatcher, LiveModePutsTheViewWordToZeroOnceItsConditionsAreMet) {
+  AttachAndBind();
+  g_display.g_view_mode = 7;
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_MODE, Bytes(24)), -8);
+  EXPECT_EQ(CommandNull(VEXO_CMD_LIVE_MODE), -5);
+  EXPECT_EQ(g_display.g_view_mode, 7u);
+  g_video.g_chip_ready = 1;  // a board of no chips
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_MODE, Bytes(24)), 0);
+  EXPECT_EQ(g_display.g_view_mode, 0u);
+}
+
+// ---- 0xF00B, 0xF00C, 0xF00D ------------------------------------------------------------------
+
+TEST_F(Dispatcher, BlankMaskAndBit0MaskSetTheirBitOfEachChannel) {
+  PretendBoard(4);
+  EXPECT_EQ(Command(VEXO_CMD_BLANK_MASK, {0x05, 0, 0, 0xF0}), 0);
+  EXPECT_EQ(Command(VEXO_CMD_BIT0_MASK, {0x06, 0, 0, 0}), 0);
+  EXPECT_EQ(Register(0, 1, 0x11), 0x04);
+  EXPECT_EQ(Register(0, 1, 0x19), 0x01);
+  EXPECT_EQ(Register(0, 1, 0x21), 0x05);
+  EXPECT_EQ(Register(0, 1, 0x29), 0x00);
+  EXPECT_EQ(g_display.blank_mask.live, 0xF0000005u);
+  EXPECT_EQ(g_display.bit0_mask.live, 0x00000006u);
+}
+
+TEST_F(Dispatcher, MasksFailOnABoardWithoutAVariant) {
+  PretendBoard(12);
+  EXPECT_EQ(Command(VEXO_CMD_BLANK_MASK, Bytes(4)), -1);
+  EXPECT_EQ(Command(VEXO_CMD_BIT0_MASK, Bytes(4)), -1);
+  EXPECT_EQ(CommandNull(VEXO_CMD_RESTORE_BLANK), -1);
+  EXPECT_FALSE(LockHeld());
+  EXPECT_EQ(Cycles(), 0u);
+}
+
+TEST_F(Dispatcher, RestoreBlankTakesTheFirstMaskInLiveViewAndTheThirdOtherwise) {
+  struct Case {
+    std::uint8_t view;
+    Bytes blank_bits;  // of channels 0 to 3
+  };
+  PretendBoard(4);
+  // Live: channels 0 and 1 shown; recorded: none; playback: channels 1 and 3 shown.
+  EXPECT_EQ(Command(VEXO_CMD_CHANNEL_MASKS, {0x03, 0, 0, 0, 0, 0, 0, 0, 0x0A, 0, 0, 0}), 0);
+  for (const Case& c : {Case{1, {0, 0, 4, 4}}, Case{2, {4, 0, 4, 0}}, Case{0, {4, 0, 4, 0}}}) {
+    g_display.view = c.view;
+    EXPECT_EQ(CommandNull(VEXO_CMD_RESTORE_BLANK), 0);
+    for (int n = 0; n < 4; ++n) {
+      EXPECT_EQ(Register(0, 1, 0x11 + 8 * n), c.blank_bits[static_cast<std::size_t>(n)])
+          << "channel " << n << ", view " << +c.view;
+    }
+  }
+}
+
+// ---- 0xF00E, 0xF00F, 0xF011 ------------------------------------------------------------------
+
+class DispatcherMotionSetup : public Dispatcher {
+ protected:
+  using AccessList = std::vector<test::Access>;
+
+  // Accesses before and after the print of the cell type.
+  void Run(const Bytes& record) {
+    Mark();
+    const std::size_t from = world().trace.Mark();
+    EXPECT_EQ(Command(VEXO_CMD_MOTION_SETUP, record), 0);
+    std::size_t after = 0;
+    const sim::Trace& trace = world().trace;
+    for (std::size_t i = from; i < trace.Events().size(); ++i) {
+      const auto* debug = trace.As<sim::DebugEvent>(trace.Events()[i]);
+      if (debug == nullptr || debug->text.rfind("==>> VEXO MOTDET CELL TYPE", 0) != 0) continue;
+      text = debug->text;
+      after = sim::DecodeAccesses(trace, i).size();
+    }
+    const AccessList all = Accesses();
+    const auto middle = all.end() - static_cast<std::ptrdiff_t>(after);
+    before_print.assign(all.begin(), middle);
+    after_print.assign(middle, all.end());
+  }
+
+  std::string text;
+  AccessList before_print;
+  AccessList after_print;
+};
+
+TEST_F(DispatcherMotionSetup, HidesTheCellsShowsTheChannelAndDrawsItsCells) {
+  StartBoard(4);
+  // Twice, so that the registers it reads are settled.
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, {0, 0, 0, 0, VEXO_SPLIT_FULL, 0, 2}), 0);
+  Mark();
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, {0, 0, 0, 0, VEXO_SPLIT_FULL, 0, 2}), 0);
+  const AccessList split = Accesses();
+
+  Run({1, 5, 7, 2});
+
+  AccessList expected;
+  for (int p = 0; p < 4; ++p) {
+    expected.push_back(W(0xFF, 2, 0x60 + 8 * p, p));
+    expected.push_back(W(0xFF, 2, 0x61 + 8 * p, 0));
+  }
+  expected.insert(expected.end(), split.begin(), split.end());
+  EXPECT_EQ(before_print, expected);
+
+  EXPECT_EQ(text, "==>> VEXO MOTDET CELL TYPE 1 \r\n");
+
+  expected.clear();
+  for (int reg = 0x5B; reg <= 0x5E; ++reg) expected.push_back(W(0xFF, 2, reg, 0x75));
+  expected.push_back(W(0xFF, 2, 0x5F, 0xAA));
+  for (int p = 0; p < 4; ++p) {
+    expected.push_back(W(0xFF, 2, 0x60 + 8 * p, p));
+    expected.push_back(W(0xFF, 2, 0x61 + 8 * p, p));
+  }
+  ASSERT_GE(after_print.size(), expected.size());
+  EXPECT_EQ(AccessList(after_print.begin(),
+                       after_print.begin() + static_cast<std::ptrdiff_t>(expected.size())),
+            expected);
+
+  EXPECT_EQ(Register(0, 2, 0x70), 0xA0 | 0x08 | 2);
+  EXPECT_EQ(Register(0, 2, 0x71), 0x10 | 0x32);
+  EXPECT_EQ(Register(0, 2, 0x72), 0x04);
+  EXPECT_EQ(Register(0, 2, 0x73), 0x15);
+  EXPECT_EQ(Register(0, 2, 0x74), 0x01);
+  EXPECT_EQ(Register(0, 2, 0x75), 0x13);
+  EXPECT_FALSE(LockHeld());
+}
+
+TEST_F(DispatcherMotionSetup, GoesOnWhenTheSplitIsRefused) {
+  StartBoard(4);
+  g_display.view = kViewPlayback;
+  Run({0, 3, 3, 1});
+  EXPECT_EQ(before_print.size(), 8u);
+  EXPECT_EQ(text, "==>> VEXO MOTDET CELL TYPE 0 \r\n");
+  EXPECT_EQ(Register(0, 2, 0x68), 0xA0 | 0x08 | 1);
+}
+
+TEST_F(Dispatcher, MotionClearHidesTheCells) {
+  PretendBoard(4);
+  EXPECT_EQ(CommandNull(VEXO_CMD_MOTION_CLEAR), 0);
+  std::vector<test::Access> expected;
+  for (int p = 0; p < 4; ++p) {
+    expected.push_back(W(0xFF, 2, 0x60 + 8 * p, p));
+    expected.push_back(W(0xFF, 2, 0x61 + 8 * p, 0));
+  }
+  EXPECT_EQ(Accesses(), expected);
+  EXPECT_FALSE(LockHeld());
+}
+
+TEST_F(Dispatcher, MotionRegTakesChannelHighAndLow) {
+  PretendBoard(16);
+  EXPECT_EQ(Command(VEXO_CMD_MOTION_REG, {13, 0x0B, 0x3C}), 0);
+  EXPECT_EQ(Accesses(), std::vector{W(0xC0, 2, 0x6F, 0xBC)});
+}
+
+// ---- Without the mutex -----------------------------------------------------------------------
+
+TEST_F(Dispatcher, WithoutAMutexCommandsRunUnserialized) {
+  world().faults.Set(sim::Fault::Mutex, true);
+  PretendBoard(4);
+  EXPECT_EQ(world().faults.Hits(sim::Fault::Mutex), 1u);
+  const std::size_t from = world().trace.Mark();
+  EXPECT_EQ(Command(VEXO_CMD_MOTION_REG, {1, 2, 3}), 0);
+  EXPECT_EQ(test::Texts(world().trace, from, "lock"), Lines{"lock  failed"});
+  EXPECT_EQ(test::Texts(world().trace, from, "unlock"), Lines{"unlock  failed"});
+  EXPECT_EQ(Accesses(), std::vector{W(0x03, 2, 0x6F, 0x23)});
+  EXPECT_EQ(CommandNull(0xF012), -1);
+  EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), 0);
+}
+
+}  // namespace
