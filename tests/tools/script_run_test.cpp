@@ -147,6 +147,29 @@ TEST_F(ScriptRun, ExpectMessageDoesNotTakeOneThatFailed) {
   EXPECT_EQ(RunBound("fault post on\ncommand 0xF002\nexpect message 0x2401"), kExitUnmet);
 }
 
+TEST_F(ScriptRun, ExpectNoDebugHoldsWhenTheTextIsMissing) {
+  EXPECT_EQ(RunBound("command 0xF005\nexpect no debug \"goodbye\""), kExitDone);
+  EXPECT_EQ(RunBound("command 0xF005\nexpect no debug \"hello\""), kExitUnmet);
+  EXPECT_EQ(Err(), "s.vexo:4: expect no debug \"hello\": it was printed\n");
+}
+
+TEST_F(ScriptRun, ExpectNoMessageHoldsWhenThereWasNone) {
+  EXPECT_EQ(RunBound("command 0xF007\nexpect no message 0x2403"), kExitDone);
+  EXPECT_EQ(RunBound("command 0xF007\nexpect no message 0x2404"), kExitUnmet);
+  EXPECT_EQ(Err(), "s.vexo:4: expect no message 0x2404: there was one\n");
+}
+
+TEST_F(ScriptRun, ExpectRecordLooksAtTheCallersRecordAfterTheCall) {
+  EXPECT_EQ(RunBound("command 1 12 34\nexpect record 0 12 34 00\nexpect record 63 99"), kExitDone);
+  EXPECT_EQ(RunBound("command 1 12 34\nexpect record 1 35"), kExitUnmet);
+  EXPECT_EQ(Err(), "s.vexo:4: expect record 1 35: the record has 34\n");
+  EXPECT_EQ(RunBound("command 1 12 34\nexpect record 63 99 00"), kExitUnmet);
+  EXPECT_EQ(Err(), "s.vexo:4: expect record 63 99 00: the record has 99\n");
+  EXPECT_EQ(RunBound("command 1 null\nexpect record 0 00"), kExitUnmet);
+  EXPECT_EQ(Err(), "s.vexo:4: expect record 0 00: 'command 1 null' has no record\n");
+  EXPECT_EQ(RunBound("command 1 12\nrun 1\nexpect record 0 12"), kExitUnmet);
+}
+
 TEST_F(ScriptRun, ExpectCyclesCountsStoresAndLoads) {
   EXPECT_EQ(RunBound("command 0xF004\nexpect cycles 4"), kExitDone);
   EXPECT_EQ(RunBound("command 0xF004\ncommand 0xF005\nexpect cycles 0"), kExitDone);

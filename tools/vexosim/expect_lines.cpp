@@ -1,7 +1,9 @@
 // Script lines that check what the last action did.
+#include <algorithm>
 #include <array>
 
 #include "tools/vexosim/action_log.h"
+#include "tools/vexosim/host.h"
 #include "tools/vexosim/script_line.h"
 #include "tools/vexosim/text.h"
 
@@ -65,6 +67,34 @@ Step ParseMessage(Arguments& arguments) {
   };
 }
 
+Step ParseNoDebugText(Arguments& arguments) {
+  const std::string unwanted = arguments.Text("a text");
+  return [=](Session& session) {
+    if (session.DebugText().find(unwanted) != std::string::npos) throw Unmet{"it was printed"};
+  };
+}
+
+Step ParseNoMessage(Arguments& arguments) {
+  const std::uint32_t message = arguments.Number("a message number");
+  return [=](Session& session) {
+    if (session.HasMessage(message, std::nullopt)) throw Unmet{"there was one"};
+  };
+}
+
+Step ParseRecord(Arguments& arguments) {
+  const std::size_t offset = arguments.Number("an offset below 64", 0, kCommandRecordBytes - 1);
+  sim::Bytes wanted = {arguments.RecordByte()};
+  while (!arguments.AtEnd()) wanted.push_back(arguments.RecordByte());
+  return [=](Session& session) {
+    const sim::Bytes* record = session.Record();
+    if (record == nullptr) throw Unmet{"'" + session.ActionName() + "' has no record"};
+    const auto from = static_cast<std::ptrdiff_t>(std::min(offset, record->size()));
+    const auto to = static_cast<std::ptrdiff_t>(std::min(offset + wanted.size(), record->size()));
+    const sim::Bytes found(record->begin() + from, record->begin() + to);
+    if (found != wanted) throw Unmet{"the record has " + HexBytes(found, " ")};
+  };
+}
+
 Step ParseCycles(Arguments& arguments) {
   const std::uint32_t wanted = arguments.Number("a number of bus cycles");
   return [=](Session& session) {
@@ -84,6 +114,12 @@ constexpr std::array kExpectLines = {
              ParseDebugText},
     LineKind{kCheck, "expect message", "CODE [WPARAM]",
              "it sent or posted such a message, or the window handled one", ParseMessage},
+    LineKind{kCheck, "expect no debug", "\"TEXT\"", "does not occur in its debug output",
+             ParseNoDebugText},
+    LineKind{kCheck, "expect no message", "CODE", "it sent, posted and handled no such message",
+             ParseNoMessage},
+    LineKind{kCheck, "expect record", "OFFSET BYTE...", "the caller's record after its call",
+             ParseRecord},
     LineKind{kCheck, "expect cycles", "N", "its number of bus cycles", ParseCycles},
 };
 

@@ -10,6 +10,15 @@ void Session::BeginAction(std::string name) {
   first_cycle_ = World().trace.Cycles();
 }
 
+const sim::Bytes* Session::Record() const {
+  const sim::Trace& trace = World().trace;
+  for (std::size_t i = trace.Mark(); i > first_event_; --i) {
+    const auto* event = trace.As<sim::ReturnEvent>(trace.Events()[i - 1]);
+    if (event != nullptr) return event->record ? &*event->record : nullptr;
+  }
+  return nullptr;
+}
+
 std::string Session::DebugText() const {
   const sim::Trace& trace = World().trace;
   std::string text;

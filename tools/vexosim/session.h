@@ -39,6 +39,8 @@ class Session {
   std::size_t FirstEvent() const { return first_event_; }
   std::size_t FirstReceived() const { return first_received_; }
   std::uint64_t Cycles() const { return World().trace.Cycles() - first_cycle_; }
+  // The caller's record as its call left it; null when the call had none.
+  const sim::Bytes* Record() const;
   // All its debug and kernel debug writes, in order.
   std::string DebugText() const;
   // Whether it sent or posted such a message with success, or the host window handled one.
