@@ -1,0 +1,283 @@
+#include "motion/motion_detect.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "chip/video_state.h"
+#include "motion/motion_state.h"
+#include "support/library_test.h"
+#include "tools/vexosim/host.h"
+
+namespace test {
+namespace {
+
+constexpr int kAll = 0xFF;
+
+int ChipOf(int channel) {
+  constexpr std::array<int, 4> kChips = {0x03, 0x0C, 0x30, 0xC0};
+  return kChips.at(static_cast<std::size_t>(channel / 4));
+}
+
+constexpr std::uint8_t U8(int value) { return static_cast<std::uint8_t>(value); }
+
+class MotionDetect : public LibraryTest {
+ protected:
+  void UseBoard(int channels) {
+    vexosim::Restart();  // a test may use one board after another
+    PretendBoard(channels);
+    // Masks and levels that tell every byte from every other.
+    for (int c = 0; c < 16; ++c) {
+      for (int i = 0; i < 24; ++i) g_motion.mask[c][i] = MaskByte(c, i);
+      g_motion.level[c] = U8(c % 4);
+    }
+  }
+  static std::uint8_t MaskByte(int channel, int index) { return U8(31 * channel + 7 * index + 1); }
+
+  static void AppendMask(std::vector<Access>& list, int channel) {
+    for (int i = 0; i < 24; ++i) {
+      list.push_back(W(ChipOf(channel), 2, 0x86 + 0x20 * (channel % 4) + i, MaskByte(channel, i)));
+    }
+  }
+  static void AppendLevel(std::vector<Access>& list, int channel, int level) {
+    constexpr std::array<std::array<int, 3>, 4> kBytes = {
+        {{0xCF, 0x07, 0x51}, {0x4C, 0x08, 0x41}, {0x08, 0x09, 0x21}, {0x04, 0x0A, 0x01}}};
+    for (int i = 0; i < 3; ++i) {
+      list.push_back(W(ChipOf(channel), 2, 0x83 + 0x20 * (channel % 4) + i,
+                       kBytes.at(static_cast<std::size_t>(level)).at(static_cast<std::size_t>(i))));
+    }
+  }
+  static std::vector<Access> TimingWrites(int value) {
+    return {W(kAll, 2, 0x5B, value), W(kAll, 2, 0x5C, value), W(kAll, 2, 0x5D, value),
+            W(kAll, 2, 0x5E, value), W(kAll, 2, 0x5F, 0xAA)};
+  }
+};
+
+// ---- Setup ------------------------------------------------------------------------------------
+
+TEST_F(MotionDetect, IsSetUpWithMasksThenLevelsThenTheSharedParameters) {
+  for (const int channels : {4, 8, 12, 16}) {
+    SCOPED_TRACE(channels);
+    UseBoard(channels);
+    ASSERT_EQ(g_motion.ready, 0);
+    TW_InitMotionDetect();
+    std::vector<Access> expected;
+    for (int c = 0; c < channels; ++c) AppendMask(expected, c);
+    for (int c = 0; c < channels; ++c) AppendLevel(expected, c, c % 4);
+    for (const Access& access : TimingWrites(0x33)) expected.push_back(access);
+    EXPECT_EQ(Accesses(), expected);
+    // A table write of 24 bytes takes 27 cycles.
+    EXPECT_EQ(Cycles(), static_cast<std::uint64_t>(channels * (27 + 12) + 20));
+    EXPECT_EQ(g_motion.ready, 1);
+    EXPECT_EQ(g_motion.timing, 0x33);
+  }
+}
+
+TEST_F(MotionDetect, IsSetUpWithoutTouchingItsTables) {
+  UseBoard(16);
+  TW_InitMotionDetect();
+  for (int c = 0; c < 16; ++c) {
+    EXPECT_EQ(g_motion.level[c], c % 4);
+    for (int i = 0; i < 24; ++i) EXPECT_EQ(g_motion.mask[c][i], MaskByte(c, i));
+  }
+}
+
+TEST_F(MotionDetect, OfABoardWithoutChannelsIsSetUpWithTheSharedParametersAlone) {
+  UseBoard(0);
+  TW_InitMotionDetect();
+  EXPECT_EQ(Accesses(), TimingWrites(0x33));
+  EXPECT_EQ(g_motion.ready, 1);
+}
+
+TEST_F(MotionDetect, OfOneChannelIsProgrammedFromTheTables) {
+  UseBoard(16);
+  for (int c = 0; c < 16; ++c) {
+    Mark();
+    TW_ApplyMotionInfo(U8(c));
+    std::vector<Access> expected;
+    AppendMask(expected, c);
+    AppendLevel(expected, c, c % 4);
+    EXPECT_EQ(Accesses(), expected);
+    EXPECT_EQ(Cycles(), 39u);
+  }
+}
+
+TEST_F(MotionDetect, OfAChannelThatTheBoardLacksIsNotProgrammed) {
+  for (const int channels : {0, 4, 8, 12, 16}) {
+    UseBoard(channels);
+    for (int c = channels; c < 256; ++c) TW_ApplyMotionInfo(U8(c));
+    EXPECT_EQ(Cycles(), 0u);
+  }
+}
+
+// ---- Levels -----------------------------------------------------------------------------------
+
+TEST_F(MotionDetect, WritesThreeRegistersForEachOfFourLevels) {
+  UseBoard(16);
+  for (int c = 0; c < 16; ++c) {
+    for (int level = 0; level < 4; ++level) {
+      Mark();
+      TW_SetMotionLevel(U8(c), U8(level));
+      std::vector<Access> expected;
+      AppendLevel(expected, c, level);
+      EXPECT_EQ(Accesses(), expected) << "channel " << c << ", level " << level;
+      EXPECT_EQ(Cycles(), 12u);
+      EXPECT_EQ(g_motion.level[c], c % 4);  // the table stays
+    }
+  }
+}
+
+TEST_F(MotionDetect, ChangesNothingForALevelOf4OrMore) {
+  UseBoard(4);
+  for (int level = 4; level < 256; ++level) TW_SetMotionLevel(0, U8(level));
+  EXPECT_EQ(Cycles(), 0u);
+  EXPECT_EQ(g_motion.level[0], 0);
+}
+
+TEST_F(MotionDetect, SetsALevelByTheChipOfTheChannelWhateverTheBoard) {
+  UseBoard(4);
+  TW_SetMotionLevel(9, 3);
+  EXPECT_EQ(Accesses(), (std::vector<Access>{W(0x30, 2, 0xA3, 0x04), W(0x30, 2, 0xA4, 0x0A),
+                                             W(0x30, 2, 0xA5, 0x01)}));
+}
+
+TEST_F(MotionDetect, IgnoresChannelsOf16AndMore) {
+  UseBoard(16);
+  const MotionState before = g_motion;
+  sim::Bytes mask(24, 0x5A);
+  for (int c = 16; c < 256; ++c) {
+    TW_ApplyMotionInfo(U8(c));
+    TW_SetMotionLevel(U8(c), 1);
+    TW_ToggleMotionCell(U8(c), 0, 0);
+    TW_SetMotionMaskAll(U8(c), 0);
+    StoreMotionInfo(U8(c), 2, mask.data());
+  }
+  EXPECT_EQ(Cycles(), 0u);
+  EXPECT_TRUE(std::equal(&before.mask[0][0], &before.mask[0][0] + sizeof before.mask,
+                         &g_motion.mask[0][0]));
+  EXPECT_TRUE(std::equal(std::begin(before.level), std::end(before.level), g_motion.level));
+}
+
+// ---- Single cells -----------------------------------------------------------------------------
+
+TEST_F(MotionDetect, TurnsOverEveryCellAtItsByteAndBit) {
+  UseBoard(16);
+  for (const int c : {0, 3, 6, 9, 15}) {
+    for (int row = 0; row < 12; ++row) {
+      for (int column = 0; column < 16; ++column) {
+        SCOPED_TRACE(std::to_string(c) + ": row " + std::to_string(row) + ", column " +
+                     std::to_string(column));
+        // Columns 8-15 lie in the first byte of a row, columns 0-7 in the second.
+        const int index = column >= 8 ? 2 * row : 2 * row + 1;
+        const int bit = 1 << (column >= 8 ? column - 8 : column);
+        const std::uint8_t old = g_motion.mask[c][index];
+        Mark();
+        TW_ToggleMotionCell(U8(c), U8(column), U8(row));
+        EXPECT_EQ(g_motion.mask[c][index], old ^ bit);
+        EXPECT_EQ(Accesses(),
+                  std::vector<Access>{W(ChipOf(c), 2, 0x86 + 0x20 * (c % 4) + index, old ^ bit)});
+        EXPECT_EQ(Cycles(), 4u);
+      }
+    }
+  }
+}
+
+TEST_F(MotionDetect, RestoresByteAndRegisterWhenTheSameCellIsTurnedTwice) {
+  UseBoard(8);
+  TW_ApplyMotionInfo(5);
+  const RegisterImage image = Image();
+  const std::uint8_t old = g_motion.mask[5][14];
+  TW_ToggleMotionCell(5, 9, 7);
+  EXPECT_NE(Image(), image);
+  TW_ToggleMotionCell(5, 9, 7);
+  EXPECT_EQ(Image(), image);
+  EXPECT_EQ(g_motion.mask[5][14], old);
+}
+
+TEST_F(MotionDetect, TurnsTheCellOfOneChannelAlone) {
+  UseBoard(16);
+  TW_ToggleMotionCell(7, 2, 3);
+  for (int c = 0; c < 16; ++c) {
+    for (int i = 0; i < 24; ++i) {
+      const int flipped = c == 7 && i == 7 ? 0x04 : 0x00;
+      EXPECT_EQ(g_motion.mask[c][i], MaskByte(c, i) ^ flipped);
+    }
+  }
+}
+
+TEST_F(MotionDetect, IgnoresRowsOf12AndMore) {
+  UseBoard(16);
+  for (int row = 12; row < 256; ++row) TW_ToggleMotionCell(0, 3, U8(row));
+  EXPECT_EQ(Cycles(), 0u);
+  for (int c = 0; c < 16; ++c) {
+    for (int i = 0; i < 24; ++i) EXPECT_EQ(g_motion.mask[c][i], MaskByte(c, i));
+  }
+}
+
+// Columns are not checked: 16 and more count modulo 8 in the byte of columns 8 to 15.
+TEST_F(MotionDetect, TakesTheBitOfALargeColumnModulo8) {
+  UseBoard(4);
+  const std::uint8_t old = g_motion.mask[1][4];
+  TW_ToggleMotionCell(1, 21, 2);
+  EXPECT_EQ(Accesses(), std::vector<Access>{W(0x03, 2, 0xAA, old ^ 0x20)});
+}
+
+// ---- Whole masks ------------------------------------------------------------------------------
+
+TEST_F(MotionDetect, SetsAllCellsOfAChannelByteByByte) {
+  UseBoard(16);
+  for (const int c : {0, 5, 10, 15}) {
+    for (const int clear : {0, 1, 2, 128, 255}) {
+      Mark();
+      TW_SetMotionMaskAll(U8(c), U8(clear));
+      const int value = clear == 0 ? 0xFF : 0x00;
+      std::vector<Access> expected;
+      for (int i = 0; i < 24; ++i) {
+        expected.push_back(W(ChipOf(c), 2, 0x86 + 0x20 * (c % 4) + i, value));
+        EXPECT_EQ(g_motion.mask[c][i], value);
+      }
+      EXPECT_EQ(Accesses(), expected);
+      EXPECT_EQ(Cycles(), 96u);  // each byte an access of its own
+    }
+  }
+  EXPECT_EQ(g_motion.mask[1][0], MaskByte(1, 0));
+}
+
+// ---- Shared parameters --------------------------------------------------------------------------
+
+TEST_F(MotionDetect, KeepsTheTimingsThatTheChipKnowsAndReplacesTheOthers) {
+  UseBoard(4);
+  // By low 0, 1, ...: 0-11 as they are, all others 3. By high: 0-8, 10 and 11; all others 9.
+  constexpr std::array<int, 16> kLow = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 3, 3, 3, 3};
+  constexpr std::array<int, 16> kHigh = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 9, 9, 9, 9};
+  for (std::size_t low = 0; low < 16; ++low) {
+    for (std::size_t high = 0; high < 16; ++high) {
+      Mark();
+      TW_SetMotionTiming(U8(static_cast<int>(low)), U8(static_cast<int>(high)));
+      const int value = kHigh[high] * 16 + kLow[low];
+      EXPECT_EQ(Accesses(), TimingWrites(value)) << low << ", " << high;
+      EXPECT_EQ(Cycles(), 20u);
+      EXPECT_EQ(g_motion.timing, value);
+    }
+  }
+}
+
+TEST_F(MotionDetect, ReplacesTimingsFarOutOfRange) {
+  UseBoard(4);
+  for (const int large : {16, 17, 100, 128, 255}) {
+    Mark();
+    TW_SetMotionTiming(U8(large), U8(large));
+    EXPECT_EQ(Accesses(), TimingWrites(0x93)) << large;
+  }
+}
+
+TEST_F(MotionDetect, Writes93ForTimings12And12And00ForTimings0And0) {
+  UseBoard(4);
+  TW_SetMotionTiming(12, 12);
+  EXPECT_EQ(Accesses(), TimingWrites(0x93));
+  Mark();
+  TW_SetMotionTiming(0, 0);
+  EXPECT_EQ(Accesses(), TimingWrites(0x00));
+}
+
+}  // namespace
+}  // namespace test
