@@ -1,0 +1,166 @@
+#include "display/anti_rolling.h"
+
+#include <string>
+
+#include "VexoCtrlSDK.h"
+#include "chip/video_state.h"
+#include "display/display_model.h"
+#include "display/display_state.h"
+#include "display/live_split.h"
+
+namespace test {
+namespace {
+
+constexpr const char* kFailed = "<VEXOCtrlSDK.DLL> : ERROR : fail to apply anti-rolling !!! \r\n";
+
+class AntiRolling : public DisplayTest, public ::testing::WithParamInterface<int> {};
+
+TEST_P(AntiRolling, HoldsEveryPositionAndPollsEveryChipOnceWhenAllHaveSettled) {
+  UseBoard(GetParam());
+  DisplayModel model = Model();
+  model.ApplyAntiRolling();
+  TW_ApplyAntiRolling();
+  ExpectLike(model);
+  EXPECT_TRUE(Waits().empty());
+  EXPECT_EQ(Elapsed(), 0u);
+}
+
+TEST_P(AntiRolling, PollsAgainAfter5MsUntilTheChipsHaveSettled) {
+  UseBoard(GetParam());
+  for (const int busy : {1, 2, 7, 198, 199}) {
+    SCOPED_TRACE(busy);
+    world().board.SetSettle(busy);
+    Scribble(3);
+    DisplayModel model = Model();
+    model.busy_polls = busy;
+    model.ApplyAntiRolling();
+    TW_ApplyAntiRolling();
+    ExpectLike(model);
+    EXPECT_EQ(Waits(), std::vector<std::uint32_t>(static_cast<std::size_t>(busy), 5));
+    EXPECT_EQ(Elapsed(), static_cast<unsigned>(5 * busy));
+    EXPECT_TRUE(KernelDebug().empty());
+  }
+}
+
+TEST_P(AntiRolling, GivesUpAfter200PollsAnd199WaitsAndSaysSoOnTheKernelOutput) {
+  UseBoard(GetParam());
+  for (const int busy : {200, 201, kNever}) {
+    SCOPED_TRACE(busy);
+    world().board.SetSettle(busy);
+    Scribble(4);
+    DisplayModel model = Model();
+    model.busy_polls = kNever;
+    model.ApplyAntiRolling();
+    ASSERT_EQ(model.accesses.size(), 8u + 200u * static_cast<unsigned>(GetParam()) / 4u);
+    TW_ApplyAntiRolling();
+    ExpectLike(model);
+    EXPECT_EQ(Waits(), std::vector<std::uint32_t>(199, 5));
+    EXPECT_EQ(Elapsed(), 995u);
+    EXPECT_EQ(KernelDebug(), std::vector<std::string>{kFailed});
+    EXPECT_EQ(DebugText(), "");
+  }
+}
+
+TEST_P(AntiRolling, ReleaseShowsAllFourChannelsOfEveryChip) {
+  UseBoard(GetParam());
+  DisplayModel model = Model();
+  model.ReleaseAntiRolling();
+  TW_ReleaseAntiRolling();
+  ExpectLike(model);
+}
+
+INSTANTIATE_TEST_SUITE_P(Boards, AntiRolling, ::testing::Values(4, 8, 12, 16),
+                         [](const auto& tested) {
+                           return std::to_string(tested.param) + "Channels";
+                         });
+
+class AntiRollingEdges : public DisplayTest {};
+
+TEST_F(AntiRollingEdges, KeepsAllButThePositionOfTheMastersRegisterOnHold) {
+  UseBoard(8);
+  for (int old = 0; old < 256; ++old) {
+    for (int n = 0; n < 4; ++n) {
+      world().board.Poke(0, 1, static_cast<std::uint8_t>(0x10 + 8 * n),
+                         static_cast<std::uint8_t>(old));
+    }
+    TW_ApplyAntiRolling();
+    for (int n = 0; n < 4; ++n) {
+      const int held = ((old & 0xFC) | 0x10) + n;
+      ASSERT_EQ(Register(0, 1, 0x10 + 8 * n), held) << old;
+      ASSERT_EQ(Register(1, 1, 0x10 + 8 * n), held) << old;
+    }
+  }
+}
+
+TEST_F(AntiRollingEdges, KeepsBits5And3And2OnRelease) {
+  UseBoard(8);
+  for (int old = 0; old < 256; ++old) {
+    for (int n = 0; n < 4; ++n) {
+      world().board.Poke(1, 1, static_cast<std::uint8_t>(0x10 + 8 * n),
+                         static_cast<std::uint8_t>(old));
+    }
+    TW_ReleaseAntiRolling();
+    for (int n = 0; n < 4; ++n) {
+      ASSERT_EQ(Register(1, 1, 0x10 + 8 * n), (old & 0x2C) + 0xC0 + n) << old;
+    }
+  }
+}
+
+TEST_F(AntiRollingEdges, WaitsForAnyOneChip) {
+  // An empty position reads 0xFF: a chip that never settles, beside one that has settled.
+  UseBoard(4);
+  g_video.chip_count = 2;
+  TW_ApplyAntiRolling();
+  EXPECT_EQ(Waits().size(), 199u);
+  EXPECT_EQ(KernelDebug().size(), 1u);
+
+  world().board.SetId(1, 0x28);
+  world().board.SetId(0, 0x00);
+  Scribble(5);
+  TW_ApplyAntiRolling();
+  EXPECT_EQ(Waits().size(), 199u);
+  EXPECT_EQ(KernelDebug().size(), 1u);
+}
+
+TEST_F(AntiRollingEdges, LooksAtTheLowNibbleOfTheStatusAlone) {
+  UseBoard(4);
+  world().board.Poke(0, 1, 0x04, 0xF0);
+  TW_ApplyAntiRolling();
+  EXPECT_TRUE(Waits().empty());
+}
+
+TEST_F(AntiRollingEdges, PollsNoChipOnABoardWithoutChips) {
+  UseBoard(0);
+  TW_ApplyAntiRolling();
+  EXPECT_EQ(Accesses().size(), 8u);  // the hold itself
+  EXPECT_TRUE(Waits().empty());
+  Mark();
+  TW_ReleaseAntiRolling();
+  ExpectUntouched();
+}
+
+TEST_F(AntiRollingEdges, ReportsAChipThatNeverSettlesWithBothOutputSwitchesOff) {
+  UseBoard(4);
+  world().board.SetSettle(kNever);
+  VEXOAPI_SetEnableDebug(0);
+  VEXOAPI_SetEnableOutputMsg(0);
+  TW_ApplyAntiRolling();
+  EXPECT_EQ(KernelDebug(), std::vector<std::string>{kFailed});
+  EXPECT_EQ(DebugText(), "");
+}
+
+TEST_F(AntiRollingEdges, DoesNotStopTheChangeWhenTheChipsNeverSettle) {
+  UseBoard(8, 1);
+  world().board.SetSettle(kNever);
+  const Channels list = {0, 1, 2, 3};
+  DisplayModel model = Model();
+  model.busy_polls = kNever;
+  model.LiveSplit(1, list);
+  EXPECT_EQ(TW_SetLiveSplit8Ch(1, list.data()), 0);
+  ExpectLike(model);
+  EXPECT_EQ(g_display.live_split, 1);
+  EXPECT_EQ(KernelDebug(), std::vector<std::string>{kFailed});
+}
+
+}  // namespace
+}  // namespace test

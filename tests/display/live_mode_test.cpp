@@ -1,0 +1,254 @@
+#include "display/live_mode.h"
+
+#include <array>
+#include <string>
+
+#include "VexoCtrlSDK.h"
+#include "chip/video_state.h"
+#include "display/display_model.h"
+#include "display/display_state.h"
+
+namespace test {
+namespace {
+
+constexpr const char* kAlreadyLive = ">> TW_SetLiveModeInfo ALREADY LIVE MODE\r\n";
+
+constexpr std::array<int, 21> kDecoder = {0x00, 0x33, 0x77, 0x45, 0xA0, 0xD0, 0x7F,
+                                          0x64, 0x80, 0x80, 0x80, 0x80, 0x30, 0x0F,
+                                          0x05, 0x00, 0x00, 0x80, 0x06, 0x00, 0x00};
+
+void LivePath(DisplayModel& model) {
+  for (int i = 0; i < 4; ++i) model.Write(kAll, 1, 0x10 + 8 * i, 0x80 + i);
+  for (int i = 0; i < 4; ++i) model.Write(kAll, 1, 0x16 + 8 * i, i);
+  int reg = 0x40;
+  for (const int byte : kDecoder) model.Write(kAll, 0, reg++, byte);
+  for (int i = 0; i < 4; ++i) model.Write(kAll, 1, 0x12 + 8 * i, 0x00);
+}
+
+void Attributes(DisplayModel& model, int chips) {
+  for (int i = 0; i < 4; ++i) {
+    for (int p = 0; p < chips; ++p) {
+      const int chip = kChips.at(static_cast<std::size_t>(p));
+      const int old = model.Read(chip, 1, 0x11 + 8 * i);
+      model.Write(chip, 1, 0x11 + 8 * i, (old & 0xF5) | 0x02);
+    }
+  }
+}
+
+// The variant's part of the switch.
+void Variant(DisplayModel& model, int mode, const Channels& list) {
+  LivePath(model);
+  const int display_mode = model.Read(kMaster, 1, 0x06);
+  model.Write(kAll, 1, 0x06, display_mode & 0xFB);
+  Attributes(model, model.chips);
+  const int highest = model.channels == 4 ? 1 : model.channels == 8 ? 4 : 6;
+  if (mode <= highest) model.LiveSplit(mode, list);
+}
+
+// The whole switch.
+void Switch(DisplayModel& model, int mode, const Channels& list, std::uint32_t live_mask,
+            std::uint32_t record_mask) {
+  for (int i = 0; i < 4; ++i) model.Write(kAll, 1, 0x12 + 8 * i, 0x00);
+  model.Write(kAll, 1, 0x06, 0x00);
+  model.Write(kAll, 1, 0x0C, 0x00);
+  if (model.channels == 4 || model.channels == 8 || model.channels == 16) {
+    Variant(model, mode, list);
+    model.AttributeMask(~live_mask, 0x04);
+  }
+  model.RecordMask(record_mask);
+}
+
+std::int32_t CallVariant(int channels, const std::uint8_t* record) {
+  if (channels == 4) return TW_SetLiveModeInfo4Ch(record);
+  return channels == 8 ? TW_SetLiveModeInfo8Ch(record) : TW_SetLiveModeInfo16Ch(record);
+}
+
+// A live mode record at an odd address, with bytes 0 to 3 that nobody reads.
+Channels RecordOf(int mode, const Channels& list) {
+  Channels record = {0xEE, 0xDE, 0xAD, 0xBE, 0xEF, static_cast<std::uint8_t>(mode)};
+  record.insert(record.end(), list.begin(), list.end());
+  return record;
+}
+
+Channels Ascending(std::size_t count) {
+  Channels list;
+  for (std::size_t k = 0; k < count; ++k) list.push_back(static_cast<std::uint8_t>(k));
+  return list;
+}
+
+class LiveMode : public DisplayTest, public ::testing::WithParamInterface<BoardCase> {
+ protected:
+  void SetUp() override { UseBoard(GetParam().channels, GetParam().standard); }
+};
+
+TEST_P(LiveMode, SwitchMakesExactlyTheAccessesOfItsSteps) {
+  unsigned seed = 1;
+  for (int mode = 0; mode < 8; ++mode) {
+    for (const bool was_live : {false, true}) {
+      SCOPED_TRACE("mode " + std::to_string(mode) + (was_live ? ", was live" : ""));
+      const auto windows =
+          mode < 7 ? static_cast<std::size_t>(kWindows.at(static_cast<std::size_t>(mode))) : 1u;
+      const Channels record = RecordOf(mode, Ascending(windows));
+      g_display.view = was_live ? 1 : 2;
+      g_display.live_mask = 0xFFFF9BD3u;
+      g_display.record_mask = 0x0000A5C6u;
+      g_display.blank_mask = {1, 2};
+      Scribble(seed++);
+      DisplayModel model = Model();
+      Switch(model, mode, Ascending(windows), 0xFFFF9BD3u, 0x0000A5C6u);
+      EXPECT_EQ(TW_SetLiveModeInfo(record.data() + 1), 0);
+      ExpectLike(model);
+      EXPECT_EQ(g_display.view, 1);
+      EXPECT_EQ(DebugText(), was_live ? std::string("[VexoCtrlSDK]: ") + kAlreadyLive : "");
+      EXPECT_EQ(g_display.blank_mask.live, GetParam().channels % 12 != 0 ? ~0xFFFF9BD3u : 1u);
+      EXPECT_EQ(g_display.blank_mask.playback, 2u);
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Boards, LiveMode,
+                         ::testing::Values(BoardCase{0, 0}, BoardCase{4, 0}, BoardCase{4, 1},
+                                           BoardCase{8, 0}, BoardCase{8, 1}, BoardCase{12, 0},
+                                           BoardCase{12, 1}, BoardCase{16, 0}, BoardCase{16, 1},
+                                           BoardCase{16, 2}),
+                         NameOf);
+
+class LiveModeVariant : public DisplayTest, public ::testing::WithParamInterface<int> {};
+
+TEST_P(LiveModeVariant, ClearsOnlyBit2OfTheDisplayModeAndKeepsWhatElseTheMasterHolds) {
+  UseBoard(GetParam());
+  for (const int old : {0x00, 0x04, 0xFF, 0xFB, 0x45}) {
+    SCOPED_TRACE(old);
+    Scribble(7);
+    for (unsigned p = 0; p < 4; ++p) world().board.Poke(p, 1, 0x06, 0x3C);
+    world().board.Poke(0, 1, 0x06, static_cast<std::uint8_t>(old));
+    const Channels record = RecordOf(1, Ascending(4));
+    DisplayModel model = Model();
+    Variant(model, 1, Ascending(4));
+    EXPECT_EQ(CallVariant(GetParam(), record.data() + 1), 0);
+    ExpectLike(model);
+    EXPECT_EQ(Register(GetParam() / 4 - 1, 1, 0x06), old & 0xFB);
+  }
+}
+
+TEST_P(LiveModeVariant, HandsThroughTheRefusalOfAModeThatTheBoardLacks) {
+  UseBoard(GetParam());
+  const Channels record = RecordOf(7, Ascending(16));
+  DisplayModel model = Model();
+  Variant(model, 7, Ascending(16));
+  EXPECT_EQ(CallVariant(GetParam(), record.data() + 1), -5);
+  ExpectLike(model);
+  EXPECT_EQ(g_display.live_split, 7);
+}
+
+TEST_P(LiveModeVariant, RefusesANullRecordInSilence) {
+  UseBoard(GetParam());
+  EXPECT_EQ(CallVariant(GetParam(), nullptr), -5);
+  ExpectUntouched();
+}
+
+TEST_P(LiveModeVariant, ResetProgramsTheLivePathWithoutASplitAndWithoutAChangeOfState) {
+  UseBoard(GetParam());
+  for (const std::uint8_t view : Channels{1, 2}) {
+    for (const int display_mode : {0x00, 0x01, 0x04}) {
+      SCOPED_TRACE("view " + std::to_string(view) + ", mode " + std::to_string(display_mode));
+      Scribble(view);
+      world().board.Poke(0, 1, 0x06, static_cast<std::uint8_t>(display_mode));
+      g_display.view = view;
+      g_display.live_split = 3;
+      g_display.blank_mask = {5, 6};
+      DisplayModel model = Model();
+      LivePath(model);
+      if (model.Read(kMaster, 1, 0x06) != 0) model.Write(kAll, 1, 0x06, 0x00);
+      Attributes(model, GetParam() / 4);
+      TW_ResetLiveDisplay();
+      ExpectLike(model);
+      EXPECT_EQ(g_display.view, view);
+      EXPECT_EQ(g_display.live_split, 3);
+      EXPECT_EQ(g_display.blank_mask.live, 5u);
+      EXPECT_EQ(g_display.blank_mask.playback, 6u);
+      EXPECT_EQ(DebugText(), "");
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Boards, LiveModeVariant, ::testing::Values(4, 8, 16),
+                         [](const auto& tested) {
+                           return std::to_string(tested.param) + "Channels";
+                         });
+
+class LiveModeEdges : public DisplayTest {};
+
+TEST_F(LiveModeEdges, WhileAlreadyLiveTellsSoAndReprogramsEverything) {
+  UseBoard(8);
+  const Channels record = RecordOf(4, Ascending(9));
+  EXPECT_EQ(TW_SetLiveModeInfo(record.data() + 1), 0);
+  ExpectPrinted(kAlreadyLive);
+  const std::vector<Access> first = Writes();
+  Mark();
+  EXPECT_EQ(TW_SetLiveModeInfo(record.data() + 1), 0);
+  ExpectPrinted(kAlreadyLive);
+  EXPECT_EQ(Writes().size(), first.size());
+  EXPECT_GT(first.size(), 100u);
+}
+
+TEST_F(LiveModeEdges, AModeThatTheBoardLacksStillGives0AndProgramsAllButTheSplit) {
+  UseBoard(8);
+  g_display.live_split = 4;
+  const Channels record = RecordOf(5, Ascending(13));
+  DisplayModel model = Model();
+  Switch(model, 5, {}, 0xFFFFFFFFu, 0xFFFFFFFFu);
+  EXPECT_EQ(TW_SetLiveModeInfo(record.data() + 1), 0);
+  ExpectLike(model);
+  EXPECT_EQ(g_display.live_split, 4);
+  for (int n = 0; n < 8; ++n) EXPECT_EQ(Register(n / 4, 1, 0x61 + 3 * (n % 4)), 0x00);
+}
+
+TEST_F(LiveModeEdges, ATwelveChannelBoardSkipsVariantAndBlankMask) {
+  UseBoard(12);
+  const Channels record = RecordOf(1, Ascending(4));
+  g_display.record_mask = 0x00000FF0u;
+  EXPECT_EQ(TW_SetLiveModeInfo(record.data() + 1), 0);
+  std::vector<Access> expected = {W(kAll, 1, 0x12, 0), W(kAll, 1, 0x1A, 0), W(kAll, 1, 0x22, 0),
+                                  W(kAll, 1, 0x2A, 0), W(kAll, 1, 0x06, 0), W(kAll, 1, 0x0C, 0)};
+  for (const int reg : {0x61, 0x64, 0x67, 0x6A}) expected.push_back(W(kMaster, 1, reg, 0x04));
+  for (const int reg : {0x61, 0x64, 0x67, 0x6A}) expected.push_back(W(kSlave1, 1, reg, 0x00));
+  for (const int reg : {0x61, 0x64, 0x67, 0x6A}) expected.push_back(W(kSlave2, 1, reg, 0x00));
+  EXPECT_EQ(Accesses(), expected);
+  EXPECT_EQ(g_display.live_split, 7);
+}
+
+TEST_F(LiveModeEdges, ANullRecordIsRefusedInSilenceAndTheViewStays) {
+  UseBoard(16);
+  g_display.view = 2;
+  EXPECT_EQ(TW_SetLiveModeInfo(nullptr), -5);
+  ExpectUntouched();
+  EXPECT_EQ(g_display.view, 2);
+  g_display.view = 1;
+  EXPECT_EQ(TW_SetLiveModeInfo(nullptr), -5);
+  ExpectUntouched();
+}
+
+TEST_F(LiveModeEdges, ASplitIsAcceptedAgainOnceTheViewIsLive) {
+  UseBoard(16);
+  g_display.view = 2;
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, {0, 0, 0, 0, 0, 0, 3}), -1);
+  g_display.g_view_mode = 1;
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_MODE, {0, 0, 0, 0, 1, 0, 1, 2, 3}), 0);
+  EXPECT_EQ(g_display.g_view_mode, 0u);
+  EXPECT_EQ(g_display.view, 1);
+  EXPECT_EQ(g_display.live_split, 1);
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, {0, 0, 0, 0, 0, 0, 3}), 0);
+  EXPECT_EQ(g_display.live_split, 0);
+}
+
+TEST_F(LiveModeEdges, TheRegisterBlockGoesOutAsOneTableWrite) {
+  UseBoard(4);
+  TW_ResetLiveDisplay();
+  // Select, address and release once for the 21 bytes; every other access has its own.
+  const std::size_t others = Accesses().size() - 21;
+  EXPECT_EQ(Cycles(), 24u + 4u * others);
+}
+
+}  // namespace
+}  // namespace test
