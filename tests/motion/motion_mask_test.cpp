@@ -42,6 +42,7 @@ class MotionMask : public LibraryTest {
   static std::vector<Access> Programmed(int chip, int position, const Bytes& mask,
                                         const std::array<int, 3>& level) {
     std::vector<Access> expected;
+    expected.reserve(27);
     for (int i = 0; i < 24; ++i) {
       expected.push_back(W(chip, 2, 0x86 + 0x20 * position + i, mask[static_cast<std::size_t>(i)]));
     }

@@ -7,6 +7,7 @@
 #include "api/worker.h"
 #include "chip/video_state.h"
 #include "display/display_state.h"
+#include "display/window_tables.h"
 #include "motion/motion_state.h"
 #include "setup/init_model.h"
 
@@ -148,6 +149,20 @@ TEST_P(InitImage, LeavesTheStateOfALiveBoard) {
   EXPECT_EQ(g_display.live_split, Channels() == 12 ? 7 : DefaultSplitOf(Channels()));
   EXPECT_EQ(g_display.play_split, 7);
   EXPECT_EQ(g_display.selected_channel, 3);
+
+  EXPECT_EQ(g_display.split_option, 0);
+  EXPECT_EQ(g_display.blank_mask.live, 0u);
+  EXPECT_EQ(g_display.blank_mask.playback, 0u);
+  EXPECT_EQ(g_display.live_mask, 0xFFFFFFFFu);
+  EXPECT_EQ(g_display.record_mask, 0xFFFFFFFFu);
+  // First and last window of both tables, by the standard that was settled on.
+  for (const WindowTable* table : {&g_layout.live, &g_layout.play}) {
+    const bool ntsc = Standard() == 0;
+    EXPECT_EQ(table->front().x_end, 0xB0);
+    EXPECT_EQ(table->front().y_end, ntsc ? 0x77 : 0x8E);
+    EXPECT_EQ(table->back().x_start, 0x85);
+    EXPECT_EQ(table->back().y_start, ntsc ? 0x59 : 0x6B);
+  }
 
   for (const auto& level : g_motion.level) EXPECT_EQ(level, 1);
   for (const auto& mask : g_motion.mask) {

@@ -126,7 +126,7 @@ InitModel::InitModel(int fitted_chips, int cameras)
       continue;
     }
     image[p][0][0xFE] = 0x28;
-    for (const std::size_t reg : {0x01, 0x11, 0x21, 0x31}) image[p][0][reg] = cameras == 1 ? 0 : 1;
+    for (std::size_t c = 0; c < 4; ++c) image[p][0][0x01 + 0x10 * c] = cameras == 1 ? 0 : 1;
     image[p][1][0x78] = cameras == 2 ? 0x0F : 0x00;
   }
 }

@@ -181,6 +181,13 @@ TEST_F(InitSequence, MarksTheChipsReadyOnlyAtTheEnd) {
   EXPECT_EQ(g_video.g_chip_ready, 1);
 }
 
+TEST_F(InitSequence, EndsInLiveDisplayWhateverHappensInThePause) {
+  PowerOn(1, 0);
+  world().kernel.StartHostThread([] { g_display.view = kViewPlayback; });
+  TW_InitializeSetup(0, 0);
+  EXPECT_EQ(g_display.view, kViewLive);
+}
+
 TEST_F(InitSequence, ReturnsToLiveDisplayFromPlayback) {
   PowerOn(4, 0);
   g_display.view = kViewPlayback;

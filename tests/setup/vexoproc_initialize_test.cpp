@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "VexoCtrlSDK.h"
+#include "chip/register_bus.h"
 #include "chip/video_state.h"
 #include "setup/initialization.h"
 #include "setup/setup_test.h"
@@ -42,6 +43,20 @@ TEST_F(VexoProcInitialize, RefusesWhileAnyBusWindowIsNotMapped) {
     EXPECT_TRUE(Events<sim::OpenEvent>().empty());
     EXPECT_TRUE(MessageEvents().empty());
     EXPECT_EQ(g_video.g_chip_ready, 0);
+  }
+}
+
+TEST_F(VexoProcInitialize, NeedsEachOfTheThreeWindows) {
+  const std::array<PlatBusWindow BusWindows::*, 3> windows = {
+      &BusWindows::select, &BusWindows::address, &BusWindows::data};
+  for (const auto window : windows) {
+    vexosim::Restart();
+    PowerOn(4);
+    g_bus.*window = nullptr;
+    VexoProc_Initialize(1, 2);
+    EXPECT_EQ(Prints(),
+              std::vector<std::string>{Plain(">>ERROR NULL REGISTER VexoProc_Initialize!!\r\n")});
+    EXPECT_EQ(Cycles(), 0u);
   }
 }
 
