@@ -100,8 +100,7 @@ TEST_F(Exports, GetVersionCopiesTheTextWithItsEnd) {
   std::array<char16_t, 20> buffer;
   buffer.fill(u'#');
   EXPECT_EQ(VEXOAPI_GetVersion(buffer.data()), 10);
-  EXPECT_EQ(std::u16string(buffer.data()), u"1. 0. 1. 6");
-  EXPECT_EQ(buffer[11], u'#');
+  EXPECT_EQ(std::u16string(buffer.data(), 12), std::u16string(u"1. 0. 1. 6\0#", 12));
 }
 
 TEST_F(Exports, GetVersionWithoutABufferGivesTheLength) {

@@ -265,7 +265,7 @@ TEST_F(Interleavings, InitializationAgainstARunningWorkerFailsCleanlyOrNotAtAll)
     Send({VEXO_CMD_INIT, Bytes(24), 0});
     EXPECT_EQ(last_record[12], channels_ / 4);
   }
-  EXPECT_TRUE(results.count(0) != 0);
+  EXPECT_TRUE(results.contains(0));
 }
 
 // ---- The same again --------------------------------------------------------------------------

@@ -47,6 +47,7 @@ class MotionCommands : public test::LibraryTest {
   static std::vector<test::Access> Programmed(int chip, int mask_reg, const Bytes& mask,
                                               const Bytes& level) {
     std::vector<test::Access> writes;
+    writes.reserve(24 + level.size());
     for (int i = 0; i < 24; ++i) {
       writes.push_back(W(chip, 2, mask_reg + i, mask[static_cast<std::size_t>(i)]));
     }

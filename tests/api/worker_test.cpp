@@ -335,7 +335,7 @@ TEST_F(Worker, AnUnchangedMaskIsRepeated900MsAfterTheStampWasSet) {
   SyncAt(2300, true);  // next polls 2305, 2307, ...
   SyncAt(2401, false);
   PumpTo(2410);
-  EXPECT_EQ(Sent().size(), 3u);
+  ASSERT_EQ(Sent().size(), 3u);
   EXPECT_EQ(Sent()[2], Said(2401, kMotion0));
 }
 

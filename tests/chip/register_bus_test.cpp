@@ -214,20 +214,22 @@ TEST_F(RegisterBus, ATableOf255BytesGoesOutWhole) {
 
 TEST_F(RegisterBus, AnInvalidPageIsPrintedAndTouchesNoWindow) {
   constexpr std::uint8_t kTable[] = {1, 2};
-  const std::string prefix = "[VexoCtrlSDK]: ";
+  const auto text = [](const char* operation, int page) {
+    return "[VexoCtrlSDK]: >> " + std::string(operation) + " INVALID PAGE (" +
+           std::to_string(page) + ")!\r\n";
+  };
   for (const int page : {3, 4, 128, 255}) {
     const auto p = static_cast<std::uint8_t>(page);
-    const std::string number = std::to_string(page);
     Restart();
     EXPECT_EQ(TW_ReadRegister(0x03, p, 0x10), 0);
-    EXPECT_EQ(DebugText(), prefix + ">> TW_ReadRegister INVALID PAGE (" + number + ")!\r\n");
+    EXPECT_EQ(DebugText(), text("TW_ReadRegister", page));
     EXPECT_EQ(Debug().size(), 2u);
     Restart();
     TW_WriteRegister(0x03, p, 0x10, 0x20);
-    EXPECT_EQ(DebugText(), prefix + ">> TW_WriteRegister INVALID PAGE (" + number + ")!\r\n");
+    EXPECT_EQ(DebugText(), text("TW_WriteRegister", page));
     Restart();
     TW_WriteReg_Table(0x03, p, 0x10, kTable, 2);
-    EXPECT_EQ(DebugText(), prefix + ">> TW_WriteReg_Table INVALID PAGE (" + number + ")!\r\n");
+    EXPECT_EQ(DebugText(), text("TW_WriteReg_Table", page));
   }
   EXPECT_EQ(world().trace.Cycles(), 0u);
 }
