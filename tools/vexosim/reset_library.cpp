@@ -22,8 +22,6 @@ void ResetLibraryState() {
   g_display = {};
   g_layout = {};
   g_motion = {};
-  g_video_detect = {};
-  g_worker = {};
 }
 
 }  // namespace vexosim
