@@ -79,12 +79,12 @@ run_demo() {
 stage "packages" scripts/packages.sh test
 stage "format (clang-format)" scripts/check_format.sh
 stage "public header as C (gcc, clang)" check_header
-stage "build (g++)" scripts/build.sh gcc all
+stage "build (g++)" scripts/build.sh gcc -k 0 all
 stage "tests (g++)" run_tests gcc
 stage "library needs no runtime" scripts/check_library.sh build/gcc/libvexoctrl.a
-stage "build (clang++, sanitizers)" scripts/build.sh sanitize all
+stage "build (clang++, sanitizers)" scripts/build.sh sanitize -k 0 all
 stage "tests (clang++, sanitizers)" run_tests sanitize
-stage "lint (clang-tidy)" scripts/build.sh sanitize tidy
+stage "lint (clang-tidy)" scripts/build.sh sanitize -k 0 tidy
 stage "benchmarks (g++)" run_benchmarks
 stage "demo" run_demo
 
