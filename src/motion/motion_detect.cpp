@@ -98,7 +98,7 @@ void StoreMotionInfo(std::uint8_t channel, std::uint8_t level, const std::uint8_
 }
 
 void TW_SetMotionLevel(std::uint8_t channel, std::uint8_t level) {
-  if (channel >= kChannelsMax || level >= kLevels.size()) return;
+  if (level >= kLevels.size()) return;
   const std::uint8_t first = RegisterAt(kMotionLevel, kMotionStride, ChannelPosition(channel));
   for (unsigned i = 0; i < kLevels[level].size(); ++i) {
     TW_WriteRegister(TW_GetChipSelect(channel), kPage2, static_cast<std::uint8_t>(first + i),

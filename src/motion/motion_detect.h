@@ -14,7 +14,8 @@ void TW_ApplyMotionInfo(std::uint8_t channel);
 // Keeps a channel's level and mask (24 bytes, read only) and programs them.
 void StoreMotionInfo(std::uint8_t channel, std::uint8_t level, const std::uint8_t* mask);
 
-// Programs a channel's sensitivity, 0-3; the level table stays.
+// Programs a channel's sensitivity, 0-3; the level table stays. A channel of 16 and more is not
+// refused here: it goes where its number maps to.
 void TW_SetMotionLevel(std::uint8_t channel, std::uint8_t level);
 
 // Turns one cell over, in the table and on the chip.

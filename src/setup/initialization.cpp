@@ -21,9 +21,6 @@
 
 namespace {
 
-// The result of an initialization that met a device problem. Nothing here gives it; hosts know it.
-constexpr std::int32_t kDeviceProblem = -2;
-
 constexpr std::uint32_t kLiveSettleMs = 240;
 constexpr std::uint32_t kCameraSettleMs = 500;
 
@@ -131,7 +128,7 @@ std::int32_t TW_InitializeSetup(std::uint16_t /*reserved1*/, std::uint16_t /*res
   g_display.wait_event = Plat_CreateEvent(nullptr, false, false);
   TW_ReleaseChip(kChipAll);
   g_video.broadcast_select = kChipAll;
-  if (TW_DetectChips() == 0) return -1;
+  if (TW_DetectChips() == 0) return kInitNoChip;
   TW_DetectVideoStandard();
   ReconcileStoredSettings();
 
@@ -160,6 +157,18 @@ std::int32_t TW_InitializeSetup(std::uint16_t /*reserved1*/, std::uint16_t /*res
   return g_video.max_channel;
 }
 
+void ReportInitialization(std::int32_t result) {
+  if (result == kInitNoChip) {
+    ReportFailure(u">>DETECT DEVICE ERROR TW_InitializeSetup\r\n", VEXO_STATUS_DETECT_ERROR);
+  } else if (result == kInitDeviceProblem) {
+    ReportFailure(u">>DEVICE PROBLEM ERROR TW_InitializeSetup\r\n", VEXO_STATUS_DEVICE_PROBLEM);
+  } else if (result == 0) {
+    ReportFailure(u">>NOT DETECT ERROR TW_InitializeSetup\r\n", VEXO_STATUS_NOT_DETECTED);
+  } else {
+    ReportSuccess(result);
+  }
+}
+
 void VexoProc_Initialize(std::uint16_t argument1, std::uint16_t argument2) {
   if (g_bus.select == nullptr || g_bus.address == nullptr || g_bus.data == nullptr) {
     VexoDbg_Print(u">>ERROR NULL REGISTER VexoProc_Initialize!!\r\n");
@@ -173,13 +182,5 @@ void VexoProc_Initialize(std::uint16_t argument1, std::uint16_t argument2) {
   VexoProc_CameraControl(1);
   VexoDbg_Print(u">>VEXO INIT NEW !!! \r\n");
 
-  if (result == -1) {
-    ReportFailure(u">>DETECT DEVICE ERROR TW_InitializeSetup\r\n", VEXO_STATUS_DETECT_ERROR);
-  } else if (result == kDeviceProblem) {
-    ReportFailure(u">>DEVICE PROBLEM ERROR TW_InitializeSetup\r\n", VEXO_STATUS_DEVICE_PROBLEM);
-  } else if (result == 0) {
-    ReportFailure(u">>NOT DETECT ERROR TW_InitializeSetup\r\n", VEXO_STATUS_NOT_DETECTED);
-  } else {
-    ReportSuccess(result);
-  }
+  ReportInitialization(result);
 }

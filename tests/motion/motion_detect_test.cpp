@@ -146,7 +146,6 @@ TEST_F(MotionDetect, IgnoresChannelsOf16AndMore) {
   sim::Bytes mask(24, 0x5A);
   for (int c = 16; c < 256; ++c) {
     TW_ApplyMotionInfo(U8(c));
-    TW_SetMotionLevel(U8(c), 1);
     TW_ToggleMotionCell(U8(c), 0, 0);
     TW_SetMotionMaskAll(U8(c), 0);
     StoreMotionInfo(U8(c), 2, mask.data());
@@ -155,6 +154,14 @@ TEST_F(MotionDetect, IgnoresChannelsOf16AndMore) {
   EXPECT_TRUE(std::equal(&before.mask[0][0], &before.mask[0][0] + sizeof before.mask,
                          &g_motion.mask[0][0]));
   EXPECT_TRUE(std::equal(std::begin(before.level), std::end(before.level), g_motion.level));
+}
+
+// The level alone goes by the chip that any channel number maps to.
+TEST_F(MotionDetect, ProgramsTheLevelOfChannelsOf16AndMoreWhereTheyMapTo) {
+  UseBoard(16);
+  TW_SetMotionLevel(18, 2);
+  EXPECT_EQ(Accesses(), (std::vector<Access>{W(0xC0, 2, 0xC3, 0x08), W(0xC0, 2, 0xC4, 0x09),
+                                             W(0xC0, 2, 0xC5, 0x21)}));
 }
 
 // ---- Single cells -----------------------------------------------------------------------------

@@ -200,6 +200,20 @@ TEST_F(VexoProcInitialize, PrintsAFailedPostOfAFailure) {
   EXPECT_EQ(Prints().back(), Plain(">> PostMessage Error occure 0x00000578 \r\n"));
 }
 
+// No initialization gives this result; hosts know the status all the same.
+TEST_F(VexoProcInitialize, PostsStatus1004ForADeviceProblem) {
+  AttachAndBind();
+  Mark();
+  ReportInitialization(-2);
+  EXPECT_EQ(Prints(),
+            (std::vector<std::string>{Plain(">>DEVICE PROBLEM ERROR TW_InitializeSetup\r\n")}));
+  const auto messages = MessageEvents();
+  ASSERT_EQ(messages.size(), 1u);
+  EXPECT_EQ(messages[0].message, 0x2401u);
+  EXPECT_EQ(messages[0].wparam, 0x1004u);
+  EXPECT_TRUE(messages[0].post);
+}
+
 TEST_F(VexoProcInitialize, LeavesTheResultOfAnEarlierRunReadyAfterAFailure) {
   PowerOn(2);
   VexoProc_Initialize(0, 0);
