@@ -60,7 +60,7 @@ TEST(PlainPicture, GoesFromDarkToBright) {
 
 TEST(PlainPicture, IsNothingForNoImage) { EXPECT_EQ(DrawPicture({}, {false, 80}), ""); }
 
-TEST(Texts, ShowNumbers) {
+TEST(ToolTexts, ShowNumbers) {
   EXPECT_EQ(Hex(0), "0x00");
   EXPECT_EQ(Hex(0x2403, 4), "0x2403");
   EXPECT_EQ(Hex(0x12345, 4), "0x12345");
@@ -68,7 +68,7 @@ TEST(Texts, ShowNumbers) {
   EXPECT_EQ(HexBytes(std::vector<std::uint8_t>{0, 0xAB}, " "), "00 ab");
 }
 
-TEST(Texts, ListBitsAsRanges) {
+TEST(ToolTexts, ListBitsAsRanges) {
   EXPECT_EQ(BitList(0, 16), "");
   EXPECT_EQ(BitList(0xFFDF, 16), "0-4,6-15");
   EXPECT_EQ(BitList(0x5, 16), "0,2");
@@ -76,7 +76,7 @@ TEST(Texts, ListBitsAsRanges) {
   EXPECT_EQ(BitList(std::numeric_limits<std::uint32_t>::max(), 32), "0-31");
 }
 
-TEST(Texts, AreCutIntoLines) {
+TEST(ToolTexts, AreCutIntoLines) {
   EXPECT_THAT(Lines("\r\n a\r\nb\n\nc"), ElementsAre(" a", "b", "c"));
   EXPECT_THAT(Lines("\r\n"), IsEmpty());
 }
