@@ -29,12 +29,12 @@ typedef void* VexoWindow;
 
 /* ---- Result codes ------------------------------------------------------------------------- */
 
-#define VEXO_OK 0                      /* done; some operations hand through a positive value   */
-#define VEXO_ERROR_FAILED (-1)         /* unknown code, refused in this mode, or failed         */
-#define VEXO_ERROR_NO_HEADER (-4)      /* text line without a known header word                 */
-#define VEXO_ERROR_PARAMETER (-5)      /* required record missing, or argument out of range     */
-#define VEXO_ERROR_UNINITIALIZED (-6)  /* the library is not initialized in this process        */
-#define VEXO_ERROR_NOT_READY (-8)      /* no host window, chips not ready, or unknown board     */
+#define VEXO_OK 0                     /* done; some operations hand through a positive value   */
+#define VEXO_ERROR_FAILED (-1)        /* unknown code, refused in this mode, or failed         */
+#define VEXO_ERROR_NO_HEADER (-4)     /* text line without a known header word                 */
+#define VEXO_ERROR_PARAMETER (-5)     /* required record missing, or argument out of range     */
+#define VEXO_ERROR_UNINITIALIZED (-6) /* the library is not initialized in this process        */
+#define VEXO_ERROR_NOT_READY (-8)     /* no host window, chips not ready, or unknown board     */
 
 /* ---- Command codes of VEXOAPI_CommandProc --------------------------------------------------- */
 
@@ -101,12 +101,12 @@ typedef void* VexoWindow;
 
 /* VEXO_CMD_INIT. Read: bytes 0-3. Written: bytes 12-23 (all zero when initialization fails). */
 typedef struct VexoInitRecord {
-  uint16_t reserved1;       /*  0 in: passed on, ignored                                        */
-  uint16_t reserved2;       /*  2 in: passed on, ignored                                        */
-  uint8_t reserved3[8];     /*  4                                                               */
-  uint32_t chip_count;      /* 12 out: chips found, 1-4; four channels each                     */
-  uint32_t video_standard;  /* 16 out: VEXO_VIDEO_...                                           */
-  uint8_t chip_id[4];       /* 20 out: identification of master, slave 1, slave 2, slave 3      */
+  uint16_t reserved1;      /*  0 in: passed on, ignored                                        */
+  uint16_t reserved2;      /*  2 in: passed on, ignored                                        */
+  uint8_t reserved3[8];    /*  4                                                               */
+  uint32_t chip_count;     /* 12 out: chips found, 1-4; four channels each                     */
+  uint32_t video_standard; /* 16 out: VEXO_VIDEO_...                                           */
+  uint8_t chip_id[4];      /* 20 out: identification of master, slave 1, slave 2, slave 3      */
 } VexoInitRecord;
 
 /* VEXO_CMD_READ_REG (reads bytes 0-2, writes byte 3), VEXO_CMD_WRITE_REG (reads bytes 0-3) and
@@ -183,7 +183,7 @@ typedef struct VexoMotionRegRecord {
 #define VEXO_MSG_STATUS 0x2401u        /* wParam: VEXO_STATUS_...                                */
 #define VEXO_MSG_INIT_RESULT 0x2402u   /* wParam: address of a VideoState, valid while loaded    */
 #define VEXO_MSG_VIDEO_INFO 0x2403u    /* wParam: address of a VideoDetectRecord, for the call   */
-#define VEXO_MSG_MOTION_STATUS 0x2404u /* wParam: 16-bit mask, bit n: motion on channel n        */
+#define VEXO_MSG_MOTION_STATUS 0x2404u /* wParam: 16-bit mask, bit n: motion on channel n */
 #define VEXO_MSG_CHIP_VERSION 0x2405u  /* wParam: chip version value                             */
 #define VEXO_MSG_REG_VALUE 0x2406u     /* wParam: address of a VexoRegRecord, for the call       */
 
@@ -220,7 +220,7 @@ VEXO_STATIC_ASSERT(sizeof(VexoMotionRegRecord) == 3, "VexoMotionRegRecord");
 VEXO_STATIC_ASSERT(sizeof(VideoState) == 12, "VideoState");
 VEXO_STATIC_ASSERT(sizeof(VideoDetectRecord) == 20, "VideoDetectRecord");
 
-/* ---- Exports ---------------------------------------------------------------------------------- */
+/* ---- Exports ------------------------------------------------------------------------------ */
 
 #ifdef __cplusplus
 extern "C" {

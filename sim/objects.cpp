@@ -6,8 +6,7 @@
 
 namespace sim {
 
-// ---- What a wait takes
-// ------------------------------------------------------------------------------
+// ---- What a wait takes ------------------------------------------------------------------------
 
 std::optional<std::uint32_t> Mutex::TryTake(Thread& taker) {
   if (owner != nullptr && owner != &taker) return std::nullopt;
@@ -54,8 +53,7 @@ std::uint32_t Kernel::Impl::Wait(const std::shared_ptr<Object>& object, std::uin
   return self.wait_result;
 }
 
-// ---- Handles
-// ----------------------------------------------------------------------------------------
+// ---- Handles ----------------------------------------------------------------------------------
 
 PlatHandle Kernel::Impl::Open(std::shared_ptr<Object> object) {
   ++object->handles;
@@ -94,8 +92,7 @@ unsigned Kernel::OpenHandles() const {
   return static_cast<unsigned>(impl_->handles.size()) - OpenModules();
 }
 
-// ---- Mutexes and events
-// -------------------------------------------------------------------------------
+// ---- Mutexes and events -----------------------------------------------------------------------
 
 namespace {
 

@@ -160,8 +160,7 @@ std::string Kernel::Impl::WhoWaitsForWhat() const {
   return text;
 }
 
-// ---- Kernel
-// ---------------------------------------------------------------------------------------
+// ---- Kernel -----------------------------------------------------------------------------------
 
 void Kernel::SetSeed(std::uint64_t seed) {
   impl_->seed = seed;

@@ -110,8 +110,7 @@ void Kernel::Impl::JoinEnded() {
   });
 }
 
-// ---- Kernel
-// ---------------------------------------------------------------------------------------
+// ---- Kernel -----------------------------------------------------------------------------------
 
 Kernel::Kernel(World& world) : impl_(std::make_unique<Impl>(*this, world)) {}
 Kernel::~Kernel() { impl_->EndThreads(); }

@@ -116,8 +116,7 @@ inline constexpr std::uint8_t kRecordEnable = 0x6C;
 inline constexpr std::uint8_t kRecordOrder = 0x6D;
 inline constexpr std::uint8_t kRecordOutput = 0x86;
 
-// ---- Page 1: status and output
-// --------------------------------------------------------------------
+// ---- Page 1: status and output ----------------------------------------------------------------
 
 inline constexpr std::uint8_t kEventStatus = 0x76;   // the chip's own
 inline constexpr std::uint8_t kLossStatus = 0x78;    // the chip's own: two loss flags a channel
@@ -135,8 +134,7 @@ inline constexpr std::uint8_t kStatusSync = 0x10;  // of kStatusFlags, master
 inline constexpr std::uint8_t kColorBar = 0x08;    // of kStatusFlags, written
 inline constexpr std::uint8_t kOutputMode = 0xAC;
 
-// ---- Page 2: fill engine, boxes, motion
-// -------------------------------------------------------------
+// ---- Page 2: fill engine, boxes, motion -------------------------------------------------------
 
 inline constexpr std::uint8_t kFillData = 0x00;  // 4 bytes
 inline constexpr std::uint8_t kFillLeft = 0x05;
@@ -167,8 +165,7 @@ inline constexpr std::uint8_t kMotionLevel = 0x83;  // 3 bytes
 inline constexpr std::uint8_t kMotionMask = 0x86;   // 24 bytes
 inline constexpr std::uint8_t kMotionMaskBytes = 24;
 
-// ---- Names for listings
-// ---------------------------------------------------------------------------
+// ---- Names for listings -----------------------------------------------------------------------
 
 // A named run of registers: `length` registers from `base`, repeated `count` times `stride` apart.
 struct RegisterName {

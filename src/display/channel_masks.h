@@ -25,8 +25,7 @@ void ApplyRecordMask();
 // Attribute register of channel position i on a chip: new value = (value read & keep) | set.
 void UpdateChannelAttribute(std::uint8_t chip, unsigned i, std::uint8_t keep, std::uint8_t set);
 
-// ---- Text path: these work on the playback blank mask, whatever the view is
-// ----------------------
+// ---- Text path: these work on the playback blank mask, whatever the view is -------------------
 
 // How many chips the text path visits: those of the board, the master alone on a board that has no
 // variant.

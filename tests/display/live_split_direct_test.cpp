@@ -265,8 +265,7 @@ TEST_F(DirectSplitEdges, AChannelPlacedTwiceIsShownInItsLastWindow) {
   }
 }
 
-// ---- Offsets of the live windows
-// ------------------------------------------------------------------
+// ---- Offsets of the live windows --------------------------------------------------------------
 
 class LiveSplitOffset : public DisplayTest {
  protected:

@@ -90,8 +90,7 @@ TEST_F(ChipDetection, PacksThePresentFlagsOneAByteWithTheMasterLowest) {
   }
 }
 
-// ---- Gaps in the fitting
-// -------------------------------------------------------------------------
+// ---- Gaps in the fitting ----------------------------------------------------------------------
 
 TEST_F(ChipDetection, CountsChipsAndDoesNotPlaceThem) {
   Identify({0x28, 0x00, 0x28, 0x00});

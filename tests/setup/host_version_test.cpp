@@ -103,8 +103,7 @@ TEST_F(HostVersion, Is255WhenThereIsNoMemoryForTheResource) {
   ExpectAsked({kFirst});
 }
 
-// ---- The level of each text
-// -------------------------------------------------------------------------
+// ---- The level of each text -------------------------------------------------------------------
 
 TEST_F(HostVersion, TextsAreOfLevel2AndTheAllocationTextOfLevel3) {
   Install(kFirst, State::Present, {1, 5, 0, 0});
@@ -154,8 +153,7 @@ TEST_F(HostVersion, TextsHangOnTheDebugSwitchAndNotOnTheOutputSwitch) {
   ExpectPrints({});
 }
 
-// ---- What initialization makes of it
-// ----------------------------------------------------------------
+// ---- What initialization makes of it ----------------------------------------------------------
 
 struct AdjustCase {
   std::array<std::uint16_t, 4> version;

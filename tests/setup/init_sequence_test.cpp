@@ -205,8 +205,7 @@ TEST_F(InitSequence, SaysThatTheDisplayIsLiveAlreadyWhenItIs) {
   EXPECT_EQ(prints.back(), Plain(">> TW_SetLiveModeInfo ALREADY LIVE MODE\r\n"));
 }
 
-// ---- The wait event
-// ------------------------------------------------------------------------------
+// ---- The wait event ---------------------------------------------------------------------------
 
 TEST_F(InitSequence, CreatesAWaitEventEachTimeAndNeverClosesTheOneBefore) {
   PowerOn(1, 0);
@@ -256,8 +255,7 @@ TEST_F(InitSequence, GoesOnWhenTheChipsNeverSettle) {
   EXPECT_EQ(g_video.g_chip_ready, 1);
 }
 
-// ---- The command around it
-// -------------------------------------------------------------------------
+// ---- The command around it --------------------------------------------------------------------
 
 TEST_F(InitSequence, HaltsTheCameraFirstAndResumesItAfterTheWorkerHasStarted) {
   PowerOn(4, 0);

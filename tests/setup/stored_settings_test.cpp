@@ -176,8 +176,7 @@ TEST_F(StoredSettingsTest, AreNotWrittenByInitialization) {
   EXPECT_EQ(world().nvram.Content(), before);
 }
 
-// ---- Storing a standard
-// ---------------------------------------------------------------------------
+// ---- Storing a standard -----------------------------------------------------------------------
 
 class StoreVideoStandard : public SetupTest {
  protected:

@@ -26,8 +26,7 @@ class VideoDetection : public SetupTest {
   }
 };
 
-// ---- The decision at initialization
-// ----------------------------------------------------------------
+// ---- The decision at initialization -----------------------------------------------------------
 
 TEST_F(VideoDetection, LeavesATieUndecidedAndSaysSo) {
   UseBoard(4);
@@ -156,8 +155,7 @@ TEST_F(VideoDetection, WithoutAChipIsAllLossAndReadsNothing) {
   EXPECT_EQ(Prints().back(), Plain("[ALL LOSS]\r\n"));
 }
 
-// ---- The repeated read
-// -------------------------------------------------------------------------------
+// ---- The repeated read ------------------------------------------------------------------------
 
 class VideoRead : public VideoDetection {
  protected:
@@ -299,8 +297,7 @@ TEST_F(VideoRead, ThroughTheGuardNeedsReadyChips) {
   EXPECT_EQ(record.standard[3], 0);
 }
 
-// ---- Motion and status flags
-// ----------------------------------------------------------------------
+// ---- Motion and status flags ------------------------------------------------------------------
 
 class MotionStatus : public VideoDetection {};
 

@@ -288,8 +288,7 @@ TEST_F(Objects, TheEventFaultMakesNamedEventsExistAlready) {
   EXPECT_EQ(world().faults.Hits(Fault::EventExists), 1u);
 }
 
-// ---- Deadlock
-// -------------------------------------------------------------------------------------
+// ---- Deadlock ---------------------------------------------------------------------------------
 
 std::string DeadlockText(PlatHandle object) {
   try {

@@ -183,8 +183,7 @@ TEST_F(ScriptRun, BoardAndOutputLinesLeaveTheLastActionAlone) {
             kExitDone);
 }
 
-// ---- Exit statuses
-// --------------------------------------------------------------------------------
+// ---- Exit statuses ----------------------------------------------------------------------------
 
 TEST_F(ScriptRun, GoesOnAfterAFailedExpectation) {
   EXPECT_EQ(
@@ -220,8 +219,7 @@ TEST_F(ScriptRun, AcceptsAnEmptyScript) {
   EXPECT_EQ(Out() + Err(), "");
 }
 
-// ---- Output
-// -----------------------------------------------------------------------------------------
+// ---- Output -----------------------------------------------------------------------------------
 
 TEST_F(ScriptRun, ShowsWhatEachActionDid) {
   EXPECT_EQ(RunBound("run 5\ncommand 0xF005\ncommand 0xF006\ncommand 0xF002\nrun 5"), kExitDone);
