@@ -50,7 +50,7 @@ void WriteSwitchedQueues(std::uint8_t switching) {
   if (board == nullptr) return;
   for (std::uint8_t p = 0; p < board->chips; ++p) {
     const std::uint8_t chip = kChipByPosition[p];
-    for (std::uint8_t i = 0; i < kQueueSwitched.size(); ++i) {
+    for (unsigned i = 0; i < kQueueSwitched.size(); ++i) {
       TW_WriteRegister(chip, kPage1, RegisterAt(kRecordQueue, 1, i), kQueueSwitched[i]);
     }
     TW_WriteRegister(chip, kPage1, kRecordSwitching, switching);
