@@ -90,10 +90,14 @@ std::int32_t NoPlayback(Record) { return VEXO_ERROR_FAILED; }
 
 // ---- The table ----------------------------------------------------------------------------------
 
+// What a command needs, and where it runs.
+constexpr unsigned kNothing = 0x0;
+constexpr unsigned kRecord = 0x1;   // needs a record
+constexpr unsigned kChips = 0x2;    // needs initialized chips
+constexpr unsigned kOutside = 0x4;  // runs after the lock is released
+
 struct Command {
-  bool needs_record;
-  bool needs_chips;   // initialized, that is
-  bool outside_lock;  // the operation runs after the lock is released
+  unsigned needs;
   std::int32_t (*run)(Record record);
 };
 
@@ -101,34 +105,34 @@ constexpr std::uint16_t kFirstCommand = VEXO_CMD_STOP_MONITOR;
 
 // From kFirstCommand on. VEXO_CMD_INIT has rules of its own, below.
 constexpr std::array<Command, 16> kCommands = {{
-    {false, false, false, StopMonitor},         // 0xF002
-    {true, false, false, ReadReg},              // 0xF003
-    {true, false, false, WriteReg},             // 0xF004
-    {true, true, false, LiveSplit},             // 0xF005
-    {true, true, false, NoPlayback},            // 0xF006
-    {true, true, false, TW_SetMotionMask},      // 0xF007
-    {true, true, false, ChannelMasks},          // 0xF008
-    {true, true, false, LiveMode},              // 0xF009
-    {true, true, false, NoPlayback},            // 0xF00A
-    {true, true, true, BlankMask},              // 0xF00B
-    {true, true, false, Bit0Mask},              // 0xF00C
-    {false, true, false, RestoreBlank},         // 0xF00D
-    {true, true, false, MotionSetup},           // 0xF00E
-    {false, true, false, MotionClear},          // 0xF00F
-    {true, true, false, TW_PreviewMotionMask},  // 0xF010
-    {true, true, false, MotionReg},             // 0xF011
+    {kNothing, StopMonitor},                   // 0xF002
+    {kRecord, ReadReg},                        // 0xF003
+    {kRecord, WriteReg},                       // 0xF004
+    {kRecord | kChips, LiveSplit},             // 0xF005
+    {kRecord | kChips, NoPlayback},            // 0xF006
+    {kRecord | kChips, TW_SetMotionMask},      // 0xF007
+    {kRecord | kChips, ChannelMasks},          // 0xF008
+    {kRecord | kChips, LiveMode},              // 0xF009
+    {kRecord | kChips, NoPlayback},            // 0xF00A
+    {kRecord | kChips | kOutside, BlankMask},  // 0xF00B
+    {kRecord | kChips, Bit0Mask},              // 0xF00C
+    {kChips, RestoreBlank},                    // 0xF00D
+    {kRecord | kChips, MotionSetup},           // 0xF00E
+    {kChips, MotionClear},                     // 0xF00F
+    {kRecord | kChips, TW_PreviewMotionMask},  // 0xF010
+    {kRecord | kChips, MotionReg},             // 0xF011
 }};
 
 std::int32_t Run(const Command& command, Record record) {
-  if (command.needs_record && record == nullptr) {
+  if ((command.needs & kRecord) != 0 && record == nullptr) {
     Unlock();
     return VEXO_ERROR_PARAMETER;
   }
-  if (command.needs_chips && g_video.g_chip_ready == 0) {
+  if ((command.needs & kChips) != 0 && g_video.g_chip_ready == 0) {
     Unlock();
     return VEXO_ERROR_NOT_READY;
   }
-  if (command.outside_lock) {
+  if ((command.needs & kOutside) != 0) {
     Unlock();
     return command.run(record);
   }
