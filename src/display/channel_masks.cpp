@@ -10,11 +10,6 @@ constexpr std::uint8_t kRecordChannelOff = 0x04;
 
 constexpr std::uint8_t Without(std::uint8_t bits) { return static_cast<std::uint8_t>(~bits); }
 
-// Registers and masks know sixteen channels; every other bit is none of them.
-constexpr bool HasChannel(std::uint32_t mask, unsigned channel) {
-  return channel < kChannelsMax && ((mask >> channel) & 1u) != 0;
-}
-
 // Sets `bit` of the attribute register of each channel in the mask, clears it for the others.
 std::int32_t ApplyAttributeMask(std::uint32_t mask, std::uint8_t bit, ViewMasks& applied) {
   const BoardVariant* board = FindBoardVariant(g_video.max_channel);

@@ -34,6 +34,11 @@ struct DisplayState {
 };
 extern DisplayState g_display;
 
+// Whether a channel mask has a channel. Registers and masks know sixteen; others are in none.
+constexpr bool HasChannel(std::uint32_t mask, unsigned channel) {
+  return channel < kChannelsMax && ((mask >> channel) & 1u) != 0;
+}
+
 // The slot of a mask pair that the current view uses.
 inline std::uint32_t& MaskOfView(ViewMasks& masks) {
   return g_display.view == kViewLive ? masks.live : masks.playback;

@@ -4,23 +4,20 @@
 
 #include "api/diagnostics.h"
 #include "chip/register_bus.h"
-#include "display/board_variant.h"
 #include "display/channel_masks.h"
 #include "display/display_state.h"
 #include "display/live_split.h"
 
 namespace {
 
-using SplitOperation = std::int32_t (*)(std::uint8_t mode, const std::uint8_t* channels);
-
 // Offsets in a live mode record.
 constexpr unsigned kRecordSplitMode = 4;
 constexpr unsigned kRecordChannels = 5;
 
 // Live pictures in the attribute register: the overlay bit goes, the live bit comes.
-constexpr std::uint8_t kAttributeKept = 0xF5;
+constexpr std::uint8_t kAttributeKept = 0xFF & ~(kAttributeOverlay | kAttributeLive);
 
-constexpr std::uint8_t kDisplayModeKept = 0xFB;  // all but the zoom bit
+constexpr std::uint8_t kDisplayModeKept = 0xFF & ~kDisplayModeZoom;
 
 // Decoder block of live display, from register 0x40 of page 0.
 using DecoderTable = std::array<std::uint8_t, 21>;
@@ -30,8 +27,7 @@ constexpr DecoderTable kDecoderLive = {
     // 0x50
     0x00, 0x80, 0x06, 0x00, 0x00};
 
-// Chosen by board and standard. All four hold the same bytes today; the choice stays because the
-// decoder is tuned by board and standard.
+// Chosen by board and standard. Wanted, though all four hold the same bytes.
 struct DecoderChoice {
   const DecoderTable* ntsc;
   const DecoderTable* other;
@@ -73,15 +69,14 @@ void SetLiveAttributes(std::uint8_t chips) {
   }
 }
 
-std::int32_t SetLiveMode(const BoardVariant& board, SplitOperation set_split,
-                         const std::uint8_t* record) {
+std::int32_t SetLiveMode(const BoardVariant& board, const std::uint8_t* record) {
   if (record == nullptr) return VEXO_ERROR_PARAMETER;
   ProgramLivePath();
   const std::uint8_t mode = TW_ReadRegister(kChipMaster, kPage1, kDisplayMode);
   TW_WriteRegister(kChipAll, kPage1, kDisplayMode,
                    static_cast<std::uint8_t>(mode & kDisplayModeKept));
   SetLiveAttributes(board.chips);
-  return set_split(record[kRecordSplitMode], record + kRecordChannels);
+  return SetLiveSplit(board, record[kRecordSplitMode], record + kRecordChannels);
 }
 
 }  // namespace
@@ -97,28 +92,25 @@ std::int32_t TW_SetLiveModeInfo(const std::uint8_t* record) {
   TW_WriteRegister(kChipAll, kPage1, kDisplayMode, 0x00);
   TW_WriteRegister(kChipAll, kPage1, kZoomControl, 0x00);
 
-  if (g_video.max_channel == 4) {
-    TW_SetLiveModeInfo4Ch(record);
-  } else if (g_video.max_channel == 8) {
-    TW_SetLiveModeInfo8Ch(record);
-  } else if (g_video.max_channel == 16) {
-    TW_SetLiveModeInfo16Ch(record);
+  // Boards that have no variant skip these two.
+  if (const BoardVariant* board = FindBoardVariant(g_video.max_channel)) {
+    SetLiveMode(*board, record);
+    TW_SetChannelBlankMask(~g_display.live_mask);
   }
-  TW_SetChannelBlankMask(~g_display.live_mask);  // refuses the boards that have no variant
   ApplyRecordMask();
   return VEXO_OK;
 }
 
 std::int32_t TW_SetLiveModeInfo4Ch(const std::uint8_t* record) {
-  return SetLiveMode(kBoard4Ch, TW_SetLiveSplit4Ch, record);
+  return SetLiveMode(kBoard4Ch, record);
 }
 
 std::int32_t TW_SetLiveModeInfo8Ch(const std::uint8_t* record) {
-  return SetLiveMode(kBoard8Ch, TW_SetLiveSplit8Ch, record);
+  return SetLiveMode(kBoard8Ch, record);
 }
 
 std::int32_t TW_SetLiveModeInfo16Ch(const std::uint8_t* record) {
-  return SetLiveMode(kBoard16Ch, TW_SetLiveSplit16Ch, record);
+  return SetLiveMode(kBoard16Ch, record);
 }
 
 void TW_ResetLiveDisplay() {

@@ -3,7 +3,6 @@
 #include "api/diagnostics.h"
 #include "chip/register_bus.h"
 #include "display/anti_rolling.h"
-#include "display/board_variant.h"
 #include "display/channel_masks.h"
 #include "display/display_state.h"
 #include "display/split_layout.h"
@@ -73,7 +72,7 @@ void ProgramWindowsByScan(const BoardVariant& board, std::uint8_t mode,
   const bool codes_by_scan = mode == kSplit9 || mode == kSplit16;
   const std::uint8_t layout = kSplitLayouts[mode].small.layout;
   const bool second_page =
-      &board == &kBoard16Ch && mode == kSplit9 && channels[0] == kSecondPageFirst;
+      board.channels == 16 && mode == kSplit9 && channels[0] == kSecondPageFirst;
   std::uint8_t window = 0;
   for (std::uint8_t n = 0; n < board.channels && window < kWindowsOfMode[mode]; ++n) {
     if (n == channels[window]) {
@@ -88,12 +87,14 @@ void ProgramWindowsByScan(const BoardVariant& board, std::uint8_t mode,
   }
 }
 
+}  // namespace
+
 std::int32_t SetLiveSplit(const BoardVariant& board, std::uint8_t mode,
                           const std::uint8_t* channels) {
   if (mode > board.highest_split_mode) return VEXO_ERROR_PARAMETER;
   TW_ApplyAntiRolling();
   ProgramScalers(board, mode, channels);
-  if (&board == &kBoard4Ch) {
+  if (board.channels == 4) {
     ProgramWindows4Ch(mode, channels);
   } else {
     ProgramWindowsByScan(board, mode, channels);
@@ -106,8 +107,6 @@ std::int32_t SetLiveSplit(const BoardVariant& board, std::uint8_t mode,
   g_display.live_split = mode;
   return VEXO_OK;
 }
-
-}  // namespace
 
 std::int32_t TW_SetLiveSplitMode(std::uint8_t mode, const std::uint8_t* channels) {
   if (g_display.view != kViewLive) {

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "display/board_variant.h"
+
 // Lays out a live split. mode: VEXO_SPLIT_...; channels: one channel a window of the mode, read
 // only. Returns 0; -1 in playback view and for a mode or board without this layout; -5 for a mode
 // above 6 or a null list.
@@ -14,3 +16,7 @@ std::int32_t TW_SetLiveSplitMode(std::uint8_t mode, const std::uint8_t* channels
 std::int32_t TW_SetLiveSplit4Ch(std::uint8_t mode, const std::uint8_t* channels);
 std::int32_t TW_SetLiveSplit8Ch(std::uint8_t mode, const std::uint8_t* channels);
 std::int32_t TW_SetLiveSplit16Ch(std::uint8_t mode, const std::uint8_t* channels);
+
+// The one routine behind the three.
+std::int32_t SetLiveSplit(const BoardVariant& board, std::uint8_t mode,
+                          const std::uint8_t* channels);

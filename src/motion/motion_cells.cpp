@@ -44,10 +44,6 @@ constexpr CellGrid kGrid16 = {0x04, 0x04, 0x05, 0, 0};
 constexpr std::uint8_t kSecondPageWindow = 2;
 constexpr unsigned kSecondPageSkip = 7;
 
-constexpr bool HasChannel(std::uint32_t mask, std::uint8_t channel) {
-  return channel < kChannelsMax && ((mask >> channel) & 1u) != 0;
-}
-
 void WriteBox(std::uint8_t chip, std::uint8_t reg, unsigned position, unsigned value) {
   TW_WriteRegister(chip, kPage2, RegisterAt(reg, kBoxStride, position),
                    static_cast<std::uint8_t>(value));
@@ -96,8 +92,7 @@ void DrawWindows(std::uint8_t mode, const BoxLook& look, const CellGrid& grid, u
     if (mode == kSplit9 && k == kSecondPageWindow && g_display.split_option != 0) {
       channel = (channel + kSecondPageSkip) % count;
     }
-    if (channel < kChannelsMax &&
-        HasChannel(g_display.live_mask, static_cast<std::uint8_t>(channel))) {
+    if (HasChannel(g_display.live_mask, channel)) {
       DrawGrid(static_cast<std::uint8_t>(channel), look, grid, WindowOf(g_layout.live, mode, k));
     }
     if (++channel >= count) channel = 0;

@@ -2,7 +2,6 @@
 
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
-#include "display/board_variant.h"
 #include "setup/init_table_data.h"
 
 namespace {
@@ -126,12 +125,6 @@ void InitPage1Board(const Page1Board& board) {
   }
 }
 
-void WriteEach(std::uint8_t page, const RegisterValue* values, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    TW_WriteRegister(kChipAll, page, values[i].reg, values[i].value);
-  }
-}
-
 // A register of all four input positions, all chips.
 void WriteInputs(std::uint8_t reg, std::uint8_t value) {
   for (unsigned c = 0; c < kChannelsPerChip; ++c) {
@@ -183,7 +176,9 @@ void TW_InitPage1Tables() {
       {kEncoderBlock + 9, ntsc ? std::uint8_t{0x0F} : std::uint8_t{0x14}},
       {kEncoderBlock + 10, 0x80},
   };
-  WriteEach(kPage1, common, sizeof common / sizeof common[0]);
+  for (const RegisterValue& each : common) {
+    TW_WriteRegister(kChipAll, kPage1, each.reg, each.value);
+  }
 
   for (unsigned c = 0; c < kChannelsPerChip; ++c) {
     const std::uint8_t crop[] = {0x00, 0x68, 0x02, ntsc ? std::uint8_t{0x78} : std::uint8_t{0x90},

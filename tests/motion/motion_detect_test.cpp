@@ -6,19 +6,11 @@
 #include "chip/video_state.h"
 #include "motion/motion_state.h"
 #include "support/library_test.h"
+#include "tests/motion/motion_test.h"
 #include "tools/vexosim/host.h"
 
 namespace test {
 namespace {
-
-constexpr int kAll = 0xFF;
-
-int ChipOf(int channel) {
-  constexpr std::array<int, 4> kChips = {0x03, 0x0C, 0x30, 0xC0};
-  return kChips.at(static_cast<std::size_t>(channel / 4));
-}
-
-constexpr std::uint8_t U8(int value) { return static_cast<std::uint8_t>(value); }
 
 class MotionDetect : public LibraryTest {
  protected:
