@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <fstream>
@@ -8,6 +7,7 @@
 #include <string>
 
 #include "sim/screen.h"
+#include "tests/support/temp_path.h"
 
 namespace sim {
 namespace {
@@ -26,7 +26,7 @@ std::uint32_t BigEndian32(const std::string& bytes, std::size_t at) {
 }
 
 TEST(Png, HoldsTheImagesSizeAndKind) {
-  const std::string path = testing::TempDir() + "vexo_png_" + std::to_string(getpid()) + ".png";
+  const std::string path = test::TempPath("screen.png");
   WritePng(SmallImage(), path);
   std::ifstream file(path, std::ios::binary);
   const std::string bytes{std::istreambuf_iterator<char>(file), {}};
@@ -41,7 +41,7 @@ TEST(Png, HoldsTheImagesSizeAndKind) {
 }
 
 TEST(Png, ReadsBackAsItWasWritten) {
-  const std::string path = testing::TempDir() + "vexo_png_" + std::to_string(getpid()) + ".png";
+  const std::string path = test::TempPath("screen.png");
   const Image image = SmallImage();
   WritePng(image, path);
   const Image back = ReadPng(path);

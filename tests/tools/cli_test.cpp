@@ -7,6 +7,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "tests/support/temp_path.h"
 #include "tools/fake_library.h"
 #include "tools/vexosim/script.h"
 
@@ -38,7 +39,7 @@ class CommandLine : public FakeLibraryTest {
     return Main(static_cast<int>(arguments.size()), arguments.data());
   }
 
-  const std::string script_ = testing::TempDir() + "vexosim_cli_test.vexo";
+  const std::string script_ = test::TempPath("vexosim_cli_test.vexo");
   std::ostringstream out_;
   std::ostringstream err_;
 
@@ -63,8 +64,8 @@ TEST_F(CommandLine, RunsStandardInput) {
 }
 
 TEST_F(CommandLine, WritesTraceAndPicture) {
-  const std::string trace = testing::TempDir() + "vexosim_cli_test.jsonl";
-  const std::string picture = testing::TempDir() + "vexosim_cli_test.png";
+  const std::string trace = test::TempPath("vexosim_cli_test.jsonl");
+  const std::string picture = test::TempPath("vexosim_cli_test.png");
   EXPECT_EQ(Run({"run", script_.c_str(), "--trace", trace.c_str(), "--picture", picture.c_str(),
                  "--registers", "--seed", "7"}),
             kExitDone);

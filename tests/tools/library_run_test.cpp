@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "sim/world.h"
+#include "tests/support/temp_path.h"
 #include "tools/vexosim/demo.h"
 #include "tools/vexosim/host.h"
 #include "tools/vexosim/script.h"
@@ -82,7 +83,7 @@ TEST_F(LibraryRun, KeepsStateOverADetachInTheSameRun) {
 
 TEST_F(LibraryRun, DemoTellsOfLossMotionAndLayouts) {
   DemoOptions options;
-  options.picture = testing::TempDir() + "vexosim_demo_test.png";
+  options.picture = test::TempPath("vexosim_demo_test.png");
   std::ostringstream out;
   std::ostringstream err;
   EXPECT_EQ(RunDemo(options, out, err), kExitDone) << err.str();

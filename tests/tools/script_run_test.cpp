@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "tests/support/temp_path.h"
 #include "tools/fake_library.h"
 #include "tools/vexosim/script.h"
 
@@ -272,8 +273,8 @@ TEST_F(ScriptRun, PrintDrawsTheScreenWithoutColours) {
 }
 
 TEST_F(ScriptRun, WritesPicturesRegistersAndTheTrace) {
-  const std::string line_path = testing::TempDir() + "vexosim_line.png";
-  const std::string end_path = testing::TempDir() + "vexosim_end.png";
+  const std::string line_path = test::TempPath("vexosim_line.png");
+  const std::string end_path = test::TempPath("vexosim_end.png");
   std::ostringstream trace;
   options_.trace = &trace;
   options_.picture = end_path;
