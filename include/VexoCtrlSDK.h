@@ -119,8 +119,9 @@ typedef struct VexoRegRecord {
 } VexoRegRecord;
 
 /* VEXO_CMD_LIVE_SPLIT (reads byte 4 and, from byte 6, one byte a window of the mode) and
- * VEXO_CMD_PLAY_SPLIT (reads byte 5 too). A channel not below the board's channel count leaves its
- * window empty. */
+ * VEXO_CMD_PLAY_SPLIT (reads byte 5 too; in mode 0 without the option up to as many list bytes as
+ * the board has channels). A channel not below the board's channel count leaves its window empty.
+ */
 typedef struct VexoSplitRecord {
   uint8_t reserved[4];  /* 0                                       */
   uint8_t mode;         /* 4 VEXO_SPLIT_...                        */
@@ -151,7 +152,8 @@ typedef struct VexoLiveModeRecord {
   uint8_t channels[16]; /* 5 channel of each window, 0-15   */
 } VexoLiveModeRecord;
 
-/* VEXO_CMD_PLAY_MODE. Read: byte 5 and, from byte 6, one byte a window of the mode. */
+/* VEXO_CMD_PLAY_MODE. Read: byte 5 and, from byte 6, one byte a window of the mode (in mode 0,
+ * which shows a centred picture, up to as many as the board has channels). */
 typedef struct VexoPlayModeRecord {
   uint8_t reserved[5];  /* 0                                */
   uint8_t mode;         /* 5 VEXO_SPLIT_...                 */

@@ -8,11 +8,14 @@
 #include "api/library_state.h"
 #include "api/register_commands.h"
 #include "api/worker.h"
+#include "chip/register_dump.h"
 #include "chip/video_state.h"
 #include "display/channel_masks.h"
 #include "display/display_state.h"
 #include "display/live_mode.h"
 #include "display/live_split.h"
+#include "display/play_mode.h"
+#include "display/play_split.h"
 #include "motion/motion_cells.h"
 #include "motion/motion_detect.h"
 #include "setup/camera_driver.h"
@@ -52,11 +55,20 @@ std::int32_t WriteReg(Record record) {
 
 std::int32_t LiveSplit(Record record) { return TW_SetLiveSplitMode(record[4], record + 6); }
 
+std::int32_t PlaySplit(Record record) {
+  return TW_SetPlaySplitMode(record[4], record[5], record + 6);
+}
+
 std::int32_t ChannelMasks(Record record) { return TW_SetChannelMaskInfo(record); }
 
 std::int32_t LiveMode(Record record) {
   g_display.g_view_mode = 0;
   return TW_SetLiveModeInfo(record);
+}
+
+std::int32_t PlayMode(Record record) {
+  g_display.g_view_mode = 1;
+  return TW_SetPlaybackModeInfo(record);
 }
 
 std::int32_t BlankMask(Record record) { return TW_SetChannelBlankMask(ReadU32(record)); }
@@ -85,9 +97,6 @@ std::int32_t MotionReg(Record record) {
   return VEXO_OK;
 }
 
-// Playback is not in the library yet.
-std::int32_t NoPlayback(Record) { return VEXO_ERROR_FAILED; }
-
 // ---- The table ----------------------------------------------------------------------------------
 
 // What a command needs, and where it runs.
@@ -109,11 +118,11 @@ constexpr std::array<Command, 16> kCommands = {{
     {kRecord, ReadReg},                        // 0xF003
     {kRecord, WriteReg},                       // 0xF004
     {kRecord | kChips, LiveSplit},             // 0xF005
-    {kRecord | kChips, NoPlayback},            // 0xF006
+    {kRecord | kChips, PlaySplit},             // 0xF006
     {kRecord | kChips, TW_SetMotionMask},      // 0xF007
     {kRecord | kChips, ChannelMasks},          // 0xF008
     {kRecord | kChips, LiveMode},              // 0xF009
-    {kRecord | kChips, NoPlayback},            // 0xF00A
+    {kRecord | kChips, PlayMode},              // 0xF00A
     {kRecord | kChips | kOutside, BlankMask},  // 0xF00B
     {kRecord | kChips, Bit0Mask},              // 0xF00C
     {kChips, RestoreBlank},                    // 0xF00D
@@ -160,9 +169,13 @@ std::int32_t Initialize(Record record) {
   return VEXO_OK;
 }
 
-// The register dumps are not in the library yet.
-std::int32_t Dump() {
-  const std::int32_t result = g_video.g_chip_ready == 0 ? VEXO_ERROR_NOT_READY : VEXO_ERROR_FAILED;
+// index: 4 * page + chip position.
+std::int32_t Dump(unsigned index) {
+  std::int32_t result = VEXO_ERROR_NOT_READY;
+  if (g_video.g_chip_ready != 0) {
+    result = TW_DumpRegisters(static_cast<std::uint8_t>(index % kChipsMax),
+                              static_cast<std::uint8_t>(index / kChipsMax));
+  }
   Unlock();
   return result;
 }
@@ -175,7 +188,9 @@ int VEXOAPI_CommandProc(std::uint32_t code, void* parameter) {
   const auto command = static_cast<std::uint16_t>(code & 0xFFFFu);
   auto* record = static_cast<Record>(parameter);
 
-  if (command >= VEXO_CMD_DUMP_MASTER_P0 && command <= VEXO_CMD_DUMP_SLAVE3_P2) return Dump();
+  if (command >= VEXO_CMD_DUMP_MASTER_P0 && command <= VEXO_CMD_DUMP_SLAVE3_P2) {
+    return Dump(command - VEXO_CMD_DUMP_MASTER_P0);
+  }
   if (command == VEXO_CMD_INIT) return Initialize(record);
   if (command >= kFirstCommand && command <= VEXO_CMD_MOTION_REG) {
     return Run(kCommands[static_cast<std::size_t>(command - kFirstCommand)], record);

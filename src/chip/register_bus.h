@@ -29,6 +29,11 @@ constexpr std::uint8_t TW_GetChipSelect(std::uint8_t channel) {
 // Position (0-3) of a channel on its chip.
 constexpr std::uint8_t ChannelPosition(std::uint8_t channel) { return channel % kChannelsPerChip; }
 
+// First channel of the chip at a position (0-3).
+constexpr std::uint8_t FirstChannelOf(std::uint8_t chip_position) {
+  return static_cast<std::uint8_t>(kChannelsPerChip * chip_position);
+}
+
 // A register that repeats with a stride, for one position.
 constexpr std::uint8_t RegisterAt(std::uint8_t base, std::uint8_t stride, unsigned position) {
   return static_cast<std::uint8_t>(base + stride * position);

@@ -3,14 +3,10 @@
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
 
-namespace {
-
 void WriteScalerControl(std::uint8_t chip, std::uint8_t position, std::uint8_t layout) {
   TW_WriteRegister(chip, kPage0, RegisterAt(kScalerControl, kScalerStride, position),
                    static_cast<std::uint8_t>((position << 6) | layout));
 }
-
-}  // namespace
 
 void ScaleEveryChannel(std::uint8_t mode) {
   const std::uint8_t scale = kSplitLayouts[mode].small.scale;

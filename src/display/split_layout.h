@@ -46,6 +46,9 @@ constexpr const WindowScale& ScaleOfWindow(std::uint8_t mode, std::uint8_t windo
   return window == 0 ? kSplitLayouts[mode].large : kSplitLayouts[mode].small;
 }
 
+// Writes a layout code to the scaler of a position on a chip (or on all).
+void WriteScalerControl(std::uint8_t chip, std::uint8_t position, std::uint8_t layout);
+
 // Sets the scale of every channel of the board to that of a mode's small windows.
 void ScaleEveryChannel(std::uint8_t mode);
 

@@ -6,6 +6,7 @@
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
 #include "display/display_state.h"
+#include "display/play_layout.h"
 #include "display/window_tables.h"
 #include "motion/motion_state.h"
 #include "setup/video_detection.h"
@@ -21,6 +22,7 @@ void ResetLibraryState() {
   g_video_detect = {};
   g_display = {};
   g_layout = {};
+  g_playback = {};
   g_motion = {};
 }
 

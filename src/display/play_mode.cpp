@@ -1,0 +1,61 @@
+#include "display/play_mode.h"
+
+#include "api/diagnostics.h"
+#include "chip/register_bus.h"
+#include "display/channel_masks.h"
+#include "display/display_state.h"
+#include "display/play_layout.h"
+#include "display/play_split.h"
+
+namespace {
+
+// Offsets in a playback mode record.
+constexpr unsigned kRecordSplitMode = 5;
+constexpr unsigned kRecordChannels = 6;
+
+constexpr std::uint8_t kNoOption = 0;
+constexpr std::uint32_t kSwitchMs = 50;
+
+std::int32_t SetPlaybackMode(const BoardVariant& board, const std::uint8_t* record) {
+  if (record == nullptr) return VEXO_ERROR_PARAMETER;
+  for (std::uint8_t p = 0; p < board.chips; ++p) {
+    WriteDecodedPaths(kChipByPosition[p], FirstChannelOf(p));
+  }
+  WriteDisplayToAll(kDisplaySource, kSourceDecoded);
+  const std::int32_t result =
+      SetPlaySplit(board, record[kRecordSplitMode], kNoOption, record + kRecordChannels);
+  // Wanted: 16 channels keep what the split wrote.
+  if (board.channels != 16) TW_ResetPlayOverlay();
+  if (result != VEXO_OK) return result;
+  return TW_SetChannelBlankMask(board.all_channels);
+}
+
+}  // namespace
+
+std::int32_t TW_SetPlaybackModeInfo(const std::uint8_t* record) {
+  if (record == nullptr) return VEXO_ERROR_PARAMETER;
+  if (g_display.view == kViewPlayback) {
+    // Redone all the same, on purpose.
+    VexoDbg_Print(u">> TW_SetPlaybackModeInfo ALREADY PLAYBACK MODE\r\n");
+  }
+  g_display.view = kViewPlayback;
+  WriteDisplayToAll(kZoomControl, 0x00);
+  const BoardVariant* board = FindBoardVariant(g_video.max_channel);
+  if (board == nullptr) return VEXO_ERROR_NOT_READY;
+  // Wanted: a split that the board lacks is not reported.
+  SetPlaybackMode(*board, record);
+  Plat_Sleep(kSwitchMs);
+  return VEXO_OK;
+}
+
+std::int32_t TW_SetPlaybackModeInfo4Ch(const std::uint8_t* record) {
+  return SetPlaybackMode(kBoard4Ch, record);
+}
+
+std::int32_t TW_SetPlaybackModeInfo8Ch(const std::uint8_t* record) {
+  return SetPlaybackMode(kBoard8Ch, record);
+}
+
+std::int32_t TW_SetPlaybackModeInfo16Ch(const std::uint8_t* record) {
+  return SetPlaybackMode(kBoard16Ch, record);
+}
