@@ -51,6 +51,22 @@ bool BusWindows::Unmap(BusWindow window) {
   return true;
 }
 
+// ---- Snapshot -----------------------------------------------------------------------------------
+
+RegisterSnapshot TakeSnapshot(const Board& board) {
+  RegisterSnapshot snapshot;
+  for (unsigned position = 0; position < kChipsMax; ++position) {
+    if (!board.Fitted(position)) continue;
+    RegisterSnapshot::Pages& pages = snapshot.chips[position].emplace();
+    for (std::uint8_t page = 0; page < kPageCount; ++page) {
+      for (unsigned reg = 0; reg < kRegistersPerPage; ++reg) {
+        pages[page][reg] = board.Peek(position, page, static_cast<std::uint8_t>(reg));
+      }
+    }
+  }
+  return snapshot;
+}
+
 // ---- World --------------------------------------------------------------------------------------
 
 World::World()

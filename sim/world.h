@@ -145,6 +145,14 @@ class Drivers {
   std::string last_failed_;
 };
 
+// All registers of the board at one moment; an empty position has none.
+struct RegisterSnapshot {
+  using Pages = std::array<std::array<std::uint8_t, kRegistersPerPage>, kPageCount>;
+  std::array<std::optional<Pages>, kChipsMax> chips;
+};
+// Looks at the board without a bus cycle.
+RegisterSnapshot TakeSnapshot(const Board& board);
+
 // A message that reached the host window's procedure.
 struct ReceivedMessage {
   std::uint32_t t = 0;  // virtual ms of its handling
@@ -190,7 +198,9 @@ class World {
   unsigned system_text_asks = 0;  // how often a text was asked for
   unsigned thread_calls_off = 0;  // how often thread notifications were turned off
   unsigned long allocations = 0;  // live allocations
-  Kernel kernel;                  // last: its threads use all of the above
+  // The registers when the library was last attached, none before the first attach.
+  std::optional<RegisterSnapshot> at_attach;
+  Kernel kernel;  // last: its threads use all of the above
 
   // Adds an event at the current time by the current thread.
   void Record(EventDetail detail);

@@ -1,6 +1,9 @@
 #include "tools/fake_library.h"
 
+#include <cstdio>
+
 #include "platform.h"
+#include "sim/world.h"
 #include "tools/vexosim/export_table.h"
 #include "tools/vexosim/host.h"
 #include "tools/vexosim/text.h"
@@ -54,6 +57,24 @@ void Write(std::uint8_t select, std::uint8_t reg, std::uint8_t value) {
   Plat_StoreByte(g_select, 0xFF);
 }
 
+void Print(const std::string& text) { Plat_DebugOutput(sim::ToUtf16(text).c_str()); }
+
+void Dump() {
+  const std::string rule(65, '=');
+  Print("[Fake]: ");
+  Print("==>> READ SLAVE3 PAGE2 \r\n");
+  Print(rule + "\r\n ");
+  Print("==>> SLAVE3 PAGE2\r\n==>> [00] ");
+  for (unsigned reg = 0; reg < 256; ++reg) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02X", reg);
+    if (reg != 0 && reg % 16 == 0) Print("\r\n==>> [" + std::string(digits) + "] ");
+    if (reg % 4 == 0) Print("  ");
+    Print(std::string(digits) + ' ');
+  }
+  Print("\r\n" + rule + "\r\n ");
+}
+
 int FakeCommandProc(std::uint32_t code, void* parameter) {
   auto* record = static_cast<std::uint8_t*>(parameter);
   Note("command_proc " + Hex(code) + ' ' + (record == nullptr ? "null" : HexBytes({record, 4})));
@@ -87,6 +108,9 @@ int FakeCommandProc(std::uint32_t code, void* parameter) {
       Plat_StoreByte(g_address, 0x30);
       Plat_LoadByte(g_data);
       Plat_StoreByte(g_select, 0xFF);
+      return 0;
+    case kFakeDump:
+      Dump();
       return 0;
     default:
       return -1;

@@ -25,6 +25,9 @@ inline constexpr std::uint32_t kFakeMotion = 0xF007;   // sends 0x2404 with mask
 inline constexpr std::uint32_t kFakePost = 0xF002;     // posts 0x2401 with 0x1003
 inline constexpr std::uint32_t kFakeHang = 0xF001;     // waits for what never comes
 inline constexpr std::uint32_t kFakeContend = 0xF00B;  // reads with all chips selected
+// A register dump, written piece by piece as the real one is: of SLAVE3, page 2, and register r has
+// the value r.
+inline constexpr std::uint32_t kFakeDump = 0xFF0B;
 
 // A test that runs on the fake library.
 class FakeLibraryTest : public testing::Test {

@@ -55,6 +55,27 @@ TEST_F(Host, MakesTheDefaultSettingsAtTheFirstAttachOnly) {
   EXPECT_EQ(sim::TheWorld().nvram.Content().back(), 12);
 }
 
+TEST_F(Host, RemembersTheRegistersAsEachAttachFindsThem) {
+  sim::World& world = sim::TheWorld();
+  world.board.FitChips(2);
+  world.board.Poke(1, kPage2, 0x86, 0x12);
+  Entry(6);
+  EXPECT_FALSE(world.at_attach.has_value());
+  Entry(1);
+  ASSERT_TRUE(world.at_attach.has_value());
+  ASSERT_TRUE(world.at_attach->chips[1].has_value());
+  EXPECT_EQ((*world.at_attach->chips[1])[kPage2][0x86], 0x12);
+  EXPECT_EQ((*world.at_attach->chips[1])[kPage0][kChipId], 0x28);
+  EXPECT_FALSE(world.at_attach->chips[2].has_value());
+  world.board.Poke(1, kPage2, 0x86, 0x34);
+  Entry(0);
+  EXPECT_EQ((*world.at_attach->chips[1])[kPage2][0x86], 0x12);
+  Entry(1);
+  EXPECT_EQ((*world.at_attach->chips[1])[kPage2][0x86], 0x34);
+  Restart();
+  EXPECT_FALSE(sim::TheWorld().at_attach.has_value());
+}
+
 TEST_F(Host, RecordsTheWindowHandle) {
   const PlatWindow window = sim::TheWorld().windows.Create();
   EXPECT_EQ(Initialize(window), 0);

@@ -2,20 +2,25 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "tests/support/temp_path.h"
 #include "tools/fake_library.h"
 #include "tools/vexosim/script.h"
+#include "tools/vexosim/text.h"
 
 namespace vexosim {
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::StartsWith;
 
 class ScriptRun : public FakeLibraryTest {
  protected:
@@ -119,6 +124,20 @@ TEST_F(ScriptRun, ExpectDebugLooksAcrossTheWritesOfTheLastAction) {
             "s.vexo:4: expect debug \"goodbye\": the debug output was\n      | [Fake]: >> hello\n");
   EXPECT_EQ(RunBound("command 0xF005\ncommand 0xF00E\nexpect debug hello"), kExitUnmet);
   EXPECT_EQ(Err(), "s.vexo:5: expect debug hello: no debug output\n");
+}
+
+TEST_F(ScriptRun, ExpectDebugFindsTheTextsOfADump) {
+  EXPECT_EQ(
+      RunBound("command 0xFF0B\n"
+               "expect debug \"[Fake]: ==>> READ SLAVE3 PAGE2 \\r\\n======\"\n"
+               "expect debug \"=\\r\\n ==>> SLAVE3 PAGE2\\r\\n==>> [00]   00 01 02 03   04 \"\n"
+               "expect debug \" 0E 0F \\r\\n==>> [10]   10 11 \"\n"
+               "expect debug \" FE FF \\r\\n======\""),
+      kExitDone)
+      << Err();
+  EXPECT_EQ(RunBound("command 0xFF0B\nexpect debug \"SLAVE2\""), kExitUnmet);
+  EXPECT_THAT(Err(), HasSubstr("the debug output was\n      | [Fake]: ==>> READ SLAVE3 PAGE2 \n"));
+  EXPECT_THAT(Err(), EndsWith("      | " + std::string(65, '=') + '\n'));
 }
 
 TEST_F(ScriptRun, ExpectMessageTakesSentAndPostedOnes) {
@@ -244,6 +263,74 @@ TEST_F(ScriptRun, ShowsWhatEachActionDid) {
             "queue)\n");
 }
 
+TEST_F(ScriptRun, ShowsADumpAsSixteenLinesBetweenTwoRules) {
+  EXPECT_EQ(RunBound("command 0xFF0B\ncommand 0xF005"), kExitDone);
+  const std::string rule = "      | " + std::string(65, '=') + '\n';
+  std::string dump = "      | [Fake]: ==>> READ SLAVE3 PAGE2 \n" + rule +
+                     "      |  ==>> SLAVE3 PAGE2\n"
+                     "      | ==>> [00]   00 01 02 03   04 05 06 07   08 09 0A 0B   0C 0D 0E 0F \n"
+                     "      | ==>> [10]   10 11 12 13   14 15 16 17   18 19 1A 1B   1C 1D 1E 1F \n";
+  EXPECT_THAT(Out(), HasSubstr("command 0xFF0B\n" + dump));
+  // Nothing but the result between the closing rule and the next command, and no blank before its
+  // text.
+  EXPECT_THAT(
+      Out(),
+      EndsWith("      | ==>> [F0]   F0 F1 F2 F3   F4 F5 F6 F7   F8 F9 FA FB   FC FD FE FF \n" +
+               rule +
+               "      = 0\n"
+               "       0 ms  command 0xF005\n"
+               "      | [Fake]: >> hello\n"
+               "      = 0\n"));
+  const std::vector<std::string> lines = Lines(Out());
+  EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                          [](const std::string& line) { return line.find("| ==>> [") == 6; }),
+            16);
+}
+
+TEST_F(ScriptRun, TracesEveryWriteOfADump) {
+  std::ostringstream trace;
+  options_.trace = &trace;
+  EXPECT_EQ(RunBound("command 0xFF0B"), kExitDone);
+  std::string text;
+  unsigned writes = 0;
+  for (const std::string& line : Lines(trace.str())) {
+    const nlohmann::json event = nlohmann::json::parse(line);
+    if (event["ev"] != "debug") continue;
+    text += event["text"].get<std::string>();
+    ++writes;
+  }
+  EXPECT_EQ(writes, 2U + 2U + 15U + 64U + 256U + 1U);
+  EXPECT_THAT(text, StartsWith("[Fake]: ==>> READ SLAVE3 PAGE2 \r\n="));
+  EXPECT_THAT(text, EndsWith("=\r\n "));
+}
+
+TEST_F(ScriptRun, RegistersMarksWhatChangedSinceTheLastAttach) {
+  options_.quiet = true;
+  EXPECT_EQ(Run("poke master 1 0x30 0x77\nregisters master 1"), kExitDone);
+  EXPECT_THAT(Out(), HasSubstr("  30  77 00 00 00"));
+  EXPECT_THAT(Out(), Not(HasSubstr("attach")));
+  EXPECT_EQ(Run("poke master 1 0x30 0x77\nattach\nregisters master 1"), kExitDone);
+  EXPECT_THAT(Out(), HasSubstr("  30  77 00 00 00"));
+  EXPECT_THAT(Out(), HasSubstr("  nothing changed since attach\n"));
+  EXPECT_EQ(RunBound("command 0xF004\ndetach\nregisters master 1"), kExitDone);
+  EXPECT_THAT(Out(), HasSubstr("  30  5a*00 00 00"));
+  EXPECT_THAT(Out(), HasSubstr("    0x30  window 0                  00 00 00 00 -> 5a 00 00 00\n"));
+  EXPECT_EQ(RunBound("command 0xF004\nentry 1\nregisters master 1"), kExitDone);
+  EXPECT_THAT(Out(), HasSubstr("  nothing changed since attach\n"));
+  EXPECT_EQ(RunBound("command 0xF004\nlowmem\nregisters master 1"), kExitDone);
+  EXPECT_THAT(Out(), HasSubstr("  30  5a*00 00 00"));
+}
+
+TEST_F(ScriptRun, ShowsMarksInBoldWithColours) {
+  options_.style.colour = true;
+  options_.registers = true;
+  EXPECT_EQ(RunBound("command 0xF004\nregisters master 1"), kExitDone);
+  const std::string row = "  30  \033[1m5a*\033[0m00 00 00";
+  const std::size_t first = Out().find(row);
+  ASSERT_NE(first, std::string::npos);
+  EXPECT_NE(Out().find(row, first + 1), std::string::npos) << "of the pages at the end";
+}
+
 TEST_F(ScriptRun, SaysWhenAMessageDidNotArrive) {
   EXPECT_EQ(RunBound("fault send on\nfault post on\ncommand 0xF007\ncommand 0xF002"), kExitDone);
   EXPECT_THAT(Out(), HasSubstr("motion on channel 2 (not answered)\n"));
@@ -287,7 +374,7 @@ TEST_F(ScriptRun, WritesPicturesRegistersAndTheTrace) {
     std::remove(path.c_str());
   }
   EXPECT_THAT(Out(), HasSubstr("master page 1\n"));
-  EXPECT_THAT(Out(), HasSubstr("  30  5a 00 00 00"));
+  EXPECT_THAT(Out(), HasSubstr("  30  5a*00 00 00"));
   EXPECT_THAT(Out(), HasSubstr("slave3: not fitted"));
   EXPECT_THAT(trace.str(),
               HasSubstr(R"({"t":0,"by":"host","ev":"call","fn":"DllMain","args":[1]})"));

@@ -8,7 +8,9 @@ namespace {
 
 constexpr std::string_view kIndent = "      ";
 
-// Joins writes into lines: the library writes a prefix and its message apart.
+// Joins writes into lines: the library writes a prefix and its message apart, and a register dump
+// byte by byte. What a write leaves unfinished stands before the next one; the blank that ends a
+// dump is shown only when something follows it.
 class DebugLines {
  public:
   DebugLines(std::ostream& out, char mark) : out_(out), mark_(mark) {}

@@ -64,7 +64,7 @@ struct RunArguments {
 
 void AddColour(CLI::App& app, std::string& colour) {
   app.add_option("--color,--colour", colour,
-                 "Pictures in colour: auto (on a terminal), always or never")
+                 "Pictures and marks in colour: auto (on a terminal), always or never")
       ->type_name("WHEN")
       ->check([](const std::string& word) {
         return kColourChoices.contains(word) ? "" : "expected auto, always or never, found " + word;
@@ -144,7 +144,9 @@ int Main(int argc, const char* const* argv) {
       ->type_name("FILE");
   run->add_option("--picture", run_arguments.picture, "Writes the screen at the end")
       ->type_name("FILE.png");
-  run->add_flag("--registers", run_arguments.registers, "Prints all register pages at the end");
+  run->add_flag("--registers", run_arguments.registers,
+                "Prints all register pages at the end, with the names of registers; * marks what "
+                "changed since attach");
   run->add_option("--seed", run_arguments.seed,
                   "Chooses among threads that could run; 0: the fixed order")
       ->type_name("N");

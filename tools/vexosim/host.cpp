@@ -50,6 +50,7 @@ int Entry(std::uint32_t reason) {
   if (reason == kReasonAttach) {
     world.nvram.MakeDefault(
         static_cast<std::uint8_t>(kChannelsPerChip * world.board.FittedCount()));
+    world.at_attach = sim::TakeSnapshot(world.board);
   }
   RecordCall("DllMain", {reason});
   const int result = Exports().dll_entry(kModule, reason, nullptr);

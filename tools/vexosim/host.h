@@ -15,7 +15,7 @@ namespace vexosim {
 inline constexpr std::size_t kCommandRecordBytes = 64;  // records of commands are padded to this
 
 // The DLL entry: 1 attach, 0 detach, 6 low memory. The first attach of a world makes the default
-// NVRAM record for the fitted chips.
+// NVRAM record for the fitted chips; each remembers the registers as it finds them.
 int Entry(std::uint32_t reason);
 int Initialize(PlatWindow window);
 void Uninitialize();

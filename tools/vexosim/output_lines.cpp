@@ -15,10 +15,11 @@ Step ParseRegisters(Arguments& arguments) {
   if (!arguments.AtEnd()) chips = arguments.Chips();
   if (!arguments.AtEnd()) page = arguments.Page();
   return [=](Session& session) {
-    const sim::Board& board = session.World().board;
+    const sim::World& world = session.World();
     for (unsigned position = 0; position < kChipsMax; ++position) {
       if (!chips.all && chips.position != position) continue;
-      session.Out() << ListRegisters(board, position, page);
+      session.Out() << ListRegisters(world.board, position, page, world.at_attach,
+                                     session.Style().colour);
     }
   };
 }
@@ -38,7 +39,8 @@ Step ParsePrint(Arguments&) {
 constexpr LineGroup kOutput = LineGroup::Output;
 
 constexpr std::array kOutputLines = {
-    LineKind{kOutput, "registers", "[CHIP [PAGE]]", "prints register pages", ParseRegisters},
+    LineKind{kOutput, "registers", "[CHIP [PAGE]]",
+             "prints register pages, names, and what changed since attach", ParseRegisters},
     LineKind{kOutput, "picture", "FILE.png", "writes the screen as PNG", ParsePicture},
     LineKind{kOutput, "print", "", "draws the screen in the terminal", ParsePrint},
 };

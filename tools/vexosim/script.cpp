@@ -141,7 +141,8 @@ class Run {
     const sim::World& world = sim::TheWorld();
     if (options_.registers) {
       for (unsigned position = 0; position < kChipsMax; ++position) {
-        out_ << ListRegisters(world.board, position, std::nullopt);
+        out_ << ListRegisters(world.board, position, std::nullopt, world.at_attach,
+                              options_.style.colour);
       }
     }
     if (options_.picture) {

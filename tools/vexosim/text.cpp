@@ -1,5 +1,7 @@
 #include "tools/vexosim/text.h"
 
+#include <algorithm>
+
 namespace vexosim {
 namespace {
 
@@ -53,16 +55,12 @@ std::string OneOf(std::span<const std::string_view> words) {
 
 std::vector<std::string> Lines(std::string_view text) {
   std::vector<std::string> lines;
-  std::string line;
-  for (const char c : text) {
-    if (c != '\r' && c != '\n') {
-      line += c;
-    } else if (!line.empty()) {
-      lines.push_back(std::move(line));
-      line.clear();
-    }
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+    const std::string_view line = text.substr(0, end);
+    if (line.find_first_not_of(' ') != std::string_view::npos) lines.emplace_back(line);
+    text.remove_prefix(std::min(end + 1, text.size()));
   }
-  if (!line.empty()) lines.push_back(std::move(line));
   return lines;
 }
 

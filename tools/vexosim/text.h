@@ -21,7 +21,7 @@ std::string BitList(std::uint32_t mask, unsigned count);
 // "a, b or c".
 std::string OneOf(std::span<const std::string_view> words);
 
-// The lines of a text, without line ends and without empty lines.
+// The lines of a text, without line ends; lines with nothing but blanks are left out.
 std::vector<std::string> Lines(std::string_view text);
 
 }  // namespace vexosim
