@@ -40,8 +40,8 @@ void WriteDecodedPaths(std::uint8_t chip, std::uint8_t first_channel);
 // Opens the path of a chip's first channel.
 void OpenDecodedInput(std::uint8_t chip, std::uint8_t first_channel);
 
-// Values of the display source, display mode and channel overlay registers.
-inline constexpr std::uint8_t kSourceDecoded = 0x02;
+// Values of the display source (as at initialization), display mode and channel overlay registers.
+inline constexpr std::uint8_t kSourceDefault = 0x02;
 inline constexpr std::uint8_t kModeSingle = 0x00;
 inline constexpr std::uint8_t kModeSplit = 0x04;
 inline constexpr std::uint8_t kOverlaySingle = 0x00;

@@ -21,7 +21,7 @@ std::int32_t SetPlaybackMode(const BoardVariant& board, const std::uint8_t* reco
   for (std::uint8_t p = 0; p < board.chips; ++p) {
     WriteDecodedPaths(kChipByPosition[p], FirstChannelOf(p));
   }
-  WriteDisplayToAll(kDisplaySource, kSourceDecoded);
+  WriteDisplayToAll(kDisplaySource, kSourceDefault);
   const std::int32_t result =
       SetPlaySplit(board, record[kRecordSplitMode], kNoOption, record + kRecordChannels);
   // Wanted: 16 channels keep what the split wrote.

@@ -25,19 +25,19 @@ constexpr std::uint8_t kSetupModes = 3;
 using PlaySetups = std::array<PlaySetup, kSetupModes>;
 
 constexpr PlaySetups kSetups4Ch = {{
-    {true, kOverlaySplit, {0xFF, 0xFF, 0x7F, 0xFF}, kSourceDecoded},
-    {true, kOverlaySplit, {0xFF, 0xFF, 0xFF, 0xFF}, kSourceDecoded},
+    {true, kOverlaySplit, {0xFF, 0xFF, 0x7F, 0xFF}, kSourceDefault},
+    {true, kOverlaySplit, {0xFF, 0xFF, 0xFF, 0xFF}, kSourceDefault},
     {false, 0, {0xF7, 0xFF, 0xF7, 0xFF}, 0x03},
 }};
 constexpr PlaySetups kSetups8Ch = {{
-    {true, kOverlaySplit, {0xAA, 0xAA, 0x55, 0x55}, kSourceDecoded},
-    {true, kOverlaySplit, {0xAA, 0xAA, 0xAA, 0xAA}, kSourceDecoded},
+    {true, kOverlaySplit, {0xAA, 0xAA, 0x55, 0x55}, kSourceDefault},
+    {true, kOverlaySplit, {0xAA, 0xAA, 0xAA, 0xAA}, kSourceDefault},
     {true, kOverlaySingle, {0xAA, 0xAA, 0xAA, 0xAA}, 0x03},
 }};
 constexpr PlaySetups kSetups16Ch = {{
-    {true, kOverlaySplit, {0x7F, 0xFF, 0x3F, 0xFF}, kSourceDecoded},
-    {true, kOverlaySplit, {0x7F, 0xFF, 0x7F, 0xFF}, kSourceDecoded},
-    {true, kOverlaySplit, {0xFF, 0xFF, 0x7F, 0xFF}, kSourceDecoded},
+    {true, kOverlaySplit, {0x7F, 0xFF, 0x3F, 0xFF}, kSourceDefault},
+    {true, kOverlaySplit, {0x7F, 0xFF, 0x7F, 0xFF}, kSourceDefault},
+    {true, kOverlaySplit, {0xFF, 0xFF, 0x7F, 0xFF}, kSourceDefault},
 }};
 
 constexpr const PlaySetups& SetupsOf(const BoardVariant& board) {
@@ -135,7 +135,7 @@ void TW_SetPlaySetup(std::uint8_t mode, std::uint8_t /*option*/) {
   ShowDecodedChannels();
   const BoardVariant* board = FindBoardVariant(g_video.max_channel);
   if (board != nullptr) OpenPaths(*board);
-  WriteDisplayToAll(kDisplaySource, kSourceDecoded);
+  WriteDisplayToAll(kDisplaySource, kSourceDefault);
   if (board == nullptr || mode >= kSetupModes) return;
 
   const PlaySetup& setup = SetupsOf(*board)[mode];
@@ -144,7 +144,7 @@ void TW_SetPlaySetup(std::uint8_t mode, std::uint8_t /*option*/) {
     WriteDisplayToAll(kDisplayMode, kModeSingle);
   }
   WritePatternToAll(setup.pattern);
-  if (setup.source != kSourceDecoded) WriteDisplayToAll(kDisplaySource, setup.source);
+  if (setup.source != kSourceDefault) WriteDisplayToAll(kDisplaySource, setup.source);
 }
 
 void TW_SetPlaySplitDirect(std::uint8_t mode, std::uint8_t channel) {
