@@ -38,6 +38,18 @@ void WriteBlankBits(bool blank, unsigned times) {
   }
 }
 
+// Sets `bit` of the attribute register of each channel in the mask, clears it for the others,
+// position by position. The master is always visited, slave 1 unless the board has four channels.
+void WriteMaskByChip(std::uint16_t mask, std::uint8_t bit) {
+  const unsigned chips = g_video.max_channel == 4 ? 1 : g_video.max_channel == 16 ? 4 : 2;
+  for (std::uint8_t i = 0; i < kChannelsPerChip; ++i) {
+    for (std::uint8_t p = 0; p < chips; ++p) {
+      UpdateChannelAttribute(kChipByPosition[p], i, Without(bit),
+                             HasChannel(mask, FirstChannelOf(p) + i) ? bit : std::uint8_t{0});
+    }
+  }
+}
+
 std::uint32_t ReadMask(const std::uint8_t* bytes) {
   return static_cast<std::uint32_t>(bytes[0]) | (static_cast<std::uint32_t>(bytes[1]) << 8) |
          (static_cast<std::uint32_t>(bytes[2]) << 16) |
@@ -115,4 +127,11 @@ void TW_UnblankChannelPair(std::uint16_t channel) {
 void TW_UnblankAllChannels() {
   g_display.blank_mask.playback = 0;
   WriteBlankBits(false, 1);
+}
+
+void TW_SetBlankMaskByChip(std::uint16_t mask) { WriteMaskByChip(mask, kAttributeBlank); }
+
+void TW_SetBit6MaskByChip(std::uint16_t mask) {
+  g_display.bit6_mask = mask;
+  WriteMaskByChip(mask, kAttributeFreeze);
 }

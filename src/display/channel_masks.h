@@ -39,3 +39,11 @@ void TW_UnblankChannelPair(std::uint16_t channel);
 
 // Shows every channel of the board.
 void TW_UnblankAllChannels();
+
+// ---- Text path: 16-bit masks written to the chips as they are ---------------------------------
+
+// Blanks the channels whose bit is set and shows the others; kept nowhere.
+void TW_SetBlankMaskByChip(std::uint16_t mask);
+
+// Freezes the channels whose bit is set, lets the others run; kept as the bit-6 mask.
+void TW_SetBit6MaskByChip(std::uint16_t mask);
