@@ -1,12 +1,40 @@
-// The text entry. No family of text commands is in the library yet, so no line has a header that
-// it knows.
+// The text entry: picks the family of commands by the header word found in the line.
+
+#include <cstring>
 
 #include "VexoCtrlSDK.h"
 #include "api/diagnostics.h"
 #include "api/library_state.h"
+#include "text/back_end_text.h"
+#include "text/chip_text.h"
+#include "text/tokenizer.h"
 
-int VEXOAPI_TextCommandProc(const char* /*line*/) {
+namespace {
+
+// The tokenizer holds no more than this; a longer line is refused before a byte of it is kept.
+bool FitsTokenizer(const char* line) {
+  for (std::size_t i = 0; i <= kLineMax; ++i) {
+    if (line[i] == '\0') return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+int VEXOAPI_TextCommandProc(const char* line) {
   if (g_library.g_initialized == 0) return VEXO_ERROR_UNINITIALIZED;
-  VexoDbg_Print(u">> Command Not Found Header!\r\n");
-  return VEXO_ERROR_NO_HEADER;
+  if (line != nullptr && !FitsTokenizer(line)) {
+    VexoDbg_Print(u">> Command Line Too Long!\r\n");
+    return VEXO_ERROR_FAILED;
+  }
+  std::int32_t tokens = 0;
+  if (line != nullptr && std::strstr(line, kChipHeader) != nullptr) {
+    tokens = VexoText_Parse(line);
+  } else if (line != nullptr && std::strstr(line, kBackEndHeader) != nullptr) {
+    tokens = VPB_ParseText(line);
+  } else {
+    VexoDbg_Print(u">> Command Not Found Header!\r\n");
+    return VEXO_ERROR_NO_HEADER;
+  }
+  return tokens != 0 ? VEXO_OK : VEXO_ERROR_FAILED;
 }

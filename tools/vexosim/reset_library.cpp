@@ -10,6 +10,9 @@
 #include "display/window_tables.h"
 #include "motion/motion_state.h"
 #include "setup/video_detection.h"
+#include "text/back_end_text.h"
+#include "text/color_settings.h"
+#include "text/tokenizer.h"
 
 namespace vexosim {
 
@@ -24,6 +27,9 @@ void ResetLibraryState() {
   g_layout = {};
   g_playback = {};
   g_motion = {};
+  g_tokenizer = {};
+  g_color = {};
+  g_back_end = {};
 }
 
 }  // namespace vexosim
