@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <numeric>
 #include <vector>
 
 namespace sim {
@@ -116,6 +117,31 @@ std::vector<Glyph> MakeGlyphs() {
 const std::uint8_t* DigitRow(int digit, int y) {
   static const std::vector<Glyph> glyphs = MakeGlyphs();
   return &glyphs[static_cast<std::size_t>(digit)][static_cast<std::size_t>(y * kDigitWidth)];
+}
+
+SmallDigits::SmallDigits(int height)
+    : width_(height * kDigitWidth / kDigitHeight), height_(height) {
+  coverage_.reserve(std::size_t{10} * static_cast<std::size_t>(width_ * height_));
+  for (int digit = 0; digit < 10; ++digit) {
+    for (int y = 0; y < height_; ++y) {
+      const int top = y * kDigitHeight / height_;
+      const int bottom = (y + 1) * kDigitHeight / height_;
+      for (int x = 0; x < width_; ++x) {
+        const int left = x * kDigitWidth / width_;
+        const int right = (x + 1) * kDigitWidth / width_;
+        int sum = 0;
+        for (int row = top; row < bottom; ++row) {
+          const std::uint8_t* coverage = DigitRow(digit, row);
+          sum = std::accumulate(coverage + left, coverage + right, sum);
+        }
+        coverage_.push_back(static_cast<std::uint8_t>(sum / ((bottom - top) * (right - left))));
+      }
+    }
+  }
+}
+
+const std::uint8_t* SmallDigits::Row(int digit, int y) const {
+  return &coverage_[static_cast<std::size_t>((digit * height_ + y) * width_)];
 }
 
 }  // namespace sim

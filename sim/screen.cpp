@@ -7,28 +7,41 @@
 #include <vector>
 
 #include "sim/motion_boxes.h"
+#include "sim/tape_card.h"
 #include "sim/test_card.h"
 
 namespace sim {
 namespace {
 
-// How one axis of a window maps to the camera picture: for each pixel of the window the first
-// sample it takes, and how many neighbouring samples the scaler's filter averages.
-struct Axis {
-  std::vector<int> first;  // ends where the scaled picture ends
-  int samples = 1;
+// Neighbouring samples of a picture's line or column whose average makes one pixel.
+struct Samples {
+  int first = 0;
+  int count = 1;
 };
 
-// ratio is the scaler's 16-bit value: scaled size = size * (ratio + 1) / 65536. Samples are rounded
-// to the nearest, for 1/3 and its like are not exact in 16 bits.
-Axis MakeAxis(int window_pixels, int picture_pixels, unsigned ratio, unsigned filter) {
+// How one axis of a window maps to its picture, pixel by pixel; ends where the picture ends.
+using Axis = std::vector<Samples>;
+
+// Through a scaler: ratio is its 16-bit value, scaled size = size * (ratio + 1) / 65536. Samples
+// are rounded to the nearest, for 1/3 and its like are not exact in 16 bits.
+Axis ScaledAxis(int window_pixels, int picture_pixels, unsigned ratio, unsigned filter) {
   Axis axis;
-  axis.samples = static_cast<int>(filter) + 1;
   const auto scale = static_cast<std::int64_t>(ratio) + 1;
   for (int i = 0; i < window_pixels; ++i) {
     const std::int64_t source = (static_cast<std::int64_t>(i) * 65536 + scale / 2) / scale;
     if (source >= picture_pixels) break;
-    axis.first.push_back(static_cast<int>(source));
+    axis.push_back({static_cast<int>(source), static_cast<int>(filter) + 1});
+  }
+  return axis;
+}
+
+// A picture that fills its window, whatever the size of both.
+Axis FittedAxis(int window_pixels, int picture_pixels) {
+  Axis axis;
+  for (int i = 0; i < window_pixels; ++i) {
+    const int first = i * picture_pixels / window_pixels;
+    const int end = (i + 1) * picture_pixels / window_pixels;
+    axis.push_back({first, std::max(end - first, 1)});
   }
   return axis;
 }
@@ -38,8 +51,12 @@ struct Rect {
   int right = 0;
   int top = 0;
   int bottom = 0;
+  int Width() const { return right - left; }
+  int Height() const { return bottom - top; }
   bool Empty() const { return right <= left || bottom <= top; }
 };
+
+enum class Source { Camera, Decoder, DecoderOff };
 
 // One enabled display position of a chip, read from its registers.
 struct Window {
@@ -48,8 +65,9 @@ struct Window {
   bool blank = false;
   bool frozen = false;
   Rect rect;
-  unsigned camera = 0;   // channel whose picture it shows
-  unsigned control = 0;  // of the scaler that it shows
+  Source source = Source::Camera;
+  unsigned picture = 0;  // channel whose camera or decoded picture it shows
+  unsigned control = 0;  // of the scaler that it shows; decoded pictures pass by it
   unsigned vertical = 0;
   unsigned horizontal = 0;
 };
@@ -66,6 +84,16 @@ class Registers {
   const Board& board_;
   unsigned chip_;
 };
+
+// The decoder delivers pictures of any size: what a position shows of it is a matter of the path
+// registers alone.
+void ReadDecodedPath(const Registers& reg, unsigned position, Window& window) {
+  const unsigned path = reg(kPage1, kChannelPath + kDisplayStride * position);
+  const unsigned chip_path = reg(kPage1, kChannelPath);  // position 0 switches for the whole chip
+  const bool off = (chip_path & kPathDecoded) != 0 && (chip_path & kPathOpen) == 0;
+  window.source = off ? Source::DecoderOff : Source::Decoder;
+  window.picture = (path & kPathDecoded) != 0 ? path & kPathChannel : window.channel;
+}
 
 // False when the position shows nothing.
 bool ReadWindow(const Board& board, unsigned chip, unsigned position, Window& window) {
@@ -86,9 +114,13 @@ bool ReadWindow(const Board& board, unsigned chip, unsigned position, Window& wi
   window.blank = (attribute & kAttributeBlank) != 0;
   window.frozen = (attribute & kAttributeFreeze) != 0;
 
+  if ((display & kDisplayDecoded) != 0) {
+    ReadDecodedPath(reg, position, window);
+    return true;
+  }
   const unsigned scaler = kScalerStride * (display & kDisplayPosition);
   window.control = reg(kPage0, kScalerControl + scaler);
-  window.camera = kChannelsPerChip * chip + (window.control >> 6);
+  window.picture = kChannelsPerChip * chip + (window.control >> 6);
   window.vertical =
       reg(kPage0, kScalerVertical + scaler) << 8 | reg(kPage0, kScalerVertical + scaler + 1);
   window.horizontal =
@@ -112,30 +144,31 @@ std::vector<Window> ReadWindows(const Board& board) {
   return windows;
 }
 
-using Card = std::vector<CardLine>;
-
-Card MakeCard(unsigned channel, int height, std::uint32_t time_ms) {
-  Card card;
+// A card is CardLine or TapeLine, line by line.
+template <typename Line>
+std::vector<Line> MakeCard(unsigned channel, int height, std::uint32_t time_ms) {
+  std::vector<Line> card;
   card.reserve(static_cast<std::size_t>(height));
   for (int y = 0; y < height; ++y) card.emplace_back(channel, y, height, time_ms);
   return card;
 }
 
-// The average of columns x rows samples; at the edges the last ones count again.
-Rgb Filtered(const Card& card, int x, int columns, int y, int rows) {
+// The average of the samples; at the edges the last ones count again.
+template <typename Line>
+Rgb Filtered(const std::vector<Line>& card, Samples across, Samples down) {
   unsigned r = 0;
   unsigned g = 0;
   unsigned b = 0;
-  for (int row = y; row < y + rows; ++row) {
-    const CardLine& line = card[std::min(static_cast<std::size_t>(row), card.size() - 1)];
-    for (int column = x; column < x + columns; ++column) {
+  for (int row = down.first; row < down.first + down.count; ++row) {
+    const Line& line = card[std::min(static_cast<std::size_t>(row), card.size() - 1)];
+    for (int column = across.first; column < across.first + across.count; ++column) {
       const Rgb sample = line.At(std::min(column, kCardWidth - 1));
       r += sample.r;
       g += sample.g;
       b += sample.b;
     }
   }
-  const auto count = static_cast<unsigned>(columns * rows);
+  const auto count = static_cast<unsigned>(across.count * down.count);
   return {static_cast<std::uint8_t>(r / count), static_cast<std::uint8_t>(g / count),
           static_cast<std::uint8_t>(b / count)};
 }
@@ -150,35 +183,61 @@ class Composer {
 
   void Add(const Window& window) {
     if (window.blank) {
-      Draw(window.rect, [](int, int) { return kScreenBlanked; });
-      return;
+      Fill(window.rect, kScreenBlanked);
+    } else if (window.source == Source::Camera) {
+      AddCamera(window);
+    } else if (window.source == Source::Decoder) {
+      AddDecoded(window);
+    } else {
+      Fill(window.rect, kScreenNoPicture);
     }
-    const Frozen& frozen = board_.FrozenState(window.channel);
-    const ChannelInput& input = board_.Input(window.camera);
-    const bool picture =
-        window.frozen ? frozen.has_picture[window.camera % kChannelsPerChip] : input.HasPicture();
-    if (!picture) {
-      Draw(window.rect, [](int, int) { return kScreenNoSignal; });
-      return;
-    }
-    // A camera of the other standard has its own number of lines, on whatever screen.
-    const int lines = input.pal ? kCardHeightPal : kCardHeightNtsc;
-    const Card card = MakeCard(window.camera, lines, window.frozen ? frozen.at_ms : board_.Time());
-    const Axis across = MakeAxis(window.rect.right - window.rect.left, kCardWidth,
-                                 window.horizontal, window.control & 3);
-    const Axis down = MakeAxis(window.rect.bottom - window.rect.top, lines, window.vertical,
-                               window.control >> 2 & 3);
-    Draw(window.rect, [&](int x, int y) {
-      const auto column = static_cast<std::size_t>(x);
-      const auto row = static_cast<std::size_t>(y);
-      if (column >= across.first.size() || row >= down.first.size()) return kScreenNoPicture;
-      return Filtered(card, across.first[column], across.samples, down.first[row], down.samples);
-    });
   }
 
   Image Take() { return std::move(image_); }
 
  private:
+  void AddCamera(const Window& window) {
+    const Frozen& frozen = board_.FrozenState(window.channel);
+    const ChannelInput& input = board_.Input(window.picture);
+    const bool picture =
+        window.frozen ? frozen.has_picture[window.picture % kChannelsPerChip] : input.HasPicture();
+    if (!picture) {
+      Fill(window.rect, kScreenNoSignal);
+      return;
+    }
+    // A camera of the other standard has its own number of lines, on whatever screen.
+    const int lines = input.pal ? kCardHeightPal : kCardHeightNtsc;
+    DrawCard(window.rect, MakeCard<CardLine>(window.picture, lines, TimeOf(window)),
+             ScaledAxis(window.rect.Width(), kCardWidth, window.horizontal, window.control & 3),
+             ScaledAxis(window.rect.Height(), lines, window.vertical, window.control >> 2 & 3));
+  }
+
+  // The tape plays in the board's standard, whatever the cameras do.
+  void AddDecoded(const Window& window) {
+    DrawCard(window.rect, MakeCard<TapeLine>(window.picture, image_.height, TimeOf(window)),
+             FittedAxis(window.rect.Width(), kCardWidth),
+             FittedAxis(window.rect.Height(), image_.height));
+  }
+
+  std::uint32_t TimeOf(const Window& window) const {
+    return window.frozen ? board_.FrozenAt(window.channel) : board_.Time();
+  }
+
+  template <typename Line>
+  void DrawCard(const Rect& rect, const std::vector<Line>& card, const Axis& across,
+                const Axis& down) {
+    Draw(rect, [&](int x, int y) {
+      const auto column = static_cast<std::size_t>(x);
+      const auto row = static_cast<std::size_t>(y);
+      if (column >= across.size() || row >= down.size()) return kScreenNoPicture;
+      return Filtered(card, across[column], down[row]);
+    });
+  }
+
+  void Fill(const Rect& rect, Rgb color) {
+    Draw(rect, [color](int, int) { return color; });
+  }
+
   // color(x, y): of a pixel of the window, from its top left corner.
   template <typename Color>
   void Draw(const Rect& rect, Color color) {

@@ -41,14 +41,16 @@ inline constexpr int kScreenHeightNtsc = 480;
 inline constexpr int kScreenHeightPal = 576;
 inline constexpr int kPixelsPerUnit = 4;  // of a display unit, both ways
 
-// What the screen shows where no camera picture is.
+// What the screen shows where neither a camera picture nor a decoded one is.
 inline constexpr Rgb kScreenBackground{14, 14, 16};  // no window
 inline constexpr Rgb kScreenBlanked{0, 0, 0};        // a window with its blank bit set
 inline constexpr Rgb kScreenNoSignal{16, 28, 140};   // a window whose camera is lost
-inline constexpr Rgb kScreenNoPicture{44, 18, 52};   // part of a window that its picture misses
+inline constexpr Rgb kScreenNoPicture{44, 18, 52};   // part of a window that its picture misses,
+                                                     // or all of it: the decoded input is off
 
 // The screen at the board's current time: 720 x 480 pixels on NTSC, 720 x 576 on PAL; one display
-// unit is 4 x 4 pixels.
+// unit is 4 x 4 pixels. A window shows its camera's test card through its scaler, or fills itself
+// with the tape card of the channel that its path takes from the decoder.
 Image ComposeScreen(const Board& board);
 
 // Writes a PNG file. Throws std::runtime_error with the reason.

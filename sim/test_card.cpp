@@ -1,7 +1,6 @@
 #include "sim/test_card.h"
 
-#include <array>
-
+#include "sim/card_colors.h"
 #include "sim/digits.h"
 
 namespace sim {
@@ -24,46 +23,13 @@ constexpr int kFineLeft = 30;
 constexpr int kFineWidth = 96;
 constexpr int kFineHeight = 32;
 
-// Neighbours on the screen (n, n + 1 and n + 4) are far apart in hue and differ in lightness.
-constexpr std::array<Rgb, 16> kColors = {{{168, 44, 44},
-                                          {34, 112, 150},
-                                          {150, 118, 20},
-                                          {104, 50, 150},
-                                          {28, 128, 84},
-                                          {176, 62, 116},
-                                          {56, 80, 176},
-                                          {110, 128, 24},
-                                          {172, 88, 26},
-                                          {20, 126, 128},
-                                          {140, 40, 132},
-                                          {62, 120, 40},
-                                          {44, 50, 108},
-                                          {196, 100, 82},
-                                          {86, 98, 116},
-                                          {140, 96, 44}}};
-
 constexpr Rgb kDigitColor{250, 250, 246};
-
-constexpr std::uint8_t Mix(unsigned from, unsigned to, unsigned weight) {
-  return static_cast<std::uint8_t>((from * (255 - weight) + to * weight) / 255);
-}
-
-constexpr Rgb Mix(Rgb from, Rgb to, unsigned weight) {
-  return {Mix(from.r, to.r, weight), Mix(from.g, to.g, weight), Mix(from.b, to.b, weight)};
-}
-
-constexpr Rgb Shaded(Rgb color, int shade) {
-  const auto part = [shade](int value) {
-    return static_cast<std::uint8_t>(value * shade / 256 > 255 ? 255 : value * shade / 256);
-  };
-  return {part(color.r), part(color.g), part(color.b)};
-}
 
 }  // namespace
 
 CardLine::CardLine(unsigned channel, int y, int height, std::uint32_t time_ms) {
   // Lighter at the top, darker at the bottom.
-  color_ = Shaded(kColors[channel % kColors.size()], 288 - 96 * y / height);
+  color_ = Shaded(kChannelColors[channel % kChannelColors.size()], 288 - 96 * y / height);
   bar_color_ = Mix(color_, {255, 255, 255}, 110);
   bar_left_ = static_cast<int>((time_ms % kCardBarPeriodMs) * kCardWidth / kCardBarPeriodMs);
 

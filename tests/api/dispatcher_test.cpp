@@ -125,15 +125,17 @@ TEST_F(Dispatcher, TheUpperSixteenBitsOfTheCodeDoNotCount) {
   EXPECT_EQ(g_display.live_split, VEXO_SPLIT_FULL);
 }
 
-// These need parts of the library that are not there yet.
-TEST_F(Dispatcher, PlaybackAndDumpsFailForNow) {
-  PretendBoard(4);
-  const Bytes record(kRecordBytes, 0x00);
-  EXPECT_EQ(Command(VEXO_CMD_PLAY_SPLIT, record), -1);
-  EXPECT_EQ(Command(VEXO_CMD_PLAY_MODE, record), -1);
-  for (std::uint32_t code = 0xFF00; code <= 0xFF0B; ++code) EXPECT_EQ(CommandNull(code), -1);
-  EXPECT_FALSE(LockHeld());
+TEST_F(Dispatcher, UnknownCodesFailAndTouchNothing) {
+  PretendBoard(16);
+  Mark();
+  const Bytes record(kRecordBytes, 0x11);
+  for (const std::uint32_t code : kUnknownCodes) {
+    EXPECT_EQ(CommandNull(code), -1) << std::hex << code;
+    EXPECT_EQ(Command(code, record), -1) << std::hex << code;
+    EXPECT_EQ(last_record, record);
+  }
   EXPECT_EQ(Cycles(), 0u);
+  EXPECT_EQ(Debug(), Lines{});
 }
 
 TEST_F(Dispatcher, AFailureHasNoTextOfItsOwn) {

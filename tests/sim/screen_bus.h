@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "sim/screen.h"
+#include "sim/tape_card.h"
 #include "sim/test_card.h"
 #include "tests/sim/board_bus.h"
 
@@ -39,6 +40,16 @@ struct ScreenOnBus : BoardOnBus {
   void Scale(unsigned channel, unsigned vertical, unsigned horizontal) {
     Write(ChipOf(channel), 0, 0x81 + 0x10 * (channel % 4),
           {vertical >> 8, vertical & 0xFF, horizontal >> 8, horizontal & 0xFF});
+  }
+  // Shows a decoded picture in a channel's place. The scaler stays as it is.
+  void Play(unsigned channel, WindowRect rect, unsigned path, unsigned display = 0xD4) {
+    const unsigned p = channel % 4;
+    Write(ChipOf(channel), 1, 0x30 + 4 * p, {rect.left, rect.right, rect.top, rect.bottom});
+    Write(ChipOf(channel), 1, 0x10 + 8 * p, display | p);
+    Path(channel, path);
+  }
+  void Path(unsigned channel, unsigned path) {
+    Write(ChipOf(channel), 1, 0x16 + 8 * (channel % 4), path);
   }
   void Attribute(unsigned channel, unsigned value) {
     Write(ChipOf(channel), 1, 0x11 + 8 * (channel % 4), value);
@@ -77,6 +88,48 @@ inline int WrongPixels(const Image& image, WindowRect rect, unsigned channel, in
       const Rgb expected = CardAverage(channel, (x - left) * scale, (y - top) * scale, samples,
                                        samples, card_height, time_ms);
       if (image.At(x, y) != expected) ++wrong;
+    }
+  }
+  return wrong;
+}
+
+// A whole tape card.
+inline Image TapeCard(unsigned channel, int height = kCardHeightNtsc, std::uint32_t time_ms = 0) {
+  Image card = FilledImage(kCardWidth, height, {});
+  for (int y = 0; y < height; ++y) {
+    const TapeLine line(channel, y, height, time_ms);
+    for (int x = 0; x < kCardWidth; ++x) card.At(x, y) = line.At(x);
+  }
+  return card;
+}
+
+// Number of pixels in a window of the image that are not the tape card. The window's size is a
+// whole fraction of the card's.
+inline int WrongTapePixels(const Image& image, WindowRect rect, unsigned channel,
+                           std::uint32_t time_ms = 0) {
+  const Image card = TapeCard(channel, image.height, time_ms);
+  const int left = static_cast<int>(rect.left) * 4;
+  const int top = static_cast<int>(rect.top) * 4;
+  const int width = static_cast<int>(rect.right) * 4 - left;
+  const int height = static_cast<int>(rect.bottom) * 4 - top;
+  const int across = card.width / width;
+  const int down = card.height / height;
+  int wrong = 0;
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      int r = 0;
+      int g = 0;
+      int b = 0;
+      for (int i = 0; i < across * down; ++i) {
+        const Rgb pixel = card.At(x * across + i % across, y * down + i / across);
+        r += pixel.r;
+        g += pixel.g;
+        b += pixel.b;
+      }
+      const int n = across * down;
+      const Rgb expected = {static_cast<std::uint8_t>(r / n), static_cast<std::uint8_t>(g / n),
+                            static_cast<std::uint8_t>(b / n)};
+      if (image.At(left + x, top + y) != expected) ++wrong;
     }
   }
   return wrong;

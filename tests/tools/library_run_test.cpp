@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "sim/world.h"
@@ -10,17 +12,24 @@
 #include "tools/vexosim/demo.h"
 #include "tools/vexosim/host.h"
 #include "tools/vexosim/script.h"
+#include "tools/vexosim/text.h"
 
 namespace vexosim {
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 class LibraryRun : public testing::Test {
  protected:
   void SetUp() override { Restart(); }
   void TearDown() override { Restart(); }
+
+  static std::string Content(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
 };
 
 const char* const kScript = R"(
@@ -81,6 +90,39 @@ TEST_F(LibraryRun, KeepsStateOverADetachInTheSameRun) {
   EXPECT_EQ(RunScript(in, "s.vexo", {}, out, err), kExitDone) << err.str();
 }
 
+TEST_F(LibraryRun, ShowsADumpInFullAndWarnsOfItOnce) {
+  std::istringstream in(
+      "attach\nwindow\ncommand 0xF001\ncommand 0xFF0B null\nexpect return 0\n"
+      "expect debug \"[VexoCtrlSDK]: ==>> READ SLAVE3 PAGE2 \\r\\n==\"\n"
+      "expect debug \"==>> SLAVE3 PAGE2\\r\\n==>> [00] \"\ncommand 0xF002");
+  std::ostringstream out;
+  std::ostringstream err;
+  EXPECT_EQ(RunScript(in, "s.vexo", {}, out, err), kExitDone) << err.str();
+  const std::string rule = "      | " + std::string(65, '=') + '\n';
+  const std::size_t begin = out.str().find(rule);
+  const std::size_t end = out.str().rfind(rule);
+  ASSERT_LT(begin, end);
+  EXPECT_THAT(out.str().substr(end + rule.size()), StartsWith("      = 0\n"));
+  std::vector<std::string> lines = Lines(out.str().substr(begin, end - begin));
+  ASSERT_EQ(lines.size(), 18U);
+  EXPECT_EQ(lines[1], "      |  ==>> SLAVE3 PAGE2");
+  const sim::Board& board = sim::TheWorld().board;
+  for (unsigned row = 0; row < 16; ++row) {
+    char text[80];
+    std::snprintf(text, sizeof text, "      | ==>> [%02X] ", 16 * row);
+    std::string line = text;
+    for (unsigned reg = 16 * row; reg < 16 * row + 16; ++reg) {
+      if (reg % 4 == 0) line += "  ";
+      std::snprintf(text, sizeof text, "%02X ", board.Peek(3, 2, static_cast<std::uint8_t>(reg)));
+      line += text;
+    }
+    EXPECT_EQ(lines[2 + row], line);
+  }
+  EXPECT_EQ(err.str(),
+            "warning: read of SLAVE3 page 2 register 0x04, which has no name\n"
+            "warning: read of SLAVE3 page 2 registers 0x0B to 0x0F, which have no name\n");
+}
+
 TEST_F(LibraryRun, DemoTellsOfLossMotionAndLayouts) {
   DemoOptions options;
   options.picture = test::TempPath("vexosim_demo_test.png");
@@ -88,18 +130,82 @@ TEST_F(LibraryRun, DemoTellsOfLossMotionAndLayouts) {
   std::ostringstream err;
   EXPECT_EQ(RunDemo(options, out, err), kExitDone) << err.str();
   EXPECT_EQ(err.str(), "");
-  for (const char* text :
-       {">> FINISH NTSC CAMERA!!", "loss mask 0x0000: no channel lost; NTSC on 0-15",
-        "loss mask 0x0020: channel 5 lost; NTSC on 0-4,6-15", "mask 0x0004: motion on channel 2",
-        "4-split", "8-split", "full screen of channel 5",
-        "chips           4, identification 28 28 28 28", "standard        NTSC", "bus cycles",
-        "virtual time", "real time"}) {
+  for (const char* text : {">> FINISH NTSC CAMERA!!",
+                           "loss mask 0x0000: no channel lost; NTSC on 0-15",
+                           "loss mask 0x0020: channel 5 lost; NTSC on 0-4,6-15",
+                           "mask 0x0004: motion on channel 2",
+                           "4-split",
+                           "8-split",
+                           "full screen of channel 5",
+                           "chips           4, identification 28 28 28 28",
+                           "standard        NTSC",
+                           "bus cycles",
+                           "virtual time",
+                           "real time",
+                           "0xF00A from live pictures to recorded ones",
+                           "0xF006 16-split",
+                           "0xF006 9-split",
+                           "0xF006 4-split",
+                           "0xF006 full picture of channel 5",
+                           "0xF006 centred picture of channel 5",
+                           "0xF00A 13-split, channel 5 large",
+                           "0xF00D show the channels again",
+                           "0xF009 16-split",
+                           "| [VexoCtrlSDK]: ==>> READ MASTER PAGE1",
+                           "| ==>> [F0]   00 00 00 00   ",
+                           "(read of MASTER page 1 registers 0x40 to 0x4F, "}) {
     EXPECT_THAT(out.str(), HasSubstr(text));
   }
   EXPECT_THAT(out.str(), Not(HasSubstr("\033")));
-  std::ifstream picture(options.picture, std::ios::binary);
-  EXPECT_EQ(picture.get(), 0x89);
+  EXPECT_THAT(Content(options.picture), StartsWith("\x89PNG"));
+  EXPECT_THAT(Content(PlaybackPicture(options.picture)), StartsWith("\x89PNG"));
+  EXPECT_NE(Content(options.picture), Content(PlaybackPicture(options.picture)));
   std::remove(options.picture.c_str());
+  std::remove(PlaybackPicture(options.picture).c_str());
+}
+
+TEST_F(LibraryRun, DemoReturnsToTheLivePicture) {
+  DemoOptions options;
+  options.picture = test::TempPath("vexosim_demo_live.png");
+  std::ostringstream out;
+  std::ostringstream err;
+  EXPECT_EQ(RunDemo(options, out, err), kExitDone) << err.str();
+  const sim::Board& board = sim::TheWorld().board;
+  for (unsigned chip = 0; chip < kChipsMax; ++chip) {
+    for (unsigned p = 0; p < kChannelsPerChip; ++p) {
+      const auto display = [&](unsigned base) {
+        return board.Peek(chip, kPage1, static_cast<std::uint8_t>(base + kDisplayStride * p));
+      };
+      EXPECT_EQ(display(kChannelPath), p) << chip;
+      EXPECT_EQ(display(kChannelAttribute), kAttributeLive) << chip << ' ' << p;
+      EXPECT_EQ(display(kChannelDisplay), kDisplayEnable | kDisplayFront | p) << chip;
+    }
+  }
+  std::remove(options.picture.c_str());
+  std::remove(PlaybackPicture(options.picture).c_str());
+}
+
+TEST_F(LibraryRun, DemoDrawsEachLayoutInColour) {
+  DemoOptions options;
+  options.picture = test::TempPath("vexosim_demo_colour.png");
+  options.style.colour = true;
+  std::ostringstream out;
+  std::ostringstream err;
+  EXPECT_EQ(RunDemo(options, out, err), kExitDone) << err.str();
+  for (const char* title :
+       {"4-split", "full screen of channel 5", "playback, 16-split", "playback, 9-split",
+        "playback, 4-split", "playback, full picture of channel 5",
+        "playback, centred picture of channel 5", "playback, 13-split", "live, 16-split"}) {
+    EXPECT_THAT(out.str(), HasSubstr("\n   " + std::string(title) + "\n\033["));
+  }
+  std::remove(options.picture.c_str());
+  std::remove(PlaybackPicture(options.picture).c_str());
+}
+
+TEST(DemoPicture, OfPlaybackStandsBesideTheLiveOne) {
+  EXPECT_EQ(PlaybackPicture("vexosim-demo.png"), "vexosim-demo-playback.png");
+  EXPECT_EQ(PlaybackPicture("/tmp/a.b/c.png"), "/tmp/a.b/c-playback.png");
+  EXPECT_EQ(PlaybackPicture("a.b/c"), "a.b/c-playback");
 }
 
 TEST_F(LibraryRun, DemoFailsWhenItsPictureCannotBeWritten) {

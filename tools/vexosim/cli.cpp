@@ -125,14 +125,17 @@ int Main(int argc, const char* const* argv) {
   std::string demo_colour = "auto";
   CLI::App* demo = app.add_subcommand(
       "demo", "Brings a recorder with sixteen cameras up and shows what it does");
-  demo->add_option("--picture", demo_options.picture, "Where the 4 x 4 live picture is written")
+  demo->add_option(
+          "--picture", demo_options.picture,
+          "Where the 4 x 4 live picture is written; the one of playback is written beside it")
       ->type_name("FILE.png")
       ->capture_default_str();
   AddColour(*demo, demo_colour);
   demo->footer(
-      "Brings the board up, draws its live picture, changes the layout, unplugs a camera and "
-      "shows\n"
-      "motion; each message to the host is printed in words as it arrives.\n"
+      "Brings the board up, draws its live picture, changes the layout, unplugs a camera, shows\n"
+      "motion, goes through playback and back, and dumps a register page; each message to the "
+      "host\n"
+      "is printed in words as it arrives.\n"
       "Exit status: 0 done, 1 something answered as no healthy board would.\n");
 
   RunArguments run_arguments;

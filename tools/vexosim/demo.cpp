@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <initializer_list>
+#include <filesystem>
+#include <span>
 #include <stdexcept>
+#include <vector>
 
 #include "VexoCtrlSDK.h"
 #include "sim/screen.h"
@@ -14,6 +16,7 @@
 #include "tools/vexosim/picture_text.h"
 #include "tools/vexosim/script.h"
 #include "tools/vexosim/text.h"
+#include "tools/vexosim/warnings.h"
 
 namespace vexosim {
 namespace {
@@ -32,11 +35,23 @@ class Demo {
     PowerOn();
     Layouts();
     Cameras();
+    Playback();
+    BackToLive();
+    Dump();
     PowerOff();
     Table();
   }
 
+  // What the board noticed that nothing in the demo explains.
+  std::vector<std::string> Warnings() const {
+    std::vector<sim::Report> reports = World().reports.All();
+    reports.erase(reports.begin() + explained_begin_, reports.begin() + explained_end_);
+    return WarningsInWords(reports);
+  }
+
  private:
+  using Channels = std::vector<std::uint8_t>;
+
   sim::World& World() const { return sim::TheWorld(); }
 
   // Announces what comes next.
@@ -98,15 +113,22 @@ class Demo {
 
     Title("The live picture");
     Picture("4 x 4", kLargeColumns);
-    sim::WritePng(sim::ComposeScreen(World().board), options_.picture);
-    out_ << "   also in " << options_.picture << '\n';
+    WritePicture(options_.picture);
   }
 
-  void Split(const std::string& name, std::uint8_t mode, std::initializer_list<std::uint8_t> list) {
-    sim::Bytes record(6);
-    record[4] = mode;
-    record.insert(record.end(), list);
-    Command("0xF005 " + name, VEXO_CMD_LIVE_SPLIT, record);
+  void WritePicture(const std::string& path) {
+    sim::WritePng(sim::ComposeScreen(World().board), path);
+    out_ << "   the screen is in " << path << '\n';
+  }
+
+  // The bytes before a record's list, and the list.
+  static sim::Bytes Record(sim::Bytes head, const Channels& list) {
+    head.insert(head.end(), list.begin(), list.end());
+    return head;
+  }
+
+  void Split(const std::string& name, std::uint8_t mode, const Channels& list) {
+    Command("0xF005 " + name, VEXO_CMD_LIVE_SPLIT, Record({0, 0, 0, 0, mode, 0}, list));
     SmallPicture(name);
   }
 
@@ -115,7 +137,7 @@ class Demo {
     Split("4-split", VEXO_SPLIT_4, {0, 1, 2, 3});
     Split("8-split", VEXO_SPLIT_8, {0, 1, 2, 3, 4, 5, 6, 7});
     Split("full screen of channel 5", VEXO_SPLIT_FULL, {5});
-    Split("16-split", VEXO_SPLIT_16, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15});
+    Split("16-split", VEXO_SPLIT_16, all_);
   }
 
   void Cameras() {
@@ -130,6 +152,52 @@ class Demo {
     Pump("somebody walks past camera 2", 200);
     board.SetMotion(2, false);
     Pump("and is gone", 200);
+  }
+
+  void PlaySplit(const std::string& name, std::uint8_t mode, std::uint8_t option,
+                 const Channels& list) {
+    Command("0xF006 " + name, VEXO_CMD_PLAY_SPLIT, Record({0, 0, 0, 0, mode, option}, list));
+    SmallPicture("playback, " + name);
+  }
+
+  // Leaves every channel blanked.
+  void PlayMode(const std::string& name, std::uint8_t mode, const Channels& list) {
+    Command("0xF00A " + name, VEXO_CMD_PLAY_MODE, Record({0, 0, 0, 0, 0, mode}, list));
+  }
+
+  void Playback() {
+    Title("Playback");
+    PlayMode("from live pictures to recorded ones", VEXO_SPLIT_16, all_);
+    PlaySplit("16-split", VEXO_SPLIT_16, 0, all_);
+    WritePicture(PlaybackPicture(options_.picture));
+    PlaySplit("9-split", VEXO_SPLIT_9, 0, {0, 1, 2, 3, 4, 5, 6, 7, 8});
+    PlaySplit("4-split", VEXO_SPLIT_4, 0, {4, 5, 6, 7});
+    PlaySplit("full picture of channel 5", VEXO_SPLIT_FULL, 1, {5});
+    PlaySplit("centred picture of channel 5", VEXO_SPLIT_FULL, 0, {5});
+    PlayMode("13-split, channel 5 large", VEXO_SPLIT_13,
+             {5, 0, 1, 2, 3, 4, 6, 7, 8, 9, 10, 11, 12});
+    Command("0xF00D show the channels again", VEXO_CMD_RESTORE_BLANK, {});
+    SmallPicture("playback, 13-split");
+  }
+
+  void BackToLive() {
+    Title("Live again");
+    Command("0xF009 16-split", VEXO_CMD_LIVE_MODE, Record({0, 0, 0, 0, VEXO_SPLIT_16}, all_));
+    SmallPicture("live, 16-split");
+  }
+
+  // A dump reads what has no name too; the board notices, and that is said here.
+  void Dump() {
+    Title("Register dump");
+    const std::size_t begin = World().reports.All().size();
+    Command("0xFF04 master, page 1", VEXO_CMD_DUMP_MASTER_P1, {});
+    const std::size_t end = World().reports.All().size();
+    for (const std::string& text :
+         WarningsInWords(std::span(World().reports.All()).subspan(begin, end - begin))) {
+      out_ << "      (" << text << ")\n";
+    }
+    explained_begin_ = static_cast<std::ptrdiff_t>(begin);
+    explained_end_ = static_cast<std::ptrdiff_t>(end);
   }
 
   void PowerOff() {
@@ -162,22 +230,33 @@ class Demo {
   const DemoOptions& options_;
   std::ostream& out_;
   const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+  const Channels all_ = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
   VexoInitRecord found_{};  // what initialization told the host
+  // Reports of the dump.
+  std::ptrdiff_t explained_begin_ = 0;
+  std::ptrdiff_t explained_end_ = 0;
 };
 
 }  // namespace
 
+std::string PlaybackPicture(const std::string& picture) {
+  const std::filesystem::path path(picture);
+  std::filesystem::path name = path.stem();
+  name += "-playback";
+  name += path.extension();
+  return std::filesystem::path(path).replace_filename(name).string();
+}
+
 int RunDemo(const DemoOptions& options, std::ostream& out, std::ostream& err) {
+  Demo demo(options, out);
   try {
-    Demo(options, out).Run();
+    demo.Run();
   } catch (const std::exception& error) {
     out.flush();
     err << "vexosim demo: " << error.what() << std::endl;
     return kExitUnmet;
   }
-  for (const sim::Report& report : sim::TheWorld().reports.All()) {
-    err << "warning: " << report.text << '\n';
-  }
+  for (const std::string& warning : demo.Warnings()) err << "warning: " << warning << '\n';
   return kExitDone;
 }
 

@@ -1,4 +1,5 @@
-// The demo: a recorder comes up, shows its cameras and tells its host what happens to them.
+// The demo: a recorder comes up, shows its cameras, tells its host what happens to them, plays
+// recorded pictures and returns to the live ones.
 #pragma once
 
 #include <ostream>
@@ -12,6 +13,9 @@ struct DemoOptions {
   std::string picture = "vexosim-demo.png";  // the 4x4 live picture
   PictureStyle style;
 };
+
+// Where the 4x4 playback picture goes: beside the live one, "demo-playback.png" for "demo.png".
+std::string PlaybackPicture(const std::string& picture);
 
 // Runs on a fresh library and a fresh board. Returns one of kExit....
 int RunDemo(const DemoOptions& options, std::ostream& out, std::ostream& err);

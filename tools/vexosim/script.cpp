@@ -7,6 +7,7 @@
 #include "tools/vexosim/host.h"
 #include "tools/vexosim/register_listing.h"
 #include "tools/vexosim/trace_json.h"
+#include "tools/vexosim/warnings.h"
 
 namespace vexosim {
 namespace {
@@ -160,10 +161,8 @@ class Run {
            << (unmet_ == 0 ? " met" : " not met") << '\n';
     }
     out_.flush();
-    for (const sim::Report& report : world.reports.All()) {
-      err_ << "warning: " << report.text;
-      if (report.count > 1) err_ << " (" << report.count << " times)";
-      err_ << '\n';
+    for (const std::string& warning : WarningsInWords(world.reports.All())) {
+      err_ << "warning: " << warning << '\n';
     }
   }
 
