@@ -3,6 +3,7 @@
 #include "chip/video_state.h"
 #include "display/display_state.h"
 #include "display/play_layout.h"
+#include "display/play_split.h"
 
 namespace test {
 
@@ -281,6 +282,28 @@ void PlayTest::UsePlayback(int channels, int standard) {
   g_display.play_split = 7;
   g_display.blank_mask.live = 0x5A5A5A5A;
   g_display.blank_mask.playback = 0xA5A5C3C3;
+}
+
+void PlayTest::UsePlaybackAfter(int channels, int full_picture, int centred_picture) {
+  UsePlayback(channels);
+  g_playback.full_picture = static_cast<std::uint8_t>(full_picture);
+  g_playback.centred_picture = static_cast<std::uint8_t>(centred_picture);
+}
+
+std::int32_t PlayTest::CallPlaySplit(int channels, int mode, int option, const Channels& list) {
+  const auto m = static_cast<std::uint8_t>(mode);
+  const auto o = static_cast<std::uint8_t>(option);
+  if (channels == 4) return TW_SetPlaySplit4Ch(m, o, list.data());
+  if (channels == 8) return TW_SetPlaySplit8Ch(m, o, list.data());
+  return TW_SetPlaySplit16Ch(m, o, list.data());
+}
+
+Rect PlayTest::RectOf(int channel) {
+  Rect rect{};
+  for (int i = 0; i < 4; ++i) {
+    rect.at(static_cast<std::size_t>(i)) = Register(channel / 4, 1, 0x30 + 4 * (channel % 4) + i);
+  }
+  return rect;
 }
 
 PlayModel PlayTest::Begin() {

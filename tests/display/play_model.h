@@ -1,5 +1,5 @@
 // What the playback operations should do to the chips and to the state, told a second time in the
-// manner of the display model. Nothing here calls the library.
+// manner of the display model. The model calls nothing of the library.
 #pragma once
 
 #include <cstddef>
@@ -87,6 +87,12 @@ class PlayTest : public DisplayTest {
  protected:
   // A scribbled board in playback view, with masks and a stored mode that no operation leaves.
   void UsePlayback(int channels, int standard = 0);
+  // The same, as a full or centred picture leaves its flags behind.
+  void UsePlaybackAfter(int channels, int full_picture, int centred_picture);
+  // Calls the split variant of a channel count.
+  static std::int32_t CallPlaySplit(int channels, int mode, int option, const Channels& list);
+  // The rectangle that a channel's window registers hold.
+  Rect RectOf(int channel);
   // Scribbles anew, marks, and gives a model of board and state as they are now.
   PlayModel Begin();
   // A model of board and state as they are now; marks as well.

@@ -2,11 +2,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <set>
+#include <span>
 #include <sstream>
 
+#include "VexoCtrlSDK.h"
 #include "sim/world.h"
 #include "tests/support/temp_path.h"
 #include "tools/vexosim/demo.h"
@@ -17,8 +21,10 @@
 namespace vexosim {
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+using testing::Pair;
 using testing::StartsWith;
 
 class LibraryRun : public testing::Test {
@@ -198,6 +204,61 @@ TEST_F(LibraryRun, DemoDrawsEachLayoutInColour) {
         "playback, centred picture of channel 5", "playback, 13-split", "live, 16-split"}) {
     EXPECT_THAT(out.str(), HasSubstr("\n   " + std::string(title) + "\n\033["));
   }
+  std::remove(options.picture.c_str());
+  std::remove(PlaybackPicture(options.picture).c_str());
+}
+
+// The different windows that channels have after the first `count` register accesses.
+using Windows = std::set<std::vector<std::uint8_t>>;
+Windows WindowsAfter(const std::vector<sim::RegisterAccess>& accesses, std::size_t count) {
+  std::array<std::array<std::uint8_t, kRegistersPerPage>, kChipsMax> page1{};
+  for (const sim::RegisterAccess& access : std::span(accesses).first(count)) {
+    if (access.read || access.Page() != kPage1) continue;
+    for (unsigned chip = 0; chip < kChipsMax; ++chip) {
+      if ((access.Chip() & kChipByPosition[chip]) != 0) page1[chip][access.reg] = access.value;
+    }
+  }
+  Windows windows;
+  for (const auto& registers : page1) {
+    for (unsigned p = 0; p < kChannelsPerChip; ++p) {
+      const auto* const window = registers.begin() + kWindow + kWindowStride * p;
+      windows.emplace(window, window + kWindowStride);
+    }
+  }
+  windows.erase({0, 0, 0, 0});
+  return windows;
+}
+
+TEST_F(LibraryRun, DemoLaysOutWhatItSays) {
+  DemoOptions options;
+  options.picture = test::TempPath("vexosim_demo_layouts.png");
+  std::ostringstream out;
+  std::ostringstream err;
+  EXPECT_EQ(RunDemo(options, out, err), kExitDone) << err.str();
+  const sim::Trace& trace = sim::TheWorld().trace;
+  const std::vector<sim::RegisterAccess> accesses = sim::DecodeAccesses(trace);
+  // From the first playback command on: its code, and the windows when it is done.
+  std::vector<std::pair<std::int64_t, std::size_t>> layouts;
+  std::vector<Windows> windows;
+  std::int64_t code = 0;
+  for (std::size_t i = 0; i < trace.Mark(); ++i) {
+    const auto* call = trace.As<sim::CallEvent>(trace.Events()[i]);
+    if (call != nullptr && call->fn == "VEXOAPI_CommandProc") code = call->args.at(0);
+    const auto* done = trace.As<sim::ReturnEvent>(trace.Events()[i]);
+    if (done == nullptr || done->fn != "VEXOAPI_CommandProc") continue;
+    if (layouts.empty() && code != VEXO_CMD_PLAY_MODE) continue;
+    const std::size_t later = sim::DecodeAccesses(trace, i).size();
+    windows.push_back(WindowsAfter(accesses, accesses.size() - later));
+    layouts.emplace_back(code, windows.back().size());
+  }
+  EXPECT_THAT(layouts, ElementsAre(Pair(VEXO_CMD_PLAY_MODE, 16), Pair(VEXO_CMD_PLAY_SPLIT, 16),
+                                   Pair(VEXO_CMD_PLAY_SPLIT, 9), Pair(VEXO_CMD_PLAY_SPLIT, 4),
+                                   Pair(VEXO_CMD_PLAY_SPLIT, 1), Pair(VEXO_CMD_PLAY_SPLIT, 1),
+                                   Pair(VEXO_CMD_PLAY_MODE, 13), Pair(VEXO_CMD_RESTORE_BLANK, 13),
+                                   Pair(VEXO_CMD_LIVE_MODE, 16), Pair(VEXO_CMD_DUMP_MASTER_P1, 16),
+                                   Pair(VEXO_CMD_STOP_MONITOR, 16)));
+  EXPECT_THAT(windows.at(4), ElementsAre(ElementsAre(0x00, 0xB4, 0x00, 0x78)));  // full
+  EXPECT_THAT(windows.at(5), ElementsAre(ElementsAre(0x2C, 0x82, 0x1E, 0x58)));  // centred
   std::remove(options.picture.c_str());
   std::remove(PlaybackPicture(options.picture).c_str());
 }
