@@ -63,6 +63,10 @@ void Board::SetSettle(int reads) {
   for (Chip& chip : chips_) chip.LimitSettle(settle_reads_);
 }
 
+void Board::SetFillBusy(unsigned reads) {
+  for (Chip& chip : chips_) chip.SetFillReads(reads);
+}
+
 void Board::SetSyncPeriod(std::uint32_t period_ms) {
   sync_period_ms_ = period_ms;
   sync_held_ = false;

@@ -33,7 +33,8 @@ class Board {
   void SetCamera(unsigned channel, Camera camera);  // off keeps the standard bit
   void SetWeak(unsigned channel, bool weak);
   void SetMotion(unsigned channel, bool motion);
-  void SetSettle(int reads);  // -1: never; a hold that already waits for longer is cut to it
+  void SetSettle(int reads);         // -1: never; a hold that already waits for longer is cut to it
+  void SetFillBusy(unsigned reads);  // reads of each chip that a fill answers busy (0)
   void SetSyncPeriod(std::uint32_t period_ms);  // toggles every period, 0 at time 0
   void HoldSync(bool level);                    // until the next SetSyncPeriod
   void Poke(unsigned position, std::uint8_t page, std::uint8_t reg, std::uint8_t value);

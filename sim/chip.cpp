@@ -62,7 +62,7 @@ std::uint8_t Chip::OwnValue(std::uint8_t page, std::uint8_t reg, bool sync) cons
     const int p = PositionOf(reg, kInputStatus, kInputStride);
     return inputs[static_cast<unsigned>(p)].pal ? 0 : kInputIsNtsc;
   }
-  if (page == kPage2) return 0;  // the fill engine has always finished
+  if (page == kPage2) return fill_left_ != 0 ? kFillBusy : 0;
   switch (reg) {
     case kSettleStatus:
       return settle_left_ != 0 ? kSettleBits : 0;
@@ -94,11 +94,14 @@ void Chip::Write(std::uint8_t page, std::uint8_t reg, std::uint8_t value, int se
   const bool hold = page == kPage1 && (value & kDisplayHold) != 0 &&
                     PositionOf(reg, kChannelDisplay, kDisplayStride) >= 0;
   if (hold) settle_left_ = settle_reads;
+  // The busy bit, written, starts a fill.
+  if (page == kPage2 && reg == kFillControl && (value & kFillBusy) != 0) fill_left_ = fill_reads_;
 }
 
 std::uint8_t Chip::Read(std::uint8_t page, std::uint8_t reg, bool sync) {
   const std::uint8_t value = Peek(page, reg, sync);
   if (page == kPage1 && reg == kSettleStatus && settle_left_ > 0) --settle_left_;
+  if (page == kPage2 && reg == kFillControl && fill_left_ > 0) --fill_left_;
   return value;
 }
 

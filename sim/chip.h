@@ -45,6 +45,9 @@ class Chip {
   // A hold in progress settles after this many more reads at most.
   void LimitSettle(int reads);
 
+  // How many reads of the fill control each later fill start makes busy.
+  void SetFillReads(unsigned reads) { fill_reads_ = reads; }
+
   // The register address that the next data byte goes to.
   std::uint8_t address = 0;
 
@@ -59,6 +62,8 @@ class Chip {
   std::array<Frozen, kChannelsPerChip> frozen_{};
   std::uint8_t id_ = 0;
   int settle_left_ = 0;  // reads of the settle status still to answer busy, -1: without end
+  unsigned fill_reads_ = 0;
+  unsigned fill_left_ = 0;  // reads of the fill control still to answer busy
 };
 
 }  // namespace sim
