@@ -215,6 +215,7 @@ TEST_F(LivePipEdges, MainChannel3HidesTheThreeBelowAndPlacesOneOfThemAsTheInset)
 TEST_F(LivePipEdges, ChannelsAboveTheMainOneKeepTheirRectangles) {
   UseBoard(16);
   std::vector<Rect> before;
+  before.reserve(16);
   for (int n = 0; n < 16; ++n) before.push_back(WindowOfChannel(n));
   TW_SetLivePip(6, 12);
   for (int n = 0; n < 6; ++n) EXPECT_EQ(WindowOfChannel(n), kHidden) << n;
