@@ -101,6 +101,8 @@ const Frozen& Board::FrozenState(unsigned channel) const {
       .FrozenState(static_cast<std::uint8_t>(channel % kChannelsPerChip));
 }
 
+const Bitmap& Board::BitmapOf(unsigned position) const { return chips_.at(position).DrawnBitmap(); }
+
 void Board::Store(BusWindow window, std::uint32_t value, unsigned bytes) {
   if (bytes != 1) ReportWide("store to", window, bytes);
   const std::uint8_t byte = value & 0xFF;

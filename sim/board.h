@@ -42,6 +42,7 @@ class Board {
   const ChannelInput& Input(unsigned channel) const;
   std::uint32_t FrozenAt(unsigned channel) const;
   const Frozen& FrozenState(unsigned channel) const;
+  const Bitmap& BitmapOf(unsigned position) const;
   bool Sync() const;  // the sync bit now
 
   // Virtual time, milliseconds: set by the owner whenever it moves.

@@ -43,6 +43,7 @@ void Chip::Poke(std::uint8_t page, std::uint8_t reg, std::uint8_t value, std::ui
       frozen.at_ms = now_ms;
       for (unsigned i = 0; i < kChannelsPerChip; ++i) {
         frozen.has_picture[i] = inputs[i].HasPicture();
+        frozen.pal[i] = inputs[i].pal;
       }
     }
   }
@@ -95,7 +96,11 @@ void Chip::Write(std::uint8_t page, std::uint8_t reg, std::uint8_t value, int se
                     PositionOf(reg, kChannelDisplay, kDisplayStride) >= 0;
   if (hold) settle_left_ = settle_reads;
   // The busy bit, written, starts a fill.
-  if (page == kPage2 && reg == kFillControl && (value & kFillBusy) != 0) fill_left_ = fill_reads_;
+  const bool fill = page == kPage2 && reg == kFillControl && (value & kFillBusy) != 0;
+  if (fill && fill_left_ == 0) {
+    fill_left_ = fill_reads_;
+    bitmap_.Fill(ReadFillOrder(stored_[kPage2]));
+  }
 }
 
 std::uint8_t Chip::Read(std::uint8_t page, std::uint8_t reg, bool sync) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "chip/registers.h"
+#include "sim/fill_engine.h"
 
 namespace sim {
 
@@ -22,6 +23,7 @@ struct ChannelInput {
 struct Frozen {
   std::uint32_t at_ms = 0;
   std::array<bool, kChannelsPerChip> has_picture{};  // by input of the chip
+  std::array<bool, kChannelsPerChip> pal{};
 };
 
 class Chip {
@@ -45,8 +47,10 @@ class Chip {
   // A hold in progress settles after this many more reads at most.
   void LimitSettle(int reads);
 
-  // How many reads of the fill control each later fill start makes busy.
+  // How many reads of the fill control each later fill makes busy. It is drawn at once; while the
+  // engine is busy a further start is lost.
   void SetFillReads(unsigned reads) { fill_reads_ = reads; }
+  const Bitmap& DrawnBitmap() const { return bitmap_; }
 
   // The register address that the next data byte goes to.
   std::uint8_t address = 0;
@@ -64,6 +68,7 @@ class Chip {
   int settle_left_ = 0;  // reads of the settle status still to answer busy, -1: without end
   unsigned fill_reads_ = 0;
   unsigned fill_left_ = 0;  // reads of the fill control still to answer busy
+  Bitmap bitmap_;
 };
 
 }  // namespace sim

@@ -6,9 +6,11 @@
 #include <utility>
 #include <vector>
 
+#include "sim/bitmap_layer.h"
 #include "sim/motion_boxes.h"
 #include "sim/tape_card.h"
 #include "sim/test_card.h"
+#include "sim/zoom.h"
 
 namespace sim {
 namespace {
@@ -199,14 +201,15 @@ class Composer {
   void AddCamera(const Window& window) {
     const Frozen& frozen = board_.FrozenState(window.channel);
     const ChannelInput& input = board_.Input(window.picture);
-    const bool picture =
-        window.frozen ? frozen.has_picture[window.picture % kChannelsPerChip] : input.HasPicture();
+    const unsigned of_chip = window.picture % kChannelsPerChip;
+    const bool picture = window.frozen ? frozen.has_picture[of_chip] : input.HasPicture();
     if (!picture) {
       Fill(window.rect, kScreenNoSignal);
       return;
     }
     // A camera of the other standard has its own number of lines, on whatever screen.
-    const int lines = input.pal ? kCardHeightPal : kCardHeightNtsc;
+    const bool pal = window.frozen ? frozen.pal[of_chip] : input.pal;
+    const int lines = pal ? kCardHeightPal : kCardHeightNtsc;
     DrawCard(window.rect, MakeCard<CardLine>(window.picture, lines, TimeOf(window)),
              ScaledAxis(window.rect.Width(), kCardWidth, window.horizontal, window.control & 3),
              ScaledAxis(window.rect.Height(), lines, window.vertical, window.control >> 2 & 3));
@@ -294,6 +297,8 @@ Image ComposeScreen(const Board& board) {
   for (const Window& window : ReadWindows(board)) composer.Add(window);
   Image image = composer.Take();
   DrawMotionBoxes(board, image);
+  if (const auto part = ReadZoom(board, height)) image = Zoomed(image, *part);
+  DrawBitmaps(board, image);
   return image;
 }
 

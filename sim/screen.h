@@ -50,7 +50,9 @@ inline constexpr Rgb kScreenNoPicture{44, 18, 52};   // part of a window that it
 
 // The screen at the board's current time: 720 x 480 pixels on NTSC, 720 x 576 on PAL; one display
 // unit is 4 x 4 pixels. A window shows its camera's test card through its scaler, or fills itself
-// with the tape card of the channel that its path takes from the decoder.
+// with the tape card of the channel that its path takes from the decoder. Motion grids lie on the
+// windows and are zoomed with them; bitmaps lie on the screen, above the zoom. A colour bar, which
+// the master puts out instead of its picture, hides all of that.
 Image ComposeScreen(const Board& board);
 
 // Writes a PNG file. Throws std::runtime_error with the reason.
