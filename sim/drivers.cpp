@@ -17,8 +17,9 @@ PlatHandle Drivers::Open(const std::string& name, PlatHandle fresh) {
     open_[fresh] = name;
     return fresh;
   }
-  last_failed_ = name;
-  return state == State::Null ? kPlatNoHandle : kPlatInvalidHandle;
+  if (state == State::Null) return kPlatNoHandle;
+  failed_.push_back(name);
+  return kPlatInvalidHandle;
 }
 
 const std::string* Drivers::Find(PlatHandle handle) const {
@@ -26,6 +27,14 @@ const std::string* Drivers::Find(PlatHandle handle) const {
   return found == open_.end() ? nullptr : &found->second;
 }
 
-bool Drivers::Close(PlatHandle handle) { return open_.erase(handle) != 0; }
+std::string Drivers::NameOf(PlatHandle handle) const {
+  if (const std::string* name = Find(handle)) return *name;
+  return handle == kPlatInvalidHandle && !failed_.empty() ? failed_.back() : "";
+}
+
+bool Drivers::Close(PlatHandle handle) {
+  if (handle == kPlatInvalidHandle && !failed_.empty()) failed_.pop_back();
+  return open_.erase(handle) != 0;
+}
 
 }  // namespace sim

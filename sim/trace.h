@@ -60,8 +60,9 @@ struct IoctlEvent {
   Bytes in;
   bool ok = false;
 };
-struct CloseEvent {  // of a driver
+struct CloseEvent {  // of a driver; tried, when it is not ok
   std::string name;
+  bool ok = true;
 };
 struct NvramEvent {
   std::string op;  // init, read, write, deinit

@@ -136,13 +136,14 @@ class Drivers {
   const std::string* Find(PlatHandle handle) const;
   bool Close(PlatHandle handle);
   std::size_t OpenCount() const { return open_.size(); }
-  // The driver whose open failed last: what requests on a bad handle were meant for.
-  const std::string& LastFailed() const { return last_failed_; }
+  // The driver that a call on a handle is meant for, empty when nobody can tell. For the invalid
+  // handle it is the one whose open failed last and that was not closed since.
+  std::string NameOf(PlatHandle handle) const;
 
  private:
   std::map<std::string, State> states_;
   std::map<PlatHandle, std::string> open_;
-  std::string last_failed_;
+  std::vector<std::string> failed_;  // opens that gave the invalid handle, which is still in use
 };
 
 // All registers of the board at one moment; an empty position has none.

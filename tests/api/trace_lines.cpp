@@ -63,7 +63,9 @@ struct DetailText {
   std::string operator()(const sim::IoctlEvent& e) const {
     return "ioctl " + Hex(e.code, 6) + FailedUnless(e.ok);
   }
-  std::string operator()(const sim::CloseEvent& e) const { return "close " + e.name; }
+  std::string operator()(const sim::CloseEvent& e) const {
+    return "close " + e.name + FailedUnless(e.ok);
+  }
   std::string operator()(const sim::NvramEvent& e) const {
     return "nvram " + e.op + FailedUnless(e.ok);
   }

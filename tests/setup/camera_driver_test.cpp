@@ -44,8 +44,9 @@ TEST_F(CameraDriver, ThatIsAbsentGetsTheRequestOnItsInvalidHandleAllTheSame) {
   Mark();
   EXPECT_EQ(VexoProc_CameraControl(0), 0);  // the close fails as well
   EXPECT_EQ(VexoProc_CameraControl(1), 0);
-  EXPECT_EQ(Flow(), (std::vector<std::string>{"open CAM1:", "control 220864 failed",
-                                              "open CAM1:", "control 220860 failed"}));
+  EXPECT_EQ(Flow(),
+            (std::vector<std::string>{"open CAM1:", "control 220864 failed", "close failed",
+                                      "open CAM1:", "control 220860 failed", "close failed"}));
   EXPECT_EQ(DebugText(), "");
 }
 

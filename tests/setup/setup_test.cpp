@@ -30,7 +30,7 @@ struct Line {
   std::string operator()(const sim::IoctlEvent& e) const {
     return Hex("control %06X", e.code) + (e.ok ? " ok" : " failed");
   }
-  std::string operator()(const sim::CloseEvent&) const { return "close"; }
+  std::string operator()(const sim::CloseEvent& e) const { return e.ok ? "close" : "close failed"; }
   std::string operator()(const sim::NvramEvent& e) const { return "nvram " + e.op; }
   std::string operator()(const sim::ThreadEvent& e) const { return "thread " + e.what; }
   template <typename T>

@@ -53,11 +53,13 @@ TEST_F(DriverCalls, CallsAreTraced) {
   EXPECT_TRUE(controls[0].in.empty());
   EXPECT_TRUE(controls[0].ok);
   EXPECT_EQ(controls[1].in, input);
-  ASSERT_EQ(Details<CloseEvent>().size(), 1u);
-  EXPECT_EQ(Details<CloseEvent>()[0].name, "CAM1:");
+  const auto closes = Details<CloseEvent>();
+  ASSERT_EQ(closes.size(), 1u);
+  EXPECT_EQ(closes[0].name, "CAM1:");
+  EXPECT_TRUE(closes[0].ok);
 }
 
-TEST_F(DriverCalls, AControlCallOnABadHandleIsTracedAndFails) {
+TEST_F(DriverCalls, CallsOnABadHandleAreTracedAndFail) {
   EXPECT_FALSE(Plat_ControlDriver(kPlatInvalidHandle, 1, nullptr, 0));
   world().drivers.Set("VBE1:", Drivers::State::Absent);
   Open(u"VBE1:");
@@ -71,7 +73,45 @@ TEST_F(DriverCalls, AControlCallOnABadHandleIsTracedAndFails) {
   EXPECT_FALSE(controls[0].ok);
   EXPECT_EQ(controls[1].name, "VBE1:");
   EXPECT_FALSE(controls[1].ok);
-  EXPECT_TRUE(Details<CloseEvent>().empty());
+  const auto closes = Details<CloseEvent>();
+  ASSERT_EQ(closes.size(), 1u);
+  EXPECT_EQ(closes[0].name, "VBE1:");
+  EXPECT_FALSE(closes[0].ok);
+}
+
+TEST_F(DriverCalls, OnTheInvalidHandleAreNamedAfterTheFailedOpenThatIsNotClosedYet) {
+  world().drivers.Set("CAM1:", Drivers::State::Absent);
+  world().drivers.Set("VBE1:", Drivers::State::Absent);
+  Open(u"VBE1:");
+  Open(u"CAM1:");
+  const Bytes input = {7};
+  EXPECT_FALSE(Plat_ControlDriver(kPlatInvalidHandle, 1, input.data(), 1));
+  EXPECT_FALSE(Plat_CloseDriver(kPlatInvalidHandle));
+  EXPECT_FALSE(Plat_ControlDriver(kPlatInvalidHandle, 2, nullptr, 0));
+  EXPECT_FALSE(Plat_CloseDriver(kPlatInvalidHandle));
+  EXPECT_FALSE(Plat_CloseDriver(kPlatInvalidHandle));
+  const auto controls = Details<IoctlEvent>();
+  ASSERT_EQ(controls.size(), 2u);
+  EXPECT_EQ(controls[0].name, "CAM1:");
+  EXPECT_EQ(controls[0].in, input);
+  EXPECT_EQ(controls[1].name, "VBE1:");
+  std::vector<std::string> closed;
+  for (const CloseEvent& event : Details<CloseEvent>()) closed.push_back(event.name);
+  EXPECT_EQ(closed, (std::vector<std::string>{"CAM1:", "VBE1:", ""}));
+}
+
+TEST_F(DriverCalls, OnAClosedHandleBelongToNoDriver) {
+  const PlatHandle back_end = Open(u"VBE1:");
+  EXPECT_TRUE(Plat_CloseDriver(back_end));
+  world().drivers.Set("CAM1:", Drivers::State::Absent);
+  Open(u"CAM1:");
+  EXPECT_FALSE(Plat_ControlDriver(back_end, 3, nullptr, 0));
+  EXPECT_FALSE(Plat_CloseDriver(back_end));
+  ASSERT_EQ(Details<IoctlEvent>().size(), 1u);
+  EXPECT_EQ(Details<IoctlEvent>()[0].name, "");
+  ASSERT_EQ(Details<CloseEvent>().size(), 2u);
+  EXPECT_EQ(Details<CloseEvent>()[1].name, "");
+  EXPECT_FALSE(Details<CloseEvent>()[1].ok);
 }
 
 }  // namespace

@@ -72,6 +72,7 @@ struct Members {
   void operator()(const sim::CloseEvent& e) const {
     json["ev"] = "close";
     json["name"] = e.name;
+    json["ok"] = e.ok;
   }
   void operator()(const sim::NvramEvent& e) const {
     json["ev"] = "nvram";

@@ -61,15 +61,14 @@ PlatHandle Plat_OpenDriver(const char16_t* name, std::uint32_t access, std::uint
 bool Plat_ControlDriver(PlatHandle driver, std::uint32_t code, const void* input,
                         std::uint32_t input_bytes) {
   sim::World& world = sim::TheWorld();
-  const std::string* name = world.drivers.Find(driver);
   sim::IoctlEvent event;
-  event.name = name == nullptr ? world.drivers.LastFailed() : *name;
+  event.ok = world.drivers.Find(driver) != nullptr;
+  event.name = world.drivers.NameOf(driver);
   event.code = code;
   if (input != nullptr) {
     const auto* bytes = static_cast<const std::uint8_t*>(input);
     event.in.assign(bytes, bytes + input_bytes);
   }
-  event.ok = name != nullptr;
   world.Record(event);
   if (!event.ok) world.kernel.SetLastError(kErrorInvalidHandle);
   return event.ok;
@@ -77,11 +76,9 @@ bool Plat_ControlDriver(PlatHandle driver, std::uint32_t code, const void* input
 
 bool Plat_CloseDriver(PlatHandle driver) {
   sim::World& world = sim::TheWorld();
-  const std::string* name = world.drivers.Find(driver);
-  if (name == nullptr) {
-    world.kernel.SetLastError(kErrorInvalidHandle);
-    return false;
-  }
-  world.Record(sim::CloseEvent{*name});
-  return world.drivers.Close(driver);
+  const std::string name = world.drivers.NameOf(driver);
+  const bool ok = world.drivers.Close(driver);
+  world.Record(sim::CloseEvent{name, ok});
+  if (!ok) world.kernel.SetLastError(kErrorInvalidHandle);
+  return ok;
 }
