@@ -54,7 +54,7 @@ TEST_F(ColorSettingsTest, EachFieldLeavesTheOthersAsTheyAre) {
 TEST_F(ColorSettingsTest, TheChannelCountIsEveryChannelInTurn) {
   PretendBoard(16);
   SetColorContrast(16, 7);
-  EXPECT_EQ(Accesses().size(), 64u);
+  ASSERT_EQ(Accesses().size(), 64u);
   EXPECT_EQ(Accesses()[0], W(0x03, 0, 0x07, 0));
   EXPECT_EQ(Accesses()[63], W(0xC0, 0, 0x3A, 0));
   for (const ColorSettings& colors : g_color.channel) EXPECT_EQ(colors.contrast, 7);
