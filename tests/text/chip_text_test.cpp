@@ -252,6 +252,12 @@ TEST_F(ChipText, AnUnknownKeywordIsRefusedWithoutAWord) {
   }
 }
 
+TEST_F(ChipText, NothingIsLookedForBehindAnUnknownKeyword) {
+  ExpectRefused(kFour, "vexo nonsense loss 5 ");
+  ExpectRefused(kFour, "vexo vexo loss 5 ");
+  ExpectRefused(kFour, "vexo move zoom pos 1 2 ");
+}
+
 TEST_F(ChipText, AnUnknownSubKeywordIsAcceptedAndDoesNothing) {
   for (const char* tokens :
        {"stream maybe",    "stream ON",       "stream onn",           "stream o",
