@@ -77,6 +77,7 @@ TEST_F(ChipTextMotion, MmaskChangeAllWritesEachOfThe24Bytes) {
                                     {"vexo mmask change all 2 256 ", 0xFF}}) {
     EXPECT_EQ(Text(line), 0);
     std::vector<Access> wanted;
+    wanted.reserve(24);
     for (int i = 0; i < 24; ++i) wanted.push_back(W(0x03, 2, 0xC6 + i, value));
     EXPECT_EQ(Accesses(), wanted) << line;
     for (const std::uint8_t byte : g_motion.mask[2]) EXPECT_EQ(byte, value);
