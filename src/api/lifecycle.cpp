@@ -7,7 +7,7 @@
 #include "chip/register_bus.h"
 
 LibraryState g_library;
-std::uint32_t g_shared_word = 1;
+
 
 namespace {
 
