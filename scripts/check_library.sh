@@ -30,7 +30,7 @@ fi
 symbols="$(nm -P "$archive" 2>/dev/null)"
 defined="$(awk '$2 ~ /^[ABCDGIRSTVWiu]$/ {print $1}' <<<"$symbols" | sort -u)"
 needed="$(awk '$2 ~ /^[Uvw]$/ {print $1}' <<<"$symbols" | sort -u)"
-allowed='^Plat_[A-Za-z]+\(|^mem(cpy|move|set|cmp|chr)$|^str(len|cmp|ncmp|chr|cpy|ncpy)$'
+allowed='^Plat_[A-Za-z]+\(|^mem(cpy|move|set|cmp|chr)$|^str(len|cmp|ncmp|chr|cpy|ncpy|str)$|^atoi$'
 foreign="$(comm -13 <(echo "$defined") <(echo "$needed") | c++filt |
   grep -vE "$allowed|^_GLOBAL_OFFSET_TABLE_$" || true)"
 if [[ -n "$foreign" ]]; then

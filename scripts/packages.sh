@@ -8,8 +8,8 @@
 set -euo pipefail
 
 build_packages=(
-  binutils cmake g++ gcc libbenchmark-dev libc6-dev libcli11-dev libgmock-dev libgtest-dev
-  libpng-dev ninja-build nlohmann-json3-dev
+  binutils cmake g++ gcc libbenchmark-dev libc6-dev libcli11-dev libedit-dev libgmock-dev
+  libgtest-dev libpng-dev ninja-build nlohmann-json3-dev
 )
 # llvm has the symbolizer that puts function names into sanitizer reports.
 test_packages=("${build_packages[@]}" clang clang-format clang-tidy libclang-rt-14-dev llvm)

@@ -104,8 +104,9 @@ void BeginPlayLayout(std::uint8_t mode) {
 void FinishPlayLayout(std::uint8_t mode) {
   Plat_Sleep(kSettleMs);
   WriteOverlays(mode == kSplitFull ? kOverlaySingle : kOverlaySplit);
-  for (std::uint8_t p = 0; p < kChipsMax; ++p)
+  for (std::uint8_t p = 0; p < kChipsMax; ++p) {
     OpenDecodedInput(kChipByPosition[p], FirstChannelOf(p));
+  }
 }
 
 void WriteDecodedPaths(std::uint8_t chip, std::uint8_t first_channel) {

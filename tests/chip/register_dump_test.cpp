@@ -81,6 +81,7 @@ class RegisterDump : public test::LibraryTest {
   // The accesses of a listing of a chip's page, with the registers as they are.
   std::vector<test::Access> Reads(const Dump& dump) {
     std::vector<test::Access> reads;
+    reads.reserve(kReads);
     for (int reg = 0; reg < 256; ++reg) {
       reads.push_back(test::R(dump.chip, dump.page, reg, Register(dump.position, dump.page, reg)));
     }

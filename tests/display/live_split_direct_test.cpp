@@ -267,106 +267,11 @@ TEST_F(DirectSplitEdges, AChannelPlacedTwiceIsShownInItsLastWindow) {
 
 // ---- Offsets of the live windows --------------------------------------------------------------
 
-class LiveSplitOffset : public DisplayTest {
- protected:
-  static Rect Window(int mode, int window) {
-    const WindowRect& r =
-        WindowOf(g_layout.live, static_cast<std::uint8_t>(mode), static_cast<std::uint8_t>(window));
-    return {r.x_start, r.x_end, r.y_start, r.y_end};
-  }
-  static std::vector<Rect> Table() {
-    std::vector<Rect> rects;
-    for (const WindowRect& r : g_layout.live) {
-      rects.push_back({r.x_start, r.x_end, r.y_start, r.y_end});
-    }
-    return rects;
-  }
-  static void Set(int mode, int window, int dx_start, int dy_start, int dx_end, int dy_end) {
-    VexoProc_SetLiveSplitOffset(static_cast<std::uint8_t>(mode), static_cast<std::uint8_t>(window),
-                                static_cast<std::int8_t>(dx_start),
-                                static_cast<std::int8_t>(dy_start),
-                                static_cast<std::int8_t>(dx_end), static_cast<std::int8_t>(dy_end));
-  }
-};
-
-TEST_F(LiveSplitOffset, MovesExactlyOneWindowOfEveryModeByItsFourOffsets) {
-  for (const int standard : {0, 1}) {
-    UseBoard(16, standard);
-    std::size_t at = 0;
-    for (int mode = 0; mode < 7; ++mode) {
-      const std::vector<Rect> defaults = DefaultRects(mode, standard == 0);
-      for (int window = 0; window < kWindows.at(static_cast<std::size_t>(mode)); ++window, ++at) {
-        SCOPED_TRACE("mode " + std::to_string(mode) + ", window " + std::to_string(window));
-        TW_BuildLiveLayout();
-        std::vector<Rect> expected = Table();
-        const Rect base = defaults.at(static_cast<std::size_t>(window));
-        // The arguments come as x, y, x, y; the rectangle is x, x, y, y.
-        expected.at(at) = {base[0] + 1, base[1] + 3, (base[2] - 2) & 0xFF, base[3] - 4};
-        Set(mode, window, 1, -2, 3, -4);
-        EXPECT_EQ(Table(), expected);
-      }
-    }
-    EXPECT_EQ(Cycles(), 0u);
-    EXPECT_EQ(DebugText(), "");
-  }
-}
-
-TEST_F(LiveSplitOffset, OfAWindowOrModeThatDoesNotExistChangesNothing) {
-  UseBoard(16);
-  const std::vector<Rect> before = Table();
-  for (int mode = 0; mode < 256; ++mode) {
-    const int windows = mode < 7 ? kWindows.at(static_cast<std::size_t>(mode)) : 0;
-    for (int window = windows; window < 256; ++window) {
-      Set(mode, window, 1, 1, 1, 1);
-    }
-  }
-  EXPECT_EQ(Table(), before);
-  ExpectUntouched();
-}
-
-TEST_F(LiveSplitOffset, WrapsEachByteAt8Bits) {
-  UseBoard(16);
-  Set(0, 0, -128, -128, 127, 127);
-  EXPECT_EQ(Window(0, 0), (Rect{0x84, 0x2F, 0x81, 0xF6}));
-  Set(0, 0, -5, -2, -128, -128);
-  EXPECT_EQ(Window(0, 0), (Rect{0xFF, 0x30, 0xFF, 0xF7}));
-}
-
-TEST_F(LiveSplitOffset, CalledTwiceWith2MovesBy2) {
-  UseBoard(16);
-  Set(1, 3, 2, 2, 2, 2);
-  Set(1, 3, 2, 2, 2, 2);
-  EXPECT_EQ(Window(1, 3), (Rect{0x5C, 0xB2, 0x3E, 0x79}));
-  Set(1, 3, 0, 0, 0, 0);
-  EXPECT_EQ(Window(1, 3), (Rect{0x5A, 0xB0, 0x3C, 0x77}));
-}
-
-TEST_F(LiveSplitOffset, StartsFromTheDefaultOfTheStandardOfTheMoment) {
-  UseBoard(16, 0);
-  g_video.video_standard = 1;
-  Set(0, 0, 0, 0, 0, 1);
-  EXPECT_EQ(Window(0, 0), (Rect{0x04, 0xB0, 0x01, 0x8F}));
-  g_video.video_standard = 2;
-  Set(1, 0, 0, 0, 0, 0);
-  EXPECT_EQ(Window(1, 0), (Rect{0x04, 0x5A, 0x02, 0x48}));
-  g_video.video_standard = 0;
-  Set(1, 0, 0, 0, 0, 0);
-  EXPECT_EQ(Window(1, 0), (Rect{0x04, 0x5A, 0x01, 0x3C}));
-}
-
-TEST_F(LiveSplitOffset, IsTheSameOnEveryBoard) {
-  for (const int channels : {0, 4, 8, 12, 16}) {
-    UseBoard(channels);
-    Set(0, 0, 1, 2, 3, 4);
-    Set(1, 2, 1, 2, 3, 4);
-    EXPECT_EQ(Window(0, 0), (Rect{0x05, 0xB3, 0x03, 0x7B}));
-    EXPECT_EQ(Window(1, 2), (Rect{0x05, 0x5D, 0x3E, 0x7B}));
-  }
-}
+class LiveSplitOffset : public DisplayTest {};
 
 TEST_F(LiveSplitOffset, IsUsedByTheNextSplitOfBothPaths) {
   UseBoard(16);
-  Set(1, 1, 1, 2, 3, 4);
+  VexoProc_SetLiveSplitOffset(1, 1, 1, 2, 3, 4);
   DisplayModel model = Model();
   model.windows[1][1] = {0x5B, 0xB3, 0x03, 0x40};
   const Channels list = {0, 1, 2, 3};

@@ -357,107 +357,7 @@ TEST_F(PlayDirectEdges, StoresModeAndFlagOnABoardWithoutChannelsToo) {
 
 // ---- Offsets of the playback windows ------------------------------------------------------------
 
-class PlaySplitOffset : public PlayTest {
- protected:
-  static std::vector<Rect> RectsOf(const WindowTable& table) {
-    std::vector<Rect> rects;
-    for (const WindowRect& r : table) rects.push_back({r.x_start, r.x_end, r.y_start, r.y_end});
-    return rects;
-  }
-  static Rect Window(int mode, int window) {
-    std::size_t at = static_cast<std::size_t>(window);
-    for (int m = 0; m < mode; ++m) {
-      at += static_cast<std::size_t>(kWindows.at(static_cast<std::size_t>(m)));
-    }
-    return RectsOf(g_layout.play).at(at);
-  }
-  static void Set(int mode, int window, int dx_start, int dy_start, int dx_end, int dy_end) {
-    TW_SetPlaySplitOffset(static_cast<std::uint8_t>(mode), static_cast<std::uint8_t>(window),
-                          static_cast<std::int8_t>(dx_start), static_cast<std::int8_t>(dy_start),
-                          static_cast<std::int8_t>(dx_end), static_cast<std::int8_t>(dy_end));
-  }
-};
-
-TEST_F(PlaySplitOffset, MovesExactlyOneWindowOfEveryModeByItsFourOffsets) {
-  for (const int standard : {0, 1, 2}) {
-    UsePlayback(16, standard);
-    const std::vector<Rect> live = RectsOf(g_layout.live);
-    std::size_t at = 0;
-    for (int mode = 0; mode < 7; ++mode) {
-      const std::vector<Rect> defaults = DefaultRects(mode, standard == 0);
-      for (const Rect& base : defaults) {
-        SCOPED_TRACE("standard " + std::to_string(standard) + ", mode " + std::to_string(mode) +
-                     ", table entry " + std::to_string(at));
-        TW_BuildPlayLayout();
-        std::vector<Rect> expected = RectsOf(g_layout.play);
-        // The arguments come as x, y, x, y; the rectangle is x, x, y, y.
-        expected.at(at) = {base[0] + 1, base[1] + 3, (base[2] - 2) & 0xFF, base[3] - 4};
-        Set(mode, static_cast<int>(&base - defaults.data()), 1, -2, 3, -4);
-        EXPECT_EQ(RectsOf(g_layout.play), expected);
-        ++at;
-      }
-    }
-    EXPECT_EQ(at, 57u);
-    EXPECT_EQ(RectsOf(g_layout.live), live);
-    ExpectUntouched();
-  }
-}
-
-TEST_F(PlaySplitOffset, OfAWindowOrModeThatDoesNotExistChangesNothing) {
-  UsePlayback(16);
-  const std::vector<Rect> play = RectsOf(g_layout.play);
-  const std::vector<Rect> live = RectsOf(g_layout.live);
-  for (int mode = 0; mode < 256; ++mode) {
-    const int windows = mode < 7 ? kWindows.at(static_cast<std::size_t>(mode)) : 0;
-    for (int window = windows; window < 256; ++window) Set(mode, window, 1, 1, 1, 1);
-  }
-  EXPECT_EQ(RectsOf(g_layout.play), play);
-  EXPECT_EQ(RectsOf(g_layout.live), live);
-  ExpectUntouched();
-}
-
-TEST_F(PlaySplitOffset, WrapsEachByteAt8Bits) {
-  UsePlayback(16);
-  Set(0, 0, -128, -128, 127, 127);
-  EXPECT_EQ(Window(0, 0), (Rect{0x84, 0x2F, 0x81, 0xF6}));
-  Set(0, 0, -5, -2, -128, -128);
-  EXPECT_EQ(Window(0, 0), (Rect{0xFF, 0x30, 0xFF, 0xF7}));
-}
-
-TEST_F(PlaySplitOffset, CalledTwiceWith2MovesBy2) {
-  UsePlayback(16);
-  Set(1, 3, 2, 2, 2, 2);
-  Set(1, 3, 2, 2, 2, 2);
-  EXPECT_EQ(Window(1, 3), (Rect{0x5C, 0xB2, 0x3E, 0x79}));
-  Set(1, 3, 0, 0, 0, 0);
-  EXPECT_EQ(Window(1, 3), (Rect{0x5A, 0xB0, 0x3C, 0x77}));
-}
-
-TEST_F(PlaySplitOffset, StartsFromTheDefaultOfTheStandardOfTheMoment) {
-  UsePlayback(16, 0);
-  g_video.video_standard = 1;
-  Set(0, 0, 0, 0, 0, 1);
-  EXPECT_EQ(Window(0, 0), (Rect{0x04, 0xB0, 0x01, 0x8F}));
-  g_video.video_standard = 2;
-  Set(1, 0, 0, 0, 0, 0);
-  EXPECT_EQ(Window(1, 0), (Rect{0x04, 0x5A, 0x02, 0x48}));
-  g_video.video_standard = 0;
-  Set(1, 0, 0, 0, 0, 0);
-  EXPECT_EQ(Window(1, 0), (Rect{0x04, 0x5A, 0x01, 0x3C}));
-}
-
-TEST_F(PlaySplitOffset, IsTheSameOnEveryBoardAndInBothViews) {
-  for (const int channels : {0, 4, 8, 12, 16}) {
-    for (const std::uint8_t view : Channels{kLive, kPlayback}) {
-      UsePlayback(channels);
-      g_display.view = view;
-      Set(1, 2, 1, 2, 3, 4);
-      Set(6, 15, 1, 2, 3, 4);
-      EXPECT_EQ(Window(1, 2), (Rect{0x05, 0x5D, 0x3E, 0x7B}));
-      EXPECT_EQ(Window(6, 15), (Rect{0x86, 0xB3, 0x5B, 0x7A}));
-    }
-  }
-}
+class PlaySplitOffset : public PlayTest {};
 
 TEST_F(PlaySplitOffset, IsUsedByTheNextSplitOfBothPathsInEveryMode) {
   UsePlayback(16);
@@ -467,7 +367,8 @@ TEST_F(PlaySplitOffset, IsUsedByTheNextSplitOfBothPathsInEveryMode) {
     SCOPED_TRACE(mode);
     const auto m = static_cast<std::size_t>(mode);
     const std::size_t last = static_cast<std::size_t>(kWindows.at(m)) - 1;
-    Set(mode, static_cast<int>(last), 1, 2, 3, 4);
+    TW_SetPlaySplitOffset(static_cast<std::uint8_t>(mode), static_cast<std::uint8_t>(last), 1, 2, 3,
+                          4);
     const Rect base = DefaultRects(mode, true).at(last);
     const Rect moved = {base[0] + 1, base[1] + 3, base[2] + 2, base[3] + 4};
     PlayModel variant = Begin();
@@ -486,7 +387,7 @@ TEST_F(PlaySplitOffset, IsUsedByTheNextSplitOfBothPathsInEveryMode) {
 
 TEST_F(PlaySplitOffset, DoesNotMoveALiveWindow) {
   UseBoard(16);
-  Set(1, 1, 1, 2, 3, 4);
+  TW_SetPlaySplitOffset(1, 1, 1, 2, 3, 4);
   const Channels list = {0, 1, 2, 3};
   DisplayModel model = Model();
   model.LiveSplit(1, list);

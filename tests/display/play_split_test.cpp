@@ -206,6 +206,47 @@ TEST_F(PlaySplit, AppliesTheMaskAgainThatWasInForceWhenTheBoardLacksTheMode) {
   }
 }
 
+TEST_F(PlaySplit, KeepsAllSixteenChannelsBlankedWhileItPauses) {
+  for (const int channels : {4, 8, 16}) {
+    SCOPED_TRACE(channels);
+    UsePlayback(channels);
+    Begin();
+    bool looked = false;
+    world().kernel.StartHostThread([this, channels, &looked] {  // runs when the split pauses
+      looked = true;
+      EXPECT_EQ(g_display.blank_mask.playback, 0xFFFFu);
+      for (int n = 0; n < channels; ++n) EXPECT_TRUE(Blanked(n)) << n;
+    });
+    EXPECT_EQ(Split(1, 0), 0);
+    EXPECT_TRUE(looked);
+  }
+}
+
+TEST_F(PlaySplit, PutsTheAppliedMaskBackBeforeTheLastMaskIsApplied) {
+  UsePlayback(4);
+  g_display.play_mask = 0x0F;
+  Begin();
+  // Another thread looks again and again.
+  std::vector<std::uint32_t> seen = {g_display.blank_mask.playback};
+  bool done = false;
+  world().kernel.StartHostThread([this, &seen, &done] {
+    while (!done) {
+      if (seen.back() != g_display.blank_mask.playback) {
+        seen.push_back(g_display.blank_mask.playback);
+      }
+      world().kernel.Idle(1);
+    }
+  });
+  world().kernel.SetSeed(1);
+  world().kernel.SetPreemption(1);
+  EXPECT_EQ(Split(1, 0), 0);
+  world().kernel.SetPreemption(0);
+  world().kernel.Idle(2);
+  done = true;
+  world().kernel.Idle(2);
+  EXPECT_EQ(seen, (std::vector<std::uint32_t>{0xA5A5C3C3, 0xFFFF, 0xA5A5C3C3, 0xFFFFFFF0}));
+}
+
 TEST_F(PlaySplit, OnAnEightChannelBoardTurnsMode5And6DownAndRestoresTheBlankMask) {
   UsePlayback(8);
   g_display.blank_mask.playback = 0x0000006A;

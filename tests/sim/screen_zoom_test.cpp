@@ -66,6 +66,8 @@ TEST(ScreenZoom, EndsAtTheEdgeOfTheScreen) {
   for (const Case& c : cases) {
     ZoomOnBus bus(1);
     bus.Write(kChipMaster, 1, 0x00, c.pal ? 0x80 : 0x00);
+    bus.board.SetCamera(0, c.pal ? Camera::Pal : Camera::Ntsc);
+    bus.Show(0, {0, 0xB4, 0, c.pal ? 0x90u : 0x78u}, kWhole);
     const Image plain = bus.Screen();
     bus.Zoom(kChipMaster);
     bus.Move(kChipMaster, c.x, c.y);

@@ -10,6 +10,7 @@
 #include "tests/support/temp_path.h"
 #include "tools/fake_library.h"
 #include "tools/vexosim/script.h"
+#include "tools/vexosim/text_help.h"
 
 namespace vexosim {
 namespace {
@@ -100,12 +101,19 @@ TEST_F(CommandLine, AcceptsAnEmptyScript) {
   EXPECT_EQ(Run({"run", script_.c_str()}), kExitDone);
 }
 
+TEST_F(CommandLine, PrintsTheManualOfTheTextCommands) {
+  EXPECT_EQ(Run({"manual"}), kExitDone);
+  EXPECT_EQ(out_.str(), TextCommandManual());
+}
+
 TEST_F(CommandLine, TeachesInItsHelp) {
   EXPECT_EQ(Run({"--help"}), kExitDone);
   EXPECT_THAT(out_.str(), HasSubstr("Exit status: 0 done"));
   EXPECT_EQ(Run({"run", "--help"}), kExitDone);
   EXPECT_THAT(out_.str(), HasSubstr("camera CH ntsc|pal|off"));
   EXPECT_THAT(out_.str(), HasSubstr("expect message CODE [WPARAM]"));
+  EXPECT_EQ(Run({"shell", "--help"}), kExitDone);
+  EXPECT_THAT(out_.str(), HasSubstr("help lsplit explains a\ncommand"));
 }
 
 }  // namespace

@@ -102,8 +102,8 @@ Step ParseOutput(Arguments& arguments) {
 Step ParseRun(Arguments& arguments) {
   const std::uint32_t ms = arguments.Number("a number of milliseconds");
   return [=](Session& session) {
-    constexpr std::uint32_t kSlice = 60'000;  // a long run shows how far it is
-    for (std::uint32_t done = 0; done < ms;) {
+    constexpr std::uint32_t kSlice = 60'000;  // a long run shows how far it is, and can be ended
+    for (std::uint32_t done = 0; done < ms && !Interrupted();) {
       const std::uint32_t slice = std::min(kSlice, ms - done);
       session.World().kernel.Pump(slice);
       done += slice;

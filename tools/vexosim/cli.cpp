@@ -7,6 +7,8 @@
 
 #include "tools/vexosim/demo.h"
 #include "tools/vexosim/script.h"
+#include "tools/vexosim/shell.h"
+#include "tools/vexosim/text_help.h"
 
 namespace vexosim {
 namespace {
@@ -18,9 +20,11 @@ constexpr const char* kDescription =
 constexpr const char* kFooter =
     "Examples:\n"
     "  vexosim demo                                  a recorder comes up and shows its cameras\n"
+    "  vexosim shell                                 a console on a board of sixteen channels\n"
     "  vexosim run live.vexo --picture live.png      runs a script, writes the screen\n"
     "  vexosim run live.vexo --trace live.jsonl      writes every bus cycle and call as JSON "
     "lines\n"
+    "  printf 'lsplit 6 0\\nprint\\n' | vexosim shell  the same from a pipe\n"
     "  printf 'attach\\nwindow\\ncommand 0xF001\\nprint\\n' | vexosim run -\n"
     "\n"
     "Exit status: 0 done, 1 an expectation was not met, 2 the script or the command line is "
@@ -61,6 +65,14 @@ struct RunArguments {
   std::uint64_t seed = 0;
   std::string colour = "auto";
 };
+
+constexpr const char* kShellIntroduction =
+    "Brings a board up and runs a line at a time: text commands (vexo lsplit 6 0), without their\n"
+    "header where it is clear (lsplit 6 0), script lines (camera 2 off), and help, writes on,\n"
+    "history, quit. Tab completes words and says which number comes next; help lsplit explains a\n"
+    "command. Lines are kept in ~/.vexosim_history, or in the folder $XDG_STATE_HOME.\n"
+    "Lines from a pipe are run in the same way, one after the other.\n"
+    "Exit status: 0.\n";
 
 void AddColour(CLI::App& app, std::string& colour) {
   app.add_option("--color,--colour", colour,
@@ -114,6 +126,14 @@ int RunCommand(const RunArguments& arguments) {
   return status;
 }
 
+int RunShellHere(const ShellOptions& options) {
+  const bool terminal = OnTerminal();
+  // What a pipe types is nobody's history.
+  LineHistory history(terminal ? HistoryPath() : std::nullopt);
+  const auto reader = terminal ? MakeTerminalReader(history) : MakePlainReader(std::cin, std::cout);
+  return RunShell(options, history, *reader, std::cout);
+}
+
 }  // namespace
 
 int Main(int argc, const char* const* argv) {
@@ -158,6 +178,25 @@ int Main(int argc, const char* const* argv) {
   AddColour(*run, run_arguments.colour);
   run->footer(kRunIntroduction + LanguageHelp());
 
+  ShellOptions shell_options;
+  std::string shell_colour = "auto";
+  CLI::App* shell = app.add_subcommand("shell", "A console for text commands and script lines");
+  shell->add_option("--chips", shell_options.chips, "How many chips are fitted, four channels each")
+      ->type_name("N")
+      ->check(CLI::Range(1, int{kChipsMax}))
+      ->capture_default_str();
+  shell->add_flag("--pal", shell_options.pal, "PAL cameras and stored standard, else NTSC");
+  shell->add_flag("--bare", shell_options.bare, "Leaves the library unattached");
+  shell
+      ->add_option("--seed", shell_options.seed,
+                   "Chooses among threads that could run; 0: the fixed order")
+      ->type_name("N");
+  AddColour(*shell, shell_colour);
+  shell->footer(kShellIntroduction);
+
+  CLI::App* manual = app.add_subcommand(
+      "manual", "Prints the manual page of the text commands, docs/text-commands.md");
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -167,6 +206,14 @@ int Main(int argc, const char* const* argv) {
   if (*demo) {
     demo_options.style = StandardOutputStyle(kColourChoices.at(demo_colour));
     return RunDemo(demo_options, std::cout, std::cerr);
+  }
+  if (*shell) {
+    shell_options.style = StandardOutputStyle(kColourChoices.at(shell_colour));
+    return RunShellHere(shell_options);
+  }
+  if (*manual) {
+    std::cout << TextCommandManual() << std::flush;
+    return kExitDone;
   }
   return RunCommand(run_arguments);
 }

@@ -24,7 +24,6 @@ Step ParseRegister(Arguments& arguments) {
   const std::uint8_t reg = arguments.Byte("a register");
   const std::uint8_t wanted = arguments.Byte("a value");
   return [=](Session& session) {
-    static constexpr std::array kNames = {"master", "slave1", "slave2", "slave3"};
     const sim::Board& board = session.World().board;
     const std::vector<unsigned> positions = chips.Fitted(board);
     if (positions.empty()) throw Unmet{"no chip is fitted"};
@@ -33,7 +32,7 @@ Step ParseRegister(Arguments& arguments) {
       const std::uint8_t value = board.Peek(position, page, reg);
       if (value == wanted) continue;
       if (!found.empty()) found += ", ";
-      found += std::string(kNames[position]) +
+      found += std::string(ChipWords()[position]) +
                (board.Fitted(position) ? " has " : " (empty) has ") + Hex(value);
     }
     if (!found.empty()) throw Unmet{found};

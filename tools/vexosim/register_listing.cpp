@@ -5,12 +5,13 @@
 #include <span>
 #include <vector>
 
+#include "tools/vexosim/script_words.h"
 #include "tools/vexosim/text.h"
 
 namespace vexosim {
 namespace {
 
-constexpr std::array kChipNames = {"master", "slave1", "slave2", "slave3"};
+constexpr const char* kNoName = "(no name)";
 constexpr unsigned kBytesALine = 16;
 constexpr unsigned kMostBytesOfAPiece = 8;
 constexpr std::size_t kNameColumns = 26;
@@ -18,6 +19,14 @@ constexpr std::size_t kNameColumns = 26;
 std::string Padded(std::string text, std::size_t columns) {
   text.resize(std::max(columns, text.size() + 1), ' ');
   return text;
+}
+
+// " 2" for the third of a name that repeats, else nothing.
+std::string ChannelOf(std::uint8_t page, unsigned reg, const char* name) {
+  const auto* row =
+      std::find_if(kRegisterNames.begin(), kRegisterNames.end(),
+                   [&](const RegisterName& r) { return r.page == page && r.name == name; });
+  return row->count == 1 ? "" : ' ' + std::to_string((reg - row->base) / row->stride);
 }
 
 // One page now and, when it is known, as it was.
@@ -107,7 +116,7 @@ class PageListing {
     std::vector<Piece> pieces;
     for (unsigned reg = 0; reg < kRegistersPerPage; ++reg) {
       const char* const name = RegisterNameOf(page_, static_cast<std::uint8_t>(reg));
-      const std::string channel = name == nullptr ? "" : ChannelOf(reg, name);
+      const std::string channel = name == nullptr ? "" : ChannelOf(page_, reg, name);
       // Registers without a name stand alone: nothing says that neighbours belong together.
       if (pieces.empty() || name == nullptr || pieces.back().name != name ||
           pieces.back().channel != channel || pieces.back().length == kMostBytesOfAPiece) {
@@ -118,16 +127,8 @@ class PageListing {
     return pieces;
   }
 
-  // " 2" for the third of a name that repeats, else nothing.
-  std::string ChannelOf(unsigned reg, const char* name) const {
-    const auto* row =
-        std::find_if(kRegisterNames.begin(), kRegisterNames.end(),
-                     [&](const RegisterName& r) { return r.page == page_ && r.name == name; });
-    return row->count == 1 ? "" : ' ' + std::to_string((reg - row->base) / row->stride);
-  }
-
   std::string ChangeOf(const Piece& piece) const {
-    const std::string name = piece.name == nullptr ? "(no name)" : piece.name + piece.channel;
+    const std::string name = piece.name == nullptr ? kNoName : piece.name + piece.channel;
     const auto bytes = [&](const Values& values) {
       return HexBytes(std::span(values).subspan(piece.base, piece.length), " ");
     };
@@ -161,7 +162,7 @@ class PageListing {
 std::string ListRegisters(const sim::Board& board, unsigned position,
                           std::optional<std::uint8_t> page,
                           const std::optional<sim::RegisterSnapshot>& at_attach, bool colour) {
-  const std::string chip = kChipNames.at(position);
+  const std::string chip(ChipWords()[position]);
   if (!board.Fitted(position)) {
     return chip + ": not fitted, identification " + Hex(board.Peek(position, kPage0, kChipId)) +
            '\n';
@@ -175,6 +176,11 @@ std::string ListRegisters(const sim::Board& board, unsigned position,
             PageListing(board, position, p, before, colour).Text();
   }
   return text;
+}
+
+std::string RegisterLabel(std::uint8_t page, std::uint8_t reg) {
+  const char* const name = RegisterNameOf(page, reg);
+  return name == nullptr ? kNoName : name + ChannelOf(page, reg, name);
 }
 
 }  // namespace vexosim

@@ -24,6 +24,10 @@ struct Statement {
   Step step;
 };
 
+// What a line does; `line` is left 0, none for a line without words. Throws Malformed, for an
+// expectation also when no action stands before it.
+std::optional<Statement> ParseLine(const std::string& text, bool after_action);
+
 // A wrong line, with "file:line: " and what was expected.
 struct ScriptError : std::runtime_error {
   using std::runtime_error::runtime_error;

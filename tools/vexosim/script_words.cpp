@@ -92,6 +92,8 @@ constexpr std::array<std::string_view, kChipsMax + 1> kChipWords = {"master", "s
 
 }  // namespace
 
+std::span<const std::string_view> ChipWords() { return kChipWords; }
+
 std::vector<std::string> SplitWords(std::string_view line) {
   std::vector<std::string> words;
   std::size_t at = 0;

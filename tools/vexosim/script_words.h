@@ -21,6 +21,9 @@ struct Malformed : std::runtime_error {
 // Blank-separated words up to a comment; a word in double quotes is unquoted. Throws Malformed.
 std::vector<std::string> SplitWords(std::string_view line);
 
+// Names of the chips by position, and behind them "all".
+std::span<const std::string_view> ChipWords();
+
 // The chips that CHIP stands for.
 struct ChipChoice {
   bool all = false;

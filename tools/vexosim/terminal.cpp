@@ -4,9 +4,17 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <iostream>
 
 namespace vexosim {
+namespace {
+
+volatile std::sig_atomic_t g_interrupted = 0;
+
+void NoteInterrupt(int) { g_interrupted = 1; }
+
+}  // namespace
 
 PictureStyle StandardOutputStyle(ColourChoice choice) {
   constexpr int kMostColumns = 120;
@@ -33,5 +41,18 @@ void Progress::Clear() {
   if (shown_) std::cerr << "\r\033[K" << std::flush;
   shown_ = false;
 }
+
+InterruptWatch::InterruptWatch() {
+  ForgetInterrupt();
+  std::signal(SIGINT, NoteInterrupt);
+}
+
+InterruptWatch::~InterruptWatch() {
+  std::signal(SIGINT, SIG_DFL);
+  ForgetInterrupt();
+}
+
+bool Interrupted() { return g_interrupted != 0; }
+void ForgetInterrupt() { g_interrupted = 0; }
 
 }  // namespace vexosim

@@ -39,4 +39,17 @@ class Progress {
   Clock::time_point next_ = Clock::now() + std::chrono::seconds(1);
 };
 
+// While one lives, Ctrl-C does not end the process: what takes long asks for it.
+class InterruptWatch {
+ public:
+  InterruptWatch();
+  ~InterruptWatch();
+  InterruptWatch(const InterruptWatch&) = delete;
+  InterruptWatch& operator=(const InterruptWatch&) = delete;
+};
+
+// Ctrl-C was pressed since it was last forgotten; false without a watch.
+bool Interrupted();
+void ForgetInterrupt();
+
 }  // namespace vexosim

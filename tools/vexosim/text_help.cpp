@@ -8,6 +8,7 @@
 
 #include "text/back_end_text.h"
 #include "text/chip_text.h"
+#include "tools/vexosim/pattern_walk.h"
 
 namespace vexosim {
 namespace {
@@ -51,7 +52,8 @@ constexpr std::array kChipHelp = {
     TextHelp{"mpip stop MODE CHANNEL [BLANK_MASK]",
              "Takes the inset away and lays out a live split as lsplit does.",
              "vexo mpip stop 6 0 "},
-    TextHelp{"zoom start [BLANK_MASK]", "Zooms into the live picture.", "vexo zoom start "},
+    TextHelp{"zoom start [BLANK_MASK]",
+             "Zooms into the live picture. Twelve channels have no zoom.", "vexo zoom start "},
     TextHelp{"zoom stop [BLANK_MASK]", "Shows the whole picture again.", "vexo zoom stop "},
     TextHelp{"zoom pos X Y [BLANK_MASK]",
              "Moves the enlarged part; values past the screen are cut to its edge.",
@@ -237,39 +239,28 @@ std::vector<std::string> WordsOf(std::string_view pattern) {
   return {std::istream_iterator<std::string>(in), {}};
 }
 
-std::string_view KeywordOf(std::string_view pattern) {
-  return pattern.substr(0, pattern.find(' '));
-}
-
-// A placeholder without its marks.
-std::string NameOf(std::string word) {
-  std::erase_if(word, [](char c) { return c == '[' || c == ']' || c == '$'; });
-  return word;
-}
-
-// The placeholders of a pattern that have a line of their own.
-std::vector<const PlaceholderHelp*> NumbersOf(std::string_view pattern,
-                                              std::span<const PlaceholderHelp> all) {
+// The placeholders of a pattern, each once.
+std::vector<const PlaceholderHelp*> NumbersOf(const TextGrammar& grammar,
+                                              std::string_view pattern) {
   std::vector<const PlaceholderHelp*> found;
   for (const std::string& word : WordsOf(pattern)) {
-    const auto entry = std::find_if(all.begin(), all.end(), [&](const PlaceholderHelp& help) {
-      return help.name == NameOf(word);
-    });
-    if (entry != all.end()) found.push_back(&*entry);
+    const PlaceholderHelp* const number = FindPlaceholder(grammar, word);
+    const bool known = std::find(found.begin(), found.end(), number) != found.end();
+    if (number != nullptr && !known) found.push_back(number);
   }
   return found;
 }
 
-std::string HelpOn(std::string_view keyword, const char* header, std::span<const TextHelp> commands,
-                   std::span<const PlaceholderHelp> numbers) {
+std::string HelpOn(std::string_view keyword, const TextGrammar& grammar,
+                   std::span<const TextHelp> commands) {
   std::string text;
   std::vector<const PlaceholderHelp*> named;
   for (const TextHelp& command : commands) {
     if (KeywordOf(command.pattern) != keyword) continue;
-    text += std::string(header) + ' ' + std::string(command.pattern) + "\n    " +
+    text += std::string(grammar.header) + ' ' + std::string(command.pattern) + "\n    " +
             std::string(command.effect) + "\n    for example: " + std::string(command.example) +
             '\n';
-    for (const PlaceholderHelp* number : NumbersOf(command.pattern, numbers)) {
+    for (const PlaceholderHelp* number : NumbersOf(grammar, command.pattern)) {
       if (std::find(named.begin(), named.end(), number) == named.end()) named.push_back(number);
     }
   }
@@ -298,9 +289,18 @@ std::span<const TextHelp> BackEndTextHelp() { return kBackEndHelp; }
 std::span<const PlaceholderHelp> ChipPlaceholders() { return kChipNumbers; }
 std::span<const PlaceholderHelp> BackEndPlaceholders() { return kBackEndNumbers; }
 
+const PlaceholderHelp* FindPlaceholder(const TextGrammar& grammar, std::string_view word) {
+  const std::string_view typed = NumberName(word);
+  const bool letter = typed.size() == 1 && typed.front() >= 'A' && typed.front() <= 'J';
+  const std::string_view name = letter ? "A" : typed;
+  const auto numbers = &grammar == &kChipGrammar ? ChipPlaceholders() : BackEndPlaceholders();
+  const auto found = std::find_if(numbers.begin(), numbers.end(),
+                                  [&](const PlaceholderHelp& help) { return help.name == name; });
+  return found == numbers.end() ? nullptr : &*found;
+}
+
 std::string HelpOnKeyword(std::string_view keyword) {
-  return HelpOn(keyword, kChipHeader, kChipHelp, kChipNumbers) +
-         HelpOn(keyword, kBackEndHeader, kBackEndHelp, kBackEndNumbers);
+  return HelpOn(keyword, kChipGrammar, kChipHelp) + HelpOn(keyword, kBackEndGrammar, kBackEndHelp);
 }
 
 std::string TextCommandManual() {
@@ -322,7 +322,10 @@ std::string TextCommandManual() {
          "| -1 | rejected: unknown keyword, missing word or number, line too long |\n"
          "| -4 | neither `vexo` nor `vpb` in the line |\n"
          "| -6 | the library is not initialized |\n\n"
-         "This page is written from the library's own tables.\n\n"
+         "This page is written from the library's own tables: `vexosim manual` prints it. In\n"
+         "`vexosim shell` the separator at the end is added, and `help KEYWORD` explains a "
+         "command.\n"
+         "`lsplit` and `mpip stop` wait until the chips have settled, however long that takes.\n\n"
          "## Chips: `vexo`\n\n"
          "Before the chips are initialized these commands are accepted and do nothing, but for\n"
          "`init`, `uninit`, `stream`, `set_emif` and `rver`. None of them takes the lock that the\n"

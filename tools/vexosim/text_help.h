@@ -29,6 +29,10 @@ std::span<const TextHelp> BackEndTextHelp();
 std::span<const PlaceholderHelp> ChipPlaceholders();
 std::span<const PlaceholderHelp> BackEndPlaceholders();
 
+// What stands for a number in a pattern of a grammar, by its name or as the pattern has it; null
+// for an unknown name. B to J are described with A.
+const PlaceholderHelp* FindPlaceholder(const TextGrammar& grammar, std::string_view word);
+
 // Help on the commands that begin with a keyword, of both grammars; empty for an unknown one.
 std::string HelpOnKeyword(std::string_view keyword);
 

@@ -1,0 +1,19 @@
+// What the shell's help says.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vexosim {
+
+// Everything that may be typed, on one page.
+std::string HelpOverview();
+
+// All about a header, a keyword, the first word of a script line or a command of the shell; empty
+// when it is none of them.
+std::string HelpOnWord(std::string_view word);
+
+// What `help` can explain, for a mistyped word.
+std::string HelpSuggestion(std::string_view word);
+
+}  // namespace vexosim

@@ -1,0 +1,31 @@
+// The words that a line in the shell may begin with.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vexosim {
+
+// A command of the shell itself.
+struct ShellCommand {
+  std::string_view word;
+  std::string_view arguments;
+  std::string_view help;
+};
+std::span<const ShellCommand> ShellCommands();
+const ShellCommand* FindShellCommand(std::string_view word);
+
+// First words of script lines, each once.
+std::vector<std::string_view> ScriptWords();
+bool IsScriptWord(std::string_view word);
+
+// Keywords that may stand without their header: those of one family alone that are no script
+// words.
+std::vector<std::string_view> ShortKeywords();
+
+// "; did you mean a or b?" with the candidates next to a mistyped word, empty when none is near.
+std::string DidYouMean(std::string_view word, std::span<const std::string_view> candidates);
+
+}  // namespace vexosim
