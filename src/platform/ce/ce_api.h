@@ -27,9 +27,9 @@ static_assert(sizeof(CeDword) == 4 && sizeof(wchar_t) == 2, "the system's sizes"
 
 // As wide as a pointer; which integer types those are differs between 32 and 64 bits.
 #ifdef _WIN64
-using CeLong = long long;            // LPARAM, LRESULT
+using CeLong = long long;               // LPARAM, LRESULT
 using CeUnsigned = unsigned long long;  // WPARAM
-using CeDwordPtr = unsigned long long;
+using CeDwordPtr = unsigned long long;  // also of sizes
 #else
 using CeLong = long;
 using CeUnsigned = unsigned int;
@@ -55,12 +55,12 @@ struct CeFixedFileInfo {
 
 // ---- Constants ----------------------------------------------------------------------------------
 
-inline constexpr CeDword kCeAllocateText = 0x0100;       // FormatMessageW: the system allocates
-inline constexpr CeDword kCeTextFromSystem = 0x1000;     // FormatMessageW: from the system's texts
-inline constexpr CeDword kCeLoadWithoutReferences = 1;   // LoadLibraryExW: for its data alone
-inline constexpr unsigned kCeSendNormal = 0;             // SendMessageTimeout
-inline constexpr unsigned kCeAnsiCodePage = 0;           // MultiByteToWideChar
-inline constexpr unsigned kCeFixedMemory = 0;            // LocalAlloc
+inline constexpr CeDword kCeAllocateText = 0x0100;      // FormatMessageW: the system allocates
+inline constexpr CeDword kCeTextFromSystem = 0x1000;    // FormatMessageW: from the system's texts
+inline constexpr CeDword kCeLoadWithoutReferences = 1;  // LoadLibraryExW: for its data alone
+inline constexpr unsigned kCeSendNormal = 0;            // SendMessageTimeout
+inline constexpr unsigned kCeAnsiCodePage = 0;          // MultiByteToWideChar
+inline constexpr unsigned kCeFixedMemory = 0;           // LocalAlloc
 
 // ---- Kernel -------------------------------------------------------------------------------------
 
@@ -73,7 +73,7 @@ CE_IMPORT void* CE_CALL CreateEventW(_SECURITY_ATTRIBUTES* security, int manual_
 CE_IMPORT CeDword CE_CALL WaitForSingleObject(void* object, CeDword timeout_ms);
 CE_IMPORT int CE_CALL ReleaseMutex(void* mutex);
 CE_IMPORT int CE_CALL CloseHandle(void* handle);
-CE_IMPORT void* CE_CALL CreateThread(_SECURITY_ATTRIBUTES* security, std::size_t stack_bytes,
+CE_IMPORT void* CE_CALL CreateThread(_SECURITY_ATTRIBUTES* security, CeDwordPtr stack_bytes,
                                      CeThreadProc proc, void* argument, CeDword flags,
                                      CeDword* thread_id);
 CE_IMPORT int CE_CALL GetExitCodeThread(void* thread, CeDword* exit_code);
@@ -84,7 +84,7 @@ CE_IMPORT CeDword CE_CALL GetTickCount();
 CE_IMPORT CeDword CE_CALL GetLastError();
 CE_IMPORT void CE_CALL SetLastError(CeDword error);
 CE_IMPORT int CE_CALL DisableThreadLibraryCalls(HINSTANCE__* module);
-CE_IMPORT void* CE_CALL LocalAlloc(unsigned flags, std::size_t bytes);
+CE_IMPORT void* CE_CALL LocalAlloc(unsigned flags, CeDwordPtr bytes);
 CE_IMPORT void* CE_CALL LocalFree(void* memory);
 
 // ---- Drivers and modules ------------------------------------------------------------------------

@@ -18,17 +18,17 @@ void Plat_KernelDebugOutput(const char16_t* text) { NKDbgPrintfW(L"%s", Wide(tex
 char16_t* Plat_SystemText(std::uint32_t error_code, PlatHandle module) {
   wchar_t* text = nullptr;
   // With this flag the buffer argument is where the address of the system's own buffer goes.
-  const CeDword units =
-      FormatMessageW(kCeAllocateText | kCeTextFromSystem, reinterpret_cast<const void*>(module),
-                     error_code, GetSystemDefaultLangID(), reinterpret_cast<wchar_t*>(&text), 0,
-                     nullptr);
+  const CeDword units = FormatMessageW(
+      kCeAllocateText | kCeTextFromSystem, reinterpret_cast<const void*>(module), error_code,
+      GetSystemDefaultLangID(), reinterpret_cast<wchar_t*>(&text), 0, nullptr);
   return units == 0 ? nullptr : reinterpret_cast<char16_t*>(text);
 }
 
 void Plat_FreeSystemText(char16_t* text) { LocalFree(text); }
 
 PlatHandle Plat_LoadDataModule(const char16_t* name) {
-  return reinterpret_cast<PlatHandle>(LoadLibraryExW(Wide(name), nullptr, kCeLoadWithoutReferences));
+  return reinterpret_cast<PlatHandle>(
+      LoadLibraryExW(Wide(name), nullptr, kCeLoadWithoutReferences));
 }
 
 void Plat_FreeModule(PlatHandle module) { FreeLibrary(reinterpret_cast<HINSTANCE__*>(module)); }
@@ -39,8 +39,9 @@ std::size_t Plat_FormatV(char16_t* buffer, std::size_t capacity, const char16_t*
   const std::size_t room = capacity - 1;
   const int length = _vsnwprintf(Wide(buffer), room, Wide(format), arguments);
   // A negative length says that the text was cut; neither then nor when it just fits is it ended.
-  const std::size_t end =
-      length < 0 || static_cast<std::size_t>(length) > room ? room : static_cast<std::size_t>(length);
+  const std::size_t end = length < 0 || static_cast<std::size_t>(length) > room
+                              ? room
+                              : static_cast<std::size_t>(length);
   buffer[end] = u'\0';
   return end;
 }

@@ -1,0 +1,26 @@
+// Compiles only where the library's own declarations of the system's calls are the system's: each
+// function is declared twice here, and a difference in a type or a convention is an error.
+#include <windows.h>
+// A macro for one of two names here, a name of its own on the device.
+#undef SendMessageTimeout
+
+#include <cstddef>
+#include <type_traits>
+
+#include "ce_api.h"
+
+static_assert(std::is_same_v<CeDword, DWORD> && std::is_same_v<CeLong, LPARAM> &&
+              std::is_same_v<CeLong, LRESULT> && std::is_same_v<CeUnsigned, WPARAM> &&
+              std::is_same_v<CeDwordPtr, DWORD_PTR> &&
+              std::is_same_v<CeThreadProc, LPTHREAD_START_ROUTINE>);
+
+static_assert(kCeAllocateText == FORMAT_MESSAGE_ALLOCATE_BUFFER &&
+              kCeTextFromSystem == FORMAT_MESSAGE_FROM_SYSTEM &&
+              kCeLoadWithoutReferences == DONT_RESOLVE_DLL_REFERENCES &&
+              kCeSendNormal == SMTO_NORMAL && kCeAnsiCodePage == CP_ACP &&
+              kCeFixedMemory == LMEM_FIXED);
+
+static_assert(offsetof(CeFixedFileInfo, file_version_ms) ==
+                  offsetof(VS_FIXEDFILEINFO, dwFileVersionMS) &&
+              offsetof(CeFixedFileInfo, file_version_ls) ==
+                  offsetof(VS_FIXEDFILEINFO, dwFileVersionLS));
