@@ -8,7 +8,6 @@
 
 LibraryState g_library;
 
-
 namespace {
 
 constexpr const char16_t* kLockName = u"CS4_GlobalLock";

@@ -21,7 +21,3 @@ void VexoSDK_Detach();
 // Reads the version of a file into g_version_text, empty when its version block cannot be read.
 // Returns 1 when the file has version information, else 0.
 std::int32_t VexoSDK_ReadVersion(const char16_t* path);
-
-// One word in a data section that all processes share. Nothing reads or writes it; other programs
-// of the board know that it is there.
-extern std::uint32_t g_shared_word;

@@ -175,3 +175,9 @@ std::size_t Plat_FormatV(char16_t* buffer, std::size_t capacity, const char16_t*
 
 // Converts a text of the ANSI code page; what does not fit into capacity units is cut.
 void Plat_WidenAnsi(const char* text, char16_t* buffer, std::size_t capacity);
+
+// ---- Shared data --------------------------------------------------------------------------------
+
+// One word in a data section that all processes share. Nothing reads or writes it; other programs
+// of the board know that it is there.
+extern std::uint32_t g_shared_word;

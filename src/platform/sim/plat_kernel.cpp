@@ -10,6 +10,8 @@ sim::Kernel& TheKernel() { return sim::TheWorld().kernel; }
 
 }  // namespace
 
+std::uint32_t g_shared_word = 1;
+
 PlatHandle Plat_CreateMutex(const char16_t* name) {
   return TheKernel().CreateMutex(name == nullptr ? std::u16string() : name);
 }
