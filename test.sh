@@ -8,7 +8,7 @@ jobs="$(nproc)"
 scratch="$(mktemp -d)"
 trap 'rm -rf "$scratch"' EXIT
 
-stages=11
+stages=12
 started=0
 failed=0
 tests_passed=0
@@ -66,6 +66,24 @@ run_benchmarks() {
   ((count > 0)) || { echo "There are no benchmarks."; return 1; }
 }
 
+# A short run of each fuzzer from its kept corpus; always the same one, so that a failure is the
+# change's own. What an input looks like that fails stands in the output.
+run_fuzzers() {
+  local name runs
+  for name in text_command tokenizer; do
+    runs=20000
+    [[ "$name" == tokenizer ]] && runs=200000
+    mkdir -p "$scratch/fuzz-$name"
+    if ! build/sanitize/fuzz/fuzz_"$name" -seed=1 -runs="$runs" -max_len=4200 \
+      -dict=fuzz/text_commands.dict -artifact_prefix="$scratch/" \
+      "$scratch/fuzz-$name" "fuzz/corpus/$name" >"$scratch/fuzz.log" 2>&1; then
+      cat "$scratch/fuzz.log"
+      return 1
+    fi
+    echo "$name: $(tail -n 1 "$scratch/fuzz.log")"
+  done
+}
+
 # The demo, away from the sources, because it leaves a picture where it runs.
 run_demo() {
   local log="$scratch/demo.log"
@@ -84,6 +102,7 @@ stage "tests (g++)" run_tests gcc
 stage "library needs no runtime" scripts/check_library.sh build/gcc/libvexoctrl.a
 stage "build (clang++, sanitizers)" scripts/build.sh sanitize -k 0 all
 stage "tests (clang++, sanitizers)" run_tests sanitize
+stage "fuzzers (clang++, sanitizers)" run_fuzzers
 stage "lint (clang-tidy)" scripts/build.sh sanitize -k 0 tidy
 stage "benchmarks (g++)" run_benchmarks
 stage "demo" run_demo

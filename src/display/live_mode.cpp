@@ -4,6 +4,7 @@
 
 #include "api/diagnostics.h"
 #include "chip/register_bus.h"
+#include "display/channel_display.h"
 #include "display/channel_masks.h"
 #include "display/display_state.h"
 #include "display/live_split.h"
@@ -35,11 +36,10 @@ struct DecoderChoice {
 constexpr DecoderChoice kDecoder4Ch = {&kDecoderLive, &kDecoderLive};
 constexpr DecoderChoice kDecoderLarger = {&kDecoderLive, &kDecoderLive};
 
-// Writes first, first + 1, ... to a register of the four positions on all chips.
-void WriteAscendingToAll(std::uint8_t reg, std::uint8_t first) {
-  for (unsigned i = 0; i < kChannelsPerChip; ++i) {
-    TW_WriteRegister(kChipAll, kPage1, RegisterAt(reg, kDisplayStride, i),
-                     static_cast<std::uint8_t>(first + i));
+// Each position shows its own channel.
+void WriteLivePaths() {
+  for (std::uint8_t i = 0; i < kChannelsPerChip; ++i) {
+    TW_WriteRegister(kChipAll, kPage1, RegisterAt(kChannelPath, kDisplayStride, i), i);
   }
 }
 
@@ -53,8 +53,8 @@ void ClearOverlays() {
 void ProgramLivePath() {
   const DecoderChoice& choice = g_video.max_channel == 4 ? kDecoder4Ch : kDecoderLarger;
   const DecoderTable& table = IsNtsc() ? *choice.ntsc : *choice.other;
-  WriteAscendingToAll(kChannelDisplay, kDisplayEnable);
-  WriteAscendingToAll(kChannelPath, 0x00);
+  WriteChannelDisplayToAll(kDisplayEnable);
+  WriteLivePaths();
   TW_WriteReg_Table(kChipAll, kPage0, kDecoderBlock, table.data(),
                     static_cast<std::uint8_t>(table.size()));
   ClearOverlays();

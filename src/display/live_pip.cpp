@@ -2,6 +2,7 @@
 
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
+#include "display/channel_display.h"
 #include "display/live_scale.h"
 #include "display/window_tables.h"
 
@@ -14,27 +15,14 @@ struct PipWindows {
 constexpr PipWindows kPipNtsc = {{0x04, 0xB0, 0x01, 0x77}, {0x78, 0xA2, 0x4B, 0x69}};
 constexpr PipWindows kPipPal = {{0x04, 0xB0, 0x01, 0x8E}, {0x78, 0xA2, 0x59, 0x7C}};
 
-void Place(std::uint8_t channel, const WindowRect& rect) {
-  WriteWindow(TW_GetChipSelect(channel), ChannelPosition(channel), rect);
-}
-
 void PlaceOnTop(std::uint8_t channel, const WindowRect& rect) {
-  Place(channel, rect);
-  const std::uint8_t position = ChannelPosition(channel);
-  TW_WriteRegister(TW_GetChipSelect(channel), kPage1,
-                   RegisterAt(kChannelDisplay, kDisplayStride, position),
-                   static_cast<std::uint8_t>(kDisplayEnable | kDisplayFront | position));
+  WriteChannelWindow(channel, rect);
+  WriteChannelDisplay(TW_GetChipSelect(channel), ChannelPosition(channel),
+                      kDisplayEnable | kDisplayFront);
 }
 
-void WriteDisplayOfAll(std::uint8_t bits) {
-  for (unsigned i = 0; i < kChannelsPerChip; ++i) {
-    TW_WriteRegister(kChipAll, kPage1, RegisterAt(kChannelDisplay, kDisplayStride, i),
-                     static_cast<std::uint8_t>(bits | i));
-  }
-}
-
-void ShowAllBehind() { WriteDisplayOfAll(kDisplayEnable); }
-void ShowAllInFront() { WriteDisplayOfAll(kDisplayEnable | kDisplayFront); }
+void ShowAllBehind() { WriteChannelDisplayToAll(kDisplayEnable); }
+void ShowAllInFront() { WriteChannelDisplayToAll(kDisplayEnable | kDisplayFront); }
 
 }  // namespace
 
@@ -42,9 +30,9 @@ void TW_SetLivePip(std::uint8_t main, std::uint8_t inset) {
   const PipWindows& windows = IsNtsc() ? kPipNtsc : kPipPal;
   ShowAllBehind();
   // Wanted: the channels above the main one are not hidden.
-  for (std::uint8_t n = 0; n < main; ++n) Place(n, kHiddenWindow);
+  for (std::uint8_t n = 0; n < main; ++n) WriteChannelWindow(n, kHiddenWindow);
   TW_SetLiveScaleX(main, kScaleFull, kScaleFull);
-  Place(main, windows.main);
+  WriteChannelWindow(main, windows.main);
   TW_SetLiveScaleX(inset, kScaleQuarter, kScaleQuarter);
   PlaceOnTop(inset, windows.inset);
 }

@@ -3,6 +3,7 @@
 #include "api/diagnostics.h"
 #include "chip/register_bus.h"
 #include "display/anti_rolling.h"
+#include "display/channel_display.h"
 #include "display/channel_masks.h"
 #include "display/display_state.h"
 #include "display/split_layout.h"
@@ -18,13 +19,10 @@ constexpr std::uint8_t kSecondPageWrapped = 2;  // channels 0 and 1
 constexpr std::uint8_t kSecondPageWrapWindow = 7;
 
 void PlaceChannel(std::uint8_t channel, std::uint8_t mode, std::uint8_t window) {
-  WriteWindow(TW_GetChipSelect(channel), ChannelPosition(channel),
-              WindowOf(g_layout.live, mode, window));
+  WriteChannelWindow(channel, WindowOf(g_layout.live, mode, window));
 }
 
-void HideChannel(std::uint8_t channel) {
-  WriteWindow(TW_GetChipSelect(channel), ChannelPosition(channel), kHiddenWindow);
-}
+void HideChannel(std::uint8_t channel) { WriteChannelWindow(channel, kHiddenWindow); }
 
 void ProgramScalers(const BoardVariant& board, std::uint8_t mode, const std::uint8_t* channels) {
   if (!HasLargeWindow(mode)) {
@@ -58,9 +56,8 @@ void ProgramWindows4Ch(std::uint8_t mode, const std::uint8_t* channels) {
   }
   // The release sets the front bit of all four anyway; what hides the others is the zero rectangle.
   for (std::uint8_t n = 0; n < kBoard4Ch.channels; ++n) {
-    const unsigned front = n == channels[0] ? kDisplayFront : 0u;
-    TW_WriteRegister(kChipAll, kPage1, RegisterAt(kChannelDisplay, kDisplayStride, n),
-                     static_cast<std::uint8_t>(kDisplayEnable | front | n));
+    const std::uint8_t front = n == channels[0] ? kDisplayFront : std::uint8_t{0};
+    WriteChannelDisplay(kChipAll, n, kDisplayEnable | front);
   }
 }
 

@@ -3,6 +3,7 @@
 #include "api/diagnostics.h"
 #include "chip/register_bus.h"
 #include "display/anti_rolling.h"
+#include "display/channel_display.h"
 #include "display/display_state.h"
 #include "display/split_layout.h"
 
@@ -10,17 +11,12 @@ namespace {
 
 constexpr std::uint8_t kShown = kDisplayEnable | kDisplayFront;
 
-void WriteDisplay(std::uint8_t chip, std::uint8_t position, std::uint8_t bits) {
-  TW_WriteRegister(chip, kPage1, RegisterAt(kChannelDisplay, kDisplayStride, position),
-                   static_cast<std::uint8_t>(bits | position));
-}
-
 // Shows a channel in a window of the mode; scales and layout codes are the caller's.
 void ShowInWindow(std::uint8_t channel, std::uint8_t mode, std::uint8_t window) {
   const std::uint8_t chip = TW_GetChipSelect(channel);
   const std::uint8_t position = ChannelPosition(channel);
   WriteWindow(chip, position, WindowOf(g_layout.live, mode, window));
-  WriteDisplay(chip, position, kShown);
+  WriteChannelDisplay(chip, position, kShown);
 }
 
 void ShowScaledInWindow(std::uint8_t channel, std::uint8_t mode, std::uint8_t window) {
@@ -43,11 +39,11 @@ void ShowFullScreen(std::uint8_t first) {
   g_display.selected_channel = first;
   if (g_video.max_channel == 4) {
     for (std::uint8_t i = 0; i < kChannelsPerChip; ++i) {
-      WriteDisplay(kChipAll, i, i == first ? kShown : kDisplayEnable);
+      WriteChannelDisplay(kChipAll, i, i == first ? kShown : kDisplayEnable);
     }
   } else {
-    for (std::uint8_t i = 0; i < kChannelsPerChip; ++i) WriteDisplay(kChipAll, i, kDisplayEnable);
-    WriteDisplay(TW_GetChipSelect(first), ChannelPosition(first), kShown);
+    WriteChannelDisplayToAll(kDisplayEnable);
+    WriteChannelDisplay(TW_GetChipSelect(first), ChannelPosition(first), kShown);
   }
   WriteLayoutCodesToAll(kSplitFull);
 }
@@ -140,9 +136,7 @@ void TW_SetLiveSplitDirect(std::uint8_t mode, std::uint8_t first_channel, std::u
   g_display.live_split = mode;
   g_display.split_option = option;
 
-  for (std::uint8_t i = 0; i < kChannelsPerChip; ++i) {
-    WriteDisplay(kChipAll, i, kDisplayEnable | kDisplayHold);
-  }
+  WriteChannelDisplayToAll(kDisplayEnable | kDisplayHold);
   WaitUntilSettled(kPollWithoutLimit);
   if (g_video.max_channel != 0) ShowSplit(mode, first_channel, option);
   ReleaseHeld(mode);

@@ -2,6 +2,7 @@
 
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
+#include "display/channel_display.h"
 #include "display/split_layout.h"
 
 PlaybackState g_playback;
@@ -77,19 +78,12 @@ void WriteDisplayToAll(std::uint8_t reg, std::uint8_t value) {
   TW_WriteRegister(kChipAll, kPage1, reg, value);
 }
 
-void ShowDecodedChannels() {
-  for (unsigned i = 0; i < kChannelsPerChip; ++i) {
-    WriteDisplayToAll(RegisterAt(kChannelDisplay, kDisplayStride, i),
-                      static_cast<std::uint8_t>(kDecodedShown | i));
-  }
-}
+void ShowDecodedChannels() { WriteChannelDisplayToAll(kDecodedShown); }
 
 void BringToFront(std::uint8_t channels, std::uint8_t channel) {
   if (channel >= channels) return;
-  const std::uint8_t position = ChannelPosition(channel);
-  TW_WriteRegister(TW_GetChipSelect(channel), kPage1,
-                   RegisterAt(kChannelDisplay, kDisplayStride, position),
-                   static_cast<std::uint8_t>(kDecodedShown | kDisplayFront | position));
+  WriteChannelDisplay(TW_GetChipSelect(channel), ChannelPosition(channel),
+                      kDecodedShown | kDisplayFront);
 }
 
 void BeginPlayLayout(std::uint8_t mode) {
@@ -152,8 +146,7 @@ void WriteWindowKindAndScaler(std::uint8_t chip, std::uint8_t mode) {
 }
 
 void PlacePlayChannel(std::uint8_t channel, std::uint8_t mode, std::uint8_t window) {
-  WriteWindow(TW_GetChipSelect(channel), ChannelPosition(channel),
-              WindowOf(g_layout.play, mode, window));
+  WriteChannelWindow(channel, WindowOf(g_layout.play, mode, window));
 }
 
 // ---- Whole layouts ------------------------------------------------------------------------------
@@ -161,9 +154,9 @@ void PlacePlayChannel(std::uint8_t channel, std::uint8_t mode, std::uint8_t wind
 void PlaceChannels(std::uint8_t channels, std::uint8_t mode, const WindowOfChannel& window_of) {
   for (std::uint8_t n = 0; n < channels; ++n) {
     if (window_of[n] == kNoWindow) {
-      WriteWindow(TW_GetChipSelect(n), ChannelPosition(n), kHiddenWindow);
+      WriteChannelWindow(n, kHiddenWindow);
     } else if (g_playback.centred_picture != 0) {
-      WriteWindow(TW_GetChipSelect(n), ChannelPosition(n), CentredPicture());
+      WriteChannelWindow(n, CentredPicture());
     } else {
       PlacePlayChannel(n, mode, window_of[n]);
     }

@@ -169,3 +169,7 @@ void WriteWindow(std::uint8_t chip, std::uint8_t position, const WindowRect& rec
   TW_WriteRegister(chip, kPage1, static_cast<std::uint8_t>(first + 2), rect.y_start);
   TW_WriteRegister(chip, kPage1, static_cast<std::uint8_t>(first + 3), rect.y_end);
 }
+
+void WriteChannelWindow(std::uint8_t channel, const WindowRect& rect) {
+  WriteWindow(TW_GetChipSelect(channel), ChannelPosition(channel), rect);
+}

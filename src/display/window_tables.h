@@ -52,5 +52,8 @@ void SetWindowOffset(WindowTable& table, std::uint8_t mode, std::uint8_t window,
 // Writes a rectangle to the window registers of a channel's position on a chip (or on all).
 void WriteWindow(std::uint8_t chip, std::uint8_t position, const WindowRect& rect);
 
+// The same for a channel, on the chip that carries it.
+void WriteChannelWindow(std::uint8_t channel, const WindowRect& rect);
+
 // Four zeros hide a channel.
 inline constexpr WindowRect kHiddenWindow = {0, 0, 0, 0};

@@ -153,7 +153,7 @@ class Terminal {
       shown_.append(bytes, static_cast<std::size_t>(length));
     }
     const std::size_t end = std::min(shown_.size(), shown_.find(text) + text.size());
-    const std::string before = shown_.substr(0, end);
+    std::string before = shown_.substr(0, end);
     shown_.erase(0, end);
     return before;
   }

@@ -255,6 +255,7 @@ TEST_F(ShellTest, LetsABoardSettleThatNeverWould) {
   EXPECT_GE(waited, 60'000u);
   EXPECT_LT(waited, 70'000u);
   EXPECT_EQ(Run("lsplit 6 0"), "      vexo lsplit 6 0\n      = 0\n");
+  EXPECT_EQ(sim::TheWorld().kernel.Now() - begin, waited);  // settled at once
 }
 
 TEST_F(ShellTest, LeavesALineAloneThatSettlesInTime) {

@@ -79,7 +79,7 @@ class TextExamples : public test::LibraryTest {};
 
 TEST_F(TextExamples, AreLinesOfTheirOwnCommandsAndSucceed) {
   for (const Family& family : Families()) {
-    for (std::uint8_t i = 0; i < family.help.size(); ++i) {
+    for (std::size_t i = 0; i < family.help.size(); ++i) {
       const std::string line(family.help[i].example);
       TextMatch match;
       ASSERT_EQ(ReadKeyword(family.grammar, line.c_str(), match), TextResult::kMatched) << line;

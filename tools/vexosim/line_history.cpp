@@ -33,7 +33,7 @@ void LineHistory::Add(const std::string& line) {
   if (line.empty() || (!lines_.empty() && lines_.back() == line)) return;
   lines_.push_back(line);
   DropOldest();
-  // At once, so that no end of the program loses it; a failure leaves the line in this session.
+  // At once, so that no end of the program loses it; a failure leaves the line in memory.
   if (path_) std::ofstream(*path_, std::ios::app) << line << '\n';
 }
 

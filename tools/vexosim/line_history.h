@@ -13,7 +13,7 @@ class LineHistory {
   static constexpr std::size_t kMost = 1000;
 
   // Reads the file, one line each; without a path, or when the file cannot be used, lines are
-  // kept for this session alone.
+  // kept for this run alone.
   explicit LineHistory(std::optional<std::string> path);
 
   // Keeps a line, unless it is the last one again.

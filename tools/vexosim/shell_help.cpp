@@ -57,7 +57,7 @@ std::vector<std::string_view> AllWords() {
   for (const TextGrammar* grammar : TextGrammars()) {
     const std::vector<std::string_view> keywords = Keywords(*grammar);
     words.insert(words.end(), keywords.begin(), keywords.end());
-    words.push_back(grammar->header);
+    words.emplace_back(grammar->header);
   }
   for (const ShellCommand& command : ShellCommands()) words.push_back(command.word);
   return words;

@@ -88,7 +88,7 @@ std::optional<std::string> WhyNot(std::string_view line, int result) {
   if (grammar == nullptr) return std::nullopt;
   if (line.size() > kLineMax)
     return "a line has " + std::to_string(kLineMax) + " characters at most";
-  const auto wrong = WrongWord(*grammar, line);
+  auto wrong = WrongWord(*grammar, line);
   if (wrong && result == VEXO_OK) return *wrong + ": accepted without effect";
   return wrong;
 }
