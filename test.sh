@@ -8,7 +8,7 @@ jobs="$(nproc)"
 scratch="$(mktemp -d)"
 trap 'rm -rf "$scratch"' EXIT
 
-stages=12
+stages=14
 started=0
 failed=0
 tests_passed=0
@@ -104,6 +104,8 @@ stage "build (clang++, sanitizers)" scripts/build.sh sanitize -k 0 all
 stage "tests (clang++, sanitizers)" run_tests sanitize
 stage "fuzzers (clang++, sanitizers)" run_fuzzers
 stage "lint (clang-tidy)" scripts/build.sh sanitize -k 0 tidy
+stage "DLL (MinGW-w64, 64 and 32 bits)" scripts/build_windows.sh
+stage "DLL in a host (Wine)" windows/run_host.sh
 stage "benchmarks (g++)" run_benchmarks
 stage "demo" run_demo
 

@@ -2,7 +2,7 @@
 # Installs the Debian packages that this project needs and that are missing.
 #
 #   scripts/packages.sh build   what ./run.sh needs: compiler, build tools, libraries
-#   scripts/packages.sh test    what ./test.sh needs besides: clang and its tools
+#   scripts/packages.sh test    what ./test.sh needs besides: clang and its tools, MinGW-w64, Wine
 #
 # Asks the package manager for nothing when all are there, so it needs no network then.
 set -euo pipefail
@@ -11,8 +11,12 @@ build_packages=(
   binutils cmake g++ gcc libbenchmark-dev libc6-dev libcli11-dev libedit-dev libgmock-dev
   libgtest-dev libpng-dev ninja-build nlohmann-json3-dev
 )
-# llvm has the symbolizer that puts function names into sanitizer reports.
-test_packages=("${build_packages[@]}" clang clang-format clang-tidy libclang-rt-14-dev llvm)
+# llvm has the symbolizer that puts function names into sanitizer reports; MinGW-w64 and Wine build
+# and run the library as a DLL.
+test_packages=(
+  "${build_packages[@]}" clang clang-format clang-tidy libclang-rt-14-dev llvm
+  g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine wine64
+)
 
 case "${1:-}" in
   build) wanted=("${build_packages[@]}") ;;
