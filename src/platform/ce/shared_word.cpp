@@ -1,4 +1,11 @@
 #include "platform.h"
 
-// In a section that all processes which load the library have in common.
-__attribute__((section(".shared"), shared)) std::uint32_t g_shared_word = 1;
+// In a section that all processes which load the library have in common: for the desktop the
+// compiler marks it so, for the device the image's maker.
+#ifdef _WIN32
+#define SHARED_SECTION __attribute__((section(".shared"), shared))
+#else
+#define SHARED_SECTION __attribute__((section(".shared")))
+#endif
+
+SHARED_SECTION std::uint32_t g_shared_word = 1;
