@@ -35,7 +35,7 @@ addresses_\label:
  * The function that callers see: it goes on to the address that the system put into the table.
  * BX, because the system's code may be Thumb code.
  */
-.macro VENEER name
+.macro VENEER name, address
   .section .text.import.\name, "ax", %progbits
   .balign 4
   .global \name
@@ -44,11 +44,12 @@ addresses_\label:
   ldr ip, [pc, #4]
   ldr ip, [ip]
   bx ip
-  .word address_\name
+  .word \address
   .size \name, . - \name
 .endm
 
-.macro IMPORT name
+/* The label is what callers in the library call, when that is not the name. */
+.macro IMPORT name, label=
   .section .tables.4.names
 name_\name:
   .hword 0 /* where to look first: not known */
@@ -59,7 +60,11 @@ name_\name:
   .section .iat
 address_\name:
   .word name_\name - IMAGE_BASE
-  VENEER \name
+  .ifb \label
+  VENEER \name, address_\name
+  .else
+  VENEER \label, address_\name
+  .endif
 .endm
 
 .macro IMPORT_ORDINAL name, ordinal
@@ -68,7 +73,7 @@ address_\name:
   .section .iat
 address_\name:
   .word 0x80000000 + \ordinal
-  VENEER \name
+  VENEER \name, address_\name
 .endm
 
 /* The exports, in the order of their names (as bytes: the system searches by halves). */

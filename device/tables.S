@@ -11,7 +11,6 @@ LIBRARY COREDLL, "COREDLL.dll"
   IMPORT CreateThread
   IMPORT GetExitCodeThread
   IMPORT TerminateThread
-  IMPORT GetCurrentThreadId
   IMPORT CeSetThreadQuantum
   IMPORT Sleep
   IMPORT GetTickCount
@@ -33,7 +32,7 @@ LIBRARY COREDLL, "COREDLL.dll"
   IMPORT OutputDebugStringW
   IMPORT NKDbgPrintfW
   IMPORT FormatMessageW
-  IMPORT GetSystemDefaultLangID
+  IMPORT GetSystemDefaultLangID, Import_GetSystemDefaultLangID
   IMPORT MultiByteToWideChar
   /* Window messages */
   IMPORT IsWindow
