@@ -5,6 +5,7 @@
 #include <iostream>
 #include <map>
 
+#include "tools/vexosim/arm_exports.h"
 #include "tools/vexosim/demo.h"
 #include "tools/vexosim/script.h"
 #include "tools/vexosim/shell.h"
@@ -56,7 +57,15 @@ constexpr const char* kRunIntroduction =
 const std::map<std::string, ColourChoice> kColourChoices = {
     {"auto", ColourChoice::Auto}, {"always", ColourChoice::Always}, {"never", ColourChoice::Never}};
 
+// The library's binary for the board, run instruction by instruction in the place of the linked
+// one.
+struct ImageArguments {
+  std::string file;  // empty: the linked library
+  std::optional<std::uint32_t> base;
+};
+
 struct RunArguments {
+  ImageArguments image;
   std::string script;
   std::string trace;
   std::string picture;
@@ -83,8 +92,34 @@ void AddColour(CLI::App& app, std::string& colour) {
       });
 }
 
-int RunCommand(const RunArguments& arguments) {
+void AddImage(CLI::App& app, ImageArguments& image) {
+  app.add_option("--image", image.file,
+                 "Runs this binary for the board, VexoCtrlSDK.DLL for Windows CE on ARM, on an "
+                 "emulated\nprocessor instead of the library in this program")
+      ->type_name("FILE.DLL");
+  app.add_option("--image-base", image.base, "Where the binary is loaded; default: where it wants")
+      ->type_name("ADDRESS");
+}
+
+// Calls `run` with the machine of the image, null when there is none. Returns one of kExit....
+template <typename Function>
+int WithImage(const ImageArguments& arguments, Function run) {
+  if (arguments.file.empty()) return run(nullptr);
+  try {
+    MachineOptions options;
+    options.base = arguments.base;
+    ArmMachine machine(PeImage::Load(arguments.file), options);
+    const ImageInUse in_use(machine);
+    return run(&machine);
+  } catch (const BadImage& error) {
+    std::cerr << "vexosim: " << error.what() << std::endl;
+    return kExitWrong;
+  }
+}
+
+int RunCommand(const RunArguments& arguments, const ArmMachine* machine) {
   RunOptions options;
+  options.machine = machine;
   options.quiet = arguments.quiet;
   options.show_progress = Progress::OnTerminal();
   options.style = StandardOutputStyle(kColourChoices.at(arguments.colour));
@@ -150,6 +185,8 @@ int Main(int argc, const char* const* argv) {
           "Where the 4 x 4 live picture is written; the one of playback is written beside it")
       ->type_name("FILE.png")
       ->capture_default_str();
+  ImageArguments demo_image;
+  AddImage(*demo, demo_image);
   AddColour(*demo, demo_colour);
   demo->footer(
       "Brings the board up, draws its live picture, changes the layout, unplugs a camera, shows\n"
@@ -175,6 +212,7 @@ int Main(int argc, const char* const* argv) {
       ->type_name("N");
   run->add_flag("--quiet", run_arguments.quiet,
                 "Only what the script prints, and the expectations that are not met");
+  AddImage(*run, run_arguments.image);
   AddColour(*run, run_arguments.colour);
   run->footer(kRunIntroduction + LanguageHelp());
 
@@ -205,7 +243,10 @@ int Main(int argc, const char* const* argv) {
   }
   if (*demo) {
     demo_options.style = StandardOutputStyle(kColourChoices.at(demo_colour));
-    return RunDemo(demo_options, std::cout, std::cerr);
+    return WithImage(demo_image, [&](const ArmMachine* machine) {
+      demo_options.machine = machine;
+      return RunDemo(demo_options, std::cout, std::cerr);
+    });
   }
   if (*shell) {
     shell_options.style = StandardOutputStyle(kColourChoices.at(shell_colour));
@@ -215,7 +256,8 @@ int Main(int argc, const char* const* argv) {
     std::cout << TextCommandManual() << std::flush;
     return kExitDone;
   }
-  return RunCommand(run_arguments);
+  return WithImage(run_arguments.image,
+                   [&](const ArmMachine* machine) { return RunCommand(run_arguments, machine); });
 }
 
 }  // namespace vexosim

@@ -11,6 +11,7 @@
 #include "VexoCtrlSDK.h"
 #include "sim/screen.h"
 #include "tools/vexosim/action_log.h"
+#include "tools/vexosim/arm_machine.h"
 #include "tools/vexosim/host.h"
 #include "tools/vexosim/message_words.h"
 #include "tools/vexosim/picture_text.h"
@@ -221,6 +222,10 @@ class Demo {
     row("bus cycles", std::to_string(World().trace.Cycles()));
     row("virtual time", std::to_string(World().kernel.Now()) + " ms");
     row("real time", std::to_string(real.count()) + " ms");
+    if (options_.machine != nullptr) {
+      row("instructions", std::to_string(options_.machine->Instructions()));
+      row("deepest stack", std::to_string(options_.machine->DeepestStack()) + " bytes");
+    }
     out_.flush();
   }
 
@@ -254,6 +259,10 @@ int RunDemo(const DemoOptions& options, std::ostream& out, std::ostream& err) {
   } catch (const std::exception& error) {
     out.flush();
     err << "vexosim demo: " << error.what() << std::endl;
+    return kExitUnmet;
+  }
+  if (options.machine != nullptr && options.machine->FirstFault()) {
+    err << "vexosim demo: " << *options.machine->FirstFault() << std::endl;
     return kExitUnmet;
   }
   for (const std::string& warning : demo.Warnings()) err << "warning: " << warning << '\n';

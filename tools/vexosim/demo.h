@@ -9,9 +9,12 @@
 
 namespace vexosim {
 
+class ArmMachine;
+
 struct DemoOptions {
   std::string picture = "vexosim-demo.png";  // the 4x4 live picture
   PictureStyle style;
+  const ArmMachine* machine = nullptr;  // what runs the library, none for the linked one
 };
 
 // Where the 4x4 playback picture goes: beside the live one, "demo-playback.png" for "demo.png".

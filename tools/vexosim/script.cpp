@@ -4,6 +4,7 @@
 
 #include "sim/screen.h"
 #include "tools/vexosim/action_log.h"
+#include "tools/vexosim/arm_machine.h"
 #include "tools/vexosim/host.h"
 #include "tools/vexosim/register_listing.h"
 #include "tools/vexosim/trace_json.h"
@@ -70,6 +71,9 @@ class Run {
       return true;
     } catch (const sim::Deadlock& deadlock) {
       Complain(statement, deadlock.what());
+      status_ = kExitUnmet;
+    } catch (const ImageFault& fault) {
+      Complain(statement, fault.what());
       status_ = kExitUnmet;
     } catch (const std::exception& error) {
       Complain(statement, error.what());
@@ -144,9 +148,22 @@ class Run {
            << (checks_ == 1 ? " expectation" : " expectations")
            << (unmet_ == 0 ? " met" : " not met") << '\n';
     }
+    if (options_.machine != nullptr) PrintMachine(*options_.machine);
     out_.flush();
     for (const std::string& warning : WarningsInWords(world.reports.All())) {
       err_ << "warning: " << warning << '\n';
+    }
+  }
+
+  void PrintMachine(const ArmMachine& machine) {
+    if (!options_.quiet) {
+      out_ << "image: " << machine.Instructions() << " instructions, " << machine.DeepestStack()
+           << " bytes of stack\n";
+    }
+    // One in a thread comes out when the host pauses next, which may be never.
+    if (machine.FirstFault() && status_ == kExitDone) {
+      err_ << name_ << ": " << *machine.FirstFault() << std::endl;
+      status_ = kExitUnmet;
     }
   }
 

@@ -13,8 +13,10 @@
 
 namespace vexosim {
 
+class ArmMachine;
+
 inline constexpr int kExitDone = 0;
-inline constexpr int kExitUnmet = 1;  // an expectation failed, or nothing could go on
+inline constexpr int kExitUnmet = 1;  // an expectation failed, nothing could go on, or a fault
 inline constexpr int kExitWrong = 2;  // the script or the command line is wrong
 
 struct Statement {
@@ -44,6 +46,8 @@ struct RunOptions {
   bool registers = false;              // print all register pages at the end
   std::optional<std::string> picture;  // write the screen at the end
   std::ostream* trace = nullptr;       // JSON lines
+  // The machine that runs the library, none for the linked one. A fault of it fails the run.
+  const ArmMachine* machine = nullptr;
 };
 
 // Runs a script on a fresh library and a fresh board. `name` stands in messages. The whole script

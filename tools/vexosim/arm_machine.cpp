@@ -1,0 +1,144 @@
+#include "tools/vexosim/arm_machine.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "sim/world.h"
+#include "tools/vexosim/text.h"
+
+namespace vexosim {
+namespace {
+
+constexpr std::uint32_t kSoftwareInterrupt = 0xEF000000;  // svc 0
+constexpr std::uint32_t kReturn = 0xE12FFF1E;             // bx lr
+
+void PutWord(std::uint8_t* at, std::uint32_t value) { std::memcpy(at, &value, sizeof(value)); }
+
+}  // namespace
+
+ArmMachine::ArmMachine(PeImage image, const MachineOptions& options)
+    : image_(std::move(image)),
+      options_(options),
+      base_(options.base.value_or(image_.PreferredBase())),
+      image_pages_(image_.Bytes()),
+      traps_((image_.Imports().size() + 1) * kTrapBytes) {
+  constexpr std::uint32_t kGranule = 0x10000;
+  if (base_ % kGranule != 0 || base_ < kLeastImageBase || base_ >= kImageLimit ||
+      image_.Bytes() > kImageLimit - base_) {
+    throw BadImage("the image cannot be loaded at " + Hex(base_, 8));
+  }
+  handlers_.push_back(nullptr);
+  for (const ImageImport& import : image_.Imports()) {
+    const ImportHandler handler = FindImport(import);
+    if (handler == nullptr) throw BadImage("the system has no " + import.InWords());
+    handlers_.push_back(handler);
+  }
+  for (unsigned trap = 0; trap < handlers_.size(); ++trap) {
+    std::uint8_t* at = traps_.Data() + trap * kTrapBytes;
+    PutWord(at, kSoftwareInterrupt);
+    PutWord(at + 4, kReturn);
+  }
+  for (const ImageSection& section : image_.Sections()) {
+    sections_.push_back(
+        {{base_ + section.rva, section.bytes, image_pages_.Data() + section.rva, section.writable},
+         section.executable});
+  }
+  Reload();
+}
+
+ArmMachine::~ArmMachine() {
+  for (const auto& [address, loan] : loans) std::free(loan.memory);
+}
+
+std::uint32_t ArmMachine::AddressOf(const std::string& name) const {
+  if (name.empty()) return base_ + image_.EntryRva();
+  const auto found = image_.Exports().find(name);
+  if (found == image_.Exports().end()) throw BadImage("the image does not export " + name);
+  return base_ + found->second;
+}
+
+void ArmMachine::Reload(std::optional<std::size_t> without) {
+  const std::vector<std::uint8_t> memory = image_.At(base_, without);
+  std::memcpy(image_pages_.Data(), memory.data(), memory.size());
+  for (unsigned i = 0; i < image_.Imports().size(); ++i) {
+    PutWord(image_pages_.Data() + image_.Imports()[i].slot_rva, TrapAddress(i + 1));
+  }
+  // What the last run did not free; the platform that counted it is gone.
+  for (const auto& [address, loan] : loans) std::free(loan.memory);
+  loans.clear();
+  heap_.Clear();
+  drivers.clear();
+  thread_starts.clear();
+  first_fault_.reset();
+}
+
+// ---- Processors -------------------------------------------------------------------------------
+
+ArmMachine::Lease::Lease(ArmMachine& machine)
+    : machine_(machine), cpu_([&machine]() -> ArmCpu& {
+        if (machine.idle_.empty()) {
+          const auto number = static_cast<unsigned>(machine.cpus_.size());
+          machine.cpus_.push_back(std::make_unique<ArmCpu>(machine, number));
+          machine.idle_.push_back(machine.cpus_.back().get());
+        }
+        ArmCpu& cpu = *machine.idle_.back();
+        machine.idle_.pop_back();
+        return cpu;
+      }()) {}
+
+ArmMachine::Lease::~Lease() {
+  cpu_.ForgetLoans();
+  machine_.idle_.push_back(&cpu_);
+}
+
+std::uint32_t ArmMachine::Call(std::uint32_t address, std::span<const std::uint32_t> arguments) {
+  return Lease(*this)->Call(address, arguments);
+}
+
+std::uint64_t ArmMachine::Instructions() const {
+  std::uint64_t sum = 0;
+  for (const auto& cpu : cpus_) sum += cpu->Instructions();
+  return sum;
+}
+
+std::uint32_t ArmMachine::DeepestStack() const {
+  std::uint32_t deepest = 0;
+  for (const auto& cpu : cpus_) deepest = std::max(deepest, cpu->DeepestStack());
+  return deepest;
+}
+
+void ArmMachine::Remember(const ImageFault& fault) {
+  if (!first_fault_) first_fault_ = fault.what();
+}
+
+std::string ArmMachine::Place(std::uint32_t address) const {
+  if (address < base_ || address - base_ >= image_.Bytes()) return Hex(address, 8);
+  return "image+" + Hex(address - base_, 4);
+}
+
+// ---- Bus windows ------------------------------------------------------------------------------
+
+std::optional<unsigned> ArmMachine::PortAt(std::uint32_t address) {
+  if (address < kGuestPage) return kNullPort;
+  const std::uint32_t page = (address - kBusAddress) / kGuestPage;
+  if (page >= sim::BusWindows::kCount) return std::nullopt;
+  return page;
+}
+
+PlatBusWindow ArmMachine::WindowAt(std::uint32_t address) {
+  const auto page = PortAt(address);
+  if (!page || *page == kNullPort || address != PortAddress(*page)) return nullptr;
+  return sim::BusWindows::Address(static_cast<sim::BusWindow>(*page));
+}
+
+void ArmMachine::StoreByte(unsigned page, std::uint8_t value) {
+  Plat_StoreByte(WindowAt(PortAddress(page)), value);
+}
+
+std::uint8_t ArmMachine::LoadByte(unsigned page) {
+  return Plat_LoadByte(WindowAt(PortAddress(page)));
+}
+
+}  // namespace vexosim
