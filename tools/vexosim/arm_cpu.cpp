@@ -291,6 +291,8 @@ void ArmCpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes)
          ", which is out of bounds");
   } else if (write && !extent->writable) {
     Note("a store to " + Hex(address, 8) + ", which is read-only");
+  } else if (!write) {
+    machine_.NoteLoad(address);
   }
 }
 

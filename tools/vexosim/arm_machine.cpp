@@ -23,7 +23,8 @@ ArmMachine::ArmMachine(PeImage image, const MachineOptions& options)
       options_(options),
       base_(options.base.value_or(image_.PreferredBase())),
       image_pages_(image_.Bytes()),
-      traps_((image_.Imports().size() + 1) * kTrapBytes) {
+      traps_((image_.Imports().size() + 1) * kTrapBytes),
+      loaded_(image_.Bytes() / 4) {
   constexpr std::uint32_t kGranule = 0x10000;
   if (base_ % kGranule != 0 || base_ < kLeastImageBase || base_ >= kImageLimit ||
       image_.Bytes() > kImageLimit - base_) {

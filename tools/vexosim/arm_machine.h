@@ -83,8 +83,16 @@ class ArmMachine {
   // "image+0x1234", or the address when it is not in the image.
   std::string Place(std::uint32_t address) const;
 
+  // Whether code loaded the word of the image at this offset since ForgetLoads.
+  bool Loaded(std::uint32_t rva) const { return loaded_[rva / 4]; }
+  void ForgetLoads() { loaded_.assign(loaded_.size(), false); }
+
   // ---- For its processors ---------------------------------------------------------------------
 
+  void NoteLoad(std::uint32_t address) {
+    const std::uint32_t word = (address - base_) / 4;
+    if (word < loaded_.size()) loaded_[word] = true;
+  }
   static std::uint32_t TrapAddress(unsigned trap) { return kTrapAddress + trap * kTrapBytes; }
   const GuestPages& Traps() const { return traps_; }
   std::uint32_t Answer(unsigned trap, ArmCpu& cpu) { return handlers_[trap](cpu); }
@@ -131,6 +139,7 @@ class ArmMachine {
   std::vector<ImportHandler> handlers_;  // by trap
   std::vector<std::unique_ptr<ArmCpu>> cpus_;
   std::vector<ArmCpu*> idle_;
+  std::vector<bool> loaded_;  // by word of the image
   std::optional<std::string> first_fault_;
 };
 

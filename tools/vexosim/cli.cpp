@@ -5,6 +5,7 @@
 #include <iostream>
 #include <map>
 
+#include "tools/vexosim/arm_compare.h"
 #include "tools/vexosim/arm_exports.h"
 #include "tools/vexosim/demo.h"
 #include "tools/vexosim/script.h"
@@ -232,6 +233,25 @@ int Main(int argc, const char* const* argv) {
   AddColour(*shell, shell_colour);
   shell->footer(kShellIntroduction);
 
+  CompareOptions compare_options;
+  CLI::App* compare =
+      app.add_subcommand("compare", "Runs scripts on the library and on its binary for the board");
+  compare->add_option("IMAGE", compare_options.image, "VexoCtrlSDK.DLL for Windows CE on ARM")
+      ->required()
+      ->type_name("");
+  compare->add_option("SCRIPT", compare_options.scripts, "Script files")->required()->type_name("");
+  compare
+      ->add_option("--image-base", compare_options.bases,
+                   "Where the binary is loaded; default: where it wants, and elsewhere")
+      ->type_name("ADDRESS");
+  compare->add_flag("--relocations", compare_options.relocations,
+                    "Also leaves out one base relocation after the other, and lists those that "
+                    "no script misses");
+  compare->footer(
+      "Each script must give the same trace, the same complaints and the same exit status on all;\n"
+      "only the build time in the banner may differ.\n"
+      "Exit status: 0 all the same, 1 something differs, 2 a file or the command line is wrong.\n");
+
   CLI::App* manual = app.add_subcommand(
       "manual", "Prints the manual page of the text commands, docs/text-commands.md");
 
@@ -252,6 +272,7 @@ int Main(int argc, const char* const* argv) {
     shell_options.style = StandardOutputStyle(kColourChoices.at(shell_colour));
     return RunShellHere(shell_options);
   }
+  if (*compare) return CompareImage(compare_options, std::cout, std::cerr);
   if (*manual) {
     std::cout << TextCommandManual() << std::flush;
     return kExitDone;
