@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Builds the recorder's library, VexoCtrlSDK.DLL for Windows CE 5 on ARM, with its map, into
+# build/device, and checks it: scripts/build_device.sh [arm|thumb]
+#
+# The argument is what the image calls its processor: arm (0x01C0, the default) or thumb (0x01C2),
+# for systems that take only that one. The code is ARM code in both.
+set -euo pipefail
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+machine="${1:-arm}"
+build="$root/build/device"
+log="$(mktemp)"
+trap 'rm -f "$log"' EXIT
+
+"$root/scripts/build.sh" gcc ceimage
+if ! cmake -S "$root/device" -B "$build" -G Ninja \
+  -DCMAKE_TOOLCHAIN_FILE="$root/device/toolchain.cmake" \
+  -DCEIMAGE="$root/build/gcc/ceimage" -DVEXO_MACHINE="$machine" </dev/null >"$log" 2>&1; then
+  cat "$log"
+  exit 1
+fi
+ninja -C "$build" --quiet </dev/null
+"$root/scripts/check_image.sh" "$build" "$machine"
