@@ -135,6 +135,17 @@ expect "imports" "$(cat "$root/device/imports.txt")" "$("$readobj" --coff-import
          if (NF == 3) print library, $2
          else {gsub(/[()]/, "", $2); print library, "#" $2}}')"
 
+# The loader's own table begins as the table of names and ordinals.
+lookups="$("$readobj" --coff-imports "$image" | sed -n 's/.*ImportLookupTableRVA: *//p' | head -n 1)"
+lookups=$((lookups - $(section .text 3) + $(section .text 4)))
+addresses=$(($(field IATRVA) - $(section .data 3) + $(section .data 4)))
+size=$(($(field IATSize)))
+if ! cmp -s <(tail -c +$((lookups + 1)) "$image" | head -c "$size") \
+  <(tail -c +$((addresses + 1)) "$image" | head -c "$size"); then
+  echo "$image: the table of the imports' addresses is not that of their names."
+  status=1
+fi
+
 # An import without its caller is one that the linker has dropped the code of.
 while read -r table; do
   name="${table#address_}"
