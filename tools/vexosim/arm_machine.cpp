@@ -16,6 +16,12 @@ constexpr std::uint32_t kReturn = 0xE12FFF1E;             // bx lr
 
 void PutWord(std::uint8_t* at, std::uint32_t value) { std::memcpy(at, &value, sizeof(value)); }
 
+std::uint32_t GetWord(const std::uint8_t* at) {
+  std::uint32_t value = 0;
+  std::memcpy(&value, at, sizeof(value));
+  return value;
+}
+
 }  // namespace
 
 ArmMachine::ArmMachine(PeImage image, const MachineOptions& options)
@@ -73,6 +79,30 @@ void ArmMachine::Reload(std::optional<std::size_t> without) {
   drivers.clear();
   thread_starts.clear();
   first_fault_.reset();
+  CheckFunctionTable();
+}
+
+void ArmMachine::CheckFunctionTable() {
+  constexpr std::uint32_t kEntryBytes = 8;
+  constexpr std::uint32_t kPrologBits = 8;
+  constexpr std::uint32_t kLengthMask = (1u << 22) - 1;
+  std::uint32_t end = 0;  // of the function before
+  for (std::uint32_t i = 0; i < image_.FunctionCount(); ++i) {
+    const std::uint32_t rva = image_.FunctionTableRva() + i * kEntryBytes;
+    const std::uint32_t begin = GetWord(image_pages_.Data() + rva);
+    const std::uint32_t packed = GetWord(image_pages_.Data() + rva + 4);
+    const std::uint32_t bytes = 4 * (packed >> kPrologBits & kLengthMask);
+    NoteLoad(base_ + rva);
+    const bool code = std::any_of(sections_.begin(), sections_.end(), [=](const auto& section) {
+      return section.executable && section.extent.Holds(begin, bytes);
+    });
+    if (!code || bytes == 0 || begin < end) {
+      Remember(ImageFault("entry " + std::to_string(i) + " of the function table: " +
+                          std::to_string(bytes) + " bytes at " + Place(begin)));
+      return;
+    }
+    end = begin + bytes;
+  }
 }
 
 // ---- Processors -------------------------------------------------------------------------------

@@ -129,6 +129,9 @@ class ArmMachine {
   std::deque<ThreadStart> thread_starts;
 
  private:
+  // The system finds a function by halving, so the table must be in order and all of it code.
+  void CheckFunctionTable();
+
   PeImage image_;
   MachineOptions options_;
   std::uint32_t base_;

@@ -27,6 +27,7 @@ constexpr std::uint32_t kWritable = 0x80000000;
 
 constexpr std::size_t kExportDirectory = 0;
 constexpr std::size_t kImportDirectory = 1;
+constexpr std::size_t kFunctionDirectory = 3;
 constexpr std::size_t kRelocationDirectory = 5;
 
 constexpr unsigned kPadding = 0;  // types of relocations
@@ -90,6 +91,7 @@ class PeReader {
     ReadExports(Find(kExportDirectory));
     ReadImports(Find(kImportDirectory));
     ReadRelocations(Find(kRelocationDirectory));
+    ReadFunctions(Find(kFunctionDirectory));
     return std::move(image_);
   }
 
@@ -275,6 +277,15 @@ class PeReader {
     std::sort(sorted.begin(), sorted.end());
     const auto twice = std::adjacent_find(sorted.begin(), sorted.end());
     if (twice != sorted.end()) Refuse("two relocations at " + Hex(*twice));
+  }
+
+  void ReadFunctions(Directory directory) {
+    constexpr std::uint32_t kEntryBytes = 8;
+    if (directory.rva % 4 != 0 || directory.bytes % kEntryBytes != 0) {
+      Refuse("a function table of " + std::to_string(directory.bytes) + " bytes");
+    }
+    image_.function_table_rva_ = directory.rva;
+    image_.function_count_ = directory.bytes / kEntryBytes;
   }
 
   const std::vector<std::uint8_t>& bytes_;

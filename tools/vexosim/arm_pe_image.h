@@ -48,6 +48,11 @@ class PeImage {
   const std::map<std::string, std::uint32_t>& Exports() const { return exports_; }  // name to RVA
   const std::vector<std::uint32_t>& Relocations() const { return relocations_; }    // RVAs of words
 
+  // The function table that the system unwinds by: its offset and its entries of two words, the
+  // first the address of a function.
+  std::uint32_t FunctionTableRva() const { return function_table_rva_; }
+  std::uint32_t FunctionCount() const { return function_count_; }
+
   // The image as it stands in memory at `base`, imports unbound. `without` leaves one relocation
   // out, so that a test can tell whether it matters.
   std::vector<std::uint8_t> At(std::uint32_t base, std::optional<std::size_t> without = {}) const;
@@ -55,6 +60,8 @@ class PeImage {
  private:
   std::uint32_t preferred_base_ = 0;
   std::uint32_t entry_rva_ = 0;
+  std::uint32_t function_table_rva_ = 0;
+  std::uint32_t function_count_ = 0;
   std::vector<std::uint8_t> memory_;  // at the preferred base
   std::vector<ImageSection> sections_;
   std::vector<ImageImport> imports_;
