@@ -131,6 +131,21 @@ TEST(PeImage, PutsTheTablesBehindTheCodeAndLeavesZerosOutOfTheFile) {
   EXPECT_EQ(Get32(image, data.position + 8), kTestBase + 0x1000);
 }
 
+TEST(PeImage, FillsGapsBetweenThePartsOfASectionWithZeros) {
+  ElfBuilder elf = SmallLibrary();
+  elf.Get(".data").address += 8;
+  elf.Get(".bss").address += 8;
+  for (ElfBuilder::Relocation& relocation : elf.relocations) {
+    if (relocation.section == ".data") relocation.address += 8;
+  }
+  const Bytes image = Make(elf);
+  const Section data = SectionOf(image, ".data");
+  EXPECT_EQ(data.size, 0x58u);
+  EXPECT_EQ(Get32(image, data.position + 8), 0u);
+  EXPECT_EQ(Get32(image, data.position + 16), kTestBase + 0x1000);
+  EXPECT_THAT(FixupsOf(image), ElementsAre(0x1010, 0x2010, 0x4000));
+}
+
 TEST(PeImage, MovesEveryAddressAndNothingElse) {
   // The address in the code, the one in the data, and the function's in the function table.
   EXPECT_THAT(FixupsOf(Make(SmallLibrary())), ElementsAre(0x1010, 0x2008, 0x4000));
