@@ -1,0 +1,153 @@
+// Comparing runs of the board's binary with runs of the library, and the tool's options for it.
+#include "tools/vexosim/arm_compare.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include "tests/support/temp_path.h"
+#include "tests/tools/arm_toy_image.h"
+#include "tools/vexosim/arm_exports.h"
+#include "tools/vexosim/host.h"
+#include "tools/vexosim/script.h"
+
+namespace vexosim {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+ScriptOutcome Outcome() { return {0, "", {R"({"ev":"a"})", R"({"ev":"b"})"}}; }
+
+TEST(ArmCompare, FindsNoDifferenceBetweenEqualOutcomes) {
+  EXPECT_THAT(Difference(Outcome(), Outcome()), IsEmpty());
+}
+
+TEST(ArmCompare, ShowsTheFirstEventThatDiffers) {
+  ScriptOutcome other = Outcome();
+  other.trace[1] = R"({"ev":"c"})";
+  EXPECT_THAT(
+      Difference(Outcome(), other),
+      testing::AllOf(HasSubstr("event 2"), HasSubstr(R"({"ev":"b"})"), HasSubstr(R"({"ev":"c"})")));
+}
+
+TEST(ArmCompare, ShowsAnEventThatIsMissingOrTooMany) {
+  ScriptOutcome other = Outcome();
+  other.trace.pop_back();
+  EXPECT_THAT(Difference(Outcome(), other), HasSubstr("image:   none"));
+  EXPECT_THAT(Difference(other, Outcome()), HasSubstr("library: none"));
+}
+
+TEST(ArmCompare, ShowsOtherComplaintsAndAnotherStatus) {
+  ScriptOutcome other = Outcome();
+  other.status = 1;
+  other.complaints = "warning: contention";
+  EXPECT_THAT(Difference(Outcome(), other),
+              testing::AllOf(HasSubstr("exit status: 0 and 1"), HasSubstr("warning: contention")));
+}
+
+// An image whose every function returns 1.
+class ArmTool : public testing::Test {
+ protected:
+  static constexpr const char* kExports[] = {"?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z",
+                                             "VEXOAPI_CommandProc",
+                                             "VEXOAPI_GetVersion",
+                                             "VEXOAPI_Initialize",
+                                             "VEXOAPI_SetEnableDebug",
+                                             "VEXOAPI_SetEnableOutputMsg",
+                                             "VEXOAPI_TextCommandProc",
+                                             "VEXOAPI_Uninitialize"};
+
+  void TearDown() override {
+    Restart();
+    std::remove(image_.c_str());
+    std::remove(script_.c_str());
+  }
+
+  static ToyImage Toy() {
+    ToyImage toy;
+    toy.code = {0xE3A00001, 0xE12FFF1E};  // mov r0, #1; bx lr
+    for (const char* name : kExports) toy.exports[name] = 0;
+    return toy;
+  }
+  static void Write(const std::string& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+  }
+  // Compares the toy on a script.
+  int Compare(const ToyImage& toy, const std::string& script) {
+    const std::vector<std::uint8_t> bytes = toy.Bytes();
+    Write(image_, std::string(bytes.begin(), bytes.end()));
+    Write(script_, script);
+    CompareOptions options;
+    options.image = image_;
+    options.scripts = {script_};
+    options.relocations = true;
+    return CompareImage(options, out_, err_);
+  }
+
+  const std::string image_ = test::TempPath("toy.dll");
+  const std::string script_ = test::TempPath("toy.vexo");
+  std::ostringstream out_;
+  std::ostringstream err_;
+};
+
+TEST_F(ArmTool, FindsAnImageEqualInWhatAScriptTouches) {
+  // Before an attach the switches do nothing.
+  EXPECT_EQ(Compare(Toy(), "debug 1\noutput 1\nunbind\n"), kExitDone) << out_.str();
+  EXPECT_THAT(out_.str(), HasSubstr("1 scripts with 6 events at 2 bases: the same traces"));
+}
+
+TEST_F(ArmTool, FindsAnImageThatDoesLess) {
+  EXPECT_EQ(Compare(Toy(), "attach\n"), kExitUnmet);
+  EXPECT_THAT(out_.str(), HasSubstr("loaded at 0x10000000: event 2"));
+  EXPECT_THAT(out_.str(), HasSubstr("loaded at 0x01E40000: event 2"));
+}
+
+TEST_F(ArmTool, ListsRelocationsThatDoNotMatter) {
+  // Loads a word through a relocated address; a second relocated word is never loaded.
+  ToyImage toy = Toy();
+  toy.code = {0xE59F1008,     0xE5910000, 0xE3A00001, 0xE12FFF1E, ToyImage::kBase + ToyImage::kWord,
+              ToyImage::kBase};
+  toy.relocations = {ToyImage::kCode + 0x10, ToyImage::kCode + 0x14};
+  EXPECT_EQ(Compare(toy, "debug 1\n"), kExitDone) << out_.str();
+  EXPECT_THAT(out_.str(), HasSubstr("relocation 1 at image+0x1014: no script loads its word"));
+  EXPECT_THAT(out_.str(), HasSubstr("2 relocations: 1 matter, 1 belong"));
+}
+
+TEST_F(ArmTool, RefusesAFileThatIsNoImage) {
+  Write(image_, "MZ");
+  CompareOptions options;
+  options.image = image_;
+  EXPECT_EQ(CompareImage(options, out_, err_), kExitWrong);
+  EXPECT_THAT(err_.str(), HasSubstr("ends before"));
+}
+
+TEST_F(ArmTool, ReturnsToTheLinkedLibraryAfterTheImage) {
+  {
+    ArmMachine machine(PeImage::Parse(Toy().Bytes()));
+    const ImageInUse in_use(machine);
+    Restart();
+    EXPECT_EQ(TextCommandProc("x"), 1);
+    EXPECT_GT(machine.Instructions(), 0u);
+  }
+  Restart();
+  EXPECT_NE(TextCommandProc("x"), 1);
+}
+
+TEST_F(ArmTool, FailsTheRunOfAScriptForAFault) {
+  ToyImage toy = Toy();
+  toy.code = {0xE3A00209, 0xE5900000, 0xE12FFF1E};  // loads from nowhere
+  ArmMachine machine(PeImage::Parse(toy.Bytes()));
+  const ImageInUse in_use(machine);
+  RunOptions options;
+  options.machine = &machine;
+  std::istringstream script("output 1\nexpect cycles 0\n");
+  EXPECT_EQ(RunScript(script, "toy", options, out_, err_), kExitUnmet);
+  EXPECT_THAT(err_.str(), HasSubstr("toy:1: output 1: a load from 0x90000000"));
+}
+
+}  // namespace
+}  // namespace vexosim
