@@ -1,5 +1,5 @@
 /* What the library asks of the system by name or number, and what a host finds in it by name. */
-#include "table_macros.h"
+#include "table_macros.inc"
 
 LIBRARY COREDLL, "COREDLL.dll"
   /* Kernel objects, threads, time */

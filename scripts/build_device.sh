@@ -11,12 +11,17 @@ build="$root/build/device"
 log="$(mktemp)"
 trap 'rm -f "$log"' EXIT
 
-"$root/scripts/build.sh" gcc ceimage
-if ! cmake -S "$root/device" -B "$build" -G Ninja \
+# Shows only what goes wrong.
+quietly() {
+  if ! "$@" </dev/null >"$log" 2>&1; then
+    cat "$log"
+    exit 1
+  fi
+}
+
+quietly "$root/scripts/build.sh" gcc ceimage
+quietly cmake -S "$root/device" -B "$build" -G Ninja \
   -DCMAKE_TOOLCHAIN_FILE="$root/device/toolchain.cmake" \
-  -DCEIMAGE="$root/build/gcc/ceimage" -DVEXO_MACHINE="$machine" </dev/null >"$log" 2>&1; then
-  cat "$log"
-  exit 1
-fi
-ninja -C "$build" --quiet </dev/null
+  -DCEIMAGE="$root/build/gcc/ceimage" -DVEXO_MACHINE="$machine"
+quietly ninja -C "$build"
 "$root/scripts/check_image.sh" "$build" "$machine"

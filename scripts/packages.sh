@@ -2,6 +2,7 @@
 # Installs the Debian packages that this project needs and that are missing.
 #
 #   scripts/packages.sh build   what ./run.sh needs: compiler, build tools, libraries
+#   scripts/packages.sh device  what scripts/build_device.sh needs besides: the ARM compiler, llvm
 #   scripts/packages.sh test    what ./test.sh needs besides: clang and its tools, MinGW-w64, Wine
 #
 # Asks the package manager for nothing when all are there, so it needs no network then.
@@ -11,18 +12,24 @@ build_packages=(
   binutils cmake g++ gcc libbenchmark-dev libc6-dev libcli11-dev libedit-dev libgmock-dev
   libgtest-dev libpng-dev ninja-build nlohmann-json3-dev
 )
-# llvm has the symbolizer that puts function names into sanitizer reports; MinGW-w64 and Wine build
-# and run the library as a DLL.
+# The recorder's library: the ARM compiler with the headers of its C and C++ libraries (none of their
+# code is used), and llvm, which compiles the version resource and reads the image.
+device_packages=(
+  "${build_packages[@]}" gcc-arm-none-eabi libnewlib-dev libstdc++-arm-none-eabi-dev llvm
+)
+# llvm also has the symbolizer that puts function names into sanitizer reports; MinGW-w64 and Wine
+# build and run the library as a DLL.
 test_packages=(
-  "${build_packages[@]}" clang clang-format clang-tidy libclang-rt-14-dev llvm
+  "${device_packages[@]}" clang clang-format clang-tidy libclang-rt-14-dev
   g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine wine64
 )
 
 case "${1:-}" in
   build) wanted=("${build_packages[@]}") ;;
+  device) wanted=("${device_packages[@]}") ;;
   test) wanted=("${test_packages[@]}") ;;
   *)
-    echo "usage: $0 build|test" >&2
+    echo "usage: $0 build|device|test" >&2
     exit 2
     ;;
 esac
