@@ -25,6 +25,9 @@ constexpr std::array kPlaces = {
     Place{".shared", ".shared", kData | kSectionShared, false},
 };
 
+// What a process of this system has for all that it loads.
+constexpr std::uint32_t kMostImage = 32u << 20;
+
 const Place& FindPlace(const std::string& name) {
   const auto* const place = std::find_if(kPlaces.begin(), kPlaces.end(),
                                          [&](const Place& p) { return p.elf_name == name; });
@@ -46,7 +49,7 @@ void Place1(Image& image, const ElfSection& elf) {
   const Place& place = FindPlace(elf.name);
   CheckFlags(elf, place);
   const std::uint32_t offset = elf.address - image.base;
-  if (elf.address < image.base + kPage || elf.size > ~offset) {
+  if (elf.address < image.base + kPage || offset > kMostImage || elf.size > kMostImage - offset) {
     throw Refusal("Section " + elf.name + " at " + Hex(elf.address) + " is out of range.");
   }
   if (image.sections.empty() || image.sections.back().name != place.image_name) {
