@@ -22,7 +22,8 @@ struct ScriptOutcome {
 };
 
 // Runs a script on the machine, or on the linked library. The machine's image must be in use.
-ScriptOutcome RunForComparison(const std::string& path, const ArmMachine* machine);
+ScriptOutcome RunForComparison(const std::string& path, const ArmMachine* machine,
+                               std::uint64_t seed = 0);
 
 // Where two outcomes differ, in words; empty when they do not.
 std::string Difference(const ScriptOutcome& library, const ScriptOutcome& image);
@@ -32,6 +33,7 @@ struct CompareOptions {
   std::vector<std::string> scripts;
   std::vector<std::uint32_t> bases;  // none: its own and another
   bool relocations = false;          // also: does each relocation matter?
+  std::uint64_t seed = 0;            // chooses among threads that could run
 };
 
 // Runs every script on the library and on the image at each base. Prints what differs and a

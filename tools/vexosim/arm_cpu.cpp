@@ -45,6 +45,7 @@ const char* Verb(uc_mem_type type) {
 
 ArmCpu::ArmCpu(ArmMachine& machine, unsigned number)
     : machine_(machine),
+      number_(number),
       stack_pages_(kStackBytes),
       caller_pages_(kCallerBytes),
       user_data_pages_(kGuestPage),

@@ -59,6 +59,7 @@ class ArmCpu {
 
   [[noreturn]] void Fault(const std::string& what) const;
   ArmMachine& Machine() const { return machine_; }
+  unsigned Number() const { return number_; }
 
   // ---- What it did so far -------------------------------------------------------------------
 
@@ -96,6 +97,7 @@ class ArmCpu {
   void RunUntilTrap(std::uint32_t address);
 
   ArmMachine& machine_;
+  unsigned number_;
   std::unique_ptr<uc_engine, CloseEngine> engine_holder_;
   uc_engine* engine_ = nullptr;
   GuestPages stack_pages_;

@@ -112,16 +112,14 @@ ArmMachine::Lease::Lease(ArmMachine& machine)
         if (machine.idle_.empty()) {
           const auto number = static_cast<unsigned>(machine.cpus_.size());
           machine.cpus_.push_back(std::make_unique<ArmCpu>(machine, number));
-          machine.idle_.push_back(machine.cpus_.back().get());
+          machine.idle_.insert(number);
         }
-        ArmCpu& cpu = *machine.idle_.back();
-        machine.idle_.pop_back();
-        return cpu;
+        return *machine.cpus_[machine.idle_.extract(machine.idle_.begin()).value()];
       }()) {}
 
 ArmMachine::Lease::~Lease() {
   cpu_.ForgetLoans();
-  machine_.idle_.push_back(&cpu_);
+  machine_.idle_.insert(cpu_.Number());
 }
 
 std::uint32_t ArmMachine::Call(std::uint32_t address, std::span<const std::uint32_t> arguments) {

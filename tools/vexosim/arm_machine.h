@@ -76,6 +76,10 @@ class ArmMachine {
   // ---- What its runs did ----------------------------------------------------------------------
 
   std::uint64_t Instructions() const;
+  // Of the processor that the first call took; 0 before it.
+  std::uint64_t FirstProcessorInstructions() const {
+    return cpus_.empty() ? 0 : cpus_.front()->Instructions();
+  }
   std::uint32_t DeepestStack() const;  // bytes, of any call
   // The first fault since the last reload, none when all was well.
   const std::optional<std::string>& FirstFault() const { return first_fault_; }
@@ -141,7 +145,7 @@ class ArmMachine {
   std::vector<MappedSection> sections_;
   std::vector<ImportHandler> handlers_;  // by trap
   std::vector<std::unique_ptr<ArmCpu>> cpus_;
-  std::vector<ArmCpu*> idle_;
+  std::set<unsigned> idle_;   // the lowest number is taken first
   std::vector<bool> loaded_;  // by word of the image
   std::optional<std::string> first_fault_;
 };

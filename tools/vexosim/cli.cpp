@@ -244,6 +244,10 @@ int Main(int argc, const char* const* argv) {
       ->add_option("--image-base", compare_options.bases,
                    "Where the binary is loaded; default: where it wants, and elsewhere")
       ->type_name("ADDRESS");
+  compare
+      ->add_option("--seed", compare_options.seed,
+                   "Chooses among threads that could run; 0: the fixed order")
+      ->type_name("N");
   compare->add_flag("--relocations", compare_options.relocations,
                     "Also leaves out one base relocation after the other, and lists those that "
                     "no script misses");

@@ -1,0 +1,186 @@
+// What the binary for the board costs: instructions of each operation on the emulated processor,
+// which are the same on every run, the deepest stack, and how fast the emulation is.
+//
+// The binary is build/device/VexoCtrlSDK.DLL, or what VEXO_IMAGE names; its linker map lies beside.
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+
+#include "VexoCtrlSDK.h"
+#include "chip/registers.h"
+#include "sim/world.h"
+#include "tools/vexosim/arm_exports.h"
+#include "tools/vexosim/host.h"
+
+namespace {
+
+constexpr std::uint32_t kAttach = 1;
+
+// The same sequence of accesses written by hand, nothing checked, the select byte known:
+//   ldr r3, =g_bus; ldr ip, [r3]; strb r0, [ip]; ldr r0, [r3, #4]; strb r1, [r0];
+//   ldr r0, [r3, #8]; strb r2, [r0]; mov r0, #0xFF; strb r0, [ip]; bx lr
+constexpr int kRegisterWriteByHand = 10;
+
+vexosim::ArmMachine* g_machine = nullptr;
+std::string g_map;  // path of the linker map
+
+// Where the linker put a function of its own section; 0 when the map does not say.
+std::uint32_t LinkedAddress(const std::string& decorated) {
+  std::ifstream map(g_map);
+  std::string word;
+  while (map >> word) {
+    if (word == ".text." + decorated && map >> word) {
+      return static_cast<std::uint32_t>(std::stoul(word, nullptr, 16));
+    }
+  }
+  return 0;
+}
+
+// A fresh 16-channel board, attached and initialized, its worker stopped.
+bool Prepare() {
+  vexosim::Restart();
+  sim::World& world = sim::TheWorld();
+  world.trace.SetEnabled(false);
+  world.board.FitChips(kChipsMax);
+  vexosim::Entry(kAttach);
+  vexosim::Initialize(world.windows.Create());
+  sim::Bytes record;
+  return vexosim::CommandProc(VEXO_CMD_INIT, &record) == VEXO_OK &&
+         vexosim::CommandProc(VEXO_CMD_STOP_MONITOR, nullptr) == VEXO_OK;
+}
+
+// Instructions of the host's thread alone.
+template <typename Function>
+double Count(const Function& function) {
+  const std::uint64_t before = g_machine->FirstProcessorInstructions();
+  function();
+  return static_cast<double>(g_machine->FirstProcessorInstructions() - before);
+}
+
+void Finish(benchmark::State& state, std::uint64_t instructions_before) {
+  const auto ran = static_cast<double>(g_machine->Instructions() - instructions_before);
+  state.counters["instructions_per_s"] = benchmark::Counter(ran, benchmark::Counter::kIsRate);
+  if (g_machine->FirstFault()) state.SkipWithError(g_machine->FirstFault()->c_str());
+}
+
+// The head of a record and channels from 0 on.
+sim::Bytes Record(sim::Bytes head, std::uint8_t channels) {
+  for (std::uint8_t channel = 0; channel < channels; ++channel) head.push_back(channel);
+  return head;
+}
+
+// Counted the first time, on a board that shows sixteen channels.
+void Command(benchmark::State& state, std::uint32_t code, const sim::Bytes& record) {
+  if (!Prepare()) state.SkipWithError("initialization failed");
+  // Playback layouts need playback.
+  sim::Bytes playback = Record({0, 0, 0, 0, 0, VEXO_SPLIT_16}, kChannelsMax);
+  if (code == VEXO_CMD_PLAY_SPLIT) vexosim::CommandProc(VEXO_CMD_PLAY_MODE, &playback);
+  int result = VEXO_OK;
+  const auto run = [&] {
+    sim::Bytes copy = record;
+    result = vexosim::CommandProc(code, &copy);
+  };
+  state.counters["instructions"] = Count(run);
+  if (result != VEXO_OK) state.SkipWithError("the command failed");
+  const std::uint64_t before = g_machine->Instructions();
+  for (auto _ : state) run();
+  Finish(state, before);
+}
+
+// The library's own function, called where the linker put it.
+void RegisterWrite(benchmark::State& state) {
+  const std::uint32_t linked = LinkedAddress("_Z16TW_WriteRegisterhhhh");
+  if (linked == 0 || !Prepare()) {
+    state.SkipWithError("no TW_WriteRegister in the linker map, or no initialization");
+    return;
+  }
+  const std::uint32_t address = linked - g_machine->Image().PreferredBase() + g_machine->Base();
+  constexpr std::array<std::uint32_t, 4> kArguments = {kChipMaster, kPage1, 0x40, 0x5A};
+  const auto run = [&] { g_machine->Call(address, kArguments); };
+  const std::uint64_t cycles = sim::TheWorld().trace.Cycles();
+  state.counters["instructions"] = Count(run);
+  state.counters["by_hand"] = kRegisterWriteByHand;
+  if (sim::TheWorld().trace.Cycles() - cycles != 4) state.SkipWithError("no register was written");
+  const std::uint64_t before = g_machine->Instructions();
+  for (auto _ : state) run();
+  Finish(state, before);
+}
+
+// Command 0xF001 on 16 channels. The worker's instructions are not counted, the host's waiting is
+// none.
+void Initialization(benchmark::State& state) {
+  if (!Prepare()) state.SkipWithError("initialization failed");
+  const auto run = [] {
+    sim::Bytes record;
+    vexosim::CommandProc(VEXO_CMD_INIT, &record);
+  };
+  state.counters["instructions"] = Count(run);
+  const std::uint64_t before = g_machine->Instructions();
+  for (auto _ : state) run();
+  Finish(state, before);
+  state.counters["deepest_stack"] = g_machine->DeepestStack();
+}
+
+void RegisterCommands() {
+  struct Layout {
+    const char* name;
+    std::uint8_t mode;
+    std::uint8_t windows;
+  };
+  constexpr std::array<Layout, 7> kLayouts = {{{"full", VEXO_SPLIT_FULL, 1},
+                                               {"4", VEXO_SPLIT_4, 4},
+                                               {"6", VEXO_SPLIT_6, 6},
+                                               {"8", VEXO_SPLIT_8, 8},
+                                               {"9", VEXO_SPLIT_9, 9},
+                                               {"13", VEXO_SPLIT_13, 13},
+                                               {"16", VEXO_SPLIT_16, 16}}};
+  const auto add = [](const std::string& name, std::uint32_t code, const sim::Bytes& record) {
+    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+      Command(state, code, record);
+    })->UseRealTime();
+  };
+  for (const Layout& layout : kLayouts) {
+    const std::string name = layout.name;
+    add("LiveSplit/" + name, VEXO_CMD_LIVE_SPLIT,
+        Record({0, 0, 0, 0, layout.mode, 0}, layout.windows));
+    // The others are the mode switch's alone.
+    if (layout.mode != VEXO_SPLIT_6 && layout.mode != VEXO_SPLIT_8 &&
+        layout.mode != VEXO_SPLIT_13) {
+      add("PlaySplit/" + name, VEXO_CMD_PLAY_SPLIT,
+          Record({0, 0, 0, 0, layout.mode, 0}, layout.windows));
+    }
+    add("LiveMode/" + name, VEXO_CMD_LIVE_MODE, Record({0, 0, 0, 0, layout.mode}, layout.windows));
+    add("PlayMode/" + name, VEXO_CMD_PLAY_MODE,
+        Record({0, 0, 0, 0, 0, layout.mode}, layout.windows));
+  }
+  add("WriteCommand", VEXO_CMD_WRITE_REG, {VEXO_CHIP_MASTER, 1, 0x40, 0x5A});
+}
+
+}  // namespace
+
+BENCHMARK(RegisterWrite)->UseRealTime();
+BENCHMARK(Initialization)->UseRealTime();
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+  const char* named = std::getenv("VEXO_IMAGE");
+  const std::filesystem::path path = named != nullptr ? named : VEXO_DEFAULT_IMAGE;
+  try {
+    g_map = std::filesystem::path(path).replace_extension(".map").string();
+    vexosim::ArmMachine machine(vexosim::PeImage::Load(path.string()));
+    const vexosim::ImageInUse in_use(machine);
+    g_machine = &machine;
+    RegisterCommands();
+    benchmark::RunSpecifiedBenchmarks();
+  } catch (const std::exception& error) {
+    std::cerr << "bench_image: " << error.what() << std::endl;
+    return 1;
+  }
+  return 0;
+}
