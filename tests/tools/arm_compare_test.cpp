@@ -11,6 +11,7 @@
 #include "tests/support/temp_path.h"
 #include "tests/tools/arm_toy_image.h"
 #include "tools/vexosim/arm_exports.h"
+#include "tools/vexosim/cli.h"
 #include "tools/vexosim/host.h"
 #include "tools/vexosim/script.h"
 
@@ -147,6 +148,51 @@ TEST_F(ArmTool, FailsTheRunOfAScriptForAFault) {
   std::istringstream script("output 1\nexpect cycles 0\n");
   EXPECT_EQ(RunScript(script, "toy", options, out_, err_), kExitUnmet);
   EXPECT_THAT(err_.str(), HasSubstr("toy:1: output 1: a load from 0x90000000"));
+}
+
+// The command line, on the toy and a script of one line.
+class ArmCommandLine : public ArmTool {
+ protected:
+  void SetUp() override {
+    const std::vector<std::uint8_t> bytes = Toy().Bytes();
+    Write(image_, std::string(bytes.begin(), bytes.end()));
+    Write(script_, "text \"x\"\nexpect return 1\n");  // the library answers something else
+  }
+  // Exit status, with both outputs in out_ and err_.
+  int Main(std::vector<const char*> words) {
+    words.insert(words.begin(), "vexosim");
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const int status = vexosim::Main(static_cast<int>(words.size()), words.data());
+    out_ << testing::internal::GetCapturedStdout();
+    err_ << testing::internal::GetCapturedStderr();
+    return status;
+  }
+};
+
+TEST_F(ArmCommandLine, RunsAScriptOnTheImage) {
+  EXPECT_EQ(Main({"run", script_.c_str()}), kExitUnmet);
+  EXPECT_EQ(Main({"run", "--image", image_.c_str(), script_.c_str()}), kExitDone) << err_.str();
+  EXPECT_THAT(out_.str(), HasSubstr("image: 2 instructions, 0 bytes of stack"));
+}
+
+TEST_F(ArmCommandLine, LoadsTheImageWhereItIsTold) {
+  EXPECT_EQ(Main({"run", "--image", image_.c_str(), "--image-base", "0x01E40000", script_.c_str()}),
+            kExitDone)
+      << err_.str();
+  EXPECT_EQ(Main({"run", "--image", image_.c_str(), "--image-base", "0x100", script_.c_str()}),
+            kExitWrong);
+  EXPECT_THAT(err_.str(), HasSubstr("cannot be loaded at 0x00000100"));
+}
+
+TEST_F(ArmCommandLine, RefusesAnImageThatIsNotThere) {
+  EXPECT_EQ(Main({"run", "--image", "/nonexistent.dll", script_.c_str()}), kExitWrong);
+  EXPECT_THAT(err_.str(), HasSubstr("cannot read /nonexistent.dll"));
+}
+
+TEST_F(ArmCommandLine, ComparesTheImageWithTheLibrary) {
+  EXPECT_EQ(Main({"compare", image_.c_str(), script_.c_str()}), kExitUnmet);
+  EXPECT_THAT(out_.str(), HasSubstr("exit status: 1 and 0"));
 }
 
 }  // namespace

@@ -312,8 +312,8 @@ TEST_F(ArmMachineTest, RemembersTheDeepestStack) {
   EXPECT_EQ(machine.DeepestStack(), 0x100u);
   Call({0x40});
   EXPECT_EQ(machine.DeepestStack(), 0x100u);
-  EXPECT_NO_THROW(Call({0x4000}));
-  EXPECT_THROW(Call({0x4004}), ImageFault);
+  EXPECT_NO_THROW(Call({0x2000}));
+  EXPECT_THROW(Call({0x2004}), ImageFault);
 }
 
 TEST_F(ArmMachineTest, RefusesAFunctionTableThatDoesNotFit) {

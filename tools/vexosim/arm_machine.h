@@ -21,7 +21,7 @@ namespace vexosim {
 
 struct MachineOptions {
   std::optional<std::uint32_t> base;      // none: the image's own
-  std::uint32_t stack_limit = 16 * 1024;  // bytes that a call may use
+  std::uint32_t stack_limit = 8 * 1024;  // bytes that a call may use
 };
 
 struct MappedSection {
