@@ -1,0 +1,10 @@
+// <windows.h>, without its macros of names that the simulated board has too.
+#pragma once
+
+#include <windows.h>
+
+#undef CreateEvent
+#undef CreateMutex
+#undef OpenEvent
+#undef PostMessage
+#undef SendMessage
