@@ -26,6 +26,7 @@ CRITICAL_SECTION& Section() {
 
 AccessStamp ScriptStamp() { return {g_turns.Now(), g_turns.IsWorker()}; }
 AccessStamp (*g_stamp)() = ScriptStamp;
+const AccessTap* g_tap = nullptr;
 
 constexpr std::uint32_t kPhysical[] = {0x06600000, 0x06400000, 0x06200000};
 
@@ -62,6 +63,7 @@ void Store(int window, std::uint32_t value, unsigned bytes) {
   const BoardLock lock;
   sim::World& world = sim::TheWorld();
   const auto found = Count(world, window, bytes);
+  if (g_tap != nullptr) return g_tap->store(window, value, bytes);
   if (!found) return;
   const AccessStamp stamp = g_stamp();
   world.board.SetTime(stamp.now_ms);
@@ -74,6 +76,7 @@ std::uint8_t Load(int window, unsigned bytes) {
   const BoardLock lock;
   sim::World& world = sim::TheWorld();
   const auto found = Count(world, window, bytes);
+  if (g_tap != nullptr) return g_tap->load(window, bytes);
   if (!found) return 0xFF;
   const AccessStamp stamp = g_stamp();
   world.board.SetTime(stamp.now_ms);
@@ -113,6 +116,7 @@ constexpr BoardHost kBoardHost = {Map,       Unmap,       Store,     Load,      
 
 }  // namespace
 
+void SetAccessTap(const AccessTap* tap) { g_tap = tap; }
 void SetAccessStamp(AccessStamp (*stamp)()) { g_stamp = stamp; }
 
 BoardLock::BoardLock() { EnterCriticalSection(&Section()); }
