@@ -45,7 +45,7 @@ void LinesByStrtok(benchmark::State& state) {
   for (auto _ : state) {
     for (const char* line : kLines) {
       char copy[256];
-      std::strcpy(copy, line);
+      std::memcpy(copy, line, std::strlen(line) + 1);
       char* rest = nullptr;
       int sum = 0;
       for (const char* token = strtok_r(copy, " ,\n", &rest); token != nullptr;
