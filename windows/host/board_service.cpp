@@ -49,12 +49,14 @@ void Unmap(int window) {
 }
 
 // The window of an access, none when nothing is mapped there.
-std::optional<sim::BusWindow> Count(sim::World& world, int window, unsigned bytes) {
+std::optional<sim::BusWindow> Count(sim::World& world, int window, unsigned bytes,
+                                    const char* access) {
   ++g_accesses;
   if (bytes != 1) ++g_wide_accesses;
   const auto found = window < 0 ? std::nullopt : world.bus_windows.Find(Address(window));
   if (!found) {
-    world.reports.Add(sim::ReportKind::UnmappedAccess, "an access to a window that is not mapped");
+    world.reports.Add(sim::ReportKind::UnmappedAccess,
+                      std::string(access) + " a window that is not mapped");
   }
   return found;
 }
@@ -62,7 +64,7 @@ std::optional<sim::BusWindow> Count(sim::World& world, int window, unsigned byte
 void Store(int window, std::uint32_t value, unsigned bytes) {
   const BoardLock lock;
   sim::World& world = sim::TheWorld();
-  const auto found = Count(world, window, bytes);
+  const auto found = Count(world, window, bytes, "a store to");
   if (g_tap != nullptr) return g_tap->store(window, value, bytes);
   if (!found) return;
   const AccessStamp stamp = g_stamp();
@@ -75,7 +77,7 @@ void Store(int window, std::uint32_t value, unsigned bytes) {
 std::uint8_t Load(int window, unsigned bytes) {
   const BoardLock lock;
   sim::World& world = sim::TheWorld();
-  const auto found = Count(world, window, bytes);
+  const auto found = Count(world, window, bytes, "a load from");
   if (g_tap != nullptr) return g_tap->load(window, bytes);
   if (!found) return 0xFF;
   const AccessStamp stamp = g_stamp();

@@ -68,6 +68,7 @@ class Comparison {
     Events();
     Messages();
     Registers();
+    Reports();
     return found_;
   }
 
@@ -132,6 +133,17 @@ class Comparison {
     if (pc_.registers.chips != dll_.registers.chips) Add("the registers differ at the end");
   }
 
+  // What the board noticed: reads of several chips at once, accesses without a window.
+  void Reports() {
+    const auto same = [](const sim::Report& x, const sim::Report& y) {
+      return x.kind == y.kind && x.text == y.text && x.count == y.count;
+    };
+    if (!std::equal(pc_.reports.begin(), pc_.reports.end(), dll_.reports.begin(),
+                    dll_.reports.end(), same)) {
+      Add("the board noticed something else");
+    }
+  }
+
   static constexpr std::size_t kMost = 5;
   const RunResult& pc_;
   const RunResult& dll_;
@@ -181,7 +193,7 @@ int Compare(const std::vector<std::string>& scripts) {
   std::cout << scripts.size() - different << " of " << scripts.size()
             << " scripts the same through the DLL; " << g_accesses << " bus accesses, "
             << g_wide_accesses << " wider than a byte" << std::endl;
-  return scripts.empty() || different != 0 || g_accesses == 0 || g_wide_accesses != 0 ? 1 : 0;
+  return scripts.empty() || different != 0 || g_wide_accesses != 0 ? 1 : 0;
 }
 
 }  // namespace host
