@@ -105,7 +105,7 @@ stage "tests (clang++, sanitizers)" run_tests sanitize
 stage "fuzzers (clang++, sanitizers)" run_fuzzers
 stage "lint (clang-tidy)" scripts/build.sh sanitize -k 0 tidy
 stage "DLL (MinGW-w64, 64 and 32 bits)" scripts/build_windows.sh
-stage "DLL in a host (Wine)" windows/run_host.sh
+stage "DLL in a host (Wine)" windows/run_host.sh build/windows-x86_64
 stage "benchmarks (g++)" run_benchmarks
 stage "demo" run_demo
 

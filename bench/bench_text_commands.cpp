@@ -27,6 +27,8 @@ constexpr std::array kLines = {
     "vpb set_wndsize 0 100 80 ",
 };
 
+constexpr auto kLineCount = static_cast<std::int64_t>(kLines.size());
+
 // The library attached, the chips not initialized: lines are read and nothing is sent to the chips.
 void Lines(benchmark::State& state) {
   vexosim::Restart();
@@ -35,7 +37,7 @@ void Lines(benchmark::State& state) {
   for (auto _ : state) {
     for (const char* line : kLines) benchmark::DoNotOptimize(VEXOAPI_TextCommandProc(line));
   }
-  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * kLines.size()));
+  state.SetItemsProcessed(state.iterations() * kLineCount);
   vexosim::Restart();
 }
 
@@ -43,7 +45,7 @@ void LinesByStrtok(benchmark::State& state) {
   for (auto _ : state) {
     for (const char* line : kLines) {
       char copy[256];
-      std::strcpy(copy, line);
+      std::memcpy(copy, line, std::strlen(line) + 1);
       char* rest = nullptr;
       int sum = 0;
       for (const char* token = strtok_r(copy, " ,\n", &rest); token != nullptr;
@@ -53,7 +55,7 @@ void LinesByStrtok(benchmark::State& state) {
       benchmark::DoNotOptimize(sum);
     }
   }
-  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * kLines.size()));
+  state.SetItemsProcessed(state.iterations() * kLineCount);
 }
 
 // One line with all its work on a 16-channel board: the layout that a console user changes most.
