@@ -1,11 +1,20 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds vexosim, and runs it: the demo, or with the arguments given.
+# ./run.sh --image builds the recorder's own binary too and shows the demo with it, on an emulated
+# ARM.
 # Everything but vexosim's own output goes to standard error.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 
-"$root/scripts/packages.sh" build
-"$root/scripts/build.sh" gcc vexosim >&2
-
 (($#)) || set -- demo
+
+if [[ "$1" == --image ]]; then
+  shift
+  "$root/scripts/packages.sh" device
+  "$root/scripts/build_device.sh" >&2
+  set -- demo --image "$root/build/device/VexoCtrlSDK.DLL" "$@"
+else
+  "$root/scripts/packages.sh" build
+fi
+"$root/scripts/build.sh" gcc vexosim >&2
 exec "$root/build/gcc/vexosim" "$@"

@@ -8,7 +8,7 @@ jobs="$(nproc)"
 scratch="$(mktemp -d)"
 trap 'rm -rf "$scratch"' EXIT
 
-stages=14
+stages=16
 started=0
 failed=0
 tests_passed=0
@@ -106,6 +106,8 @@ stage "fuzzers (clang++, sanitizers)" run_fuzzers
 stage "lint (clang-tidy)" scripts/build.sh sanitize -k 0 tidy
 stage "DLL (MinGW-w64, 64 and 32 bits)" scripts/build_windows.sh
 stage "DLL in a host (Wine)" windows/run_host.sh build/windows-x86_64
+stage "image for the board (ARM)" scripts/build_device.sh
+stage "image on an emulated ARM" scripts/run_image_tests.sh
 stage "benchmarks (g++)" run_benchmarks
 stage "demo" run_demo
 
