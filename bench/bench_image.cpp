@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iostream>
 #include <string>
+#include <utility>
 
 #include "VexoCtrlSDK.h"
 #include "chip/registers.h"
@@ -126,45 +127,58 @@ void Initialization(benchmark::State& state) {
   state.counters["deepest_stack"] = g_machine->DeepestStack();
 }
 
-void RegisterCommands() {
-  struct Layout {
-    const char* name;
-    std::uint8_t mode;
-    std::uint8_t windows;
-  };
-  constexpr std::array<Layout, 7> kLayouts = {{{"full", VEXO_SPLIT_FULL, 1},
-                                               {"4", VEXO_SPLIT_4, 4},
-                                               {"6", VEXO_SPLIT_6, 6},
-                                               {"8", VEXO_SPLIT_8, 8},
-                                               {"9", VEXO_SPLIT_9, 9},
-                                               {"13", VEXO_SPLIT_13, 13},
-                                               {"16", VEXO_SPLIT_16, 16}}};
-  const auto add = [](const std::string& name, std::uint32_t code, const sim::Bytes& record) {
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-      Command(state, code, record);
-    })->UseRealTime();
-  };
-  for (const Layout& layout : kLayouts) {
-    const std::string name = layout.name;
-    add("LiveSplit/" + name, VEXO_CMD_LIVE_SPLIT,
-        Record({0, 0, 0, 0, layout.mode, 0}, layout.windows));
-    // The others are the mode switch's alone.
-    if (layout.mode != VEXO_SPLIT_6 && layout.mode != VEXO_SPLIT_8 &&
-        layout.mode != VEXO_SPLIT_13) {
-      add("PlaySplit/" + name, VEXO_CMD_PLAY_SPLIT,
-          Record({0, 0, 0, 0, layout.mode, 0}, layout.windows));
-    }
-    add("LiveMode/" + name, VEXO_CMD_LIVE_MODE, Record({0, 0, 0, 0, layout.mode}, layout.windows));
-    add("PlayMode/" + name, VEXO_CMD_PLAY_MODE,
-        Record({0, 0, 0, 0, 0, layout.mode}, layout.windows));
-  }
-  add("WriteCommand", VEXO_CMD_WRITE_REG, {VEXO_CHIP_MASTER, 1, 0x40, 0x5A});
+// By split mode.
+struct Layout {
+  const char* name;
+  std::uint8_t windows;
+};
+constexpr std::array<Layout, 7> kLayouts = {
+    {{"full", 1}, {"4", 4}, {"6", 6}, {"8", 8}, {"9", 9}, {"13", 13}, {"16", 16}}};
+
+// A command whose record ends with the mode, what follows it, and the channels of the windows.
+void ChangeLayout(benchmark::State& state, std::uint32_t code, sim::Bytes head,
+                  const sim::Bytes& behind_mode) {
+  const auto mode = static_cast<std::uint8_t>(state.range(0));
+  const Layout& layout = kLayouts.at(mode);
+  state.SetLabel(layout.name);
+  head.push_back(mode);
+  head.insert(head.end(), behind_mode.begin(), behind_mode.end());
+  Command(state, code, Record(std::move(head), layout.windows));
+}
+
+void LiveSplit(benchmark::State& state) {
+  ChangeLayout(state, VEXO_CMD_LIVE_SPLIT, {0, 0, 0, 0}, {0});
+}
+void PlaySplit(benchmark::State& state) {
+  ChangeLayout(state, VEXO_CMD_PLAY_SPLIT, {0, 0, 0, 0}, {0});
+}
+void LiveMode(benchmark::State& state) {
+  ChangeLayout(state, VEXO_CMD_LIVE_MODE, {0, 0, 0, 0}, {});
+}
+void PlayMode(benchmark::State& state) {
+  ChangeLayout(state, VEXO_CMD_PLAY_MODE, {0, 0, 0, 0, 0}, {});
+}
+
+// The whole command, lock and all.
+void WriteCommand(benchmark::State& state) {
+  Command(state, VEXO_CMD_WRITE_REG, {VEXO_CHIP_MASTER, 1, 0x40, 0x5A});
 }
 
 }  // namespace
 
 BENCHMARK(RegisterWrite)->UseRealTime();
+BENCHMARK(WriteCommand)->UseRealTime();
 BENCHMARK(Initialization)->UseRealTime();
+BENCHMARK(LiveSplit)->DenseRange(VEXO_SPLIT_FULL, VEXO_SPLIT_16)->UseRealTime();
+BENCHMARK(LiveMode)->DenseRange(VEXO_SPLIT_FULL, VEXO_SPLIT_16)->UseRealTime();
+BENCHMARK(PlayMode)->DenseRange(VEXO_SPLIT_FULL, VEXO_SPLIT_16)->UseRealTime();
+// The other layouts are the mode switch's alone.
+BENCHMARK(PlaySplit)
+    ->Arg(VEXO_SPLIT_FULL)
+    ->Arg(VEXO_SPLIT_4)
+    ->Arg(VEXO_SPLIT_9)
+    ->Arg(VEXO_SPLIT_16)
+    ->UseRealTime();
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
@@ -176,7 +190,6 @@ int main(int argc, char** argv) {
     vexosim::ArmMachine machine(vexosim::PeImage::Load(path.string()));
     const vexosim::ImageInUse in_use(machine);
     g_machine = &machine;
-    RegisterCommands();
     benchmark::RunSpecifiedBenchmarks();
   } catch (const std::exception& error) {
     std::cerr << "bench_image: " << error.what() << std::endl;

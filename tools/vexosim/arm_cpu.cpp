@@ -76,7 +76,7 @@ ArmCpu::ArmCpu(ArmMachine& machine, unsigned number)
   }
   for (unsigned page = 0; page < ports_.size(); ++page) {
     ports_[page] = {this, page};
-    MapPort(machine.PortAddress(page), ports_[page]);
+    MapPort(ArmMachine::PortAddress(page), ports_[page]);
   }
 
   const auto hook = [this](int kind, auto function) {
@@ -285,7 +285,7 @@ void ArmCpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes)
     }
     return;
   }
-  if (machine_.PortAt(address)) return;  // has its own checks
+  if (ArmMachine::PortAt(address)) return;  // has its own checks
   const Extent* extent = Find(address);
   if (extent == nullptr || !extent->Holds(address, bytes)) {
     Note(std::string(write ? "a store to " : "a load from ") + Hex(address, 8) +
@@ -321,7 +321,7 @@ std::uint64_t ArmCpu::OnBusLoad(uc_engine* engine, std::uint64_t offset, unsigne
   const Port& at = *static_cast<Port*>(port);
   if (at.cpu->PortRefuses(offset, bytes, "a load of ")) return 0xFF;
   try {
-    return at.cpu->machine_.LoadByte(at.page);
+    return ArmMachine::LoadByte(at.page);
   } catch (...) {
     at.cpu->thrown_ = std::current_exception();
     uc_emu_stop(engine);
@@ -334,7 +334,7 @@ void ArmCpu::OnBusStore(uc_engine* engine, std::uint64_t offset, unsigned bytes,
   const Port& at = *static_cast<Port*>(port);
   if (at.cpu->PortRefuses(offset, bytes, "a store of ")) return;
   try {
-    at.cpu->machine_.StoreByte(at.page, static_cast<std::uint8_t>(value));
+    ArmMachine::StoreByte(at.page, static_cast<std::uint8_t>(value));
   } catch (...) {
     at.cpu->thrown_ = std::current_exception();
     uc_emu_stop(engine);
@@ -354,9 +354,9 @@ std::string ArmCpu::Place() const {
 }
 
 void ArmCpu::Fault(const std::string& what) const {
-  const ImageFault fault(what + Place());
-  machine_.Remember(fault);
-  throw fault;
+  const std::string text = what + Place();
+  machine_.Remember(text);
+  throw ImageFault(text);
 }
 
 std::uint32_t ArmCpu::DeepestStack() const { return stack_.address + kEntryStack - lowest_stack_; }

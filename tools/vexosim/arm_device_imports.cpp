@@ -20,7 +20,7 @@ constexpr std::uint32_t kUnmapOrdinal = 9;
 
 std::uint32_t MapIoSpace(ArmCpu& cpu) {
   if (cpu.Argument(1) != 0) cpu.Fault("a physical address beyond 4 GB");
-  const PlatBusWindow window =
+  volatile std::uint8_t* const window =
       Plat_MapBusWindow(cpu.Argument(0), cpu.Argument(2), (cpu.Argument(3) & 0xFF) != 0);
   if (window == nullptr) return 0;
   for (unsigned page = 0; page < sim::BusWindows::kCount; ++page) {

@@ -97,8 +97,8 @@ void ArmMachine::CheckFunctionTable() {
       return section.executable && section.extent.Holds(begin, bytes);
     });
     if (!code || bytes == 0 || begin < end) {
-      Remember(ImageFault("entry " + std::to_string(i) + " of the function table: " +
-                          std::to_string(bytes) + " bytes at " + Place(begin)));
+      Remember("entry " + std::to_string(i) + " of the function table: " + std::to_string(bytes) +
+               " bytes at " + Place(begin));
       return;
     }
     end = begin + bytes;
@@ -138,8 +138,8 @@ std::uint32_t ArmMachine::DeepestStack() const {
   return deepest;
 }
 
-void ArmMachine::Remember(const ImageFault& fault) {
-  if (!first_fault_) first_fault_ = fault.what();
+void ArmMachine::Remember(const std::string& fault) {
+  if (!first_fault_) first_fault_ = fault;
 }
 
 std::string ArmMachine::Place(std::uint32_t address) const {

@@ -20,7 +20,7 @@
 namespace vexosim {
 
 struct MachineOptions {
-  std::optional<std::uint32_t> base;      // none: the image's own
+  std::optional<std::uint32_t> base;     // none: the image's own
   std::uint32_t stack_limit = 8 * 1024;  // bytes that a call may use
 };
 
@@ -83,7 +83,7 @@ class ArmMachine {
   std::uint32_t DeepestStack() const;  // bytes, of any call
   // The first fault since the last reload, none when all was well.
   const std::optional<std::string>& FirstFault() const { return first_fault_; }
-  void Remember(const ImageFault& fault);
+  void Remember(const std::string& fault);
   // "image+0x1234", or the address when it is not in the image.
   std::string Place(std::uint32_t address) const;
 
