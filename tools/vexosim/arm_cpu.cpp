@@ -9,7 +9,7 @@
 namespace vexosim {
 namespace {
 
-// Neither alignment of the stack to 8 bytes is promised.
+// The caller aligns its stack to 4 bytes, and need not align it to 8.
 constexpr std::uint32_t kEntryStack = kStackBytes - 0x24;
 constexpr std::uint32_t kJunk = 0xBAD0C0DE;  // in registers that hold nothing
 constexpr std::uint32_t kUserMode = 0x10;
