@@ -9,7 +9,8 @@ trap 'rm -f "$log"' EXIT
 for processor in x86_64 i686; do
   build="$root/build/windows-$processor"
   if ! cmake -S "$root/windows" -B "$build" -G Ninja \
-    -DCMAKE_TOOLCHAIN_FILE="$root/windows/toolchain-$processor.cmake" </dev/null >"$log" 2>&1; then
+    -DCMAKE_TOOLCHAIN_FILE="$root/windows/toolchain.cmake" -DVEXO_PROCESSOR="$processor" \
+    </dev/null >"$log" 2>&1; then
     cat "$log"
     exit 1
   fi

@@ -5,16 +5,8 @@ dll="$1"
 processor="$2"
 tools="$processor-w64-mingw32"
 status=0
-
-# expect WHAT WANTED FOUND: both are lists, a line each.
-expect() {
-  local difference
-  if ! difference="$(diff <(sort <<<"$2") <(sort <<<"$3"))"; then
-    echo "$dll: $1 (< wanted, > found):"
-    grep '^[<>]' <<<"$difference"
-    status=1
-  fi
-}
+checked="$dll"
+. "$(dirname "${BASH_SOURCE[0]}")/expect.sh"
 
 case "$processor" in
   x86_64) format=pei-x86-64 pointer=PEAE ;;

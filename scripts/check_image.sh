@@ -12,16 +12,8 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 readobj="$(command -v llvm-readobj || command -v llvm-readobj-14)"
 most_text=$((48 * 1024))
 status=0
-
-# expect WHAT WANTED FOUND: both are lists, a line each.
-expect() {
-  local difference
-  if ! difference="$(diff <(sort <<<"$2") <(sort <<<"$3"))"; then
-    echo "$image: $1 (< wanted, > found):"
-    grep '^[<>]' <<<"$difference"
-    status=1
-  fi
-}
+checked="$image"
+. "$root/scripts/expect.sh"
 
 # word OFFSET: a word of the image file, in hexadecimal.
 word() { od -An -v -tx4 -j "$1" -N 4 "$image" | tr -d ' '; }
