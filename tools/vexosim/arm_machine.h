@@ -16,6 +16,7 @@
 #include "tools/vexosim/arm_cpu.h"
 #include "tools/vexosim/arm_memory.h"
 #include "tools/vexosim/arm_pe_image.h"
+#include "tools/vexosim/image_run.h"
 
 namespace vexosim {
 
@@ -39,11 +40,11 @@ ImportHandler FindImport(const ImageImport& import);
 inline constexpr unsigned kReturnTrap = 0;
 inline constexpr std::uint32_t kTrapBytes = 8;
 
-class ArmMachine {
+class ArmMachine : public ImageRun {
  public:
   // Throws BadImage for an image that does not fit or imports what the system does not have.
   explicit ArmMachine(PeImage image, const MachineOptions& options = {});
-  ~ArmMachine();
+  ~ArmMachine() override;
   ArmMachine(const ArmMachine&) = delete;
   ArmMachine& operator=(const ArmMachine&) = delete;
 
@@ -75,14 +76,14 @@ class ArmMachine {
 
   // ---- What its runs did ----------------------------------------------------------------------
 
-  std::uint64_t Instructions() const;
+  std::uint64_t Instructions() const override;
   // Of the processor that the first call took; 0 before it.
   std::uint64_t FirstProcessorInstructions() const {
     return cpus_.empty() ? 0 : cpus_.front()->Instructions();
   }
-  std::uint32_t DeepestStack() const;  // bytes, of any call
+  std::uint32_t DeepestStack() const override;
   // The first fault since the last reload, none when all was well.
-  const std::optional<std::string>& FirstFault() const { return first_fault_; }
+  const std::optional<std::string>& FirstFault() const override { return first_fault_; }
   void Remember(const std::string& fault);
   // "image+0x1234", or the address when it is not in the image.
   std::string Place(std::uint32_t address) const;

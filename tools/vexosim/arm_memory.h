@@ -7,12 +7,9 @@
 #include <stdexcept>
 #include <string>
 
-namespace vexosim {
+#include "tools/vexosim/image_run.h"
 
-// The binary did what would be an error on the board, or what no healthy binary does. Ends the run.
-struct ImageFault : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
+namespace vexosim {
 
 // ---- Where things are -------------------------------------------------------------------------
 

@@ -11,7 +11,6 @@
 #include "VexoCtrlSDK.h"
 #include "sim/screen.h"
 #include "tools/vexosim/action_log.h"
-#include "tools/vexosim/arm_machine.h"
 #include "tools/vexosim/host.h"
 #include "tools/vexosim/message_words.h"
 #include "tools/vexosim/picture_text.h"

@@ -5,16 +5,15 @@
 #include <ostream>
 #include <string>
 
+#include "tools/vexosim/image_run.h"
 #include "tools/vexosim/terminal.h"
 
 namespace vexosim {
 
-class ArmMachine;
-
 struct DemoOptions {
   std::string picture = "vexosim-demo.png";  // the 4x4 live picture
   PictureStyle style;
-  const ArmMachine* machine = nullptr;  // what runs the library, none for the linked one
+  const ImageRun* machine = nullptr;  // what runs the library, none for the linked one
 };
 
 // Where the 4x4 playback picture goes: beside the live one, "demo-playback.png" for "demo.png".

@@ -4,7 +4,6 @@
 
 #include "sim/screen.h"
 #include "tools/vexosim/action_log.h"
-#include "tools/vexosim/arm_machine.h"
 #include "tools/vexosim/host.h"
 #include "tools/vexosim/register_listing.h"
 #include "tools/vexosim/trace_json.h"
@@ -155,7 +154,7 @@ class Run {
     }
   }
 
-  void PrintMachine(const ArmMachine& machine) {
+  void PrintMachine(const ImageRun& machine) {
     if (!options_.quiet) {
       out_ << "image: " << machine.Instructions() << " instructions, " << machine.DeepestStack()
            << " bytes of stack\n";

@@ -8,12 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "tools/vexosim/image_run.h"
 #include "tools/vexosim/script_line.h"
 #include "tools/vexosim/terminal.h"
 
 namespace vexosim {
-
-class ArmMachine;
 
 inline constexpr int kExitDone = 0;
 inline constexpr int kExitUnmet = 1;  // an expectation failed, nothing could go on, or a fault
@@ -47,7 +46,7 @@ struct RunOptions {
   std::optional<std::string> picture;  // write the screen at the end
   std::ostream* trace = nullptr;       // JSON lines
   // The machine that runs the library, none for the linked one. A fault of it fails the run.
-  const ArmMachine* machine = nullptr;
+  const ImageRun* machine = nullptr;
 };
 
 // Runs a script on a fresh library and a fresh board. `name` stands in messages. The whole script
