@@ -263,10 +263,11 @@ void VEXOAPI_SetEnableOutputMsg(uint32_t enable);
 int VEXOAPI_CommandProc(uint32_t code, void* parameter);
 
 /*
- * Runs one line of text, zero-terminated, tokens separated and ended by single blanks, commas or
- * line feeds. Takes no lock: one thread at a time.
- * Returns VEXO_OK, VEXO_ERROR_FAILED for a rejected line, VEXO_ERROR_NO_HEADER for a line without
- * a known header word, or VEXO_ERROR_UNINITIALIZED.
+ * Runs one line of text: at most 255 characters, zero-terminated, read only, tokens separated and
+ * ended by single blanks, commas or line feeds. Takes no lock: one thread at a time.
+ * Returns VEXO_OK, also for a command that does nothing because the chips are not ready;
+ * VEXO_ERROR_FAILED for a rejected or longer line; VEXO_ERROR_NO_HEADER for a line without a known
+ * header word and for null; or VEXO_ERROR_UNINITIALIZED.
  */
 int VEXOAPI_TextCommandProc(const char* line);
 

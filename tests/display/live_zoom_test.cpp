@@ -40,6 +40,14 @@ class LiveZoom : public DisplayTest, public ::testing::WithParamInterface<BoardC
     EXPECT_TRUE(KernelDebug().empty());
   }
 
+  // The master's display mode register is `old`, that of the others its complement; and a mark.
+  void PokeDisplayMode(unsigned old) {
+    for (unsigned p = 0; p < 4; ++p) {
+      world().board.Poke(p, 1, 0x06, static_cast<std::uint8_t>((p == 0 ? old : ~old) & 0xFF));
+    }
+    Mark();
+  }
+
   int chip_ = 0;
 };
 
@@ -53,11 +61,7 @@ TEST_P(LiveZoom, AreaIsPreparedOnTheZoomChip) {
 TEST_P(LiveZoom, StartSetsBit2OfEveryChipFromTheMastersValueThenSwitchesOn) {
   for (unsigned old = 0; old < 256; ++old) {
     SCOPED_TRACE(old);
-    world().board.Poke(0, 1, 0x06, static_cast<std::uint8_t>(old));
-    for (unsigned p = 1; p < 4; ++p) {
-      world().board.Poke(p, 1, 0x06, static_cast<std::uint8_t>(~old & 0xFF));
-    }
-    Mark();
+    PokeDisplayMode(old);
     TW_SetLiveZoomStart();
     if (chip_ == 0) {
       ExpectRefused("TW_SetLiveZoomStart");
@@ -77,11 +81,7 @@ TEST_P(LiveZoom, StartSetsBit2OfEveryChipFromTheMastersValueThenSwitchesOn) {
 TEST_P(LiveZoom, StopClearsBit2OfEveryChipFromTheMastersValueThenSwitchesOff) {
   for (unsigned old = 0; old < 256; ++old) {
     SCOPED_TRACE(old);
-    world().board.Poke(0, 1, 0x06, static_cast<std::uint8_t>(old));
-    for (unsigned p = 1; p < 4; ++p) {
-      world().board.Poke(p, 1, 0x06, static_cast<std::uint8_t>(~old & 0xFF));
-    }
-    Mark();
+    PokeDisplayMode(old);
     TW_SetLiveZoomStop();
     if (chip_ == 0) {
       ExpectRefused("TW_SetLiveZoomStop");
