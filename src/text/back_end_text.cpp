@@ -102,8 +102,7 @@ std::uint32_t ValueOf(const Slot& slot, const TextNumbers& numbers) {
   return 0;
 }
 
-// ---- The driver
-// -----------------------------------------------------------------------------------
+// ---- The driver ---------------------------------------------------------------------------------
 
 void OpenDriver() {
   if (g_back_end.driver != kPlatNoHandle) {

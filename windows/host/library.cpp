@@ -15,8 +15,7 @@ constexpr const char* kSetMotionInfo = "?VEXOAPI_SetMotionInfo@@YAHEEPEAE@Z";
 constexpr const char* kSetMotionInfo = "?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z";
 #endif
 
-// ---- The loader's notification, which the headers do not declare
-// ----------------------------------
+// ---- The loader's notification, which the headers do not declare --------------------------------
 
 struct LoaderString {
   USHORT length;
@@ -36,8 +35,7 @@ using RegisterCallback = LONG(NTAPI*)(ULONG flags, LoaderCallback callback, void
                                       void** cookie);
 using UnregisterCallback = LONG(NTAPI*)(void* cookie);
 
-// ---- The image
-// ------------------------------------------------------------------------------------
+// ---- The image ----------------------------------------------------------------------------------
 
 template <typename T>
 T* At(HMODULE image, std::size_t offset) {

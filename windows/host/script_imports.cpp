@@ -16,8 +16,7 @@ namespace {
 constexpr DWORD kErrorInvalidWindow = 1400;
 constexpr DWORD kErrorTimeout = 1460;
 
-// ---- What the library holds
-// -----------------------------------------------------------------------
+// ---- What the library holds ---------------------------------------------------------------------
 
 enum class Kind { Mutex, Event, Thread };
 struct Held {
@@ -56,8 +55,7 @@ HANDLE Keep(HANDLE handle, Kind kind, const wchar_t* name) {
   return handle;
 }
 
-// ---- Kernel objects
-// -------------------------------------------------------------------------------
+// ---- Kernel objects -----------------------------------------------------------------------------
 
 HANDLE WINAPI TakeMutex(SECURITY_ATTRIBUTES* security, BOOL owned, const wchar_t* name) {
   if (Fires(sim::Fault::Mutex)) {
@@ -118,8 +116,7 @@ void KeepOutOfUse(HANDLE value) {
   }
 }
 
-// ---- Drivers: of the simulated board. Their handles are none that the system could give.
-// ----------
+// ---- Drivers: of the simulated board. Their handles are none that the system could give. --------
 
 constexpr PlatHandle kFirstDriverHandle = 0x70000000;
 
@@ -172,8 +169,7 @@ BOOL WINAPI Close(HANDLE handle) {
   return ok;
 }
 
-// ---- Threads
-// --------------------------------------------------------------------------------------
+// ---- Threads ------------------------------------------------------------------------------------
 
 struct ThreadStart {
   LPTHREAD_START_ROUTINE proc;
@@ -234,14 +230,12 @@ void WINAPI Pause(DWORD ms) {
 
 DWORD WINAPI Ticks() { return g_turns.Now(); }
 
-// ---- Texts
-// ----------------------------------------------------------------------------------------
+// ---- Texts --------------------------------------------------------------------------------------
 
 void WINAPI DebugOutput(const wchar_t* text) { Note(sim::DebugEvent{false, Utf8(text)}); }
 void WINAPI KernelDebugOutput(const char* text) { Note(sim::DebugEvent{true, text}); }
 
-// ---- Versions: of the simulated PC's files
-// --------------------------------------------------------
+// ---- Versions: of the simulated PC's files ------------------------------------------------------
 
 DWORD WINAPI VersionSize(const wchar_t* path, DWORD*) {
   const BoardLock lock;
@@ -266,8 +260,7 @@ BOOL WINAPI QueryVersion(const void* buffer, const wchar_t* block, void** value,
   return TRUE;
 }
 
-// ---- Messages
-// -------------------------------------------------------------------------------------
+// ---- Messages -----------------------------------------------------------------------------------
 
 std::size_t RecordBytes(UINT message) {
   switch (message) {

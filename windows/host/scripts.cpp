@@ -15,8 +15,7 @@ using vexosim::ExportTable;
 using vexosim::LineGroup;
 using vexosim::Statement;
 
-// ---- The DLL as the script's host sees it
-// ---------------------------------------------------------
+// ---- The DLL as the script's host sees it -------------------------------------------------------
 
 constexpr std::uint32_t kReasonDetach = 0;
 constexpr std::uint32_t kReasonAttach = 1;
@@ -86,8 +85,7 @@ void Unload() {
   CloseLeftOvers();
 }
 
-// ---- Running
-// --------------------------------------------------------------------------------------
+// ---- Running ------------------------------------------------------------------------------------
 
 class Run {
  public:
