@@ -37,9 +37,23 @@ expect "imports" "$(cat "$(dirname "${BASH_SOURCE[0]}")/../windows/imports.txt")
 
 sections="$("$tools-objdump" -h "$dll")"
 expect "shared section" "SHARED" "$(awk '$2 == ".shared" {getline; print}' <<<"$sections" | grep -o SHARED || true)"
+# Programs that know of its word expect a 1 there; nothing in the library writes it.
+expect "shared word" "01000000" \
+  "$("$tools-objdump" -s -j .shared "$dll" | awk '/^ / {for (i = 2; i < NF; ++i) print $i}')"
 
 resource="$("$tools-windres" -J coff -O rc -i "$dll" 2>/dev/null || true)"
-expect "version" "1, 0, 1, 6" "$(sed -n 's/.*FILEVERSION *//p' <<<"$resource" | head -n 1)"
+expect "versions" "FILEVERSION 1, 0, 1, 6
+PRODUCTVERSION 1, 0, 1, 6" "$(sed -nE 's/^ *((FILE|PRODUCT)VERSION .*)/\1/p' <<<"$resource")"
+expect "version's texts" 'BLOCK "StringFileInfo"
+BLOCK "040904B0"
+VALUE "FileDescription", "TW2835 video controller library"
+VALUE "FileVersion", "1, 0, 1, 6"
+VALUE "InternalName", "VexoCtrlSDK"
+VALUE "OriginalFilename", "VexoCtrlSDK.DLL"
+VALUE "ProductName", "VexoCtrlSDK"
+VALUE "ProductVersion", "1, 0, 1, 6"
+BLOCK "VarFileInfo"
+VALUE "Translation", 0x409, 1200' "$(sed -nE 's/^ *((BLOCK|VALUE) .*)/\1/p' <<<"$resource")"
 
 ((status)) || echo "$(basename "$dll") ($processor): exports, imports, sections and version are as wanted."
 exit "$status"

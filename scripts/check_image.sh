@@ -65,6 +65,10 @@ while read -r name _ _ _ flags; do
   fi
 done <<<"$sections"
 
+# Programs that know of the shared word expect a 1 there; nothing in the library writes it.
+expect "shared section" "4 bytes: 00000001" \
+  "$(section .shared 2) bytes: $(word "$(section .shared 4)")"
+
 text_bytes="$(section .text 2)"
 if ((text_bytes == 0 || text_bytes > most_text)); then
   echo "$image: text and read-only data are $text_bytes bytes, of at most $most_text."
@@ -166,8 +170,20 @@ if ! cmp -s <(tail -c +$((position + 1)) "$image" | head -c "$size") \
   echo "$image: the version resource is not the compiled one."
   status=1
 fi
-expect "file version 1.0.1.6" "feef04bd 00010000 00010006" \
-  "$(word $((position + 40))) $(word $((position + 48))) $(word $((position + 52)))"
+expect "file and product version 1.0.1.6" "feef04bd 00010000 00010006 00010000 00010006" \
+  "$(for at in 40 48 52 56 60; do word $((position + at)); done | paste -s -d ' ')"
+expect "version's texts" "StringFileInfo: 040904B0
+FileDescription: TW2835 video controller library
+FileVersion: 1, 0, 1, 6
+InternalName: VexoCtrlSDK
+OriginalFilename: VexoCtrlSDK.DLL
+ProductName: VexoCtrlSDK
+ProductVersion: 1, 0, 1, 6" \
+  "$(tail -c +$((position + 1)) "$image" | head -c "$size" | strings -e l -n 4 |
+    sed -n '/^StringFileInfo$/,/^VarFileInfo$/p' | sed '$d' | paste -d ':' - - |
+    sed 's/:/: /')"
+expect "version's language" "0409 04b0" \
+  "$(tail -c +$((position + size - 3)) "$image" | head -c 4 | od -An -v -tx2 | xargs)"
 
 ((status)) || echo "$(basename "$image") ($machine): $text_bytes bytes of text and read-only data," \
   "$(section .data 2) of data, $entries functions, $relocations base relocations; all as wanted."
