@@ -14,6 +14,9 @@ static_assert(std::is_same_v<CeDword, DWORD> && std::is_same_v<CeLong, LPARAM> &
               std::is_same_v<CeDwordPtr, DWORD_PTR> &&
               std::is_same_v<CeThreadProc, LPTHREAD_START_ROUTINE>);
 
+// The device's name for it is the same function.
+static_assert(std::is_same_v<decltype(SendMessageTimeout), decltype(SendMessageTimeoutW)>);
+
 static_assert(kCeAllocateText == FORMAT_MESSAGE_ALLOCATE_BUFFER &&
               kCeTextFromSystem == FORMAT_MESSAGE_FROM_SYSTEM &&
               kCeLoadWithoutReferences == DONT_RESOLVE_DLL_REFERENCES &&

@@ -131,6 +131,14 @@ CE_ONLY CeLong CE_CALL SendMessageTimeout(HWND__* window, unsigned message, CeUn
                                           CeLong lparam, unsigned flags, unsigned timeout_ms,
                                           CeDwordPtr* answer);
 
+#ifdef _WIN32
+// What it has in their places.
+CE_IMPORT void CE_CALL OutputDebugStringA(const char* text);
+CE_IMPORT CeLong CE_CALL SendMessageTimeoutW(HWND__* window, unsigned message, CeUnsigned wparam,
+                                             CeLong lparam, unsigned flags, unsigned timeout_ms,
+                                             CeDwordPtr* answer);
+#endif
+
 // ---- Libraries of their own -------------------------------------------------------------------
 
 CE_IMPORT CeDword CE_CALL GetFileVersionInfoSizeW(const wchar_t* path, CeDword* zero);

@@ -2,10 +2,6 @@
 #include "ce_api.h"
 
 extern "C" {
-CE_IMPORT void CE_CALL OutputDebugStringA(const char* text);
-CE_IMPORT CeLong CE_CALL SendMessageTimeoutW(HWND__* window, unsigned message, CeUnsigned wparam,
-                                             CeLong lparam, unsigned flags, unsigned timeout_ms,
-                                             CeDwordPtr* answer);
 int _vsnwprintf(wchar_t* buffer, std::size_t units, const wchar_t* format, std::va_list arguments);
 }
 
