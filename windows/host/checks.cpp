@@ -35,9 +35,11 @@ Child::Child(const std::wstring& arguments) {
   STARTUPINFOW start = {};
   start.cb = sizeof(start);
   PROCESS_INFORMATION made = {};
-  Require(CreateProcessW(program, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
-                         &made),
-          "another process cannot be started");
+  if (!CreateProcessW(program, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
+                      &made)) {
+    throw std::runtime_error("another process cannot be started: error " +
+                             std::to_string(GetLastError()));
+  }
   CloseHandle(made.hThread);
   process_ = made.hProcess;
 }
