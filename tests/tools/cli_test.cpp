@@ -86,6 +86,9 @@ TEST_F(CommandLine, GivesStatus2ForAWrongCommandLine) {
   EXPECT_EQ(Run({"run", script_.c_str(), "--seed", "x"}), kExitWrong);
   EXPECT_EQ(Run({"run", script_.c_str(), "--speed", "1"}), kExitWrong);
   EXPECT_EQ(Run({"demo", "--color", "blue"}), kExitWrong);
+  // A base of nothing.
+  EXPECT_EQ(Run({"run", script_.c_str(), "--image-base", "0x01E40000"}), kExitWrong);
+  EXPECT_EQ(Run({"demo", "--image-base", "0x01E40000"}), kExitWrong);
 }
 
 TEST_F(CommandLine, GivesStatus2ForFilesThatItCannotUse) {

@@ -94,12 +94,14 @@ void AddColour(CLI::App& app, std::string& colour) {
 }
 
 void AddImage(CLI::App& app, ImageArguments& image) {
-  app.add_option("--image", image.file,
-                 "Runs this binary for the board, VexoCtrlSDK.DLL for Windows CE on ARM, on an "
-                 "emulated\nprocessor instead of the library in this program")
-      ->type_name("FILE.DLL");
+  CLI::Option* file =
+      app.add_option("--image", image.file,
+                     "Runs this binary for the board, VexoCtrlSDK.DLL for Windows CE on ARM, on an "
+                     "emulated\nprocessor instead of the library in this program")
+          ->type_name("FILE.DLL");
   app.add_option("--image-base", image.base, "Where the binary is loaded; default: where it wants")
-      ->type_name("ADDRESS");
+      ->type_name("ADDRESS")
+      ->needs(file);
 }
 
 // Calls `run` with the machine of the image, null when there is none. Returns one of kExit....
