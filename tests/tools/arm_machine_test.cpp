@@ -74,6 +74,18 @@ TEST_F(ArmMachineTest, PassesTheFifthArgumentOnTheStack) {
   EXPECT_EQ(Call({1, 2, 3, 4, 55}), 55u);
 }
 
+TEST_F(ArmMachineTest, LetsACallChangeItsArgumentsOnTheStackAndNothingAboveThem) {
+  MakeCode({0xE58D0004, 0xE59D0004, 0xE12FFF1E});  // str r0, [sp, #4]; ldr r0, [sp, #4]; bx lr
+  EXPECT_EQ(Call({1, 2, 3, 4, 5, 6}), 1u);
+  EXPECT_THROW(Call({1, 2, 3, 4, 5}), ImageFault);
+}
+
+TEST_F(ArmMachineTest, LetsTheSystemWriteNothingToTheCallersStack) {
+  const ArmMachine::Lease cpu(MakeCode({0xE12FFF1E}));
+  EXPECT_THROW(cpu->Write(kStackAddress + kStackBytes - 4, 4), ImageFault);
+  EXPECT_NO_THROW(cpu->Write(kStackAddress + kStackBytes / 2, 4));
+}
+
 TEST_F(ArmMachineTest, CountsTheInstructionsThatRan) {
   // mov r1, #100; 1: subs r1, r1, #1; bne 1b; bx lr
   ArmMachine& machine = MakeCode({0xE3A01064, 0xE2511001, 0x1AFFFFFD, 0xE12FFF1E});
@@ -295,7 +307,9 @@ const Wrong kWrongs[] = {
     {"MovedStackPointer", {0xE24DD004, kBxLr}, "did not keep the stack pointer"},
     {"DeepStack", {0xE24D1A05, 0xE5810000, kBxLr}, "bytes deep"},       // sub r1, sp, #0x5000
     {"StackOverflow", {0xE24D1801, 0xE5810000, kBxLr}, "a store to "},  // sub r1, sp, #0x10000
-    {"CallOfTheKernel", {0xEF000000, kBxLr}, "exception 2"},            // svc 0
+    {"StoreToTheCallersStack", {0xE58D1000, kBxLr}, "a store to the caller's stack"},  // [sp]
+    {"LoadFromTheCallersStack", {0xE5DD0003, kBxLr}, "a load from the caller's stack"},
+    {"CallOfTheKernel", {0xEF000000, kBxLr}, "exception 2"},  // svc 0
     {"UndefinedInstruction", {0xE7F000F0, kBxLr}, ""},
     {"InstructionOfALaterProcessor", {0xE16F0F10, kBxLr}, ""},       // clz r0, r0
     {"CallOfALaterProcessor", {0xE12FFF30, kBxLr}, ""},              // blx r0

@@ -49,7 +49,9 @@ ArmCpu::ArmCpu(ArmMachine& machine, unsigned number)
       stack_pages_(kStackBytes),
       caller_pages_(kCallerBytes),
       user_data_pages_(kGuestPage),
-      stack_{kStackAddress + number * kAreaStep, kStackBytes, stack_pages_.Data(), true},
+      stack_{kStackAddress + number * kAreaStep, kEntryStack, stack_pages_.Data(), true},
+      callers_stack_{stack_.address + kEntryStack, kStackBytes - kEntryStack,
+                     stack_.host + kEntryStack, false},
       thread_id_{kThreadIdAddress, 4, user_data_pages_.Data() + kThreadIdAddress - kUserDataAddress,
                  false},
       caller_address_(kCallerAddress + number * kAreaStep),
@@ -283,6 +285,10 @@ void ArmCpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes)
         Note("the stack is " + std::to_string(DeepestStack()) + " bytes deep");
       }
     }
+    return;
+  }
+  if (callers_stack_.Holds(address, bytes)) {
+    Note(std::string(write ? "a store to" : "a load from") + " the caller's stack");
     return;
   }
   if (ArmMachine::PortAt(address)) return;  // has its own checks

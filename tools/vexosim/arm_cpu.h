@@ -103,7 +103,8 @@ class ArmCpu {
   GuestPages stack_pages_;
   GuestPages caller_pages_;
   GuestPages user_data_pages_;
-  Extent stack_;
+  Extent stack_;          // what a call may use, with its arguments on the stack
+  Extent callers_stack_;  // above it
   Extent thread_id_;
   std::uint32_t caller_address_;
   std::array<Extent, 4> loans_{};
