@@ -118,12 +118,54 @@ TEST_F(ArmTool, ListsRelocationsThatDoNotMatter) {
   EXPECT_THAT(out_.str(), HasSubstr("2 relocations: 1 matter, 1 belong"));
 }
 
+TEST_F(ArmTool, NamesRelocationsThatDoNotMatterWhenThereIsAMap) {
+  ToyImage toy = Toy();
+  toy.code.push_back(ToyImage::kBase + ToyImage::kWord);
+  toy.relocations = {ToyImage::kCode + 8};
+  const std::string map = test::TempPath("toy.map");
+  Write(map,
+        "Linker script and memory map\n .text._Z3Onev 0x10001000 0xc one.obj\n"
+        " .bss.g_word 0x10002100 0x4 one.obj\n");
+  EXPECT_EQ(Compare(toy, "debug 1\n"), kExitDone) << out_.str();
+  std::remove(map.c_str());
+  EXPECT_THAT(out_.str(),
+              HasSubstr("relocation 0 at image+0x1008, One() -> g_word: no script loads its word"));
+}
+
 TEST_F(ArmTool, RefusesAFileThatIsNoImage) {
   Write(image_, "MZ");
   CompareOptions options;
   options.image = image_;
   EXPECT_EQ(CompareImage(options, out_, err_), kExitWrong);
   EXPECT_THAT(err_.str(), HasSubstr("ends before"));
+}
+
+TEST_F(ArmTool, RefusesAScriptThatIsWrong) {
+  EXPECT_EQ(Compare(Toy(), "debug 1\nfly\n"), kExitWrong);
+  EXPECT_THAT(err_.str(), HasSubstr("toy.vexo:2: expected "));
+  EXPECT_THAT(out_.str(), IsEmpty());
+}
+
+TEST_F(ArmTool, RefusesAScriptThatItCannotRead) {
+  const std::vector<std::uint8_t> bytes = Toy().Bytes();
+  Write(image_, std::string(bytes.begin(), bytes.end()));
+  CompareOptions options;
+  options.image = image_;
+  for (const char* path : {"/no/such/script.vexo", "/"}) {
+    options.scripts = {path};
+    EXPECT_EQ(CompareImage(options, out_, err_), kExitWrong) << path;
+    EXPECT_THAT(err_.str(), HasSubstr(std::string("cannot read ") + path + '\n'));
+  }
+}
+
+TEST_F(ArmTool, LendsARecordAtAnOddAddress) {
+  ToyImage toy = Toy();
+  toy.code = {0xE2010007, 0xE12FFF1E};  // and r0, r1, #7; bx lr
+  ArmMachine machine(PeImage::Parse(toy.Bytes()));
+  const ImageInUse in_use(machine);
+  Restart();
+  sim::Bytes record(4);
+  EXPECT_EQ(CommandProc(0xF001, &record), 1);
 }
 
 TEST_F(ArmTool, ReturnsToTheLinkedLibraryAfterTheImage) {

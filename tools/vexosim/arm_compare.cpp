@@ -7,6 +7,7 @@
 
 #include "sim/world.h"
 #include "tools/vexosim/arm_exports.h"
+#include "tools/vexosim/arm_linker_map.h"
 #include "tools/vexosim/script.h"
 #include "tools/vexosim/text.h"
 
@@ -39,6 +40,8 @@ class Comparison {
     for (const std::string& path : options_.scripts) {
       library_.push_back(RunForComparison(path, nullptr, options_.seed));
       const ScriptOutcome& outcome = library_.back();
+      // Not run at all, or not to its end, here and there: nothing was compared.
+      if (outcome.status == kExitWrong) throw std::runtime_error(outcome.complaints);
       // Expectations are meant for the fixed order of threads.
       if (outcome.status != kExitDone && options_.seed == 0) {
         Complain(path + ": on the linked library: " + outcome.complaints);
@@ -93,6 +96,7 @@ class Comparison {
         if (machine.Loaded(image.Relocations()[k])) scripts_of[k].push_back(i);
       }
     }
+    const std::optional<LinkerMap> map = LinkerMap::Beside(options_.image);
     std::size_t unused = 0;
     std::size_t unnoticed = 0;
     for (std::size_t k = 0; k < count; ++k) {
@@ -108,6 +112,7 @@ class Comparison {
       if (noticed) continue;
       ++(scripts.empty() ? unused : unnoticed);
       out_ << "relocation " << k << " at image+" << Hex(image.Relocations()[k], 4)
+           << (map ? ", " + NameOfRelocation(*map, image, k) : "")
            << (scripts.empty() ? ": no script loads its word" : ": loaded, but no script needs it")
            << std::endl;
     }
@@ -128,7 +133,9 @@ class Comparison {
 ScriptOutcome RunForComparison(const std::string& path, const ArmMachine* machine,
                                std::uint64_t seed) {
   std::ifstream script(path);
-  if (!script) throw std::runtime_error("cannot read " + path);
+  // A folder opens but cannot be read.
+  script.peek();
+  if (!script.is_open() || script.bad()) throw std::runtime_error("cannot read " + path);
   std::ostringstream trace;
   std::ostringstream out;
   std::ostringstream err;

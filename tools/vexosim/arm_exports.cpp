@@ -10,8 +10,9 @@
 namespace vexosim {
 namespace {
 
-// The caller's memory may begin anywhere that its type allows.
-constexpr unsigned kRecordMisalign = 4;
+// The caller's memory may begin anywhere that its type allows. Records are promised to need no
+// alignment at all, so they begin where any access wider than a byte would be a fault.
+constexpr unsigned kRecordMisalign = 1;
 constexpr unsigned kUnitsMisalign = 2;
 constexpr unsigned kBytesMisalign = 1;
 constexpr std::uint32_t kVersionBytes = 2 * 20;  // what a host must give
