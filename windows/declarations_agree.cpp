@@ -1,5 +1,6 @@
 // Compiles only where the library's own declarations of the system's calls are the system's: each
-// function is declared twice here, and a difference in a type or a convention is an error.
+// function is declared twice here, and a difference in a type is an error. A convention that is
+// missing in one is not, but then the 32-bit linker finds no function of that name.
 #include <windows.h>
 // A macro for one of two names here, a name of its own on the device.
 #undef SendMessageTimeout
