@@ -78,8 +78,10 @@ LinkerMap::LinkerMap(std::istream& map) {
       waiting = name;
       continue;
     }
-    if (name.empty() || !(words >> bytes) || !address.starts_with("0x") || !bytes.starts_with("0x"))
+    if (name.empty() || !(words >> bytes) || !address.starts_with("0x") ||
+        !bytes.starts_with("0x")) {
       continue;
+    }
     LinkedSection section = Named(name);
     section.address = static_cast<std::uint32_t>(std::stoul(address, nullptr, 16));
     section.bytes = static_cast<std::uint32_t>(std::stoul(bytes, nullptr, 16));
