@@ -11,6 +11,7 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 vexosim="$(realpath "${1:-$root/build/gcc/vexosim}")"
 image="$(realpath "${2:-$root/build/device/VexoCtrlSDK.DLL}")"
 bench="$(dirname "$vexosim")/bench/bench_image"
+[[ -x "$bench" ]] || { echo "There is no $bench: scripts/build.sh gcc all"; exit 2; }
 most_instructions=40  # of a register write
 status=0
 checked="$image"
