@@ -47,12 +47,27 @@ run_tests() {
   return "$status"
 }
 
+# As hosts in C and C++ include it, old and new; at last as one whose compiler has no <stdint.h>.
 check_header() {
-  local compiler
+  local compiler language old=(-D_MSC_VER=1400 -D__int8=char -D__int16=short -D__int32=int)
+  local check=(-Wall -Wextra -Wpedantic -Wconversion -Werror -Iinclude -fsyntax-only)
   for compiler in gcc clang; do
-    "$compiler" -std=c11 -Wall -Wextra -Wpedantic -Wconversion -Werror -Iinclude -fsyntax-only \
+    for language in "c -std=c99" "c -std=c11" "c++ -std=c++98" "c++ -std=c++17"; do
+      # shellcheck disable=SC2086  # two words
+      "$compiler" -x $language "${check[@]}" tests/support/header_compiles.c || return 1
+    done
+    "$compiler" -x c++ -std=c++98 "${check[@]}" -nostdinc "${old[@]}" \
       tests/support/header_compiles.c || return 1
   done
+}
+
+# Every script and check through the DLLs; the 32-bit one where there is a 32-bit Wine.
+run_hosts() {
+  local processor status=0
+  for processor in x86_64 i686; do
+    windows/run_host.sh "build/windows-$processor" || status=1
+  done
+  return "$status"
 }
 
 # Each benchmark runs for a moment, so that it cannot rot. Times are shown, not judged.
@@ -96,7 +111,7 @@ run_demo() {
 
 stage "packages" scripts/packages.sh test
 stage "format (clang-format)" scripts/check_format.sh
-stage "public header as C (gcc, clang)" check_header
+stage "public header in C and C++ (gcc, clang)" check_header
 stage "build (g++)" scripts/build.sh gcc -k 0 all
 stage "tests (g++)" run_tests gcc
 stage "library needs no runtime" scripts/check_library.sh build/gcc/libvexoctrl.a
@@ -105,7 +120,7 @@ stage "tests (clang++, sanitizers)" run_tests sanitize
 stage "fuzzers (clang++, sanitizers)" run_fuzzers
 stage "lint (clang-tidy)" scripts/build.sh sanitize -k 0 tidy
 stage "DLL (MinGW-w64, 64 and 32 bits)" scripts/build_windows.sh
-stage "DLL in a host (Wine)" windows/run_host.sh build/windows-x86_64
+stage "DLL in a host (Wine)" run_hosts
 stage "image for the board (ARM)" scripts/build_device.sh
 stage "image on an emulated ARM" scripts/run_image_tests.sh
 stage "benchmarks (g++)" run_benchmarks

@@ -9,19 +9,36 @@
  * writes them only during the call, and they need no particular alignment. Reserved bytes are
  * neither read nor written.
  *
- * The header is plain C, but for VEXOAPI_SetMotionInfo, which is exported under its C++ name.
+ * The header is plain C, but for VEXOAPI_SetMotionInfo, which is exported under its C++ name. C99
+ * and C++98 will do, also without <stdint.h>, as the compilers of Windows CE 5 are.
  */
 #ifndef VEXOCTRLSDK_H
 #define VEXOCTRLSDK_H
 
-#include <stdint.h>
-
-#ifdef __cplusplus
-#define VEXO_STATIC_ASSERT(condition, text) static_assert(condition, text)
-typedef char16_t VexoChar16; /* one UTF-16 unit */
+#if defined(_MSC_VER) && _MSC_VER < 1600 /* these have no <stdint.h> */
+typedef unsigned __int8 uint8_t;
+typedef unsigned __int16 uint16_t;
+typedef unsigned __int32 uint32_t;
 #else
-#define VEXO_STATIC_ASSERT(condition, text) _Static_assert(condition, text)
-typedef uint16_t VexoChar16; /* one UTF-16 unit */
+#include <stdint.h>
+#endif
+
+/* VEXO_ASSERT_SIZE stops the compiler when a record is not laid out as below. VexoChar16 is one
+ * UTF-16 unit. */
+#if defined(__cplusplus) && (__cplusplus >= 201103L || (defined(_MSC_VER) && _MSC_VER >= 1900))
+#define VEXO_ASSERT_SIZE(type, bytes) static_assert(sizeof(type) == (bytes), #type)
+typedef char16_t VexoChar16;
+#elif !defined(__cplusplus) && defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
+#define VEXO_ASSERT_SIZE(type, bytes) _Static_assert(sizeof(type) == (bytes), #type)
+typedef uint16_t VexoChar16;
+#else
+#define VEXO_ASSERT_SIZE(type, bytes) \
+  typedef char VexoSizeOf##type[sizeof(type) == (bytes) ? 1 : -1]
+#ifdef _WIN32
+typedef wchar_t VexoChar16;
+#else
+typedef uint16_t VexoChar16;
+#endif
 #endif
 
 /* A window handle of the host (HWND). */
@@ -33,7 +50,8 @@ typedef void* VexoWindow;
 #define VEXO_ERROR_FAILED (-1)        /* unknown code, refused in this mode, or failed         */
 #define VEXO_ERROR_NO_HEADER (-4)     /* text line without a known header word                 */
 #define VEXO_ERROR_PARAMETER (-5)     /* required record missing, or argument out of range     */
-#define VEXO_ERROR_UNINITIALIZED (-6) /* the library is not initialized in this process        */
+#define VEXO_ERROR_UNINITIALIZED (-6) /* the library is not initialized in this process; here  */
+                                      /* VEXOAPI_CommandProc answers VEXO_ERROR_NOT_READY      */
 #define VEXO_ERROR_NOT_READY (-8)     /* no host window, chips not ready, or unknown board     */
 
 /* ---- Command codes of VEXOAPI_CommandProc --------------------------------------------------- */
@@ -105,7 +123,7 @@ typedef struct VexoInitRecord {
   uint16_t reserved2;      /*  2 in: passed on, ignored                                        */
   uint8_t reserved3[8];    /*  4                                                               */
   uint32_t chip_count;     /* 12 out: chips found, 1-4; four channels each                     */
-  uint32_t video_standard; /* 16 out: VEXO_VIDEO_...                                           */
+  uint32_t video_standard; /* 16 out: VEXO_VIDEO_..., or another stored byte: treated as PAL   */
   uint8_t chip_id[4];      /* 20 out: identification of master, slave 1, slave 2, slave 3      */
 } VexoInitRecord;
 
@@ -120,8 +138,12 @@ typedef struct VexoRegRecord {
 
 /* VEXO_CMD_LIVE_SPLIT (reads byte 4 and, from byte 6, one byte a window of the mode) and
  * VEXO_CMD_PLAY_SPLIT (reads byte 5 too; in mode 0 without the option up to as many list bytes as
- * the board has channels). A channel not below the board's channel count leaves its window empty.
- */
+ * the board has channels; refuses modes 2, 3 and 5, which VEXO_CMD_PLAY_MODE lays out).
+ *
+ * A number not below the board's channel count shows nothing. List channels in ascending order:
+ * live splits of 8 and 16 channels, and the playback modes 0 (centred), 1 and 4 of every board, go
+ * through the channels from 0 up, and an entry out of order or without a channel empties its window
+ * and all later ones. Only the 3 x 3 page of 16 channels that begins with 9 may end in 0 and 1. */
 typedef struct VexoSplitRecord {
   uint8_t reserved[4];  /* 0                                       */
   uint8_t mode;         /* 4 VEXO_SPLIT_...                        */
@@ -145,7 +167,8 @@ typedef struct VexoChannelMasksRecord {
   uint32_t play_display; /* 8 channels shown in playback     */
 } VexoChannelMasksRecord;
 
-/* VEXO_CMD_LIVE_MODE. Read: byte 4 and, from byte 5, one byte a window of the mode. */
+/* VEXO_CMD_LIVE_MODE. Read: byte 4 and, from byte 5, one byte a window of the mode. Answers VEXO_OK
+ * also when the board lacks the mode: the view is then changed and the split is not. */
 typedef struct VexoLiveModeRecord {
   uint8_t reserved[4];  /* 0                                */
   uint8_t mode;         /* 4 VEXO_SPLIT_...                 */
@@ -168,8 +191,8 @@ typedef struct VexoMaskRecord {
 /* VEXO_CMD_MOTION_SETUP. Read: all 4 bytes. */
 typedef struct VexoMotionSetupRecord {
   uint8_t cell_type;   /* 0 look of the cell boxes, 0-4                       */
-  uint8_t timing_low;  /* 1 low half of the shared parameter: 0-11            */
-  uint8_t timing_high; /* 2 high half of the shared parameter: 0-8, 10, 11    */
+  uint8_t timing_low;  /* 1 low half of the shared parameter: 0-11, else 3    */
+  uint8_t timing_high; /* 2 high half of the shared parameter: 0-11, else 9   */
   uint8_t channel;     /* 3 channel shown full screen with its cells          */
 } VexoMotionSetupRecord;
 
@@ -186,7 +209,7 @@ typedef struct VexoMotionRegRecord {
 #define VEXO_MSG_INIT_RESULT 0x2402u   /* wParam: address of a VideoState, valid while loaded    */
 #define VEXO_MSG_VIDEO_INFO 0x2403u    /* wParam: address of a VideoDetectRecord, for the call   */
 #define VEXO_MSG_MOTION_STATUS 0x2404u /* wParam: 16-bit mask, bit n: motion on channel n */
-#define VEXO_MSG_CHIP_VERSION 0x2405u  /* wParam: chip version value                             */
+#define VEXO_MSG_CHIP_VERSION 0x2405u  /* wParam: byte p: 1 when chip p was found; 0 before init */
 #define VEXO_MSG_REG_VALUE 0x2406u     /* wParam: address of a VexoRegRecord, for the call       */
 
 /* Status codes of VEXO_MSG_STATUS. */
@@ -199,28 +222,28 @@ typedef struct VexoMotionRegRecord {
 /* VEXO_MSG_INIT_RESULT: the same as bytes 12-23 of VexoInitRecord. */
 typedef struct VideoState {
   uint32_t chip_count;     /* 0 chips found                                              */
-  uint32_t video_standard; /* 4 VEXO_VIDEO_...                                           */
+  uint32_t video_standard; /* 4 VEXO_VIDEO_..., or another stored byte: treated as PAL   */
   uint8_t chip_id[4];      /* 8 identification of master, slave 1, slave 2, slave 3      */
 } VideoState;
 
-/* VEXO_MSG_VIDEO_INFO. */
+/* VEXO_MSG_VIDEO_INFO. Go by loss_mask: a channel in it may still show NTSC or PAL. */
 typedef struct VideoDetectRecord {
   uint32_t loss_mask;   /* 0 bit n: channel n has no video                   */
   uint8_t standard[16]; /* 4 VEXO_VIDEO_... of each channel; 0 where no chip */
 } VideoDetectRecord;
 
-VEXO_STATIC_ASSERT(sizeof(VexoInitRecord) == 24, "VexoInitRecord");
-VEXO_STATIC_ASSERT(sizeof(VexoRegRecord) == 4, "VexoRegRecord");
-VEXO_STATIC_ASSERT(sizeof(VexoSplitRecord) == 22, "VexoSplitRecord");
-VEXO_STATIC_ASSERT(sizeof(VexoMotionMaskRecord) == 26, "VexoMotionMaskRecord");
-VEXO_STATIC_ASSERT(sizeof(VexoChannelMasksRecord) == 12, "VexoChannelMasksRecord");
-VEXO_STATIC_ASSERT(sizeof(VexoLiveModeRecord) == 21, "VexoLiveModeRecord");
-VEXO_STATIC_ASSERT(sizeof(VexoPlayModeRecord) == 22, "VexoPlayModeRecord");
-VEXO_STATIC_ASSERT(sizeof(VexoMaskRecord) == 4, "VexoMaskRecord");
-VEXO_STATIC_ASSERT(sizeof(VexoMotionSetupRecord) == 4, "VexoMotionSetupRecord");
-VEXO_STATIC_ASSERT(sizeof(VexoMotionRegRecord) == 3, "VexoMotionRegRecord");
-VEXO_STATIC_ASSERT(sizeof(VideoState) == 12, "VideoState");
-VEXO_STATIC_ASSERT(sizeof(VideoDetectRecord) == 20, "VideoDetectRecord");
+VEXO_ASSERT_SIZE(VexoInitRecord, 24);
+VEXO_ASSERT_SIZE(VexoRegRecord, 4);
+VEXO_ASSERT_SIZE(VexoSplitRecord, 22);
+VEXO_ASSERT_SIZE(VexoMotionMaskRecord, 26);
+VEXO_ASSERT_SIZE(VexoChannelMasksRecord, 12);
+VEXO_ASSERT_SIZE(VexoLiveModeRecord, 21);
+VEXO_ASSERT_SIZE(VexoPlayModeRecord, 22);
+VEXO_ASSERT_SIZE(VexoMaskRecord, 4);
+VEXO_ASSERT_SIZE(VexoMotionSetupRecord, 4);
+VEXO_ASSERT_SIZE(VexoMotionRegRecord, 3);
+VEXO_ASSERT_SIZE(VideoState, 12);
+VEXO_ASSERT_SIZE(VideoDetectRecord, 20);
 
 /* ---- Exports ------------------------------------------------------------------------------ */
 
@@ -235,28 +258,29 @@ extern "C" {
  */
 int VEXOAPI_Initialize(VexoWindow window);
 
-/* Forgets the host window. Stops nothing: send VEXO_CMD_STOP_MONITOR first. */
+/* Forgets the host window. Stops nothing: send VEXO_CMD_STOP_MONITOR first. Any thread. */
 void VEXOAPI_Uninitialize(void);
 
 /*
  * Copies the library's version ("1. 0. 1. 6") with its terminator into buffer, which holds at
  * least 20 units; null copies nothing. Returns the length in units without the terminator, 0 when
- * the library is not initialized or has no version resource.
+ * the library is not initialized or has no version resource. Any thread.
  */
 int VEXOAPI_GetVersion(VexoChar16* buffer);
 
-/* Turns the levelled diagnostics on (non-zero) or off. */
+/* Turns the levelled diagnostics on (non-zero) or off. Any thread. */
 void VEXOAPI_SetEnableDebug(uint32_t enable);
 
-/* Turns the plain diagnostics and the register dumps on (non-zero) or off. */
+/* Turns the plain diagnostics and the register dumps on (non-zero) or off. Any thread. */
 void VEXOAPI_SetEnableOutputMsg(uint32_t enable);
 
 /*
  * Runs one binary command. Only the low 16 bits of code count; parameter is the record named
  * beside the code, or null where none is needed.
  * Returns VEXO_OK or the operation's own result; VEXO_ERROR_FAILED for an unknown code or a failed
- * operation; VEXO_ERROR_PARAMETER for a missing record; VEXO_ERROR_NOT_READY when no window is
- * bound or the chips are not ready.
+ * operation; VEXO_ERROR_PARAMETER for a missing record or a refused argument;
+ * VEXO_ERROR_NOT_READY when the library is not initialized, no window is bound, or the chips are
+ * not ready.
  * Any thread: commands wait for "CS4_GlobalLock". An unknown code, VEXO_CMD_INIT without a record
  * and a failed VEXO_CMD_INIT return with that lock still held by the calling thread.
  */
@@ -277,7 +301,8 @@ int VEXOAPI_TextCommandProc(const char* line);
 /*
  * Stores and programs the motion level (0-3) and cell mask (24 bytes, read only; 12 rows, columns
  * 8-15 before columns 0-7) of a channel. Does nothing while the chips are not ready, for a channel
- * of 16 or more, and for a null mask.
+ * of 16 or more, and for a null mask. A channel below 16 that the board lacks is stored and not
+ * programmed, and so is a level above 3.
  * Returns VEXO_OK, or VEXO_ERROR_UNINITIALIZED with "CS4_GlobalLock" still held by the caller.
  * Exported under its C++ name: ?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z in a 32-bit library.
  */

@@ -19,6 +19,20 @@ unset DISPLAY WAYLAND_DISPLAY
 export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d" WINEARCH=win64
 ulimit -u 4000  # a host that starts processes without end does not take the machine along
 
+# An empty folder to be in: a file called "CAM1:" there would be opened in the driver's place.
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+mkdir "$work/scripts" "$work/checks"
+
+# Debian's Wine for 64 bits comes without the one for 32, which refuses its programs at once.
+if grep -qx 'VEXO_PROCESSOR:.*=i686' "$build/CMakeCache.txt"; then
+  WINEARCH=win32
+  if WINEPREFIX=$work/none timeout 120 wine cmd /c exit 2>&1 | grep -q 'cannot support 64-bit'; then
+    echo "Windows host: there is no 32-bit Wine here, so the 32-bit DLL was not run."
+    exit 0
+  fi
+fi
+
 # A prefix whose windows need no display.
 make_prefix() {
   WINEPREFIX=$1
@@ -43,11 +57,6 @@ run_part() {
   ) >"$work/$part.out" 2>&1
   echo $? >"$work/$part.status"
 }
-
-# An empty folder to be in: a file called "CAM1:" there would be opened in the driver's place.
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-mkdir "$work/scripts" "$work/checks"
 
 begin=$(date +%s)
 for script in "$@"; do

@@ -1,11 +1,11 @@
-// Hosts written in C include the public header too.
+/* Hosts written in C and in older C++ include the public header too. */
 #include "VexoCtrlSDK.h"
 
-// Uses what a C host uses, so that a C++ word in the header cannot hide behind an #ifdef.
-int HeaderCompilesAsC(VexoWindow window);
+/* Uses what a host uses, so that a word of one language cannot hide behind an #ifdef. */
+int HeaderCompiles(VexoWindow window);
 
-int HeaderCompilesAsC(VexoWindow window) {
-  VexoInitRecord init = {0};
+int HeaderCompiles(VexoWindow window) {
+  VexoInitRecord init;
   VexoChar16 version[20];
   int result = VEXOAPI_Initialize(window);
   if (result == VEXO_OK) result = VEXOAPI_CommandProc(VEXO_CMD_INIT, &init);

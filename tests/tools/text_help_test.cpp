@@ -128,7 +128,7 @@ TEST(TextManual, IsThePageInTheDocuments) {
   const std::string page{std::istreambuf_iterator<char>(file), {}};
   EXPECT_TRUE(page == TextCommandManual())
       << "docs/text-commands.md is out of date; write it anew:\n"
-         "  vexosim manual > docs/text-commands.md";
+         "  ./run.sh manual > docs/text-commands.md";
 }
 
 TEST(TextManual, HasEveryCommandNumberAndResult) {
