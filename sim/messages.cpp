@@ -52,6 +52,7 @@ void Kernel::Impl::Handle(const PostedMessage& message, bool posted) {
   world.windows.received.push_back({kernel.now_ms_, message.message,
                                     number ? static_cast<std::uint32_t>(message.wparam) : 0,
                                     TakeRecord(message.message, message.wparam), posted});
+  if (world.windows.procedure) world.windows.procedure(message.message, message.wparam);
 }
 
 void Kernel::Impl::Answer(PendingSend& send, bool ok) {

@@ -154,8 +154,9 @@ bool Kernel::TerminateThread(PlatHandle handle, std::uint32_t exit_code) {
   const auto thread = impl_->Find<Thread>(handle);
   if (thread == nullptr) return impl_->Fail(kErrorInvalidHandle);
   if (thread->ended) return impl_->Fail(kErrorAccessDenied);
-  thread->exit_code = exit_code;
   impl_->world.Record(ThreadEvent{"terminate", exit_code});
+  if (impl_->world.faults.Fires(Fault::Terminate)) return true;
+  thread->exit_code = exit_code;
   if (thread.get() != impl_->current) {
     impl_->Kill(*thread);
     return true;

@@ -25,12 +25,13 @@ enum class Fault : std::uint8_t {
   MapSelect,    // a bus window cannot be mapped
   MapAddress,
   MapData,
-  Thread,    // the thread cannot be created
-  Send,      // SendMessageTimeout fails
-  Post,      // PostMessage fails
-  Allocate,  // no memory for version information
+  Thread,     // the thread cannot be created
+  Send,       // SendMessageTimeout fails
+  Post,       // PostMessage fails
+  Allocate,   // no memory for version information
+  Terminate,  // a thread that is terminated goes on
 };
-inline constexpr std::size_t kFaultCount = 9;
+inline constexpr std::size_t kFaultCount = 10;
 
 class Faults {
  public:
@@ -172,6 +173,8 @@ class Windows {
   bool deaf = false;  // does not answer sent messages
   std::vector<ReceivedMessage> received;
   std::function<void(PlatWindow)> on_destroyed;  // told after a window is gone
+  // What the window does with a message when it comes, sent or posted; its record may be written.
+  std::function<void(std::uint32_t message, std::uintptr_t wparam)> procedure;
 
  private:
   std::vector<PlatWindow> windows_;

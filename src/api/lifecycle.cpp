@@ -128,7 +128,7 @@ void VexoSDK_Detach() {
   UnmapWindow(g_bus.select);
   UnmapWindow(g_bus.address);
   UnmapWindow(g_bus.data);
-  // The stale value stays on purpose: a later attach in the same process takes no new lock.
+  // The stale value stays on purpose: an attach without a new load takes no new lock.
   if (g_library.g_cs4_lock != kPlatNoHandle) Plat_CloseHandle(g_library.g_cs4_lock);
   Plat_NvramDeinit();
   ClearVersionText();

@@ -8,11 +8,11 @@
 
 std::uint8_t VexoProc_ReadRegister(std::uint8_t chip, std::uint8_t page, std::uint8_t reg) {
   if (g_video.g_chip_ready == 0) return 0;
-  VexoRegRecord record = {chip, page, reg, TW_ReadRegister(chip, page, reg)};
-  VexoDbg_Print(u">> VEXO READ REG 0x%02X 0x%02X 0x%02X 0x%02X \r\n", chip, page, reg,
-                record.value);
+  const std::uint8_t value = TW_ReadRegister(chip, page, reg);
+  VexoDbg_Print(u">> VEXO READ REG 0x%02X 0x%02X 0x%02X 0x%02X \r\n", chip, page, reg, value);
+  VexoRegRecord record = {chip, page, reg, value};  // the host's to write to while it is sent
   VexoSDK_SendHostMessage(VEXO_MSG_REG_VALUE, reinterpret_cast<std::uintptr_t>(&record), 0);
-  return record.value;
+  return value;
 }
 
 void VexoProc_WriteRegister(std::uint8_t chip, std::uint8_t page, std::uint8_t reg,

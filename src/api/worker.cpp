@@ -37,10 +37,11 @@ struct Reported {
 
 void ReportVideo(Reported& reported) {
   VexoProc_ReadVideoDetect(&reported.detect);
-  if (reported.detect.loss_mask == reported.loss_mask) return;
+  const std::uint32_t loss_mask = reported.detect.loss_mask;  // the host may write to the record
+  if (loss_mask == reported.loss_mask) return;
   VexoSDK_SendHostMessage(VEXO_MSG_VIDEO_INFO, reinterpret_cast<std::uintptr_t>(&reported.detect),
                           0);
-  reported.loss_mask = reported.detect.loss_mask;
+  reported.loss_mask = loss_mask;
 }
 
 // A changed mask is told at once, an unchanged one every 900 ms. Only the repeat clears the stamp,

@@ -18,7 +18,8 @@ struct WorkerState {
   WorkerBlock block;
   PlatHandle thread = kPlatNoHandle;  // 0: no thread
   std::uint32_t thread_id = 0;        // as its creation gave it
-  std::uint32_t motion_stamp = 0;     // tick of the last motion report; 0: to be set
+  std::uint32_t motion_stamp = 0;     // tick that the 900 ms of the repeat count from; 0: the
+                                      // next pass without a change sets it
 };
 extern WorkerState g_worker;
 
@@ -28,5 +29,6 @@ std::int32_t VexoSDK_StartWorker();
 // Asks the thread to end and waits for it; terminates it after about 20 ms.
 void VexoSDK_StopWorker();
 
-// The thread itself; block is a WorkerBlock. Returns the block's exit code.
+// The thread itself; block is a WorkerBlock. Returns the block's exit code, 0xFF00FF00 for a null
+// block.
 std::uint32_t VexoSDK_WorkerProc(void* block);

@@ -138,6 +138,20 @@ TEST_F(Diagnostics, MessagesOf1023UnitsAreWrittenWhole) {
   EXPECT_EQ(Debug(), (Strings{"[VexoCtrlSDK]: ", std::string(1023, 'x')}));
 }
 
+TEST_F(Diagnostics, LongerMessagesAreCut) {
+  Attach();
+  VexoDbg_Print(u"%s", std::u16string(1024, u'x').c_str());
+  EXPECT_EQ(Debug(), (Strings{"[VexoCtrlSDK]: ", std::string(1023, 'x')}));
+}
+
+TEST_F(Diagnostics, NamesOfMoreThan31UnitsAreCut) {
+  VexoDbg_SetPrintName(std::u16string(40, u'p').c_str());
+  VexoDbg_SetLevelName(std::u16string(32, u'l').c_str());
+  VexoDbg_Print(u"");
+  VexoDbg_PrintLevel(2, u"");
+  EXPECT_EQ(DebugText(), "[" + std::string(31, 'p') + "]: [" + std::string(31, 'l') + "]: ");
+}
+
 TEST_F(Diagnostics, NamesAreCopiedNotKept) {
   char16_t name[] = u"one";
   VexoDbg_SetPrintName(name);

@@ -292,8 +292,8 @@ TEST_F(Lifecycle, DetachUnmapsOnlyWhatIsMapped) {
   EXPECT_EQ(EntryLines(0), (Lines{"unmap select", "nvram deinit"}));
 }
 
-// A host that reloads the library in the same process works without the lock from then on; mending
-// this would make it wait for drivers that it never waited for.
+// Only an attach without a new load sees this: a reloaded library begins with zeros and takes its
+// lock again.
 TEST_F(Lifecycle, TheLocksStaleHandleSurvivesDetachAndTheNextAttachTakesNoNewOne) {
   AttachAndBind();
   const PlatHandle lock = g_library.g_cs4_lock;

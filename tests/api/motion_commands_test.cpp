@@ -205,6 +205,15 @@ TEST_F(MotionCommands, SetMotionInfoKeepsAChannelThatTheBoardLacks) {
   EXPECT_EQ(Cycles(), 0u);
 }
 
+TEST_F(MotionCommands, SetMotionInfoIgnoresANullMask) {
+  Pretend(16);
+  EXPECT_EQ(vexosim::SetMotionInfo(0, 2, nullptr), 0);
+  EXPECT_EQ(Kept(0), OldMask());
+  EXPECT_EQ(g_motion.level[0], kOldLevel);
+  EXPECT_EQ(Cycles(), 0u);
+  EXPECT_FALSE(LockHeld());
+}
+
 TEST_F(MotionCommands, SetMotionInfoIgnoresChannelsPastTheTables) {
   Pretend(16);
   const MotionState before = g_motion;

@@ -64,6 +64,17 @@ TEST_F(RegisterCommands, AReadOfAnInvalidPageIsToldTwiceAndSentAsZero) {
                    "send 2406 [03031000]"}));
 }
 
+// The record that a message points to is the window's to write to.
+TEST_F(RegisterCommands, AWindowThatWritesToTheRecordChangesNoResult) {
+  world().windows.procedure = [](std::uint32_t, std::uintptr_t wparam) {
+    reinterpret_cast<VexoRegRecord*>(wparam)->value = 0x99;
+  };
+  EXPECT_EQ(VexoProc_ReadRegister(kChipMaster, 0, kChipId), 0x28);
+  EXPECT_EQ(Command(VEXO_CMD_READ_REG, {kChipMaster, 0, kChipId}), 0);
+  EXPECT_EQ(last_record[3], 0x28);
+  EXPECT_EQ(Messages(), (std::vector<std::uint32_t>{VEXO_MSG_REG_VALUE, VEXO_MSG_REG_VALUE}));
+}
+
 TEST_F(RegisterCommands, AFailedSendLosesNoValue) {
   world().faults.Set(sim::Fault::Send, true);
   EXPECT_EQ(VexoProc_ReadRegister(kChipMaster, 0, kChipId), 0x28);

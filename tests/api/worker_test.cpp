@@ -1,6 +1,7 @@
 // The worker thread: what it polls and when it tells the host. All times are virtual.
 #include <cstdio>
 
+#include "api/diagnostics.h"
 #include "tests/api/worker_fixture.h"
 #include "tools/vexosim/host.h"
 
@@ -45,6 +46,10 @@ TEST_F(Worker, TheStartIsToldAtLevelZero) {
   Mark();
   VexoSDK_StartWorker();
   EXPECT_EQ(Debug().size(), 2u);
+  VexoDbg_SetLevelThreshold(1);
+  Mark();
+  VexoSDK_StartWorker();
+  EXPECT_EQ(Debug().size(), 0u);
 }
 
 TEST_F(Worker, TheThreadMarksItsBlock) {
@@ -133,6 +138,27 @@ TEST_F(Worker, AStatusBitThatNeverComesTakesATerminationOnThe21stPass) {
   // It went on polling to the end.
   EXPECT_EQ(WorkerLines("wait 3", from).size(), 7u);
   EXPECT_EQ(WorkerLines("thread").size(), 0u);
+}
+
+TEST_F(Worker, ATerminationIsRepeatedOnEachPassUntilTheThreadHasEnded) {
+  Prepare(false);
+  world().board.HoldSync(false);
+  VexoSDK_StartWorker();
+  const std::size_t from = Place();
+  world().faults.Set(sim::Fault::Terminate, true);
+  world().kernel.StartHostThread([&] {
+    Plat_Sleep(22);  // until after the terminations of 220, 221 and 222
+    world().faults.Set(sim::Fault::Terminate, false);
+  });
+  VexoSDK_StopWorker();
+  EXPECT_EQ(world().faults.Hits(sim::Fault::Terminate), 3u);
+  LineList expected;
+  for (std::uint32_t t = 220; t <= 223; ++t) {
+    expected.push_back({t, By::Host, "thread terminate FFFF0000"});
+  }
+  EXPECT_EQ(test::LinesBy(By::Host, world().trace, from, "thread terminate"), expected);
+  EXPECT_EQ(world().kernel.LiveThreads(), 0u);
+  EXPECT_EQ(g_worker.thread, 0u);
 }
 
 TEST_F(Worker, AStatusBitThatComesDuringTheStopEndsTheThreadByItself) {
@@ -443,6 +469,20 @@ TEST_F(Worker, ARunningSyncRepeatsAbout900Ms) {
     EXPECT_GE(sent[i].t - sent[i - 1].t, 900u);
     EXPECT_LE(sent[i].t - sent[i - 1].t, 1000u);
   }
+}
+
+// The record that a message points to is the window's to write to.
+TEST_F(Worker, AWindowThatWritesToTheRecordIsNotToldAgain) {
+  Prepare(false);
+  world().board.SetSyncPeriod(20);
+  world().windows.procedure = [](std::uint32_t message, std::uintptr_t wparam) {
+    if (message == VEXO_MSG_VIDEO_INFO) {
+      reinterpret_cast<VideoDetectRecord*>(wparam)->loss_mask = 0xAAAA;
+    }
+  };
+  VexoSDK_StartWorker();
+  PumpTo(800);
+  EXPECT_EQ(Sent(), (LineList{{Sent().at(0).t, By::Worker, kNoLoss}}));
 }
 
 }  // namespace

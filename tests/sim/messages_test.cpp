@@ -266,6 +266,22 @@ TEST_F(Messages, RecordsAreTakenWhenTheMessageIsHandled) {
   }
 }
 
+TEST_F(Messages, TheWindowsProcedureMayWriteToARecordThatWasTakenBefore) {
+  std::array<std::uint8_t, 4> record = {1, 2, 3, 4};
+  std::vector<std::uint32_t> seen;
+  world().windows.procedure = [&](std::uint32_t message, std::uintptr_t wparam) {
+    seen.push_back(message);
+    if (message == 0x2406) reinterpret_cast<std::uint8_t*>(wparam)[3] = 9;
+  };
+  EXPECT_TRUE(
+      Plat_SendMessage(window, 0x2406, reinterpret_cast<std::uintptr_t>(record.data()), 0, 5000));
+  EXPECT_TRUE(Plat_PostMessage(window, 0x2404, 1, 0));
+  kernel().Pump(1);
+  EXPECT_EQ(seen, (std::vector<std::uint32_t>{0x2406, 0x2404}));
+  EXPECT_EQ(record, (std::array<std::uint8_t, 4>{1, 2, 3, 9}));
+  EXPECT_EQ(Received()[0].record, (Bytes{1, 2, 3, 4}));
+}
+
 TEST_F(Messages, ANullRecordIsEmpty) {
   EXPECT_TRUE(Plat_SendMessage(window, 0x2403, 0, 0, 5000));
   EXPECT_EQ(Details<MessageEvent>().at(0).record, Bytes{});

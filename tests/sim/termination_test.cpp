@@ -216,6 +216,21 @@ TEST_F(Termination, TheThreadFaultFires) {
   EXPECT_TRUE(Details<ThreadEvent>().empty());
 }
 
+TEST_F(Termination, UnderItsFaultTheThreadGoesOn) {
+  const WorkerBody body = [] {
+    Plat_Sleep(10);
+    return 5u;
+  };
+  const PlatHandle thread = StartWorker(body);
+  Plat_Sleep(1);
+  world().faults.Set(Fault::Terminate, true);
+  EXPECT_TRUE(Plat_TerminateThread(thread, 7));
+  EXPECT_EQ(world().faults.Hits(Fault::Terminate), 1u);
+  EXPECT_EQ(ExitCode(thread), kPlatStillActive);
+  Plat_Sleep(20);
+  EXPECT_EQ(ExitCode(thread), 5u);
+}
+
 TEST_F(Termination, TheQuantumIsKept) {
   const WorkerBody body = [] { return 0u; };
   const PlatHandle thread = StartWorker(body);
