@@ -49,6 +49,7 @@ std::size_t Plat_FormatV(char16_t* buffer, std::size_t capacity, const char16_t*
 void Plat_WidenAnsi(const char* text, char16_t* buffer, std::size_t capacity) {
   constexpr int kWholeText = -1;  // with its terminator
   if (capacity == 0) return;
+  buffer[0] = u'\0';  // what stays when the text cannot be converted
   MultiByteToWideChar(kCeAnsiCodePage, 0, text, kWholeText, Wide(buffer),
                       static_cast<int>(capacity));
   buffer[capacity - 1] = u'\0';

@@ -15,6 +15,7 @@ bool Plat_QueryVersionRoot(const void* buffer, PlatFileVersion* version) {
   void* value = nullptr;
   unsigned length = 0;
   if (VerQueryValueW(buffer, L"\\", &value, &length) != 1) return false;
+  if (value == nullptr || length < sizeof(CeFixedFileInfo)) return false;
   const auto* info = static_cast<const CeFixedFileInfo*>(value);
   *version = {static_cast<std::uint32_t>(info->file_version_ms),
               static_cast<std::uint32_t>(info->file_version_ls)};
