@@ -25,7 +25,7 @@ std::uint8_t ReadSettleStatus() {
 
 bool WaitUntilSettled(unsigned max_polls) {
   for (unsigned poll = 1; ReadSettleStatus() != 0; ++poll) {
-    if (poll == max_polls) return false;
+    if (max_polls != kPollWithoutLimit && poll == max_polls) return false;
     Plat_Wait(g_display.wait_event, kSettlePauseMs);
   }
   return true;

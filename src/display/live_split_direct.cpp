@@ -26,11 +26,6 @@ void ShowScaledInWindow(std::uint8_t channel, std::uint8_t mode, std::uint8_t wi
   ShowInWindow(channel, mode, window);
 }
 
-// Channel number `offset` places after `first`, counted around the board.
-std::uint8_t ChannelAfter(unsigned first, unsigned offset) {
-  return static_cast<std::uint8_t>((first + offset) % g_video.max_channel);
-}
-
 void ShowFullScreen(std::uint8_t first) {
   ScaleEveryChannel(kSplitFull);
   for (std::uint8_t i = 0; i < kChannelsPerChip; ++i) {
@@ -138,7 +133,8 @@ void TW_SetLiveSplitDirect(std::uint8_t mode, std::uint8_t first_channel, std::u
 
   WriteChannelDisplayToAll(kDisplayEnable | kDisplayHold);
   WaitUntilSettled(kPollWithoutLimit);
-  if (g_video.max_channel != 0) ShowSplit(mode, first_channel, option);
+  // A board without channels has none to count around; the full screen asks for no counting.
+  if (g_video.max_channel != 0 || mode == kSplitFull) ShowSplit(mode, first_channel, option);
   ReleaseHeld(mode);
 }
 

@@ -52,7 +52,7 @@ void WriteFirstPath(std::uint8_t chip, std::uint8_t first_channel, std::uint8_t 
 }
 
 // Chip whose window kinds the 2 x 2 sets. Wanted: boards of more than four channels set a single
-// one, that of the last window that shows a channel.
+// one, that of the last listed channel, hidden or not.
 std::uint8_t ChipOf2x2(std::uint8_t channels, const std::uint8_t* list) {
   if (channels == 4) return kChipAll;
   const std::uint8_t windows = g_playback.centred_picture != 0 ? 1 : kWindowsOfMode[kSplit4];

@@ -13,10 +13,6 @@ constexpr std::uint8_t kZoomOff = 0x00;
 constexpr std::uint8_t kZoomFullPicture = 0xC0;
 constexpr std::uint8_t kOverlayReset = 0x60;
 
-// The second 3 x 3 page of a 16-channel board begins at channel 9 and wraps around to 0 and 1.
-constexpr std::uint8_t kSecondPageFirst = 9;
-constexpr std::uint8_t kSecondPageWrapWindow = 7;
-
 // Gives windows to the channels, lowest channel first, with the list as it comes. Wanted: an entry
 // that matches no channel any more stops the cursor.
 WindowOfChannel MatchAscending(std::uint8_t channels, const std::uint8_t* list,
@@ -62,7 +58,7 @@ void Show3x3(const BoardVariant& board, const std::uint8_t* channels) {
   WindowOfChannel window_of = MatchAscending(board.channels, channels, kWindowsOfMode[kSplit9]);
   if (board.channels == 16 && channels[0] == kSecondPageFirst) {
     // Wanted: both entries are compared with 0, so that a list that ends in 0, 1 hides channel 1.
-    for (std::uint8_t n = 0; n < 2; ++n) {
+    for (std::uint8_t n = 0; n < kSecondPageWrapped; ++n) {
       const auto window = static_cast<std::uint8_t>(kSecondPageWrapWindow + n);
       if (channels[window] == 0) window_of[n] = window;
     }

@@ -54,11 +54,6 @@ void OpenPaths(const BoardVariant& board) {
 
 // ---- Splits -------------------------------------------------------------------------------------
 
-// Channel number `offset` places after `first`, counted around the board.
-std::uint8_t ChannelAfter(unsigned first, unsigned offset) {
-  return static_cast<std::uint8_t>((first + offset) % g_video.max_channel);
-}
-
 using ChannelList = std::array<std::uint8_t, kChannelsMax>;
 
 ChannelList ConsecutiveFrom(std::uint8_t first) {
@@ -157,7 +152,9 @@ void TW_SetPlaySplitDirect(std::uint8_t mode, std::uint8_t channel) {
   if (!single && g_video.max_channel == 4) WriteDisplayToAll(kZoomControl, 0x00);
   // A centred picture is one window of the 2 x 2.
   g_display.play_split = single ? kSplit4 : mode;
-  if (g_video.max_channel != 0) ShowSplit(mode, channel);
+  // A board without channels has none to count around; these two begin or do without counting.
+  const bool counts = mode != kSplit9 && mode != kSplit16;
+  if (g_video.max_channel != 0 || !counts) ShowSplit(mode, channel);
 }
 
 void TW_SetPlaySplitOffset(std::uint8_t mode, std::uint8_t window, std::int8_t dx_start,

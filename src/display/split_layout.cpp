@@ -3,6 +3,11 @@
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
 
+std::uint8_t ChannelAfter(unsigned first, unsigned offset) {
+  if (g_video.max_channel == 0) return 0;
+  return static_cast<std::uint8_t>((first + offset) % g_video.max_channel);
+}
+
 void WriteScalerControl(std::uint8_t chip, std::uint8_t position, std::uint8_t layout) {
   TW_WriteRegister(chip, kPage0, RegisterAt(kScalerControl, kScalerStride, position),
                    static_cast<std::uint8_t>((position << 6) | layout));

@@ -42,6 +42,15 @@ constexpr bool HasLargeWindow(std::uint8_t mode) {
   return mode == kSplit6 || mode == kSplit8 || mode == kSplit13;
 }
 
+// The second 3 x 3 page of a 16-channel board begins at channel 9 and wraps around: its windows 7
+// and 8 are those of channels 0 and 1.
+inline constexpr std::uint8_t kSecondPageFirst = 9;
+inline constexpr std::uint8_t kSecondPageWrapped = 2;
+inline constexpr std::uint8_t kSecondPageWrapWindow = 7;
+
+// Channel number `offset` places after `first`, counted around the board; 0 where there is none.
+std::uint8_t ChannelAfter(unsigned first, unsigned offset);
+
 constexpr const WindowScale& ScaleOfWindow(std::uint8_t mode, std::uint8_t window) {
   return window == 0 ? kSplitLayouts[mode].large : kSplitLayouts[mode].small;
 }

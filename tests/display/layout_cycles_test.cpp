@@ -156,8 +156,8 @@ TEST_F(LayoutCycles, OfEverySplitOfTheTextPath) {
       {16, 5, 8 + 13 * kPlaced + 16 + 3, 4 * 157},
       {16, 6, 8 + 16 * kScale + 16 * (1 + kShown) + 16, 4 * 184},
 
-      {0, 0, 4, 4 * 4},  // the hold, for nobody
-      {0, 6, 4, 4 * 4},
+      {0, 0, 4 + 4 * kRect + 5 + kCodes, 4 * 29},
+      {0, 6, 4, 4 * 4},  // the hold, for nobody
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(std::to_string(row.channels) + " channels, mode " + std::to_string(row.mode));

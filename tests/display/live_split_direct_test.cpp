@@ -19,7 +19,7 @@ class DirectModel {
   void Split(int mode, int first, int option) {
     for (int n = 0; n < 4; ++n) m_.Write(kAll, 1, 0x10 + 8 * n, 0x90 + n);
     m_.Poll(0);
-    if (count_ != 0) Place(mode, first, option);
+    if (count_ != 0 || mode == 0) Place(mode, first, option);  // the others count channels
     for (int p = 0; p < m_.chips; ++p) {
       const int chip = kChips.at(static_cast<std::size_t>(p));
       for (int n = 0; n < 4; ++n) {
@@ -129,7 +129,7 @@ class DirectSplit : public DisplayTest, public ::testing::WithParamInterface<Boa
     ExpectLike(model);
     EXPECT_EQ(g_display.live_split, mode);
     EXPECT_EQ(g_display.split_option, option);
-    EXPECT_EQ(g_display.selected_channel, mode == 0 && GetParam().channels != 0 ? first : 0x77);
+    EXPECT_EQ(g_display.selected_channel, mode == 0 ? first : 0x77);
     EXPECT_EQ(DebugText(), "");
   }
 
@@ -182,9 +182,9 @@ TEST_F(DirectSplitEdges, IsNotRefusedInPlaybackView) {
   EXPECT_EQ(g_display.view, 2);
 }
 
-TEST_F(DirectSplitEdges, StoresModeAndOptionThoughABoardWithoutChannelsShowsNothing) {
+TEST_F(DirectSplitEdges, OnlyHoldsABoardWithoutChannelsInModesThatCountChannels) {
   UseBoard(0);
-  for (std::uint8_t mode = 0; mode < 7; ++mode) {
+  for (std::uint8_t mode = 1; mode < 7; ++mode) {
     SCOPED_TRACE(+mode);
     Mark();
     TW_SetLiveSplitDirect(mode, 0, 4);

@@ -346,12 +346,19 @@ TEST_F(PlayDirectEdges, StoresTheModeBeforeAnythingIsLaidOut) {
   }
 }
 
-TEST_F(PlayDirectEdges, StoresModeAndFlagOnABoardWithoutChannelsToo) {
+TEST_F(PlayDirectEdges, OnABoardWithoutChannelsWriteOnlyWhatNeedsNoCounting) {
   UsePlayback(0);
   for (int mode = 0; mode < 7; ++mode) {
+    SCOPED_TRACE(mode);
+    DirectPlayModel model(Begin());
+    if (mode == 4 || mode == 6) {
+      model.SplitDirect(mode, 3);
+    } else {
+      model.split = mode == 0 ? 1 : mode;
+      model.centred_picture = mode == 0;
+    }
     Split(mode, 3);
-    EXPECT_EQ(g_display.play_split, mode == 0 ? 1 : mode);
-    EXPECT_EQ(g_playback.centred_picture, mode == 0 ? 1 : 0);
+    ExpectPlayed(model);
   }
 }
 
