@@ -13,5 +13,6 @@ struct StoredSettings {
 // the magic gives `detected`. Both are printed.
 StoredSettings ReadStoredSettings(const StoredSettings& detected);
 
-// Stores a video standard for the next initialization: 0 NTSC, 1 PAL, 255 as detected.
+// Stores a video standard for the next initialization: 0 NTSC, 1 PAL; any other byte is taken as it
+// stands and programmed like PAL.
 void TW_StoreVideoStandard(std::uint8_t standard);

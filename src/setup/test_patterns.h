@@ -8,7 +8,8 @@ void TW_ColorBarOn();
 void TW_ColorBarOff();
 
 // A blank test screen drawn by the master's fill engine over a full-screen layout, and away again.
-// Clearing brings neither the layout nor the overlay back.
+// Clearing brings neither the layout nor the overlay back. Init waits without limit for the chips
+// to settle, and both for the fill engine.
 void TW_BlueScreenInit();
 void TW_BlueScreenClear();
 

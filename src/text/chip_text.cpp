@@ -57,8 +57,9 @@ void ReportVersion(const Numbers&) {
 void StoreNtsc(const Numbers&) { TW_StoreVideoStandard(VEXO_VIDEO_NTSC); }
 void StorePal(const Numbers&) { TW_StoreVideoStandard(VEXO_VIDEO_PAL); }
 void StoreAuto(const Numbers&) {
-  constexpr std::uint8_t kAsDetected = 255;
-  TW_StoreVideoStandard(kAsDetected);
+  // Wanted: no standard. Initialization detects one, and then takes this byte in its place.
+  constexpr std::uint8_t kAuto = 255;
+  TW_StoreVideoStandard(kAuto);
 }
 
 // ---- Live display -------------------------------------------------------------------------------
@@ -204,7 +205,7 @@ constexpr std::array kChipCommands = {
     ChipCommand{"frz FREEZE_MASK [BLANK_MASK]", Freeze},
     ChipCommand{"loss BLANK_MASK", Blank},
     ChipCommand{"rec RECORD_MODE SWITCHING", Record},
-    ChipCommand{"play MODE OPTION", PlaySetup},
+    ChipCommand{"play SETUP OPTION", PlaySetup},
     ChipCommand{"stop", BackToLive},
     ChipCommand{"psplit MODE CHANNEL [BLANK_MASK]", PlaySplit, Chips::kNeeded,
                 u">> VEXO_TXT_PLAY_SPLIT !\r\n"},

@@ -66,15 +66,15 @@ constexpr std::array kChipHelp = {
              "vexo loss 1 "},
     TextHelp{"rec RECORD_MODE SWITCHING", "Programs the record path of all chips.",
              "vexo rec 1 0 "},
-    TextHelp{"play MODE OPTION",
-             "Prepares the chips for decoded pictures; modes 0 to 2. The option is printed and not "
-             "used.",
+    TextHelp{"play SETUP OPTION",
+             "Prepares the chips for decoded pictures. The option is printed and not used.",
              "vexo play 0 0 "},
     TextHelp{"stop", "Programs the display for live pictures again, without a layout.",
              "vexo stop "},
     TextHelp{"psplit MODE CHANNEL [BLANK_MASK]",
              "Lays out a playback split of consecutive channels, as lsplit does for live ones. "
-             "Mode 0 is a centred picture. Announced before its arguments are read.",
+             "Mode 0 is a centred picture, and mode 6 shows every channel in the window of its own "
+             "number. Announced before its arguments are read.",
              "vexo psplit 1 0 "},
     TextHelp{"psplit_pos MODE default",
              "Puts the whole playback window table back to its defaults. The mode is not used.",
@@ -88,13 +88,15 @@ constexpr std::array kChipHelp = {
              "Shows a channel and the next one, when one of the two is still blanked.",
              "vexo pbank show 0 "},
     TextHelp{"pbank clear", "Shows every channel.", "vexo pbank clear "},
-    TextHelp{"minit", "Programs motion detection of all channels from the kept settings.",
+    TextHelp{"minit",
+             "Programs motion detection of all channels from the kept settings, and sets the "
+             "shared parameter back to 3 and 3.",
              "vexo minit "},
     TextHelp{"mlevel CHANNEL LEVEL", "Programs a channel's sensitivity; the kept setting stays.",
              "vexo mlevel 0 2 "},
     TextHelp{"mcell show TYPE MODE CHANNEL",
-             "Draws the motion cells over the current live layout, from a first channel on. "
-             "Modes 2, 3 and 5 only clear them.",
+             "Draws the motion cells at the live windows of a split, whichever is shown, from a "
+             "first channel on. Modes other than 0, 1, 4 and 6 only clear them.",
              "vexo mcell show 0 1 0 "},
     TextHelp{"mcell clear", "Takes the motion cells away.", "vexo mcell clear "},
     TextHelp{"mmask change all CHANNEL CLEAR",
@@ -107,7 +109,8 @@ constexpr std::array kChipHelp = {
              "numbers do nothing.",
              "vexo mshow 1 "},
     TextHelp{"clrbar ON", "Shows the chips' colour bar, or takes it away.", "vexo clrbar 1 "},
-    TextHelp{"bluescr init", "Shows a blank test screen over a full-screen layout.",
+    TextHelp{"bluescr init",
+             "Shows a blank test screen over a full-screen layout of the first channel.",
              "vexo bluescr init "},
     TextHelp{"bluescr clear",
              "Takes the test screen away; the layout comes back with the next split.",
@@ -125,7 +128,8 @@ constexpr std::array kChipHelp = {
              "vexo change_vdo ntsc "},
     TextHelp{"change_vdo pal", "Stores PAL for the next initialization.", "vexo change_vdo pal "},
     TextHelp{"change_vdo auto",
-             "Lets the next initialization take the standard that most cameras have.",
+             "Stores 255, which is no standard: the next initialization takes it in place of what "
+             "it detects, reports it to the host, and programs the chips as for PAL.",
              "vexo change_vdo auto "},
     TextHelp{"color CHANNEL all HUE SATURATION CONTRAST BRIGHTNESS",
              "Sets the colours of a channel, or of all.", "vexo color 16 all 128 128 128 128 "},
@@ -203,6 +207,7 @@ constexpr std::array kChipNumbers = {
     PlaceholderHelp{"Y_END", "0 to 120 (NTSC), 144 (PAL) display units"},
     PlaceholderHelp{"X", "0 to 180 display units"},
     PlaceholderHelp{"Y", "0 to 120 (NTSC), 144 (PAL) display units"},
+    PlaceholderHelp{"SETUP", "pattern of the decoded pictures, 0 to 2; others set no pattern"},
     PlaceholderHelp{"OPTION", "any"},
     PlaceholderHelp{"LEVEL", "sensitivity, 0 to 3"},
     PlaceholderHelp{"TYPE", "look of the cells, 0 to 4; others as 0"},
@@ -307,10 +312,10 @@ std::string TextCommandManual() {
   std::ostringstream out;
   out << "# Text commands\n\n"
          "`VEXOAPI_TextCommandProc` runs one line: a header, a keyword, words and numbers, each\n"
-         "**followed** by one separator, which is a blank, a comma or a line feed. A last word\n"
-         "without a separator after it is dropped, and two separators in a row end the line. A "
-         "line\n"
-         "holds at most 255 characters.\n\n"
+         "**followed** by one separator, which is a blank, a comma or a line feed; carriage "
+         "return\n"
+         "and tab do not separate. A last word without a separator after it is dropped, and two\n"
+         "separators in a row end the line. A line holds at most 255 characters.\n\n"
          "In the patterns below words in small letters are typed as they stand, CAPITALS stand "
          "for\n"
          "decimal numbers, `$CAPITALS` for hexadecimal ones of one to eight digits without a\n"
@@ -319,17 +324,21 @@ std::string TextCommandManual() {
          "| Result | Meaning |\n|---|---|\n"
          "| 0 | done; or accepted without effect, because the chips are not ready or a word after "
          "the keyword is unknown (`vexo` alone) |\n"
-         "| -1 | rejected: unknown keyword, missing word or number, line too long |\n"
+         "| -1 | rejected: the first word is not the header, the keyword is unknown, a word or a "
+         "number is missing, a later word is unknown (`vpb` alone), or the line is too long |\n"
          "| -4 | neither `vexo` nor `vpb` in the line |\n"
          "| -6 | the library is not initialized |\n\n"
          "This page is written from the library's own tables: `vexosim manual` prints it. In\n"
          "`vexosim shell` the separator at the end is added, and `help KEYWORD` explains a "
          "command.\n"
-         "`lsplit` and `mpip stop` wait until the chips have settled, however long that takes.\n\n"
+         "`lsplit`, `mpip stop` and `bluescr init` wait until the chips have settled, and\n"
+         "`bluescr` until the fill engine has finished, however long that takes.\n\n"
          "## Chips: `vexo`\n\n"
          "Before the chips are initialized these commands are accepted and do nothing, but for\n"
-         "`init`, `uninit`, `stream`, `set_emif` and `rver`. None of them takes the lock that the\n"
-         "binary commands take.\n\n";
+         "`init`, `uninit`, `stream`, `set_emif` and `rver`. Even so `psplit` announces itself, "
+         "and a\n"
+         "hexadecimal number of more than eight digits is told. None of them takes the lock that\n"
+         "the binary commands take.\n\n";
   AddSection(out, kChipHeader, kChipHelp, kChipNumbers);
   out << "\n## Video back-end: `vpb`\n\n"
          "Requests to the stream driver \"VBE1:\". Each is skipped while the driver is closed, "
