@@ -1,6 +1,7 @@
 // Motion detection: cell masks, sensitivity levels, shared parameters.
 //
-// Channels of 16 and more, rows of 12 and more and levels of 4 and more write and store nothing.
+// Channels of 16 and more (but see TW_SetMotionLevel) and rows of 12 and more write and store
+// nothing. A level of 4 and more is kept but not written.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +25,7 @@ void TW_ToggleMotionCell(std::uint8_t channel, std::uint8_t column, std::uint8_t
 // Sets all cells of a channel, or clears them when clear is not 0.
 void TW_SetMotionMaskAll(std::uint8_t channel, std::uint8_t clear);
 
-// Sets the shared parameter: low 0-11, otherwise 3; high 0-8, 10, 11, otherwise 9.
+// Sets the shared parameter: low 0-11, otherwise 3; high 0-11, otherwise 9.
 void TW_SetMotionTiming(std::uint8_t low, std::uint8_t high);
 
 // Motion mask record of 26 bytes: channel, level, mask. The mask is transformed in the record: the

@@ -4,7 +4,8 @@
 // Inputs and scalers, to all chips.
 void TW_InitPage0Tables();
 
-// Display, record path and output. A board of 12 channels gets the common registers alone.
+// Display, record path and output. A board of 12 channels gets the common registers alone. Ends
+// with registers of page 0: record crop and video.
 void TW_InitPage1Tables();
 
 // Overlay, boxes and motion, to all chips.

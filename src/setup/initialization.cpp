@@ -27,7 +27,7 @@ constexpr std::uint32_t kCameraSettleMs = 500;
 constexpr std::uint8_t kMotionLevelDefault = 1;
 constexpr std::uint8_t kOutputModeLive = 0x45;
 
-// Hosts of this version expect a different cascade adjustment.
+// Hosts with this second number in their version (1.5.x.x) expect a different cascade adjustment.
 constexpr std::uint16_t kAdjustedHostVersion = 5;
 constexpr std::uint8_t kCascadeAdjustKept = 0xCF;
 constexpr std::uint8_t kCascadeAdjusted = 0x20;

@@ -456,6 +456,25 @@ TEST_F(MotionCells, AreSetUpEvenWhenTheSplitIsRefused) {
   EXPECT_EQ(Register(0, 2, 0x60), 0xA8);
 }
 
+TEST_F(MotionCells, FromAChannelThatTheBoardLacksGoOnAtChannel0) {
+  UseBoard(4);
+  TW_ShowMotionCells(0, 1, 9);
+  std::vector<Access> x_starts;
+  for (const Access& access : Accesses()) {
+    if (access.chip != kAll && access.reg % 8 == 2) x_starts.push_back(access);
+  }
+  EXPECT_EQ(x_starts, (std::vector<Access>{W(0x30, 2, 0x6A, 0x04), W(0x03, 2, 0x62, 0x5A),
+                                           W(0x03, 2, 0x6A, 0x04), W(0x03, 2, 0x72, 0x5A)}));
+}
+
+TEST_F(MotionCells, OfASinglePictureGoToTheChipOfTheChannelEvenWhenItIsNotFitted) {
+  UseBoard(4);
+  Request r;
+  r.first = 9;
+  r.channels = 4;
+  Check(r);
+}
+
 TEST_F(MotionCells, AreClearedByTheCommand) {
   StartBoard(4);
   ASSERT_EQ(Command(VEXO_CMD_MOTION_SETUP, {1, 3, 3, 2}), 0);
