@@ -6,9 +6,11 @@
 #undef SendMessageTimeout
 
 #include <cstddef>
+#include <cwchar>
 #include <type_traits>
 
 #include "ce_api.h"
+#include "platform.h"
 
 static_assert(std::is_same_v<CeDword, DWORD> && std::is_same_v<CeLong, LPARAM> &&
               std::is_same_v<CeLong, LRESULT> && std::is_same_v<CeUnsigned, WPARAM> &&
@@ -23,6 +25,14 @@ static_assert(kCeAllocateText == FORMAT_MESSAGE_ALLOCATE_BUFFER &&
               kCeLoadWithoutReferences == DONT_RESOLVE_DLL_REFERENCES &&
               kCeSendNormal == SMTO_NORMAL && kCeAnsiCodePage == CP_ACP &&
               kCeFixedMemory == LMEM_FIXED);
+
+// These go to the system, or come from it, as they are.
+static_assert(kPlatForever == INFINITE && kPlatWaitSignalled == WAIT_OBJECT_0 &&
+              kPlatWaitAbandoned == WAIT_ABANDONED && kPlatWaitTimeout == WAIT_TIMEOUT &&
+              kPlatWaitFailed == WAIT_FAILED && kPlatErrorAlreadyExists == ERROR_ALREADY_EXISTS &&
+              kPlatStillActive == STILL_ACTIVE);
+static_assert(kPlatReadWrite == (GENERIC_READ | GENERIC_WRITE) &&
+              kPlatOpenExisting == OPEN_EXISTING);
 
 static_assert(offsetof(CeFixedFileInfo, file_version_ms) ==
                   offsetof(VS_FIXEDFILEINFO, dwFileVersionMS) &&

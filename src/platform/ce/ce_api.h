@@ -10,6 +10,7 @@
 
 #if defined(_WIN32) && !defined(_WIN64)
 #define CE_CALL __stdcall
+#define CE_OTHER_CALL  // the system calls otherwise than the library does
 #else
 #define CE_CALL
 #endif
@@ -107,6 +108,8 @@ CE_IMPORT CeDword CE_CALL FormatMessageW(CeDword flags, const void* source, CeDw
 CE_IMPORT unsigned short CE_CALL GetSystemDefaultLangID();
 CE_IMPORT int CE_CALL MultiByteToWideChar(unsigned code_page, CeDword flags, const char* text,
                                           int bytes, wchar_t* buffer, int units);
+CE_IMPORT int _vsnwprintf(wchar_t* buffer, std::size_t units, const wchar_t* format,
+                          std::va_list arguments);
 
 // ---- Window messages --------------------------------------------------------------------------
 
@@ -159,3 +162,8 @@ CE_IMPORT CeDword RTCNVRAM_Write(CeDword block, void* request);
 CE_IMPORT CeDword RTCNVRAM_DeInit();
 
 }  // extern "C"
+
+#ifdef CE_OTHER_CALL
+// Creates a thread for a procedure that is called as the library's functions are; null on failure.
+void* StartThread(std::uint32_t (*proc)(void* argument), void* argument, CeDword* thread_id);
+#endif

@@ -1,10 +1,6 @@
 // What Windows on the desktop lacks, or has under another name. Not part of the device's build.
 #include "ce_api.h"
 
-extern "C" {
-int _vsnwprintf(wchar_t* buffer, std::size_t units, const wchar_t* format, std::va_list arguments);
-}
-
 extern "C" int CE_CALL CeSetThreadQuantum(void* /*thread*/, CeDword /*quantum_ms*/) { return 1; }
 
 // The kernel's debug output is a text of 8-bit characters, and apart from the other one.
@@ -28,7 +24,7 @@ extern "C" CeLong CE_CALL SendMessageTimeout(HWND__* window, unsigned message, C
   return SendMessageTimeoutW(window, message, wparam, lparam, flags, timeout_ms, answer);
 }
 
-#if defined(_WIN32) && !defined(_WIN64)
+#ifdef CE_OTHER_CALL
 
 namespace {
 struct ThreadStart {

@@ -14,9 +14,7 @@ HWND__* Window(PlatWindow window) { return reinterpret_cast<HWND__*>(window); }
 
 }  // namespace
 
-#if defined(_WIN32) && !defined(_WIN64)
-void* StartThread(PlatThreadProc proc, void* argument, CeDword* thread_id);
-#else
+#ifndef CE_OTHER_CALL
 static void* StartThread(PlatThreadProc proc, void* argument, CeDword* thread_id) {
   // The system calls a thread procedure as the library calls its own functions, and its 32-bit word
   // is an unsigned long.

@@ -2,9 +2,6 @@
 #include "ce_api.h"
 #include "platform.h"
 
-extern "C" int _vsnwprintf(wchar_t* buffer, std::size_t units, const wchar_t* format,
-                           std::va_list arguments);
-
 namespace {
 
 const wchar_t* Wide(const char16_t* text) { return reinterpret_cast<const wchar_t*>(text); }
