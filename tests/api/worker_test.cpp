@@ -149,6 +149,8 @@ TEST_F(Worker, ATerminationIsRepeatedOnEachPassUntilTheThreadHasEnded) {
   world().kernel.StartHostThread([&] {
     Plat_Sleep(22);  // until after the terminations of 220, 221 and 222
     world().faults.Set(sim::Fault::Terminate, false);
+    Plat_Sleep(100);
+    world().board.HoldSync(true);  // ends a thread that nobody terminates any more
   });
   VexoSDK_StopWorker();
   EXPECT_EQ(world().faults.Hits(sim::Fault::Terminate), 3u);
