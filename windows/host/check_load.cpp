@@ -118,14 +118,8 @@ void InitializationLeavesTwoEvents() {
 
 // The second process's handle of the mark is dropped without being closed.
 void RefusedLoadLeavesTheMark() {
-  const HANDLE mark = CreateEventW(nullptr, TRUE, FALSE, L"VEXOSDK");
-  try {
-    Leaves(100, 1, [] { const Live live; });
-  } catch (...) {
-    CloseHandle(mark);
-    throw;
-  }
-  CloseHandle(mark);
+  const Signal mark(L"VEXOSDK");
+  Leaves(100, 1, [] { const Live live; });
 }
 
 constexpr std::array kChecks = {

@@ -1,5 +1,6 @@
 // The command lock: paths that keep it, threads and processes that end with it.
 #include <array>
+#include <memory>
 #include <thread>
 
 #include "VexoCtrlSDK.h"
@@ -77,16 +78,15 @@ void UnknownDump() { CommandKeeps(0xFF0C, true, 1, VEXO_ERROR_FAILED); }
 
 // In a process of its own: the refused load leaves the mark there.
 void UninitializedMotionSetter() {
-  const HANDLE mark = CreateEventW(nullptr, TRUE, FALSE, L"VEXOSDK");
+  const Signal mark(L"VEXOSDK");
   Child child(L"motion-setter");
-  const std::uint32_t status = child.Wait();
-  CloseHandle(mark);
-  RequireEqual(status, 0u, "the other process's exit status");
+  RequireEqual(child.Wait(), 0u, "the other process's exit status");
 }
 
 void KilledProcess() {
   // The lock lives on with this handle, as with the bus's other drivers.
-  const HANDLE lock = CreateMutexW(nullptr, FALSE, kLockName);
+  const std::unique_ptr<void, decltype(&CloseHandle)> lock(CreateMutexW(nullptr, FALSE, kLockName),
+                                                           CloseHandle);
   Signal ready(L"VexoTestLockKept");
   {
     Child first(L"keep-lock");
@@ -95,9 +95,7 @@ void KilledProcess() {
     first.Kill();
   }
   Child next(L"after-killed");
-  const std::uint32_t status = next.Wait();
-  CloseHandle(lock);
-  RequireEqual(status, 0u, "the next process's exit status");
+  RequireEqual(next.Wait(), 0u, "the next process's exit status");
 }
 
 constexpr std::array kChecks = {

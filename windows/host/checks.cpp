@@ -35,10 +35,13 @@ Child::Child(const std::wstring& arguments) {
   STARTUPINFOW start = {};
   start.cb = sizeof(start);
   PROCESS_INFORMATION made = {};
-  if (!CreateProcessW(program, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
-                      &made)) {
-    throw std::runtime_error("another process cannot be started: error " +
-                             std::to_string(GetLastError()));
+  // On a busy machine Wine has been seen to refuse one: it is told, and asked again.
+  for (int tries = 3; !CreateProcessW(program, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                      nullptr, &start, &made);) {
+    const std::string refusal =
+        "another process cannot be started: error " + std::to_string(GetLastError());
+    if (--tries == 0) throw std::runtime_error(refusal);
+    std::cout << "  " << refusal << std::endl;
   }
   CloseHandle(made.hThread);
   process_ = made.hProcess;

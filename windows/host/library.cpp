@@ -149,6 +149,8 @@ EntryFunction EntryOf(HMODULE library) {
   return reinterpret_cast<EntryFunction>(At<void>(library, offset));
 }
 
+std::size_t ImageBytes(HMODULE library) { return Headers(library).OptionalHeader.SizeOfImage; }
+
 HMODULE LoadWithImports(std::span<const Import> imports) {
   const HMODULE system = GetModuleHandleW(L"ntdll.dll");
   Request request{imports};

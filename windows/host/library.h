@@ -29,6 +29,9 @@ vexosim::ExportTable BindExports(HMODULE library);
 using EntryFunction = BOOL(WINAPI*)(HINSTANCE module, DWORD reason, void* reserved);
 EntryFunction EntryOf(HMODULE library);
 
+// How much memory it takes, from its base.
+std::size_t ImageBytes(HMODULE library);
+
 // Loads the library; its imports are replaced before its entry runs, so that what it does at
 // process attach is seen too. Throws std::runtime_error.
 HMODULE LoadWithImports(std::span<const Import> imports);
