@@ -176,7 +176,8 @@ typedef struct VexoLiveModeRecord {
 } VexoLiveModeRecord;
 
 /* VEXO_CMD_PLAY_MODE. Read: byte 5 and, from byte 6, one byte a window of the mode (in mode 0,
- * which shows a centred picture, up to as many as the board has channels). */
+ * which shows a centred picture, up to as many as the board has channels). Answers VEXO_OK also
+ * when the board lacks the mode: the view is then changed and the split is not. */
 typedef struct VexoPlayModeRecord {
   uint8_t reserved[5];  /* 0                                */
   uint8_t mode;         /* 5 VEXO_SPLIT_...                 */
