@@ -68,13 +68,11 @@ unsigned SmallOffsetOf6Split(std::uint8_t option) {
 }
 
 void Show3x3(std::uint8_t first, bool second_page) {
-  constexpr std::uint8_t kKeptOnSecondPage = 2;  // the first windows are the same on both pages
-  constexpr unsigned kSecondPageSkip = 7;
   ScaleEveryChannel(kSplit9);
   if (g_video.max_channel == 4) return;  // four channels do not fill a 3 x 3
   const std::uint8_t windows = g_video.max_channel == 8 ? std::uint8_t{8} : kWindowsOfMode[kSplit9];
   for (std::uint8_t k = 0; k < windows; ++k) {
-    const unsigned skip = second_page && k >= kKeptOnSecondPage ? kSecondPageSkip : 0u;
+    const unsigned skip = second_page && k >= kPageSkipWindow ? kPageSkip : 0u;
     const std::uint8_t channel = ChannelAfter(first, k + skip);
     WriteLayoutCode(channel, kSplitLayouts[kSplit9].small.layout);
     ShowInWindow(channel, kSplit9, k);

@@ -48,6 +48,10 @@ inline constexpr std::uint8_t kSecondPageFirst = 9;
 inline constexpr std::uint8_t kSecondPageWrapped = 2;
 inline constexpr std::uint8_t kSecondPageWrapWindow = 7;
 
+// The text path's second page keeps the first windows and skips channels before the others.
+inline constexpr std::uint8_t kPageSkipWindow = 2;
+inline constexpr unsigned kPageSkip = 7;
+
 // Channel number `offset` places after `first`, counted around the board; 0 where there is none.
 std::uint8_t ChannelAfter(unsigned first, unsigned offset);
 

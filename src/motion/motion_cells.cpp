@@ -40,10 +40,6 @@ constexpr CellGrid kGrid4 = {0x09, 0x09, 0x0A, 0, 0};
 constexpr CellGrid kGrid9 = {0x05, 0x05, 0x06, 3, 2};
 constexpr CellGrid kGrid16 = {0x04, 0x04, 0x05, 0, 0};
 
-// On the second 3 x 3 page, window 2 jumps ahead by this.
-constexpr std::uint8_t kSecondPageWindow = 2;
-constexpr unsigned kSecondPageSkip = 7;
-
 void WriteBox(std::uint8_t chip, std::uint8_t reg, unsigned position, unsigned value) {
   TW_WriteRegister(chip, kPage2, RegisterAt(reg, kBoxStride, position),
                    static_cast<std::uint8_t>(value));
@@ -89,8 +85,8 @@ void DrawWindows(std::uint8_t mode, const BoxLook& look, const CellGrid& grid, u
   const std::uint8_t windows =
       mode == kSplit9 && count == 8 ? std::uint8_t{8} : kWindowsOfMode[mode];
   for (std::uint8_t k = 0; k < windows; ++k) {
-    if (mode == kSplit9 && k == kSecondPageWindow && g_display.split_option != 0) {
-      channel = (channel + kSecondPageSkip) % count;
+    if (mode == kSplit9 && k == kPageSkipWindow && g_display.split_option != 0) {
+      channel = (channel + kPageSkip) % count;
     }
     if (HasChannel(g_display.live_mask, channel)) {
       DrawGrid(static_cast<std::uint8_t>(channel), look, grid, WindowOf(g_layout.live, mode, k));

@@ -41,7 +41,7 @@ class LinkerMap {
 };
 
 // A relocation of the image, by what has the word and what the word points to, which stay the same
-// when addresses move: "VexoSDK_Attach() -> >> NO DRIVER", "SetPip(int) -> g_layout".
+// when addresses move: VexoSDK_Attach() -> ">> NO DRIVER", SetPip(int) -> g_layout.
 std::string NameOfRelocation(const LinkerMap& map, const PeImage& image, std::size_t relocation);
 
 }  // namespace vexosim
