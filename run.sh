@@ -11,7 +11,7 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 if [[ "$1" == --image ]]; then
   shift
   "$root/scripts/packages.sh" device
-  "$root/scripts/build_device.sh" >&2
+  "$root/device/build.sh" >&2
   set -- demo --image "$root/build/device/VexoCtrlSDK.DLL" "$@"
 else
   "$root/scripts/packages.sh" build

@@ -134,15 +134,15 @@ stage "format (clang-format)" scripts/check_format.sh
 stage "public header in C and C++ (gcc, clang)" check_header
 stage "build (g++)" scripts/build.sh gcc -k 0 all
 stage "tests (g++)" run_tests gcc
-stage "library needs no runtime" scripts/check_library.sh build/gcc/libvexoctrl.a
+stage "library needs no runtime" scripts/check_library.sh build/gcc/src/libvexo_library.a
 stage "build (clang++, sanitizers)" scripts/build.sh sanitize -k 0 all
 stage "tests (clang++, sanitizers)" run_tests sanitize
 stage "fuzzers (clang++, sanitizers)" run_fuzzers
 stage "lint (clang-tidy)" scripts/build.sh sanitize -k 0 tidy
-stage "DLL (MinGW-w64, 64 and 32 bits)" scripts/build_windows.sh
+stage "DLL (MinGW-w64, 64 and 32 bits)" windows/build.sh
 stage "DLL in a host (Wine)" run_hosts
-stage "image for the board (ARM)" scripts/build_device.sh
-stage "image on an emulated ARM" scripts/run_image_tests.sh
+stage "image for the board (ARM)" device/build.sh
+stage "image on an emulated ARM" device/run_tests.sh
 stage "benchmarks (g++)" run_benchmarks
 stage "demo" run_demo
 

@@ -15,10 +15,10 @@
 
 #include "VexoCtrlSDK.h"
 #include "chip/registers.h"
+#include "device/emulator/exports.h"
+#include "device/emulator/linker_map.h"
+#include "harness/host.h"
 #include "sim/world.h"
-#include "tools/vexosim/arm_exports.h"
-#include "tools/vexosim/arm_linker_map.h"
-#include "tools/vexosim/host.h"
 
 namespace {
 
@@ -29,20 +29,20 @@ constexpr std::uint32_t kAttach = 1;
 //   ldr r0, [r3, #8]; strb r2, [r0]; mov r0, #0xFF; strb r0, [ip]; bx lr
 constexpr int kRegisterWriteByHand = 10;
 
-vexosim::ArmMachine* g_machine = nullptr;
-std::optional<vexosim::LinkerMap> g_map;
+emulator::ArmMachine* g_machine = nullptr;
+std::optional<emulator::LinkerMap> g_map;
 
 // A fresh 16-channel board, attached and initialized, its worker stopped.
 bool Prepare() {
-  vexosim::Restart();
+  harness::Restart();
   sim::World& world = sim::TheWorld();
   world.trace.SetEnabled(false);
   world.board.FitChips(kChipsMax);
-  vexosim::Entry(kAttach);
-  vexosim::Initialize(world.windows.Create());
+  harness::Entry(kAttach);
+  harness::Initialize(world.windows.Create());
   sim::Bytes record;
-  return vexosim::CommandProc(VEXO_CMD_INIT, &record) == VEXO_OK &&
-         vexosim::CommandProc(VEXO_CMD_STOP_MONITOR, nullptr) == VEXO_OK;
+  return harness::CommandProc(VEXO_CMD_INIT, &record) == VEXO_OK &&
+         harness::CommandProc(VEXO_CMD_STOP_MONITOR, nullptr) == VEXO_OK;
 }
 
 // Instructions of the host's thread alone.
@@ -70,11 +70,11 @@ void Command(benchmark::State& state, std::uint32_t code, const sim::Bytes& reco
   if (!Prepare()) state.SkipWithError("initialization failed");
   // Playback layouts need playback.
   sim::Bytes playback = Record({0, 0, 0, 0, 0, VEXO_SPLIT_16}, kChannelsMax);
-  if (code == VEXO_CMD_PLAY_SPLIT) vexosim::CommandProc(VEXO_CMD_PLAY_MODE, &playback);
+  if (code == VEXO_CMD_PLAY_SPLIT) harness::CommandProc(VEXO_CMD_PLAY_MODE, &playback);
   int result = VEXO_OK;
   const auto run = [&] {
     sim::Bytes copy = record;
-    result = vexosim::CommandProc(code, &copy);
+    result = harness::CommandProc(code, &copy);
   };
   state.counters["instructions"] = Count(run);
   if (result != VEXO_OK) state.SkipWithError("the command failed");
@@ -119,7 +119,7 @@ void Initialization(benchmark::State& state) {
   if (!Prepare()) state.SkipWithError("initialization failed");
   const auto run = [] {
     sim::Bytes record;
-    vexosim::CommandProc(VEXO_CMD_INIT, &record);
+    harness::CommandProc(VEXO_CMD_INIT, &record);
   };
   state.counters["instructions"] = Count(run);
   const std::uint64_t before = g_machine->Instructions();
@@ -187,9 +187,9 @@ int main(int argc, char** argv) {
   const char* named = std::getenv("VEXO_IMAGE");
   const std::filesystem::path path = named != nullptr ? named : VEXO_DEFAULT_IMAGE;
   try {
-    g_map = vexosim::LinkerMap::Beside(path.string());
-    vexosim::ArmMachine machine(vexosim::PeImage::Load(path.string()));
-    const vexosim::ImageInUse in_use(machine);
+    g_map = emulator::LinkerMap::Beside(path.string());
+    emulator::ArmMachine machine(emulator::PeImage::Load(path.string()));
+    const emulator::ImageInUse in_use(machine);
     g_machine = &machine;
     benchmark::RunSpecifiedBenchmarks();
   } catch (const std::exception& error) {

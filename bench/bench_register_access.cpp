@@ -8,9 +8,9 @@
 #include <array>
 #include <cstdint>
 
-#include "api/diagnostics.h"
 #include "bench/by_hand.h"
 #include "chip/register_bus.h"
+#include "report/diagnostics.h"
 
 // The refusals of the register bus print; nothing is refused here.
 void VexoDbg_Print(const char16_t* /*format*/, ...) {}

@@ -5,9 +5,9 @@
 
 #include "VexoCtrlSDK.h"
 #include "chip/register_bus.h"
-#include "platform.h"
+#include "harness/host.h"
+#include "platform/platform.h"
 #include "sim/world.h"
-#include "tools/vexosim/host.h"
 
 namespace {
 
@@ -16,17 +16,17 @@ constexpr std::uint32_t kIdleMs = 10'000;
 
 // A fresh 16-channel board with the library attached and a host window bound.
 sim::World& AttachedWorld() {
-  vexosim::Restart();
+  harness::Restart();
   sim::World& world = sim::TheWorld();
   world.board.FitChips(kChipsMax);
-  vexosim::Entry(kAttach);
-  vexosim::Initialize(world.windows.Create());
+  harness::Entry(kAttach);
+  harness::Initialize(world.windows.Create());
   return world;
 }
 
 bool InitializeChips() {
   sim::Bytes record;
-  return vexosim::CommandProc(VEXO_CMD_INIT, &record) == VEXO_OK;
+  return harness::CommandProc(VEXO_CMD_INIT, &record) == VEXO_OK;
 }
 
 // One register write through the platform's byte access, four bus cycles.
@@ -73,7 +73,7 @@ void Initialization(benchmark::State& state) {
     cycles = world.trace.Cycles();
   }
   state.counters["bus_cycles"] = static_cast<double>(cycles);
-  vexosim::Restart();
+  harness::Restart();
 }
 
 // The host pumps its messages while nothing happens but the worker's polling.
@@ -88,7 +88,7 @@ void IdleBoard(benchmark::State& state) {
   const double virtual_seconds = kIdleMs / 1000.0 * static_cast<double>(state.iterations());
   state.counters["virtual_s_per_real_s"] =
       benchmark::Counter(virtual_seconds, benchmark::Counter::kIsRate);
-  vexosim::Restart();
+  harness::Restart();
 }
 
 // Real time, not the main thread's: the worker is a thread of its own.

@@ -7,9 +7,9 @@
 #include <string>
 
 #include "VexoCtrlSDK.h"
-#include "platform.h"
+#include "harness/host.h"
+#include "platform/platform.h"
 #include "sim/world.h"
-#include "tools/vexosim/host.h"
 
 namespace {
 
@@ -31,14 +31,14 @@ constexpr auto kLineCount = static_cast<std::int64_t>(kLines.size());
 
 // The library attached, the chips not initialized: lines are read and nothing is sent to the chips.
 void Lines(benchmark::State& state) {
-  vexosim::Restart();
-  vexosim::Entry(1);
+  harness::Restart();
+  harness::Entry(1);
   sim::TheWorld().trace.SetEnabled(false);
   for (auto _ : state) {
     for (const char* line : kLines) benchmark::DoNotOptimize(VEXOAPI_TextCommandProc(line));
   }
   state.SetItemsProcessed(state.iterations() * kLineCount);
-  vexosim::Restart();
+  harness::Restart();
 }
 
 void LinesByStrtok(benchmark::State& state) {
@@ -60,20 +60,20 @@ void LinesByStrtok(benchmark::State& state) {
 
 // One line with all its work on a 16-channel board: the layout that a console user changes most.
 void LiveSplitLine(benchmark::State& state) {
-  vexosim::Restart();
+  harness::Restart();
   sim::World& world = sim::TheWorld();
   world.board.FitChips(kChipsMax);
-  vexosim::Entry(1);
-  vexosim::Initialize(world.windows.Create());
+  harness::Entry(1);
+  harness::Initialize(world.windows.Create());
   sim::Bytes record;
-  vexosim::CommandProc(VEXO_CMD_INIT, &record);
-  vexosim::CommandProc(VEXO_CMD_STOP_MONITOR, nullptr);
+  harness::CommandProc(VEXO_CMD_INIT, &record);
+  harness::CommandProc(VEXO_CMD_STOP_MONITOR, nullptr);
   world.trace.SetEnabled(false);
   for (auto _ : state) {
     if (VEXOAPI_TextCommandProc("vexo lsplit 6 0 ") != VEXO_OK) state.SkipWithError("rejected");
   }
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
-  vexosim::Restart();
+  harness::Restart();
 }
 
 BENCHMARK(Lines);

@@ -11,9 +11,9 @@
 #include "VexoCtrlSDK.h"
 #include "display/display_state.h"
 #include "display/window_tables.h"
+#include "harness/host.h"
 #include "sim/world.h"
 #include "text/tokenizer.h"
-#include "tools/vexosim/host.h"
 
 namespace {
 
@@ -26,19 +26,19 @@ constexpr unsigned kNotInitialized = 0x08;
 constexpr unsigned kNoBackEnd = 0x10;
 
 void StartBoard(unsigned choice) {
-  vexosim::Restart();
+  harness::Restart();
   sim::World& world = sim::TheWorld();
   world.trace.SetEnabled(false);
   world.board.FitChips((choice & kChips) + 1);
   const sim::Camera camera = (choice & kPal) != 0 ? sim::Camera::Pal : sim::Camera::Ntsc;
   for (unsigned n = 0; n < 16; ++n) world.board.SetCamera(n, camera);
   if ((choice & kNoBackEnd) != 0) world.drivers.Set("VBE1:", sim::Drivers::State::Absent);
-  vexosim::Entry(1);
-  vexosim::Initialize(world.windows.Create());
+  harness::Entry(1);
+  harness::Initialize(world.windows.Create());
   if ((choice & kNotInitialized) == 0) {
     sim::Bytes record;
-    vexosim::CommandProc(VEXO_CMD_INIT, &record);
-    vexosim::CommandProc(VEXO_CMD_STOP_MONITOR, nullptr);
+    harness::CommandProc(VEXO_CMD_INIT, &record);
+    harness::CommandProc(VEXO_CMD_STOP_MONITOR, nullptr);
   }
 }
 

@@ -2,7 +2,7 @@
 # Installs the Debian packages that this project needs and that are missing.
 #
 #   scripts/packages.sh build   what ./run.sh needs: compiler, build tools, libraries
-#   scripts/packages.sh device  what scripts/build_device.sh needs besides: the ARM compiler, llvm
+#   scripts/packages.sh device  what device/build.sh needs besides: the ARM compiler, llvm
 #   scripts/packages.sh test    what ./test.sh needs besides: clang and its tools, MinGW-w64, Wine
 #
 # Asks the package manager for nothing when all are there, so it needs no network then.

@@ -7,13 +7,12 @@
 #include <variant>
 #include <vector>
 
-#include "sim/board.h"
+#include "sim/board/board.h"
+#include "sim/board/bytes.h"
 
 namespace sim {
 
 enum class By : std::uint8_t { Host, Worker };
-
-using Bytes = std::vector<std::uint8_t>;
 
 // Details of the events that are no bus cycles; one struct a kind of event.
 struct CallEvent {

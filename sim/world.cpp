@@ -1,73 +1,9 @@
 #include "sim/world.h"
 
-#include <algorithm>
 #include <memory>
 #include <utility>
 
 namespace sim {
-
-// ---- Windows ------------------------------------------------------------------------------------
-
-PlatWindow Windows::Create() {
-  const PlatWindow window = next_;
-  next_ += 2;
-  windows_.push_back(window);
-  return window;
-}
-
-void Windows::Destroy(PlatWindow window) {
-  if (std::erase(windows_, window) != 0 && on_destroyed) on_destroyed(window);
-}
-
-bool Windows::Exists(PlatWindow window) const {
-  return std::find(windows_.begin(), windows_.end(), window) != windows_.end();
-}
-
-// ---- Bus windows --------------------------------------------------------------------------------
-
-std::array<std::uint8_t, BusWindows::kCount * BusWindows::kBytes> BusWindows::memory_;
-
-std::optional<BusWindow> BusWindows::AtPhysical(std::uint32_t physical) {
-  switch (physical) {
-    case 0x06600000:
-      return BusWindow::Select;
-    case 0x06400000:
-      return BusWindow::Address;
-    case 0x06200000:
-      return BusWindow::Data;
-    default:
-      return std::nullopt;
-  }
-}
-
-volatile std::uint8_t* BusWindows::Address(BusWindow window) {
-  return &memory_[static_cast<std::size_t>(window) * kBytes];
-}
-
-bool BusWindows::Unmap(BusWindow window) {
-  unsigned& mapped = mapped_[static_cast<std::size_t>(window)];
-  if (mapped == 0) return false;
-  --mapped;
-  return true;
-}
-
-// ---- Snapshot -----------------------------------------------------------------------------------
-
-RegisterSnapshot TakeSnapshot(const Board& board) {
-  RegisterSnapshot snapshot;
-  for (unsigned position = 0; position < kChipsMax; ++position) {
-    if (!board.Fitted(position)) continue;
-    RegisterSnapshot::Pages& pages = snapshot.chips[position].emplace();
-    for (std::uint8_t page = 0; page < kPageCount; ++page) {
-      for (unsigned reg = 0; reg < kRegistersPerPage; ++reg) {
-        pages[page][reg] = board.Peek(position, page, static_cast<std::uint8_t>(reg));
-      }
-    }
-  }
-  return snapshot;
-}
-
-// ---- World --------------------------------------------------------------------------------------
 
 World::World()
     : board(reports),

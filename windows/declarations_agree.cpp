@@ -10,7 +10,7 @@
 #include <type_traits>
 
 #include "ce_api.h"
-#include "platform.h"
+#include "platform/platform.h"
 
 static_assert(std::is_same_v<CeDword, DWORD> && std::is_same_v<CeLong, LPARAM> &&
               std::is_same_v<CeLong, LRESULT> && std::is_same_v<CeUnsigned, WPARAM> &&

@@ -4,10 +4,8 @@
 #include <cstring>
 
 #include "VexoCtrlSDK.h"
-#include "api/diagnostics.h"
-#include "api/library_state.h"
-#include "api/register_commands.h"
 #include "api/worker.h"
+#include "chip/register_commands.h"
 #include "chip/register_dump.h"
 #include "chip/video_state.h"
 #include "display/channel_masks.h"
@@ -18,6 +16,8 @@
 #include "display/play_split.h"
 #include "motion/motion_cells.h"
 #include "motion/motion_detect.h"
+#include "report/diagnostics.h"
+#include "report/library_state.h"
 #include "setup/camera_driver.h"
 #include "setup/initialization.h"
 

@@ -1,8 +1,8 @@
 // The exports that read or set the library's own state.
 
 #include "VexoCtrlSDK.h"
-#include "api/diagnostics.h"
-#include "api/library_state.h"
+#include "report/diagnostics.h"
+#include "report/library_state.h"
 
 namespace {
 constexpr std::int32_t kLevelInvalidWindow = 4;

@@ -2,9 +2,9 @@
 
 #include <array>
 
-#include "api/diagnostics.h"
-#include "api/library_state.h"
 #include "chip/register_bus.h"
+#include "report/diagnostics.h"
+#include "report/library_state.h"
 
 LibraryState g_library;
 

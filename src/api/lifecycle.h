@@ -3,14 +3,11 @@
 
 #include <cstdint>
 
-#include "platform.h"
+#include "platform/platform.h"
 
 inline constexpr std::uint32_t kEntryDetach = 0;
 inline constexpr std::uint32_t kEntryAttach = 1;
 inline constexpr std::uint32_t kEntryLowMemory = 6;
-
-// The DLL entry point, under the system's loader lock. Returns 1 for every reason.
-extern "C" int VexoSDK_DllEntry(PlatHandle module, std::uint32_t reason, void* reserved);
 
 // Takes the platform resources. The library stays uninitialized in a second process.
 void VexoSDK_Attach();

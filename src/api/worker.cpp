@@ -1,9 +1,9 @@
 #include "api/worker.h"
 
 #include "VexoCtrlSDK.h"
-#include "api/diagnostics.h"
-#include "api/host_messages.h"
 #include "chip/registers.h"
+#include "report/diagnostics.h"
+#include "report/host_messages.h"
 #include "setup/video_detection.h"
 
 WorkerState g_worker;

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "platform.h"
+#include "platform/platform.h"
 
 // Shared by the controller and the thread.
 struct WorkerBlock {

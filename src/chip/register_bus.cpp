@@ -1,6 +1,6 @@
 #include "chip/register_bus.h"
 
-#include "api/diagnostics.h"
+#include "report/diagnostics.h"
 
 BusWindows g_bus;
 

@@ -8,7 +8,7 @@
 #include <cstdint>
 
 #include "chip/registers.h"
-#include "platform.h"
+#include "platform/platform.h"
 
 // The bus windows; null while not mapped.
 struct BusWindows {

@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "api/diagnostics.h"
 #include "chip/register_bus.h"
+#include "report/diagnostics.h"
 
 namespace {
 

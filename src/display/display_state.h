@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "chip/video_state.h"
-#include "platform.h"
+#include "platform/platform.h"
 
 inline constexpr std::uint8_t kViewLive = 1;
 inline constexpr std::uint8_t kViewPlayback = 2;

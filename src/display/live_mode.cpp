@@ -2,12 +2,12 @@
 
 #include <array>
 
-#include "api/diagnostics.h"
 #include "chip/register_bus.h"
 #include "display/channel_display.h"
 #include "display/channel_masks.h"
 #include "display/display_state.h"
 #include "display/live_split.h"
+#include "report/diagnostics.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 
 #include <array>
 
-#include "api/diagnostics.h"
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
+#include "report/diagnostics.h"
 
 namespace {
 

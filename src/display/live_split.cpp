@@ -1,12 +1,12 @@
 #include "display/live_split.h"
 
-#include "api/diagnostics.h"
 #include "chip/register_bus.h"
 #include "display/anti_rolling.h"
 #include "display/channel_display.h"
 #include "display/channel_masks.h"
 #include "display/display_state.h"
 #include "display/split_layout.h"
+#include "report/diagnostics.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 #include "display/live_split_direct.h"
 
-#include "api/diagnostics.h"
 #include "chip/register_bus.h"
 #include "display/anti_rolling.h"
 #include "display/channel_display.h"
 #include "display/display_state.h"
 #include "display/split_layout.h"
+#include "report/diagnostics.h"
 
 namespace {
 

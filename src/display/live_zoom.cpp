@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "api/diagnostics.h"
 #include "chip/register_bus.h"
 #include "display/board_variant.h"
 #include "display/display_state.h"
+#include "report/diagnostics.h"
 
 namespace {
 

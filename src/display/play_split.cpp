@@ -1,11 +1,11 @@
 #include "display/play_split.h"
 
-#include "api/diagnostics.h"
 #include "chip/register_bus.h"
 #include "display/channel_masks.h"
 #include "display/display_state.h"
 #include "display/play_layout.h"
 #include "display/split_layout.h"
+#include "report/diagnostics.h"
 
 namespace {
 

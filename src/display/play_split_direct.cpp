@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "api/diagnostics.h"
 #include "chip/register_bus.h"
 #include "display/board_variant.h"
 #include "display/display_state.h"
 #include "display/play_layout.h"
 #include "display/split_layout.h"
+#include "report/diagnostics.h"
 
 namespace {
 

@@ -2,11 +2,11 @@
 
 #include <array>
 
-#include "api/diagnostics.h"
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
 #include "display/board_variant.h"
 #include "display/live_scale.h"
+#include "report/diagnostics.h"
 
 namespace {
 

@@ -181,3 +181,8 @@ void Plat_WidenAnsi(const char* text, char16_t* buffer, std::size_t capacity);
 // One word in a data section that all processes share. Nothing reads or writes it; other programs
 // of the board know that it is there.
 extern std::uint32_t g_shared_word;
+
+// ---- What the platform calls --------------------------------------------------------------------
+
+// The library's entry point, under the system's loader lock. Returns 1 for every reason.
+extern "C" int VexoSDK_DllEntry(PlatHandle module, std::uint32_t reason, void* reserved);

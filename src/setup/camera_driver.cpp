@@ -1,6 +1,6 @@
 #include "setup/camera_driver.h"
 
-#include "platform.h"
+#include "platform/platform.h"
 
 namespace {
 constexpr const char16_t* kCameraDriver = u"CAM1:";

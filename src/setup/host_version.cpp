@@ -1,7 +1,7 @@
 #include "setup/host_version.h"
 
-#include "api/diagnostics.h"
-#include "platform.h"
+#include "platform/platform.h"
+#include "report/diagnostics.h"
 
 namespace {
 

@@ -3,8 +3,6 @@
 #include <cstring>
 
 #include "VexoCtrlSDK.h"
-#include "api/diagnostics.h"
-#include "api/host_messages.h"
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
 #include "display/display_state.h"
@@ -13,6 +11,8 @@
 #include "display/window_tables.h"
 #include "motion/motion_detect.h"
 #include "motion/motion_state.h"
+#include "report/diagnostics.h"
+#include "report/host_messages.h"
 #include "setup/camera_driver.h"
 #include "setup/host_version.h"
 #include "setup/init_tables.h"

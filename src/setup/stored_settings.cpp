@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-#include "api/diagnostics.h"
 #include "chip/video_state.h"
-#include "platform.h"
+#include "platform/platform.h"
+#include "report/diagnostics.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include "setup/video_detection.h"
 
-#include "api/diagnostics.h"
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
 #include "motion/motion_state.h"
+#include "report/diagnostics.h"
 
 VideoDetectState g_video_detect;
 

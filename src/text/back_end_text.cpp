@@ -3,8 +3,8 @@
 #include <array>
 
 #include "VexoCtrlSDK.h"
-#include "api/diagnostics.h"
-#include "api/host_messages.h"
+#include "report/diagnostics.h"
+#include "report/host_messages.h"
 
 BackEndState g_back_end;
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "platform.h"
+#include "platform/platform.h"
 #include "text/command_pattern.h"
 
 inline constexpr const char* kBackEndHeader = "vpb";

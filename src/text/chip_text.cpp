@@ -3,9 +3,7 @@
 #include <array>
 
 #include "VexoCtrlSDK.h"
-#include "api/diagnostics.h"
-#include "api/host_messages.h"
-#include "api/register_commands.h"
+#include "chip/register_commands.h"
 #include "chip/video_state.h"
 #include "display/channel_masks.h"
 #include "display/live_mode.h"
@@ -18,6 +16,8 @@
 #include "display/window_tables.h"
 #include "motion/motion_cells.h"
 #include "motion/motion_detect.h"
+#include "report/diagnostics.h"
+#include "report/host_messages.h"
 #include "setup/camera_driver.h"
 #include "setup/initialization.h"
 #include "setup/stored_settings.h"

@@ -3,8 +3,8 @@
 #include <cstring>
 
 #include "VexoCtrlSDK.h"
-#include "api/diagnostics.h"
-#include "api/library_state.h"
+#include "report/diagnostics.h"
+#include "report/library_state.h"
 #include "text/back_end_text.h"
 #include "text/chip_text.h"
 #include "text/tokenizer.h"

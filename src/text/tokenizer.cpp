@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "api/diagnostics.h"
+#include "report/diagnostics.h"
 
 TokenizerState g_tokenizer;
 

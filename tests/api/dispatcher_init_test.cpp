@@ -4,16 +4,16 @@
 #include "VexoCtrlSDK.h"
 #include "api/worker.h"
 #include "chip/video_state.h"
-#include "support/library_test.h"
+#include "harness/host.h"
 #include "tests/api/trace_lines.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t kRecordBytes = vexosim::kCommandRecordBytes;
+constexpr std::size_t kRecordBytes = harness::kCommandRecordBytes;
 
 class DispatcherInit : public test::LibraryTest {
  protected:

@@ -3,12 +3,12 @@
 #include <optional>
 
 #include "VexoCtrlSDK.h"
-#include "api/library_state.h"
 #include "chip/registers.h"
 #include "display/display_state.h"
-#include "support/library_test.h"
+#include "harness/host.h"
+#include "report/library_state.h"
 #include "tests/api/trace_lines.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace {
 
@@ -186,11 +186,11 @@ class DispatcherLock : public test::LibraryTest {
 
   void Begin(Scene scene) {
     ExpectReports();  // the dumps read registers without a name
-    vexosim::Restart();
+    harness::Restart();
     switch (scene) {
       case Scene::Foreign:
         world().faults.Set(sim::Fault::EventExists, true);
-        vexosim::Entry(1);
+        harness::Entry(1);
         ASSERT_EQ(world().faults.Hits(sim::Fault::EventExists), 1u);
         break;
       case Scene::NoChip:
@@ -206,14 +206,14 @@ class DispatcherLock : public test::LibraryTest {
     }
     if (scene == Scene::Playback || scene == Scene::Playback12) g_display.view = kViewPlayback;
     if (scene == Scene::LostChips) world().board.FitChips(0);
-    if (scene == Scene::Unbound) vexosim::Uninitialize();
+    if (scene == Scene::Unbound) harness::Uninitialize();
     from_ = world().trace.Mark();
   }
 
   int Walk(const Path& path) {
     Bytes record = path.record.value_or(Bytes());
-    if (path.code == kMotionInfo) return vexosim::SetMotionInfo(0, 0, &record);
-    return vexosim::CommandProc(path.code, path.record ? &record : nullptr);
+    if (path.code == kMotionInfo) return harness::SetMotionInfo(0, 0, &record);
+    return harness::CommandProc(path.code, path.record ? &record : nullptr);
   }
 
   // What of lock, bus cycles and unlock happened since Begin(), in order, runs of cycles as one.
@@ -234,7 +234,7 @@ class DispatcherLock : public test::LibraryTest {
   // A command from another host thread that lives on for a second. Returns the thread.
   unsigned CommandFromAnotherThread(std::uint32_t code, int* result) {
     return world().kernel.StartHostThread([this, code, result] {
-      *result = vexosim::CommandProc(code, nullptr);
+      *result = harness::CommandProc(code, nullptr);
       world().kernel.Idle(1000);
     });
   }
@@ -353,7 +353,7 @@ TEST_F(DispatcherLock, ARunningCommandKeepsAnotherThreadOutUntilItsRelease) {
     world().kernel.SetPreemption(1);
     int result = 99;
     world().kernel.StartHostThread(
-        [&result] { result = vexosim::CommandProc(VEXO_CMD_MOTION_CLEAR, nullptr); });
+        [&result] { result = harness::CommandProc(VEXO_CMD_MOTION_CLEAR, nullptr); });
     EXPECT_EQ(Walk(path), path.result);
     world().kernel.SetPreemption(0);
     world().kernel.Idle(100);
@@ -393,7 +393,7 @@ TEST_F(DispatcherLock, AnotherThreadWaitsForACommandOnlyAsLongAsItRuns) {
   int result = 99;
   std::uint32_t done_at = 0;
   world().kernel.StartHostThread([this, &result, &done_at] {
-    result = vexosim::CommandProc(VEXO_CMD_STOP_MONITOR, nullptr);
+    result = harness::CommandProc(VEXO_CMD_STOP_MONITOR, nullptr);
     done_at = world().kernel.Now();
   });
   // Pauses for 240 and 200 ms inside, where the other thread runs.
@@ -425,7 +425,7 @@ TEST_F(DispatcherLock, BlankMaskOfOneThreadLetsAnotherThreadIn) {
   world().kernel.SetPreemption(1);  // a hand-over at every bus cycle
   int result = 99;
   world().kernel.StartHostThread(
-      [&result] { result = vexosim::CommandProc(VEXO_CMD_MOTION_CLEAR, nullptr); });
+      [&result] { result = harness::CommandProc(VEXO_CMD_MOTION_CLEAR, nullptr); });
   EXPECT_EQ(Command(VEXO_CMD_BLANK_MASK, {1, 0, 0, 0}), 0);
   world().kernel.SetPreemption(0);
   EXPECT_EQ(result, 0);  // came in and went while this one wrote its mask
@@ -445,7 +445,7 @@ TEST_F(DispatcherLock, AnotherDriverOfTheBusIsWaitedFor) {
   world().kernel.Idle(1);
   Mark();
   Bytes mask(24);
-  EXPECT_EQ(vexosim::SetMotionInfo(0, 0, &mask), 0);
+  EXPECT_EQ(harness::SetMotionInfo(0, 0, &mask), 0);
   EXPECT_EQ(Elapsed(), 69u);
 }
 

@@ -3,15 +3,15 @@
 #include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
 #include "display/display_state.h"
-#include "support/library_test.h"
-#include "tools/vexosim/host.h"
+#include "harness/host.h"
+#include "tests/support/library_test.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t kRecordBytes = vexosim::kCommandRecordBytes;
+constexpr std::size_t kRecordBytes = harness::kCommandRecordBytes;
 
 // ---- 0xF006, 0xF00A ---------------------------------------------------------------------------
 
@@ -66,7 +66,7 @@ TEST_F(DispatcherPlayback, PlaySplitHandsThroughWhatTheOperationAnswers) {
       {16, kViewPlayback, 255, -5},           {16, kViewLive, 7, -1},
   };
   for (const Case& c : kCases) {
-    vexosim::Restart();
+    harness::Restart();
     PretendBoard(c.channels);
     g_display.view = c.view;
     EXPECT_EQ(Command(VEXO_CMD_PLAY_SPLIT, {0, 0, 0, 0, c.mode}), c.result)
@@ -91,7 +91,7 @@ TEST_F(DispatcherPlayback, PlayModeTakesModeAndChannelsFromBytesFiveAndSix) {
 TEST_F(DispatcherPlayback, PlayModeHandsThroughWhatTheOperationAnswers) {
   for (const int channels : {4, 8, 12, 16}) {
     for (const std::uint8_t mode : Bytes{VEXO_SPLIT_FULL, VEXO_SPLIT_16, 7, 255}) {
-      vexosim::Restart();
+      harness::Restart();
       PretendBoard(channels);
       EXPECT_EQ(Command(VEXO_CMD_PLAY_MODE, {0, 0, 0, 0, 0, mode}), channels == 12 ? -8 : 0)
           << channels << " channels, mode " << +mode;
@@ -104,7 +104,7 @@ TEST_F(DispatcherPlayback, PlayModeHandsThroughWhatTheOperationAnswers) {
 // The modes that the split command refuses.
 TEST_F(DispatcherPlayback, PlayModeLaysOutWhatPlaySplitRefuses) {
   for (const std::uint8_t mode : Bytes{VEXO_SPLIT_6, VEXO_SPLIT_8, VEXO_SPLIT_13}) {
-    vexosim::Restart();
+    harness::Restart();
     PretendBoard(16);
     EXPECT_EQ(Command(VEXO_CMD_PLAY_MODE, {0, 0, 0, 0, 0, mode}), 0);
     EXPECT_EQ(g_display.play_split, mode);
@@ -133,7 +133,7 @@ TEST_F(DispatcherPlayback, TheViewWordFollowsTheModeSwitchWhateverComesBack) {
   for (const ModeCase& c : kModeCases) {
     for (const int channels : {4, 8, 12, 16}) {  // 12: the switch into playback answers -8
       for (const std::uint8_t mode : Bytes{VEXO_SPLIT_FULL, VEXO_SPLIT_16, 200}) {
-        vexosim::Restart();
+        harness::Restart();
         PretendBoard(channels);
         g_display.g_view_mode = 7;
         Command(c.code, {0, 0, 0, 0, mode, mode});

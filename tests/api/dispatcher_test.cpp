@@ -3,12 +3,12 @@
 #include <memory>
 
 #include "VexoCtrlSDK.h"
-#include "api/library_state.h"
 #include "chip/video_state.h"
 #include "display/display_state.h"
-#include "support/library_test.h"
+#include "harness/host.h"
+#include "report/library_state.h"
 #include "tests/api/trace_lines.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace {
 
@@ -16,7 +16,7 @@ using Lines = std::vector<std::string>;
 using Bytes = std::vector<std::uint8_t>;
 using test::W;
 
-constexpr std::size_t kRecordBytes = vexosim::kCommandRecordBytes;
+constexpr std::size_t kRecordBytes = harness::kCommandRecordBytes;
 
 // What every command needs, by code.
 struct Needs {
@@ -62,7 +62,7 @@ TEST_F(Dispatcher, BeforeAttachEveryCodeIsRefusedWithoutTheLock) {
 
 TEST_F(Dispatcher, WithoutAWindowEveryCodeIsRefusedWithoutTheLock) {
   PretendBoard(4);
-  vexosim::Uninitialize();
+  harness::Uninitialize();
   const Bytes record(kRecordBytes, 0x11);
   for (const Needs& command : kCommands) {
     EXPECT_EQ(Command(command.code, record), -8) << std::hex << command.code;

@@ -2,11 +2,11 @@
 #include <array>
 
 #include "VexoCtrlSDK.h"
-#include "api/diagnostics.h"
-#include "api/library_state.h"
-#include "support/library_test.h"
+#include "harness/host.h"
+#include "report/diagnostics.h"
+#include "report/library_state.h"
 #include "tests/api/trace_lines.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace {
 
@@ -19,36 +19,36 @@ class Exports : public test::LibraryTest {
   // As in a second process: another one has the library.
   void AttachAsSecondProcess() {
     world().faults.Set(sim::Fault::EventExists, true);
-    vexosim::Entry(1);
+    harness::Entry(1);
     ASSERT_EQ(world().faults.Hits(sim::Fault::EventExists), 1u);
     Mark();
   }
 };
 
 TEST_F(Exports, InitializeBindsTheWindow) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   const PlatWindow window = world().windows.Create();
-  EXPECT_EQ(vexosim::Initialize(window), 0);
+  EXPECT_EQ(harness::Initialize(window), 0);
   EXPECT_EQ(g_library.g_host_wnd, window);
 }
 
 TEST_F(Exports, InitializeMovesToANewWindow) {
   AttachAndBind();
   const PlatWindow window = world().windows.Create();
-  EXPECT_EQ(vexosim::Initialize(window), 0);
+  EXPECT_EQ(harness::Initialize(window), 0);
   EXPECT_EQ(g_library.g_host_wnd, window);
 }
 
 TEST_F(Exports, InitializeBeforeAttachIsRefused) {
-  EXPECT_EQ(vexosim::Initialize(world().windows.Create()), -6);
+  EXPECT_EQ(harness::Initialize(world().windows.Create()), -6);
   EXPECT_EQ(g_library.g_host_wnd, 0u);
 }
 
 // Hosts have never seen a failure here; they notice by the -8 of the first command.
 TEST_F(Exports, InitializeWithAnInvalidWindowAnswersDoneAndBindsNothing) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   Mark();
-  EXPECT_EQ(vexosim::Initialize(kNoWindow), 0);
+  EXPECT_EQ(harness::Initialize(kNoWindow), 0);
   EXPECT_EQ(Debug(), (Strings{"[VEXOSDK]: ", ">> VEXOAPI_Initialize Invalid window handle \r\n"}));
   EXPECT_EQ(g_library.g_host_wnd, 0u);
   EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), -8);
@@ -58,45 +58,45 @@ TEST_F(Exports, InitializeWithAnInvalidWindowKeepsTheOneThatIsBound) {
   AttachAndBind();
   const PlatWindow bound = g_library.g_host_wnd;
   for (const PlatWindow window : {PlatWindow{0}, kNoWindow}) {
-    EXPECT_EQ(vexosim::Initialize(window), 0);
+    EXPECT_EQ(harness::Initialize(window), 0);
     EXPECT_EQ(g_library.g_host_wnd, bound);
   }
   EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), 0);
 }
 
 TEST_F(Exports, TheInvalidWindowIsToldAtLevelFour) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   g_debug.level_threshold = 4;
   Mark();
-  vexosim::Initialize(kNoWindow);
+  harness::Initialize(kNoWindow);
   EXPECT_EQ(Debug().size(), 2u);
   g_debug.level_threshold = 5;
   Mark();
-  vexosim::Initialize(kNoWindow);
+  harness::Initialize(kNoWindow);
   EXPECT_EQ(Debug(), Strings{});
 }
 
 TEST_F(Exports, UninitializeForgetsTheWindowAndNothingElse) {
   AttachAndBind();
   const std::size_t from = world().trace.Mark();
-  vexosim::Uninitialize();
+  harness::Uninitialize();
   EXPECT_EQ(g_library.g_host_wnd, 0u);
   EXPECT_EQ(g_library.g_initialized, 1u);
   EXPECT_EQ(test::Texts(world().trace, from),
             (Strings{"call VEXOAPI_Uninitialize", "return VEXOAPI_Uninitialize"}));
   EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), -8);
-  vexosim::Initialize(world().windows.Create());
+  harness::Initialize(world().windows.Create());
   EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), 0);
 }
 
 TEST_F(Exports, UninitializeBeforeAttachDoesNothing) {
   g_library.g_host_wnd = 0x10;
-  vexosim::Uninitialize();
+  harness::Uninitialize();
   EXPECT_EQ(g_library.g_host_wnd, 0x10u);
 }
 
 TEST_F(Exports, GetVersionCopiesTheTextWithItsEnd) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   std::array<char16_t, 20> buffer;
   buffer.fill(u'#');
   EXPECT_EQ(VEXOAPI_GetVersion(buffer.data()), 10);
@@ -104,13 +104,13 @@ TEST_F(Exports, GetVersionCopiesTheTextWithItsEnd) {
 }
 
 TEST_F(Exports, GetVersionWithoutABufferGivesTheLength) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   EXPECT_EQ(VEXOAPI_GetVersion(nullptr), 10);
 }
 
 TEST_F(Exports, GetVersionOfALibraryWithoutAVersionCopiesAnEmptyText) {
   world().files.Remove("\\NAND FLASH\\MDVR\\VexoCtrlSDK.DLL");
-  vexosim::Entry(1);
+  harness::Entry(1);
   char16_t buffer[20] = u"before";
   EXPECT_EQ(VEXOAPI_GetVersion(buffer), 0);
   EXPECT_EQ(buffer[0], u'\0');
@@ -124,18 +124,18 @@ TEST_F(Exports, GetVersionBeforeAttachGivesZeroAndWritesNothing) {
 }
 
 TEST_F(Exports, TheSwitchesTakeAnyValue) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   for (const std::uint32_t value : {0u, 1u, 0xFFFFFFFFu, 0x80000000u}) {
-    vexosim::SetEnableDebug(value);
-    vexosim::SetEnableOutputMsg(~value);
+    harness::SetEnableDebug(value);
+    harness::SetEnableOutputMsg(~value);
     EXPECT_EQ(g_debug.debug_output, value);
     EXPECT_EQ(g_debug.output_message, ~value);
   }
 }
 
 TEST_F(Exports, TheSwitchesDoNothingBeforeAttach) {
-  vexosim::SetEnableDebug(0);
-  vexosim::SetEnableOutputMsg(0);
+  harness::SetEnableDebug(0);
+  harness::SetEnableOutputMsg(0);
   EXPECT_EQ(g_debug.debug_output, 1u);
   EXPECT_EQ(g_debug.output_message, 1u);
 }
@@ -143,19 +143,19 @@ TEST_F(Exports, TheSwitchesDoNothingBeforeAttach) {
 TEST_F(Exports, ASecondProcessIsRefusedByAllOfThem) {
   AttachAsSecondProcess();
   char16_t buffer[20] = u"before";
-  EXPECT_EQ(vexosim::Initialize(world().windows.Create()), -6);
+  EXPECT_EQ(harness::Initialize(world().windows.Create()), -6);
   EXPECT_EQ(g_library.g_host_wnd, 0u);
   EXPECT_EQ(VEXOAPI_GetVersion(buffer), 0);
   EXPECT_EQ(std::u16string(buffer), u"before");
-  EXPECT_EQ(vexosim::TextCommandProc("vexo init"), -6);
+  EXPECT_EQ(harness::TextCommandProc("vexo init"), -6);
   EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), -8);
-  vexosim::SetEnableDebug(0);
-  vexosim::SetEnableOutputMsg(0);
+  harness::SetEnableDebug(0);
+  harness::SetEnableOutputMsg(0);
   EXPECT_EQ(g_debug.debug_output, 1u);
   EXPECT_EQ(g_debug.output_message, 1u);
   // Last, because it keeps the lock.
   sim::Bytes mask(24, 0xFF);
-  EXPECT_EQ(vexosim::SetMotionInfo(0, 0, &mask), -6);
+  EXPECT_EQ(harness::SetMotionInfo(0, 0, &mask), -6);
 }
 
 }  // namespace

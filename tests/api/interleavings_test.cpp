@@ -8,13 +8,13 @@
 #include <set>
 
 #include "VexoCtrlSDK.h"
-#include "api/library_state.h"
 #include "api/worker.h"
 #include "chip/registers.h"
 #include "chip/video_state.h"
-#include "support/library_test.h"
+#include "harness/host.h"
+#include "report/library_state.h"
 #include "tests/api/trace_lines.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace {
 
@@ -44,13 +44,13 @@ class Interleavings : public test::LibraryTest {
 
   // A fresh board of 4, 8, 12 or 16 channels with its worker running.
   void NewBoard(bool trace) {
-    vexosim::Restart();
+    harness::Restart();
     channels_ = 4 * (1 + Pick(4));
     world().trace.SetEnabled(trace);
     world().board.FitChips(channels_ / 4);
     AttachAndBind();
-    vexosim::SetEnableOutputMsg(trace ? 1 : 0);
-    vexosim::SetEnableDebug(trace ? 1 : 0);
+    harness::SetEnableOutputMsg(trace ? 1 : 0);
+    harness::SetEnableDebug(trace ? 1 : 0);
     ASSERT_EQ(Command(VEXO_CMD_INIT, Bytes(24)), 0);
   }
 
@@ -142,7 +142,7 @@ class Interleavings : public test::LibraryTest {
       for (const Request& request : requests) {
         ++sent_;
         Bytes record = request.record;
-        const int result = vexosim::CommandProc(request.code, &record);
+        const int result = harness::CommandProc(request.code, &record);
         EXPECT_EQ(result, request.result) << std::hex << request.code;
         ++answered_;
       }

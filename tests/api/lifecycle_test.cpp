@@ -4,13 +4,13 @@
 #include <ctime>
 
 #include "VexoCtrlSDK.h"
-#include "api/diagnostics.h"
-#include "api/library_state.h"
 #include "api/worker.h"
 #include "chip/register_bus.h"
-#include "support/library_test.h"
+#include "harness/host.h"
+#include "report/diagnostics.h"
+#include "report/library_state.h"
 #include "tests/api/trace_lines.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ class Lifecycle : public test::LibraryTest {
   // The events between call and return of the entry.
   Lines EntryLines(std::uint32_t reason) {
     const std::size_t from = world().trace.Mark();
-    EXPECT_EQ(vexosim::Entry(reason), 1);
+    EXPECT_EQ(harness::Entry(reason), 1);
     Lines lines = test::Texts(world().trace, from);
     EXPECT_EQ(lines.front(), "call DllMain");
     EXPECT_EQ(lines.back(), "return DllMain 1");
@@ -65,7 +65,7 @@ TEST_F(Lifecycle, AttachMapsTheWindowsInOrderAndTellsItsVersion) {
 }
 
 TEST_F(Lifecycle, AttachBeginsWithTheBuildBanner) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   ASSERT_GE(Debug().size(), 2u);
   EXPECT_EQ(Debug()[0], "[VexoCtrlSDK]: ");
   const std::string banner = Debug()[1];
@@ -77,7 +77,7 @@ TEST_F(Lifecycle, AttachBeginsWithTheBuildBanner) {
 }
 
 TEST_F(Lifecycle, AttachMakesTheNamedObjects) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   // Asking for them again opens what is there.
   const std::u16string event = u"VEXOSDK";
   world().kernel.CreateMutex(u"CS4_GlobalLock");
@@ -87,7 +87,7 @@ TEST_F(Lifecycle, AttachMakesTheNamedObjects) {
 }
 
 TEST_F(Lifecycle, TheInstanceEventIsManualResetAndNotSignalled) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   const PlatHandle event = g_library.g_instance_event;
   EXPECT_EQ(world().kernel.Wait(event, 0), kPlatWaitTimeout);
   world().kernel.SetEvent(event);
@@ -102,30 +102,30 @@ TEST_F(Lifecycle, ASecondProcessStaysUninitializedAndMapsNothing) {
   EXPECT_EQ(world().faults.Hits(sim::Fault::EventExists), 1u);
   EXPECT_EQ(g_library.g_initialized, 0u);
   EXPECT_NE(g_library.g_module, 0u);
-  EXPECT_EQ(vexosim::Initialize(world().windows.Create()), -6);
+  EXPECT_EQ(harness::Initialize(world().windows.Create()), -6);
   EXPECT_EQ(VEXOAPI_GetVersion(nullptr), 0);
 }
 
 // The mark of the first process must outlive a second one that comes and goes.
 TEST_F(Lifecycle, ASecondProcessForgetsTheEventWithoutClosingIt) {
   world().faults.Set(sim::Fault::EventExists, true);
-  vexosim::Entry(1);
+  harness::Entry(1);
   EXPECT_EQ(g_library.g_instance_event, 0u);
   EXPECT_EQ(world().kernel.OpenHandles(), 2u);
-  vexosim::Entry(0);
+  harness::Entry(0);
   EXPECT_EQ(world().kernel.OpenHandles(), 1u);  // only the lock's was closed
 }
 
 TEST_F(Lifecycle, AttachingTwiceLeavesTheLibraryUninitialized) {
   AttachAndBind();
-  vexosim::Entry(1);
+  harness::Entry(1);
   EXPECT_EQ(g_library.g_initialized, 0u);
   EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), -8);
 }
 
 TEST_F(Lifecycle, WithoutAMutexAttachSaysSoToTheKernelAndGoesOn) {
   world().faults.Set(sim::Fault::Mutex, true);
-  vexosim::Entry(1);
+  harness::Entry(1);
   EXPECT_EQ(world().faults.Hits(sim::Fault::Mutex), 1u);
   // The wording is what people look for, though the lock is no RTC's.
   EXPECT_EQ(KernelDebug(), Lines{"<VexoCtrlSDK.DLL> Error : Failed to create RTC mutex.\r\n"});
@@ -215,12 +215,12 @@ TEST_F(Lifecycle, TheVersionIsLookedForInThreePlacesInOrder) {
       {nullptr, {kDllPath, kFlashPath, kWindowsPath}, ">> VEXO SDK Version : \r\n"},
   };
   for (const Case& c : cases) {
-    vexosim::Restart();
+    harness::Restart();
     world().files.Remove(kFlashPath);
     if (c.present != nullptr) {
       world().files.Set(c.present, {sim::VersionFile::State::Present, {9, 12, 345, 6789}});
     }
-    vexosim::Entry(1);
+    harness::Entry(1);
     EXPECT_EQ(world().files.asked, c.asked);
     EXPECT_EQ(test::Texts(world().trace).at(test::Texts(world().trace).size() - 2),
               "debug " + std::string(c.printed, std::string(c.printed).size() - 2) + "\\r\\n");
@@ -231,9 +231,9 @@ TEST_F(Lifecycle, TheVersionIsLookedForInThreePlacesInOrder) {
 // A file that has version information ends the search, readable or not.
 TEST_F(Lifecycle, AnUnreadableVersionEndsTheSearchAllTheSame) {
   for (const auto state : {sim::VersionFile::State::Unreadable, sim::VersionFile::State::NoRoot}) {
-    vexosim::Restart();
+    harness::Restart();
     world().files.Set(kDllPath, {state, {9, 9, 9, 9}});
-    vexosim::Entry(1);
+    harness::Entry(1);
     EXPECT_EQ(world().files.asked, Lines{kDllPath});
     EXPECT_EQ(VEXOAPI_GetVersion(nullptr), 0);
     EXPECT_EQ(world().allocations, 0u);
@@ -288,7 +288,7 @@ TEST_F(Lifecycle, DetachGivesBackWhatAttachTook) {
 
 TEST_F(Lifecycle, DetachUnmapsOnlyWhatIsMapped) {
   world().faults.Set(sim::Fault::MapAddress, true);
-  vexosim::Entry(1);
+  harness::Entry(1);
   EXPECT_EQ(EntryLines(0), (Lines{"unmap select", "nvram deinit"}));
 }
 
@@ -297,7 +297,7 @@ TEST_F(Lifecycle, DetachUnmapsOnlyWhatIsMapped) {
 TEST_F(Lifecycle, TheLocksStaleHandleSurvivesDetachAndTheNextAttachTakesNoNewOne) {
   AttachAndBind();
   const PlatHandle lock = g_library.g_cs4_lock;
-  vexosim::Entry(0);
+  harness::Entry(0);
   EXPECT_EQ(g_library.g_cs4_lock, lock);
   AttachAndBind();
   EXPECT_EQ(g_library.g_cs4_lock, lock);
@@ -311,8 +311,8 @@ TEST_F(Lifecycle, TheLocksStaleHandleSurvivesDetachAndTheNextAttachTakesNoNewOne
 
 TEST_F(Lifecycle, AttachingAgainNeedsANewWindow) {
   AttachAndBind();
-  vexosim::Entry(0);
-  vexosim::Entry(1);
+  harness::Entry(0);
+  harness::Entry(1);
   EXPECT_EQ(g_library.g_initialized, 1u);
   EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), -8);
 }
@@ -320,7 +320,7 @@ TEST_F(Lifecycle, AttachingAgainNeedsANewWindow) {
 TEST_F(Lifecycle, DetachDoesNotStopTheWorker) {
   PretendBoard(4);
   VexoSDK_StartWorker();
-  vexosim::Entry(0);
+  harness::Entry(0);
   EXPECT_EQ(world().kernel.LiveThreads(), 1u);
   EXPECT_NE(g_worker.thread, 0u);
   EXPECT_EQ(g_worker.block.stop_request, 0u);
@@ -332,13 +332,13 @@ TEST_F(Lifecycle, DetachDoesNotStopTheWorker) {
 }
 
 TEST_F(Lifecycle, LowMemoryIsTold) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   EXPECT_EQ(EntryLines(6), (Lines{kPlain, "debug >> DLL_MEMORY_LOW\\r\\n"}));
   EXPECT_EQ(g_library.g_initialized, 1u);
 }
 
 TEST_F(Lifecycle, EveryOtherReasonDoesNothing) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   for (const std::uint32_t reason : {2u, 3u, 4u, 5u, 7u, 0x10001u, 0xFFFFFFFFu}) {
     EXPECT_EQ(EntryLines(reason), Lines{}) << reason;
   }
@@ -348,7 +348,7 @@ TEST_F(Lifecycle, EveryOtherReasonDoesNothing) {
 TEST_F(Lifecycle, TheSharedWordIsOneAndStaysSo) {
   EXPECT_EQ(g_shared_word, 1u);
   StartBoard(4);
-  vexosim::Entry(0);
+  harness::Entry(0);
   EXPECT_EQ(g_shared_word, 1u);
 }
 

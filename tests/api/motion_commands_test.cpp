@@ -3,11 +3,11 @@
 
 #include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
+#include "harness/host.h"
 #include "motion/motion_detect.h"
 #include "motion/motion_state.h"
-#include "support/library_test.h"
 #include "tests/api/trace_lines.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace {
 
@@ -136,7 +136,7 @@ TEST_F(MotionCommands, ALevelThatDoesNotExistIsKeptButNotWritten) {
 
 TEST_F(MotionCommands, AChannelThatTheBoardLacksIsRefusedAndNothingChanges) {
   for (const int channels : {4, 8, 12, 16}) {
-    vexosim::Restart();
+    harness::Restart();
     Pretend(channels);
     for (const std::uint32_t code : kBoth) {
       for (const int channel : {channels, channels + 1, 255}) {
@@ -165,7 +165,7 @@ TEST_F(MotionCommands, SetMotionInfoKeepsAndProgramsTheMaskAsItStands) {
   Pretend(8);
   const std::size_t from = world().trace.Mark();
   Bytes mask = kHostMask;
-  EXPECT_EQ(vexosim::SetMotionInfo(6, 2, &mask), 0);
+  EXPECT_EQ(harness::SetMotionInfo(6, 2, &mask), 0);
   EXPECT_EQ(mask, kHostMask);
   EXPECT_EQ(Kept(6), kHostMask);
   EXPECT_EQ(g_motion.level[6], 2);
@@ -178,9 +178,9 @@ TEST_F(MotionCommands, SetMotionInfoKeepsAndProgramsTheMaskAsItStands) {
 
 TEST_F(MotionCommands, SetMotionInfoNeedsNoWindow) {
   Pretend(8);
-  vexosim::Uninitialize();
+  harness::Uninitialize();
   Bytes mask = kHostMask;
-  EXPECT_EQ(vexosim::SetMotionInfo(0, 0, &mask), 0);
+  EXPECT_EQ(harness::SetMotionInfo(0, 0, &mask), 0);
   EXPECT_EQ(Kept(0), kHostMask);
 }
 
@@ -188,7 +188,7 @@ TEST_F(MotionCommands, SetMotionInfoBeforeInitializationAnswersDoneAndKeepsNothi
   Pretend(4);
   g_video.g_chip_ready = 0;
   Bytes mask = kHostMask;
-  EXPECT_EQ(vexosim::SetMotionInfo(0, 0, &mask), 0);
+  EXPECT_EQ(harness::SetMotionInfo(0, 0, &mask), 0);
   EXPECT_EQ(Kept(0), OldMask());
   EXPECT_EQ(g_motion.level[0], kOldLevel);
   EXPECT_EQ(Cycles(), 0u);
@@ -199,7 +199,7 @@ TEST_F(MotionCommands, SetMotionInfoBeforeInitializationAnswersDoneAndKeepsNothi
 TEST_F(MotionCommands, SetMotionInfoKeepsAChannelThatTheBoardLacks) {
   Pretend(4);
   Bytes mask = kHostMask;
-  EXPECT_EQ(vexosim::SetMotionInfo(15, 2, &mask), 0);
+  EXPECT_EQ(harness::SetMotionInfo(15, 2, &mask), 0);
   EXPECT_EQ(Kept(15), kHostMask);
   EXPECT_EQ(g_motion.level[15], 2);
   EXPECT_EQ(Cycles(), 0u);
@@ -207,7 +207,7 @@ TEST_F(MotionCommands, SetMotionInfoKeepsAChannelThatTheBoardLacks) {
 
 TEST_F(MotionCommands, SetMotionInfoIgnoresANullMask) {
   Pretend(16);
-  EXPECT_EQ(vexosim::SetMotionInfo(0, 2, nullptr), 0);
+  EXPECT_EQ(harness::SetMotionInfo(0, 2, nullptr), 0);
   EXPECT_EQ(Kept(0), OldMask());
   EXPECT_EQ(g_motion.level[0], kOldLevel);
   EXPECT_EQ(Cycles(), 0u);
@@ -219,7 +219,7 @@ TEST_F(MotionCommands, SetMotionInfoIgnoresChannelsPastTheTables) {
   const MotionState before = g_motion;
   Bytes mask = kHostMask;
   for (const int channel : {16, 17, 100, 255}) {
-    EXPECT_EQ(vexosim::SetMotionInfo(static_cast<std::uint8_t>(channel), 2, &mask), 0);
+    EXPECT_EQ(harness::SetMotionInfo(static_cast<std::uint8_t>(channel), 2, &mask), 0);
   }
   for (int n = 0; n < 16; ++n) EXPECT_EQ(Kept(n), OldMask());
   EXPECT_TRUE(std::equal(std::begin(before.level), std::end(before.level), g_motion.level));

@@ -9,15 +9,15 @@
 #include <set>
 
 #include "VexoCtrlSDK.h"
-#include "api/library_state.h"
 #include "chip/video_state.h"
 #include "display/display_state.h"
 #include "display/play_layout.h"
+#include "harness/host.h"
 #include "motion/motion_state.h"
-#include "support/library_test.h"
-#include "tests/api/command_model.h"
+#include "report/library_state.h"
 #include "tests/api/fenced_record.h"
-#include "tools/vexosim/host.h"
+#include "tests/model/command_model.h"
+#include "tests/support/library_test.h"
 
 namespace {
 
@@ -106,7 +106,7 @@ class RandomCommands : public test::LibraryTest, public ::testing::WithParamInte
   }
 
   void NewBoard() {
-    vexosim::Restart();
+    harness::Restart();
     world().trace.SetEnabled(false);
     model_ = {};
     PickChips();
@@ -126,8 +126,8 @@ class RandomCommands : public test::LibraryTest, public ::testing::WithParamInte
     AttachAndBind();
     model_.initialized = model_.bound = g_library.g_initialized != 0;
     EXPECT_EQ(model_.initialized, world().faults.Hits(sim::Fault::EventExists) == 0);
-    vexosim::SetEnableOutputMsg(OneIn(4) ? 1 : 0);
-    vexosim::SetEnableDebug(OneIn(4) ? 1 : 0);
+    harness::SetEnableOutputMsg(OneIn(4) ? 1 : 0);
+    harness::SetEnableDebug(OneIn(4) ? 1 : 0);
     CheckState();
     if (!OneIn(4)) RunCommand(VEXO_CMD_INIT, PickBytes(sizeof(VexoInitRecord)));
   }
@@ -139,9 +139,9 @@ class RandomCommands : public test::LibraryTest, public ::testing::WithParamInte
     if (OneIn(10)) world().kernel.Pump(Pick(60));
     if (model_.initialized && OneIn(model_.bound ? 100 : 4)) {
       if (model_.bound) {
-        vexosim::Uninitialize();
+        harness::Uninitialize();
       } else {
-        vexosim::Initialize(world().windows.Create());
+        harness::Initialize(world().windows.Create());
       }
       model_.bound = !model_.bound;
     }
@@ -309,7 +309,7 @@ class RandomCommands : public test::LibraryTest, public ::testing::WithParamInte
 
   void EndBoard() {
     if (!model_.initialized) return;
-    if (!model_.bound) vexosim::Initialize(world().windows.Create());
+    if (!model_.bound) harness::Initialize(world().windows.Create());
     model_.bound = true;
     RunCommand(VEXO_CMD_STOP_MONITOR, std::nullopt);
     EXPECT_EQ(world().kernel.LiveThreads(), 0u);

@@ -4,9 +4,9 @@
 
 #include "VexoCtrlSDK.h"
 #include "display/display_state.h"
-#include "support/library_test.h"
+#include "harness/host.h"
 #include "tests/api/fenced_record.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace {
 
@@ -48,7 +48,7 @@ std::vector<Bytes> ListsOf(std::size_t length) {
 class RecordBounds : public test::LibraryTest {
  protected:
   void Board(int channels) {
-    vexosim::Restart();
+    harness::Restart();
     PretendBoard(channels);
     world().trace.SetEnabled(false);
   }

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <sstream>
 
-#include "tools/vexosim/trace_json.h"
+#include "sim/trace_json.h"
 
 namespace test {
 namespace {
@@ -128,7 +128,7 @@ std::vector<Line> LinesBy(sim::By by, const sim::Trace& trace, std::size_t from,
 
 std::string TraceAsJson(const sim::Trace& trace) {
   std::ostringstream out;
-  vexosim::TraceWriter(out).Write(trace);
+  sim::TraceWriter(out).Write(trace);
   return out.str();
 }
 

@@ -1,7 +1,7 @@
 // The worker thread when the host does not answer, and how it ends. All times are virtual.
-#include "api/library_state.h"
+#include "harness/host.h"
+#include "report/library_state.h"
 #include "tests/api/worker_fixture.h"
-#include "tools/vexosim/host.h"
 
 namespace {
 
@@ -50,7 +50,7 @@ TEST_F(WorkerEnd, ABusyHostIsWaitedFor) {
 
 TEST_F(WorkerEnd, WithoutAWindowEverySendFailsAtOnceAndTheWorkerGoesOn) {
   StartFalling();
-  vexosim::Uninitialize();
+  harness::Uninitialize();
   world().board.SetMotion(0, true);
   SyncAt(210, false);
   PumpTo(220);
@@ -64,7 +64,7 @@ TEST_F(WorkerEnd, WithoutAWindowEverySendFailsAtOnceAndTheWorkerGoesOn) {
                 Said(210, "debug >> SendMessage Error occure 0x00002404 0x00000578 \\r\\n")}));
   EXPECT_EQ(world().kernel.LiveThreads(), 1u);
   // A window that is bound later hears what is new.
-  vexosim::Initialize(world().windows.Create());
+  harness::Initialize(world().windows.Create());
   world().board.SetMotion(0, false);
   SyncAt(230, true);
   SyncAt(241, false);
@@ -209,7 +209,7 @@ TEST_F(WorkerEnd, EveryThreadLeavesItsEventOpen) {
 
 TEST_F(WorkerEnd, TheSameRunGivesTheSameTrace) {
   const auto run = [this] {
-    vexosim::Restart();
+    harness::Restart();
     Prepare(true);
     world().board.SetSyncPeriod(17);
     VexoSDK_StartWorker();

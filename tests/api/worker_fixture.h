@@ -4,8 +4,8 @@
 #include "api/worker.h"
 #include "chip/video_state.h"
 #include "motion/motion_state.h"
-#include "support/library_test.h"
 #include "tests/api/trace_lines.h"
+#include "tests/support/library_test.h"
 
 namespace test {
 

@@ -1,9 +1,9 @@
 // The worker thread: what it polls and when it tells the host. All times are virtual.
 #include <cstdio>
 
-#include "api/diagnostics.h"
+#include "harness/host.h"
+#include "report/diagnostics.h"
 #include "tests/api/worker_fixture.h"
-#include "tools/vexosim/host.h"
 
 namespace {
 
@@ -37,12 +37,12 @@ TEST_F(Worker, StartPausesTellsTheThreadAndGivesItAQuantumOf2Ms) {
 
 TEST_F(Worker, TheStartIsToldAtLevelZero) {
   Prepare(false);
-  vexosim::SetEnableDebug(0);
+  harness::SetEnableDebug(0);
   Mark();
   VexoSDK_StartWorker();
   EXPECT_EQ(Debug().size(), 0u);
-  vexosim::SetEnableDebug(1);
-  vexosim::SetEnableOutputMsg(0);
+  harness::SetEnableDebug(1);
+  harness::SetEnableOutputMsg(0);
   Mark();
   VexoSDK_StartWorker();
   EXPECT_EQ(Debug().size(), 2u);

@@ -5,9 +5,9 @@
 #include <numeric>
 
 #include "api/worker.h"
-#include "support/library_test.h"
+#include "harness/host.h"
 #include "tests/api/trace_lines.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace {
 
@@ -235,12 +235,12 @@ TEST_F(RegisterBus, AnInvalidPageIsPrintedAndTouchesNoWindow) {
 }
 
 TEST_F(RegisterBus, TheInvalidPageGoesByTheOutputMessageSwitch) {
-  vexosim::SetEnableDebug(0);
+  harness::SetEnableDebug(0);
   Restart();
   TW_ReadRegister(0x03, 3, 0x10);
   EXPECT_EQ(Debug().size(), 2u);
-  vexosim::SetEnableOutputMsg(0);
-  vexosim::SetEnableDebug(1);
+  harness::SetEnableOutputMsg(0);
+  harness::SetEnableDebug(1);
   Restart();
   TW_ReadRegister(0x03, 3, 0x10);
   EXPECT_EQ(Debug(), Lines{});
@@ -297,7 +297,7 @@ TEST_F(RegisterBus, WithoutTheDataWindowTheOtherCyclesGoOut) {
 }
 
 TEST_F(RegisterBus, WindowsThatDetachUnmappedAreNotTouched) {
-  vexosim::Entry(0);
+  harness::Entry(0);
   Restart();
   EXPECT_EQ(TW_ReadRegister(0x03, 0, 0xFE), 0xFF);
   EXPECT_EQ(Cycles(), 0u);

@@ -4,9 +4,9 @@
 #include <algorithm>
 
 #include "chip/registers.h"
-#include "support/library_test.h"
+#include "harness/host.h"
 #include "tests/api/trace_lines.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace {
 
@@ -138,7 +138,7 @@ TEST_P(RegisterDumps, ReadsEachRegisterOnceInAscendingOrder) {
 TEST_P(RegisterDumps, ReadsEverythingAndPrintsNothingWithTheOutputOff) {
   const Dump& dump = GetParam();
   Start(4);
-  vexosim::SetEnableOutputMsg(0);
+  harness::SetEnableOutputMsg(0);
   Restart();
   EXPECT_EQ(TW_DumpRegisters(dump.position, dump.page), 0);
   EXPECT_EQ(Debug(), Lines{});
@@ -146,7 +146,7 @@ TEST_P(RegisterDumps, ReadsEverythingAndPrintsNothingWithTheOutputOff) {
   EXPECT_EQ(Accesses(), Reads(dump));
   EXPECT_EQ(Cycles(), kReads * kCyclesOfARead);
 
-  vexosim::SetEnableOutputMsg(1);
+  harness::SetEnableOutputMsg(1);
   Restart();
   EXPECT_EQ(TW_DumpRegisters(dump.position, dump.page), 0);
   EXPECT_EQ(Debug().size(), kDebugWrites);
@@ -155,7 +155,7 @@ TEST_P(RegisterDumps, ReadsEverythingAndPrintsNothingWithTheOutputOff) {
 TEST_P(RegisterDumps, IsNotGatedByTheSwitchOfTheLevelledPrints) {
   const Dump& dump = GetParam();
   Start(4);
-  vexosim::SetEnableDebug(0);
+  harness::SetEnableDebug(0);
   Restart();
   EXPECT_EQ(TW_DumpRegisters(dump.position, dump.page), 0);
   EXPECT_EQ(Events(), Listing(dump));

@@ -1,7 +1,7 @@
 // What the library believes of the board before anyone looked.
 #include "chip/video_state.h"
 
-#include "support/library_test.h"
+#include "tests/support/library_test.h"
 
 namespace {
 

@@ -4,12 +4,12 @@
 #include <string>
 
 #include "display/channel_masks.h"
-#include "display/display_model.h"
 #include "display/live_mode.h"
 #include "display/live_scale.h"
 #include "display/live_split.h"
 #include "display/live_split_direct.h"
 #include "display/record_path.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {

@@ -5,8 +5,8 @@
 
 #include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
-#include "display/display_model.h"
 #include "display/display_state.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {

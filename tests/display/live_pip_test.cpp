@@ -3,8 +3,8 @@
 #include <string>
 
 #include "chip/video_state.h"
-#include "display/display_model.h"
 #include "display/display_state.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {

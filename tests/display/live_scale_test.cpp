@@ -5,7 +5,7 @@
 #include <string>
 
 #include "VexoCtrlSDK.h"
-#include "display/display_model.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {

@@ -3,10 +3,10 @@
 #include <string>
 
 #include "chip/video_state.h"
-#include "display/display_model.h"
 #include "display/display_state.h"
 #include "display/live_split.h"
 #include "display/window_tables.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {

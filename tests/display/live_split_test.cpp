@@ -6,9 +6,9 @@
 
 #include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
-#include "display/display_model.h"
 #include "display/display_state.h"
 #include "display/window_tables.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {

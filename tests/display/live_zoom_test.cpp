@@ -5,9 +5,9 @@
 
 #include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
-#include "display/display_model.h"
 #include "display/display_state.h"
-#include "tools/vexosim/host.h"
+#include "harness/host.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {
@@ -205,7 +205,7 @@ TEST_F(LiveZoomEdges, RefusesEveryChannelCountBut4And8And16) {
 
 TEST_F(LiveZoomEdges, RefusalsGoByTheOutputMessageSwitch) {
   UseBoard(12);
-  vexosim::SetEnableOutputMsg(0);
+  harness::SetEnableOutputMsg(0);
   Mark();
   TW_SetLiveZoomArea();
   TW_SetLiveZoomStart();

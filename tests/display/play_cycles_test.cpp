@@ -5,8 +5,8 @@
 
 #include "display/display_state.h"
 #include "display/play_layout.h"
-#include "display/play_model.h"
 #include "display/play_split.h"
+#include "tests/model/play_model.h"
 
 namespace test {
 namespace {

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "display/display_state.h"
-#include "display/play_model.h"
 #include "display/play_split.h"
 #include "display/window_tables.h"
+#include "tests/model/play_model.h"
 
 namespace test {
 namespace {

@@ -7,8 +7,8 @@
 #include "chip/video_state.h"
 #include "display/display_state.h"
 #include "display/play_layout.h"
-#include "display/play_model.h"
 #include "display/play_split.h"
+#include "tests/model/play_model.h"
 
 namespace test {
 namespace {

@@ -8,8 +8,8 @@
 #include "chip/video_state.h"
 #include "display/display_state.h"
 #include "display/play_layout.h"
-#include "display/play_model.h"
-#include "tools/vexosim/host.h"
+#include "harness/host.h"
+#include "tests/model/play_model.h"
 
 namespace test {
 namespace {
@@ -460,7 +460,7 @@ TEST_F(RoundTrip, LeavesNothingBehindButTheRegistersOfDecodedPictures) {
       for (const int option : {0, 1}) {
         SCOPED_TRACE(std::to_string(row.channels) + " channels, playback " + std::to_string(play) +
                      ", option " + std::to_string(option));
-        vexosim::Restart();
+        harness::Restart();
         StartBoard(row.channels, VEXO_VIDEO_NTSC);
         world().board.HoldSync(false);  // or its bit changes while time passes
         ASSERT_EQ(LiveMode(row.live), 0);

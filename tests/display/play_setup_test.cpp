@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "display/display_model.h"
 #include "display/display_state.h"
 #include "display/play_layout.h"
 #include "display/play_split_direct.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {

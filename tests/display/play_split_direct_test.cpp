@@ -4,13 +4,13 @@
 #include <string>
 
 #include "chip/video_state.h"
-#include "display/display_model.h"
 #include "display/display_state.h"
 #include "display/live_split.h"
 #include "display/play_layout.h"
-#include "display/play_model.h"
 #include "display/play_split.h"
 #include "display/window_tables.h"
+#include "tests/model/display_model.h"
+#include "tests/model/play_model.h"
 
 namespace test {
 namespace {

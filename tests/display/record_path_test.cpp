@@ -3,7 +3,7 @@
 #include <array>
 #include <string>
 
-#include "display/display_model.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {

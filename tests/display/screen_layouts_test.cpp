@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "VexoCtrlSDK.h"
-#include "display/display_model.h"
 #include "display/display_state.h"
-#include "sim/screen.h"
-#include "sim/test_card.h"
-#include "tools/vexosim/host.h"
+#include "harness/host.h"
+#include "sim/screen/screen.h"
+#include "sim/screen/test_card.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {
@@ -149,7 +149,7 @@ TEST_F(ScreenLayouts, ASixteenChannelBoardStartsWithSixteenCardsInTheirPlaces) {
     Start(16, standard);
     ExpectLayout(6, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15});
     ExpectMarginsEmpty();
-    vexosim::Restart();
+    harness::Restart();
   }
 }
 
@@ -199,7 +199,7 @@ TEST_F(ScreenLayouts, EverySplitOfASixteenChannelBoardShowsItsChannelsInItsWindo
       ExpectLayout(row.mode, {row.list.begin(), row.list.end()});
       ExpectMarginsEmpty();
     }
-    vexosim::Restart();
+    harness::Restart();
   }
 }
 
@@ -217,7 +217,7 @@ TEST_F(ScreenLayouts, SplitsOfSmallerBoardsShowTheirChannels) {
   ExpectLayout(0, {7});
   Split(1, {4, 5, 6, 7});
   ExpectLayout(1, {4, 5, 6, 7});
-  vexosim::Restart();
+  harness::Restart();
   Start(4);
   Split(0, {2});
   ExpectLayout(0, {2});

@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "VexoCtrlSDK.h"
-#include "display/display_model.h"
-#include "sim/screen.h"
-#include "sim/tape_card.h"
-#include "sim/test_card.h"
-#include "tools/vexosim/host.h"
+#include "harness/host.h"
+#include "sim/screen/screen.h"
+#include "sim/screen/tape_card.h"
+#include "sim/screen/test_card.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {
@@ -374,7 +374,7 @@ TEST_F(ScreenPlaybackLayouts, TheSecond3x3PageShowsChannel1OnlyWhereItsWindowAsk
     ExpectLayout(4, {9, 10, 11, 12, 13, 14, 15, 0, kNone});
     ASSERT_EQ(Split(4, 0, {9, 10, 11, 12, 13, 14, 15, 0, 0}), 0);
     ExpectLayout(4, {9, 10, 11, 12, 13, 14, 15, 0, 1});
-    vexosim::Restart();
+    harness::Restart();
   }
 }
 
@@ -421,7 +421,7 @@ TEST_F(ScreenPlaybackLayouts, TheSwitchShowsLargeWindowsOnceTheyAreUnblanked) {
       ExpectAllDark(windows);
       Unblank();
       ExpectLayout(row.mode, shown);
-      vexosim::Restart();
+      harness::Restart();
     }
   }
 }

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "display/display_model.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {

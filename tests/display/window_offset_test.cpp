@@ -4,11 +4,11 @@
 #include <string>
 
 #include "chip/video_state.h"
-#include "display/display_model.h"
 #include "display/display_state.h"
 #include "display/live_split_direct.h"
 #include "display/play_split_direct.h"
 #include "display/window_tables.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {

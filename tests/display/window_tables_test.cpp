@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "chip/video_state.h"
-#include "display/display_model.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {

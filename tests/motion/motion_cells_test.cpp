@@ -6,11 +6,11 @@
 #include "chip/video_state.h"
 #include "display/display_state.h"
 #include "display/window_tables.h"
+#include "harness/host.h"
 #include "motion/motion_detect.h"
 #include "motion/motion_state.h"
-#include "support/library_test.h"
 #include "tests/motion/motion_test.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace test {
 namespace {
@@ -126,7 +126,7 @@ class CellModel {
 class MotionCells : public LibraryTest {
  protected:
   void UseBoard(int channels, int standard = 0) {
-    vexosim::Restart();  // a test may use one board after another
+    harness::Restart();  // a test may use one board after another
     PretendBoard(channels, standard);
   }
   // Shows what the request says, on the board in use, and compares.

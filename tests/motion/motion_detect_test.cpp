@@ -4,10 +4,10 @@
 #include <numeric>
 
 #include "chip/video_state.h"
+#include "harness/host.h"
 #include "motion/motion_state.h"
-#include "support/library_test.h"
 #include "tests/motion/motion_test.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace test {
 namespace {
@@ -15,7 +15,7 @@ namespace {
 class MotionDetect : public LibraryTest {
  protected:
   void UseBoard(int channels) {
-    vexosim::Restart();  // a test may use one board after another
+    harness::Restart();  // a test may use one board after another
     PretendBoard(channels);
     // Masks and levels that tell every byte from every other.
     for (int c = 0; c < 16; ++c) {

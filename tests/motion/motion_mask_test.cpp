@@ -3,10 +3,10 @@
 
 #include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
+#include "harness/host.h"
 #include "motion/motion_detect.h"
 #include "motion/motion_state.h"
-#include "support/library_test.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace test {
 namespace {
@@ -29,7 +29,7 @@ Bytes Record(int channel, int level, const Bytes& mask) {
 class MotionMask : public LibraryTest {
  protected:
   void UseBoard(int channels) {
-    vexosim::Restart();  // a test may use one board after another
+    harness::Restart();  // a test may use one board after another
     PretendBoard(channels);
     for (auto& mask : g_motion.mask) std::fill(std::begin(mask), std::end(mask), 0xEE);
     std::fill(std::begin(g_motion.level), std::end(g_motion.level), 0xEE);
@@ -150,7 +150,7 @@ TEST_F(MotionMask, OfAChannelThatTheBoardLacksIsRefusedAndLeftAsItIs) {
 TEST_F(MotionMask, OfTheExportIsKeptAndProgrammedAsItStands) {
   UseBoard(16);
   Bytes mask = kHostMask;
-  EXPECT_EQ(vexosim::SetMotionInfo(13, 1, &mask), 0);
+  EXPECT_EQ(harness::SetMotionInfo(13, 1, &mask), 0);
   EXPECT_EQ(mask, kHostMask);
   EXPECT_EQ(KeptMask(13), kHostMask);
   EXPECT_EQ(g_motion.level[13], 1);
@@ -160,7 +160,7 @@ TEST_F(MotionMask, OfTheExportIsKeptAndProgrammedAsItStands) {
 TEST_F(MotionMask, OfTheExportIsKeptForAChannelThatTheBoardLacksButNotProgrammed) {
   UseBoard(4);
   Bytes mask = kHostMask;
-  EXPECT_EQ(vexosim::SetMotionInfo(9, 3, &mask), 0);
+  EXPECT_EQ(harness::SetMotionInfo(9, 3, &mask), 0);
   EXPECT_EQ(Cycles(), 0u);
   EXPECT_EQ(KeptMask(9), kHostMask);
   EXPECT_EQ(g_motion.level[9], 3);
@@ -170,7 +170,7 @@ TEST_F(MotionMask, OfTheExportIsIgnoredForChannelsOf16AndMore) {
   UseBoard(16);
   for (const int channel : {16, 17, 100, 255}) {
     Bytes mask = kHostMask;
-    EXPECT_EQ(vexosim::SetMotionInfo(static_cast<std::uint8_t>(channel), 1, &mask), 0);
+    EXPECT_EQ(harness::SetMotionInfo(static_cast<std::uint8_t>(channel), 1, &mask), 0);
   }
   EXPECT_EQ(Cycles(), 0u);
   ExpectNothingKept();
@@ -180,7 +180,7 @@ TEST_F(MotionMask, OfTheExportIsIgnoredWhileTheChipsAreNotReady) {
   UseBoard(16);
   g_video.g_chip_ready = 0;
   Bytes mask = kHostMask;
-  EXPECT_EQ(vexosim::SetMotionInfo(2, 1, &mask), 0);
+  EXPECT_EQ(harness::SetMotionInfo(2, 1, &mask), 0);
   EXPECT_EQ(Cycles(), 0u);
   ExpectNothingKept();
 }

@@ -1,6 +1,6 @@
 #include "setup/camera_driver.h"
 
-#include "setup/setup_test.h"
+#include "tests/setup/setup_test.h"
 
 namespace test {
 namespace {

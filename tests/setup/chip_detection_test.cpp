@@ -2,10 +2,10 @@
 #include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
 #include "display/display_state.h"
+#include "harness/host.h"
 #include "setup/initialization.h"
-#include "setup/setup_test.h"
 #include "setup/video_detection.h"
-#include "tools/vexosim/host.h"
+#include "tests/setup/setup_test.h"
 
 namespace test {
 namespace {
@@ -223,7 +223,7 @@ TEST_F(AfterAFailedSecondDetection, EveryCommandLivesWithNoChannel) {
   }
   for (std::uint32_t code = 0xFF00; code <= 0xFF0B; ++code) CommandNull(code);
   sim::Bytes mask(24, 0xFF);
-  EXPECT_EQ(vexosim::SetMotionInfo(3, 2, &mask), 0);
+  EXPECT_EQ(harness::SetMotionInfo(3, 2, &mask), 0);
 }
 
 TEST_F(AfterAFailedSecondDetection, TheWorkerReportsNoLossAndNoMotionOfChipsThatAreNotCounted) {

@@ -1,8 +1,8 @@
 #include "setup/host_version.h"
 
-#include "api/diagnostics.h"
+#include "report/diagnostics.h"
 #include "setup/initialization.h"
-#include "setup/setup_test.h"
+#include "tests/setup/setup_test.h"
 
 namespace test {
 namespace {

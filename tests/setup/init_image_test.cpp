@@ -9,7 +9,7 @@
 #include "display/display_state.h"
 #include "display/window_tables.h"
 #include "motion/motion_state.h"
-#include "setup/init_model.h"
+#include "tests/model/init_model.h"
 
 namespace test {
 namespace {

@@ -4,8 +4,8 @@
 #include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
 #include "display/display_state.h"
-#include "setup/init_model.h"
 #include "setup/initialization.h"
+#include "tests/model/init_model.h"
 
 namespace test {
 namespace {

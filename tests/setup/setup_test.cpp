@@ -1,9 +1,9 @@
-#include "setup/setup_test.h"
+#include "tests/setup/setup_test.h"
 
 #include <algorithm>
 #include <cstdio>
 
-#include "api/library_state.h"
+#include "report/library_state.h"
 
 namespace test {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "support/library_test.h"
+#include "tests/support/library_test.h"
 
 namespace test {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "chip/video_state.h"
-#include "setup/init_model.h"
 #include "setup/initialization.h"
+#include "tests/model/init_model.h"
 
 namespace test {
 namespace {

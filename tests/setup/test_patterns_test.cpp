@@ -3,10 +3,10 @@
 #include <string>
 
 #include "chip/video_state.h"
-#include "display/display_model.h"
 #include "display/display_state.h"
+#include "harness/host.h"
 #include "setup/init_tables.h"
-#include "tools/vexosim/host.h"
+#include "tests/model/display_model.h"
 
 namespace test {
 namespace {
@@ -323,8 +323,8 @@ class TestPatternsEdges : public TestPatternsTest {};
 
 TEST_F(TestPatternsEdges, ColorBarIsAnnouncedThoughTheGatedOutputIsOff) {
   UseBoard(4);
-  vexosim::SetEnableOutputMsg(0);
-  vexosim::SetEnableDebug(0);
+  harness::SetEnableOutputMsg(0);
+  harness::SetEnableDebug(0);
   Mark();
   TW_ColorBarOn();
   TW_ColorBarOff();
@@ -346,9 +346,9 @@ TEST_F(TestPatternsEdges, ColorBarIsAnnouncedBeforeItIsWritten) {
 TEST_F(TestPatternsEdges, TheColorBarCommandIsOffFor0AndOnForEveryOtherNumber) {
   UseBoard(16);
   for (int number = 1; number < 256; ++number) {
-    ASSERT_EQ(vexosim::TextCommandProc("vexo clrbar " + std::to_string(number) + " "), 0);
+    ASSERT_EQ(harness::TextCommandProc("vexo clrbar " + std::to_string(number) + " "), 0);
     for (int p = 0; p < 4; ++p) ASSERT_EQ(Register(p, 1, 0xAB), 0x08) << number;
-    ASSERT_EQ(vexosim::TextCommandProc("vexo clrbar 0 "), 0);
+    ASSERT_EQ(harness::TextCommandProc("vexo clrbar 0 "), 0);
     for (int p = 0; p < 4; ++p) ASSERT_EQ(Register(p, 1, 0xAB), 0x00) << number;
   }
 }
@@ -359,7 +359,7 @@ TEST_F(TestPatternsEdges, TheCommandsAreRefusedWhileTheChipsAreNotReady) {
   Mark();
   for (const char* line :
        {"vexo clrbar 1 ", "vexo clrbar 0 ", "vexo bluescr init ", "vexo bluescr clear "}) {
-    EXPECT_EQ(vexosim::TextCommandProc(line), 0) << line;
+    EXPECT_EQ(harness::TextCommandProc(line), 0) << line;
     ExpectUntouched();
   }
 }

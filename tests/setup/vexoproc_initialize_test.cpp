@@ -5,9 +5,9 @@
 #include "VexoCtrlSDK.h"
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
+#include "harness/host.h"
 #include "setup/initialization.h"
-#include "setup/setup_test.h"
-#include "tools/vexosim/host.h"
+#include "tests/setup/setup_test.h"
 
 namespace test {
 namespace {
@@ -31,7 +31,7 @@ const std::string kNew = Plain(">>VEXO INIT NEW !!! \r\n");
 
 TEST_F(VexoProcInitialize, RefusesWhileAnyBusWindowIsNotMapped) {
   for (const auto fault : {sim::Fault::MapSelect, sim::Fault::MapAddress, sim::Fault::MapData}) {
-    vexosim::Restart();
+    harness::Restart();
     world().faults.Set(fault, true);
     PowerOn(4);
     ASSERT_GE(world().faults.Hits(fault), 1u);
@@ -50,7 +50,7 @@ TEST_F(VexoProcInitialize, NeedsEachOfTheThreeWindows) {
   const std::array<PlatBusWindow BusWindows::*, 3> windows = {
       &BusWindows::select, &BusWindows::address, &BusWindows::data};
   for (const auto window : windows) {
-    vexosim::Restart();
+    harness::Restart();
     PowerOn(4);
     g_bus.*window = nullptr;
     VexoProc_Initialize(1, 2);

@@ -4,9 +4,9 @@
 #include <cstring>
 
 #include "chip/video_state.h"
+#include "harness/host.h"
 #include "motion/motion_state.h"
-#include "setup/setup_test.h"
-#include "tools/vexosim/host.h"
+#include "tests/setup/setup_test.h"
 
 namespace test {
 namespace {
@@ -16,7 +16,7 @@ using sim::Camera;
 class VideoDetection : public SetupTest {
  protected:
   void UseBoard(int channels) {
-    vexosim::Restart();  // a test may use one board after another
+    harness::Restart();  // a test may use one board after another
     PretendBoard(channels);
     g_video.video_standard = 2;
     Mark();

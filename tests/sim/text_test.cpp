@@ -1,7 +1,7 @@
 // Debug outputs, system texts and conversions.
 #include <array>
 
-#include "sim/fixture.h"
+#include "tests/sim/fixture.h"
 
 namespace sim {
 namespace {

@@ -1,5 +1,5 @@
 // The list of events, and register accesses decoded from it.
-#include "sim/fixture.h"
+#include "tests/sim/fixture.h"
 
 namespace sim {
 namespace {

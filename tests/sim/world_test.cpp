@@ -1,5 +1,5 @@
 // The one world, and that a fresh one remembers nothing.
-#include "sim/fixture.h"
+#include "tests/sim/fixture.h"
 
 namespace sim {
 namespace {

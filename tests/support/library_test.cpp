@@ -1,15 +1,15 @@
-#include "support/library_test.h"
+#include "tests/support/library_test.h"
 
 #include <iomanip>
 #include <ostream>
 
 #include "VexoCtrlSDK.h"
-#include "api/library_state.h"
 #include "api/worker.h"
 #include "chip/register_bus.h"
 #include "chip/video_state.h"
 #include "display/window_tables.h"
-#include "tools/vexosim/host.h"
+#include "harness/host.h"
+#include "report/library_state.h"
 
 namespace test {
 
@@ -22,7 +22,7 @@ std::ostream& operator<<(std::ostream& out, const Access& access) {
   return out;
 }
 
-LibraryTest::LibraryTest() { vexosim::Restart(); }
+LibraryTest::LibraryTest() { harness::Restart(); }
 
 LibraryTest::~LibraryTest() {
   if (!reports_expected_) {
@@ -30,12 +30,12 @@ LibraryTest::~LibraryTest() {
       ADD_FAILURE() << "the board reports: " << report.text;
     }
   }
-  vexosim::Restart();
+  harness::Restart();
 }
 
 void LibraryTest::AttachAndBind() {
-  vexosim::Entry(1);
-  vexosim::Initialize(world().windows.Create());
+  harness::Entry(1);
+  harness::Initialize(world().windows.Create());
 }
 
 void LibraryTest::StartBoard(int channels, int standard) {
@@ -69,10 +69,10 @@ void LibraryTest::PretendBoard(int channels, int standard) {
 
 int LibraryTest::Command(std::uint32_t code, std::vector<std::uint8_t> record) {
   last_record = std::move(record);
-  return vexosim::CommandProc(code, &last_record);
+  return harness::CommandProc(code, &last_record);
 }
 
-int LibraryTest::CommandNull(std::uint32_t code) { return vexosim::CommandProc(code, nullptr); }
+int LibraryTest::CommandNull(std::uint32_t code) { return harness::CommandProc(code, nullptr); }
 
 void LibraryTest::Mark() {
   mark_ = world().trace.Mark();

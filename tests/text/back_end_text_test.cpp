@@ -4,9 +4,9 @@
 #include <string>
 
 #include "VexoCtrlSDK.h"
-#include "support/library_test.h"
+#include "harness/host.h"
 #include "tests/api/trace_lines.h"
-#include "tools/vexosim/host.h"
+#include "tests/support/library_test.h"
 
 namespace test {
 namespace {
@@ -40,7 +40,7 @@ class BackEnd : public LibraryTest {
   }
 
   // A line through the text entry, and through the parser itself.
-  static int Text(const std::string& line) { return vexosim::TextCommandProc(line); }
+  static int Text(const std::string& line) { return harness::TextCommandProc(line); }
   static int Parse(const std::string& line) { return VPB_ParseText(line.c_str()); }
 
   void Open() {
@@ -350,10 +350,10 @@ TEST_F(BackEndText, ALongerWordWithTheHeaderInItReachesTheParserAndIsRejectedThe
 }
 
 TEST_F(BackEndText, TheHeaderTextGoesByTheOutputMessageSwitch) {
-  vexosim::SetEnableOutputMsg(0);
+  harness::SetEnableOutputMsg(0);
   EXPECT_EQ(Parse("nonsense "), 0);
   EXPECT_EQ(Debug(), Strings{});
-  vexosim::SetEnableOutputMsg(1);
+  harness::SetEnableOutputMsg(1);
   EXPECT_EQ(Parse("nonsense "), 0);
   EXPECT_EQ(Debug().size(), 2u);
 }
@@ -523,8 +523,8 @@ TEST_F(BackEndDriver, IsNotOpenedOrClosedByAnythingElse) {
   ASSERT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), 0);
   for (const sim::OpenEvent& event : Events<sim::OpenEvent>()) EXPECT_NE(event.name, "VBE1:");
   Open();
-  vexosim::Uninitialize();
-  vexosim::Entry(0);
+  harness::Uninitialize();
+  harness::Entry(0);
   EXPECT_NE(g_back_end.driver, kPlatNoHandle);
   EXPECT_TRUE(Events<sim::CloseEvent>().empty());
 }

@@ -1,7 +1,6 @@
 // The chip commands of the live display: scale, splits, picture in picture, zoom, masks, record.
 #include <gmock/gmock.h>
 
-#include "api/diagnostics.h"
 #include "chip/video_state.h"
 #include "display/channel_masks.h"
 #include "display/display_state.h"
@@ -12,7 +11,8 @@
 #include "display/live_zoom.h"
 #include "display/record_path.h"
 #include "display/window_tables.h"
-#include "text/chip_text_test.h"
+#include "report/diagnostics.h"
+#include "tests/text/chip_text_test.h"
 
 namespace test {
 namespace {

@@ -4,7 +4,7 @@
 #include "motion/motion_cells.h"
 #include "motion/motion_detect.h"
 #include "motion/motion_state.h"
-#include "text/chip_text_test.h"
+#include "tests/text/chip_text_test.h"
 
 namespace test {
 namespace {

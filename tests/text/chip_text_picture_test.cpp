@@ -2,7 +2,7 @@
 #include "chip/video_state.h"
 #include "display/live_scale.h"
 #include "setup/test_patterns.h"
-#include "text/chip_text_test.h"
+#include "tests/text/chip_text_test.h"
 #include "text/color_settings.h"
 
 namespace test {

@@ -1,11 +1,11 @@
 // The chip commands of playback: preparation, splits, window offsets, the bank of blanked channels.
-#include "api/diagnostics.h"
 #include "chip/video_state.h"
 #include "display/channel_masks.h"
 #include "display/display_state.h"
 #include "display/play_split_direct.h"
 #include "display/window_tables.h"
-#include "text/chip_text_test.h"
+#include "report/diagnostics.h"
+#include "tests/text/chip_text_test.h"
 
 namespace test {
 namespace {

@@ -1,11 +1,11 @@
 // The chip commands about the system: initialization, camera stream, version, registers, standard.
-#include "api/register_commands.h"
+#include "chip/register_commands.h"
 #include "chip/video_state.h"
+#include "harness/host.h"
 #include "setup/camera_driver.h"
 #include "setup/initialization.h"
 #include "setup/stored_settings.h"
-#include "text/chip_text_test.h"
-#include "tools/vexosim/host.h"
+#include "tests/text/chip_text_test.h"
 
 namespace test {
 namespace {
@@ -62,9 +62,9 @@ TEST_F(ChipTextSystem, InitWithoutANumberTells65535And2) {
 }
 
 TEST_F(ChipTextSystem, InitBringsTheChipsUpWithoutAWindowBound) {
-  vexosim::Restart();
+  harness::Restart();
   world().board.FitChips(2);
-  vexosim::Entry(1);
+  harness::Entry(1);
   EXPECT_EQ(Text("vexo init "), 0);
   EXPECT_EQ(g_video.g_chip_ready, 1);
   EXPECT_EQ(g_video.max_channel, 8);
@@ -72,7 +72,7 @@ TEST_F(ChipTextSystem, InitBringsTheChipsUpWithoutAWindowBound) {
 }
 
 TEST_F(ChipTextSystem, InitWithoutChipsIsAcceptedAndTellsTheHost) {
-  vexosim::Restart();
+  harness::Restart();
   world().board.FitChips(0);
   AttachAndBind();
   EXPECT_EQ(Text("vexo init "), 0);

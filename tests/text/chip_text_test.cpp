@@ -4,9 +4,9 @@
 #include <sstream>
 
 #include "chip/video_state.h"
-#include "text/chip_text_test.h"
+#include "harness/host.h"
+#include "tests/text/chip_text_test.h"
 #include "text/tokenizer.h"
-#include "tools/vexosim/host.h"
 
 namespace test {
 namespace {

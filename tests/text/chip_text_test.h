@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "VexoCtrlSDK.h"
-#include "support/library_test.h"
+#include "tests/support/library_test.h"
 
 namespace test {
 

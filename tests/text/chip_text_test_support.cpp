@@ -2,11 +2,11 @@
 #include "display/display_state.h"
 #include "display/play_layout.h"
 #include "display/window_tables.h"
+#include "harness/host.h"
 #include "motion/motion_state.h"
 #include "tests/api/trace_lines.h"
-#include "text/chip_text_test.h"
+#include "tests/text/chip_text_test.h"
 #include "text/color_settings.h"
-#include "tools/vexosim/host.h"
 
 namespace test {
 namespace {
@@ -25,7 +25,7 @@ bool IsOfTheExport(const std::string& text) {
 }  // namespace
 
 void ChipTextTest::Fresh(const BoardKind& board) {
-  vexosim::Restart();
+  harness::Restart();
   PretendBoard(board.channels, board.standard);
   for (unsigned p = 0; p < static_cast<unsigned>(board.channels) / 4; ++p) {
     for (unsigned i = 0; i < 4; ++i) {
@@ -55,7 +55,7 @@ void ChipTextTest::FreshNotReady(const BoardKind& board) {
 int ChipTextTest::Text(const std::string& line) {
   Mark();
   from_ = world().trace.Mark();
-  return vexosim::TextCommandProc(line);
+  return harness::TextCommandProc(line);
 }
 
 std::vector<std::string> ChipTextTest::Events() {

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "chip/video_state.h"
-#include "support/library_test.h"
+#include "tests/support/library_test.h"
 
 namespace test {
 namespace {

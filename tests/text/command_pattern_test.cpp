@@ -5,7 +5,7 @@
 #include <set>
 #include <sstream>
 
-#include "support/library_test.h"
+#include "tests/support/library_test.h"
 #include "text/back_end_text.h"
 #include "text/chip_text.h"
 

@@ -1,11 +1,11 @@
 // The text entry: which family gets a line, what is refused before any gets it.
 #include "VexoCtrlSDK.h"
-#include "api/library_state.h"
 #include "chip/video_state.h"
-#include "support/library_test.h"
+#include "harness/host.h"
+#include "report/library_state.h"
 #include "tests/api/trace_lines.h"
+#include "tests/support/library_test.h"
 #include "text/tokenizer.h"
-#include "tools/vexosim/host.h"
 
 namespace {
 
@@ -18,7 +18,7 @@ class TextFrontEnd : public test::LibraryTest {
  protected:
   int Text(const std::string& line) {
     Mark();
-    return vexosim::TextCommandProc(line);
+    return harness::TextCommandProc(line);
   }
 };
 
@@ -35,17 +35,17 @@ TEST_F(TextFrontEnd, BeforeAttachEveryLineIsRefusedWithoutAWord) {
 TEST_F(TextFrontEnd, AfterDetachTheLinesAreRefusedAgain) {
   AttachAndBind();
   EXPECT_EQ(Text("vexo uninit "), 0);
-  vexosim::Entry(0);
+  harness::Entry(0);
   EXPECT_EQ(Text("vexo uninit "), -6);
 }
 
 TEST_F(TextFrontEnd, NeedsNoWindow) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   EXPECT_EQ(Text("vexo uninit "), 0);
 }
 
 TEST_F(TextFrontEnd, ALineWithoutAKnownHeaderIsToldAndRefused) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   for (const char* line : {"", " ", "nonsense 1 2 3 ", "VEXO init ", "Vexo init ", "vex o init ",
                            "vep init ", "VPB init ", "v pb ", "vexvp ", "\n"}) {
     EXPECT_EQ(Text(line), -4) << line;
@@ -54,24 +54,24 @@ TEST_F(TextFrontEnd, ALineWithoutAKnownHeaderIsToldAndRefused) {
 }
 
 TEST_F(TextFrontEnd, ANullLineHasNoHeader) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   Mark();
   EXPECT_EQ(VEXOAPI_TextCommandProc(nullptr), -4);
   EXPECT_EQ(Debug(), kNoHeader);
 }
 
 TEST_F(TextFrontEnd, TheRefusalGoesByTheOutputMessageSwitch) {
-  vexosim::Entry(1);
-  vexosim::SetEnableOutputMsg(0);
+  harness::Entry(1);
+  harness::SetEnableOutputMsg(0);
   EXPECT_EQ(Text("nonsense"), -4);
   EXPECT_EQ(Debug(), Texts{});
 }
 
 TEST_F(TextFrontEnd, TakesNoLock) {
-  vexosim::Entry(1);
+  harness::Entry(1);
   for (const char* line : {"nonsense", "vexo uninit ", "vexo nonsense ", "vpb nonsense "}) {
     const std::size_t from = world().trace.Mark();
-    vexosim::TextCommandProc(line);
+    harness::TextCommandProc(line);
     const Texts events = test::Texts(world().trace, from);
     ASSERT_GE(events.size(), 2u);
     EXPECT_EQ(events.front(), "call VEXOAPI_TextCommandProc");

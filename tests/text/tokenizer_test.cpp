@@ -1,8 +1,8 @@
 #include "text/tokenizer.h"
 
-#include "api/diagnostics.h"
-#include "support/library_test.h"
-#include "tools/vexosim/host.h"
+#include "harness/host.h"
+#include "report/diagnostics.h"
+#include "tests/support/library_test.h"
 
 namespace test {
 namespace {
@@ -194,11 +194,11 @@ TEST_F(HexNumbers, NoneOrMoreThanEightCharactersAreToldAtLevel2) {
 }
 
 TEST_F(HexNumbers, TheTextGoesByTheDebugSwitch) {
-  vexosim::SetEnableOutputMsg(0);
+  harness::SetEnableOutputMsg(0);
   Mark();
   string_to_hex("");
   EXPECT_EQ(Debug().size(), 2u);
-  vexosim::SetEnableDebug(0);
+  harness::SetEnableDebug(0);
   Mark();
   string_to_hex("");
   EXPECT_EQ(Debug(), Texts{});

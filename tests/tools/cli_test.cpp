@@ -7,10 +7,10 @@
 #include <iostream>
 #include <sstream>
 
+#include "script/run.h"
+#include "tests/harness/fake_library.h"
 #include "tests/support/temp_path.h"
-#include "tools/fake_library.h"
-#include "tools/vexosim/script.h"
-#include "tools/vexosim/text_help.h"
+#include "tools/vexosim/grammar/text_help.h"
 
 namespace vexosim {
 namespace {
@@ -18,10 +18,10 @@ namespace {
 using testing::HasSubstr;
 
 // The command line on the fake library, its outputs caught.
-class CommandLine : public FakeLibraryTest {
+class CommandLine : public harness::FakeLibraryTest {
  protected:
   void SetUp() override {
-    FakeLibraryTest::SetUp();
+    harness::FakeLibraryTest::SetUp();
     std::ofstream(script_) << "attach\nwindow\ncommand 0xF005\nexpect return 0\n";
     old_out_ = std::cout.rdbuf(out_.rdbuf());
     old_err_ = std::cerr.rdbuf(err_.rdbuf());
@@ -30,7 +30,7 @@ class CommandLine : public FakeLibraryTest {
     std::cout.rdbuf(old_out_);
     std::cerr.rdbuf(old_err_);
     std::remove(script_.c_str());
-    FakeLibraryTest::TearDown();
+    harness::FakeLibraryTest::TearDown();
   }
 
   int Run(std::vector<const char*> arguments) {
@@ -50,16 +50,16 @@ class CommandLine : public FakeLibraryTest {
 };
 
 TEST_F(CommandLine, RunsAScript) {
-  EXPECT_EQ(Run({"run", script_.c_str()}), kExitDone);
+  EXPECT_EQ(Run({"run", script_.c_str()}), script::kExitDone);
   EXPECT_THAT(out_.str(), HasSubstr("| [Fake]: >> hello"));
-  EXPECT_EQ(Run({"run", "--quiet", script_.c_str()}), kExitDone);
+  EXPECT_EQ(Run({"run", "--quiet", script_.c_str()}), script::kExitDone);
   EXPECT_EQ(out_.str(), "1 expectation met\n");
 }
 
 TEST_F(CommandLine, RunsStandardInput) {
   std::istringstream in("attach\nexpect return 7\n");
   std::streambuf* const old_in = std::cin.rdbuf(in.rdbuf());
-  EXPECT_EQ(Run({"run", "-"}), kExitUnmet);
+  EXPECT_EQ(Run({"run", "-"}), script::kExitUnmet);
   std::cin.rdbuf(old_in);
   EXPECT_THAT(err_.str(), HasSubstr("<stdin>:2: expect return 7: returned 1"));
 }
@@ -69,7 +69,7 @@ TEST_F(CommandLine, WritesTraceAndPicture) {
   const std::string picture = test::TempPath("vexosim_cli_test.png");
   EXPECT_EQ(Run({"run", script_.c_str(), "--trace", trace.c_str(), "--picture", picture.c_str(),
                  "--registers", "--seed", "7"}),
-            kExitDone);
+            script::kExitDone);
   std::string line;
   std::getline(std::ifstream(trace), line);
   EXPECT_EQ(line, R"({"t":0,"by":"host","ev":"call","fn":"DllMain","args":[1]})");
@@ -80,42 +80,43 @@ TEST_F(CommandLine, WritesTraceAndPicture) {
 }
 
 TEST_F(CommandLine, GivesStatus2ForAWrongCommandLine) {
-  EXPECT_EQ(Run({}), kExitWrong);
-  EXPECT_EQ(Run({"fly"}), kExitWrong);
-  EXPECT_EQ(Run({"run"}), kExitWrong);
-  EXPECT_EQ(Run({"run", script_.c_str(), "--seed", "x"}), kExitWrong);
-  EXPECT_EQ(Run({"run", script_.c_str(), "--speed", "1"}), kExitWrong);
-  EXPECT_EQ(Run({"demo", "--color", "blue"}), kExitWrong);
+  EXPECT_EQ(Run({}), script::kExitWrong);
+  EXPECT_EQ(Run({"fly"}), script::kExitWrong);
+  EXPECT_EQ(Run({"run"}), script::kExitWrong);
+  EXPECT_EQ(Run({"run", script_.c_str(), "--seed", "x"}), script::kExitWrong);
+  EXPECT_EQ(Run({"run", script_.c_str(), "--speed", "1"}), script::kExitWrong);
+  EXPECT_EQ(Run({"demo", "--color", "blue"}), script::kExitWrong);
   // A base of nothing.
-  EXPECT_EQ(Run({"run", script_.c_str(), "--image-base", "0x01E40000"}), kExitWrong);
-  EXPECT_EQ(Run({"demo", "--image-base", "0x01E40000"}), kExitWrong);
+  EXPECT_EQ(Run({"run", script_.c_str(), "--image-base", "0x01E40000"}), script::kExitWrong);
+  EXPECT_EQ(Run({"demo", "--image-base", "0x01E40000"}), script::kExitWrong);
 }
 
 TEST_F(CommandLine, GivesStatus2ForFilesThatItCannotUse) {
-  EXPECT_EQ(Run({"run", "/no/such/script.vexo"}), kExitWrong);
+  EXPECT_EQ(Run({"run", "/no/such/script.vexo"}), script::kExitWrong);
   EXPECT_THAT(err_.str(), HasSubstr("cannot read /no/such/script.vexo"));
-  EXPECT_EQ(Run({"run", "/"}), kExitWrong);
-  EXPECT_EQ(Run({"run", script_.c_str(), "--trace", "/no/such/folder/t"}), kExitWrong);
-  EXPECT_EQ(Run({"run", script_.c_str(), "--picture", "/no/such/folder/p.png"}), kExitWrong);
+  EXPECT_EQ(Run({"run", "/"}), script::kExitWrong);
+  EXPECT_EQ(Run({"run", script_.c_str(), "--trace", "/no/such/folder/t"}), script::kExitWrong);
+  EXPECT_EQ(Run({"run", script_.c_str(), "--picture", "/no/such/folder/p.png"}),
+            script::kExitWrong);
 }
 
 TEST_F(CommandLine, AcceptsAnEmptyScript) {
   std::ofstream(script_).close();
-  EXPECT_EQ(Run({"run", script_.c_str()}), kExitDone);
+  EXPECT_EQ(Run({"run", script_.c_str()}), script::kExitDone);
 }
 
 TEST_F(CommandLine, PrintsTheManualOfTheTextCommands) {
-  EXPECT_EQ(Run({"manual"}), kExitDone);
+  EXPECT_EQ(Run({"manual"}), script::kExitDone);
   EXPECT_EQ(out_.str(), TextCommandManual());
 }
 
 TEST_F(CommandLine, TeachesInItsHelp) {
-  EXPECT_EQ(Run({"--help"}), kExitDone);
+  EXPECT_EQ(Run({"--help"}), script::kExitDone);
   EXPECT_THAT(out_.str(), HasSubstr("Exit status: 0 done"));
-  EXPECT_EQ(Run({"run", "--help"}), kExitDone);
+  EXPECT_EQ(Run({"run", "--help"}), script::kExitDone);
   EXPECT_THAT(out_.str(), HasSubstr("camera CH ntsc|pal|off"));
   EXPECT_THAT(out_.str(), HasSubstr("expect message CODE [WPARAM]"));
-  EXPECT_EQ(Run({"shell", "--help"}), kExitDone);
+  EXPECT_EQ(Run({"shell", "--help"}), script::kExitDone);
   EXPECT_THAT(out_.str(), HasSubstr("help lsplit explains a\ncommand"));
 }
 

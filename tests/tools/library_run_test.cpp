@@ -11,12 +11,13 @@
 #include <sstream>
 
 #include "VexoCtrlSDK.h"
+#include "harness/host.h"
+#include "script/run.h"
+#include "sim/text.h"
 #include "sim/world.h"
 #include "tests/support/temp_path.h"
 #include "tools/vexosim/demo.h"
-#include "tools/vexosim/host.h"
-#include "tools/vexosim/script.h"
-#include "tools/vexosim/text.h"
+#include "tools/vexosim/listing/terminal_surroundings.h"
 
 namespace vexosim {
 namespace {
@@ -29,8 +30,8 @@ using testing::StartsWith;
 
 class LibraryRun : public testing::Test {
  protected:
-  void SetUp() override { Restart(); }
-  void TearDown() override { Restart(); }
+  void SetUp() override { harness::Restart(); }
+  void TearDown() override { harness::Restart(); }
 
   static std::string Content(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -63,11 +64,13 @@ std::string TraceOf(std::uint64_t seed) {
   std::istringstream in(kScript);
   std::ostringstream out;
   std::ostringstream err;
+  TerminalSurroundings around;
   std::ostringstream trace;
-  RunOptions options;
+  script::RunOptions options;
   options.trace = &trace;
   options.seed = seed;
-  EXPECT_EQ(RunScript(in, "s.vexo", options, out, err), kExitDone) << err.str();
+  EXPECT_EQ(script::RunScript(in, "s.vexo", options, around, out, err), script::kExitDone)
+      << err.str();
   return trace.str();
 }
 
@@ -83,8 +86,10 @@ TEST_F(LibraryRun, ForgetsTheLibrarysState) {
   std::istringstream second("attach\nwindow\ncommand 0xF005\nexpect return -8");
   std::ostringstream out;
   std::ostringstream err;
-  EXPECT_EQ(RunScript(first, "first", {}, out, err), kExitDone);
-  EXPECT_EQ(RunScript(second, "second", {}, out, err), kExitDone) << err.str();
+  TerminalSurroundings around;
+  EXPECT_EQ(script::RunScript(first, "first", {}, around, out, err), script::kExitDone);
+  EXPECT_EQ(script::RunScript(second, "second", {}, around, out, err), script::kExitDone)
+      << err.str();
 }
 
 TEST_F(LibraryRun, KeepsStateOverADetachInTheSameRun) {
@@ -93,7 +98,8 @@ TEST_F(LibraryRun, KeepsStateOverADetachInTheSameRun) {
       "command 0xF005 00 00 00 00 00 00 05\nexpect return 0");
   std::ostringstream out;
   std::ostringstream err;
-  EXPECT_EQ(RunScript(in, "s.vexo", {}, out, err), kExitDone) << err.str();
+  TerminalSurroundings around;
+  EXPECT_EQ(script::RunScript(in, "s.vexo", {}, around, out, err), script::kExitDone) << err.str();
 }
 
 TEST_F(LibraryRun, ShowsADumpInFullAndWarnsOfItOnce) {
@@ -103,13 +109,14 @@ TEST_F(LibraryRun, ShowsADumpInFullAndWarnsOfItOnce) {
       "expect debug \"==>> SLAVE3 PAGE2\\r\\n==>> [00] \"\ncommand 0xF002");
   std::ostringstream out;
   std::ostringstream err;
-  EXPECT_EQ(RunScript(in, "s.vexo", {}, out, err), kExitDone) << err.str();
+  TerminalSurroundings around;
+  EXPECT_EQ(script::RunScript(in, "s.vexo", {}, around, out, err), script::kExitDone) << err.str();
   const std::string rule = "      | " + std::string(65, '=') + '\n';
   const std::size_t begin = out.str().find(rule);
   const std::size_t end = out.str().rfind(rule);
   ASSERT_LT(begin, end);
   EXPECT_THAT(out.str().substr(end + rule.size()), StartsWith("      = 0\n"));
-  std::vector<std::string> lines = Lines(out.str().substr(begin, end - begin));
+  std::vector<std::string> lines = sim::TextLines(out.str().substr(begin, end - begin));
   ASSERT_EQ(lines.size(), 18U);
   EXPECT_EQ(lines[1], "      |  ==>> SLAVE3 PAGE2");
   const sim::Board& board = sim::TheWorld().board;
@@ -134,7 +141,7 @@ TEST_F(LibraryRun, DemoTellsOfLossMotionAndLayouts) {
   options.picture = test::TempPath("vexosim_demo_test.png");
   std::ostringstream out;
   std::ostringstream err;
-  EXPECT_EQ(RunDemo(options, out, err), kExitDone) << err.str();
+  EXPECT_EQ(RunDemo(options, out, err), script::kExitDone) << err.str();
   EXPECT_EQ(err.str(), "");
   for (const char* text : {">> FINISH NTSC CAMERA!!",
                            "loss mask 0x0000: no channel lost; NTSC on 0-15",
@@ -175,7 +182,7 @@ TEST_F(LibraryRun, DemoReturnsToTheLivePicture) {
   options.picture = test::TempPath("vexosim_demo_live.png");
   std::ostringstream out;
   std::ostringstream err;
-  EXPECT_EQ(RunDemo(options, out, err), kExitDone) << err.str();
+  EXPECT_EQ(RunDemo(options, out, err), script::kExitDone) << err.str();
   const sim::Board& board = sim::TheWorld().board;
   for (unsigned chip = 0; chip < kChipsMax; ++chip) {
     for (unsigned p = 0; p < kChannelsPerChip; ++p) {
@@ -197,7 +204,7 @@ TEST_F(LibraryRun, DemoDrawsEachLayoutInColour) {
   options.style.colour = true;
   std::ostringstream out;
   std::ostringstream err;
-  EXPECT_EQ(RunDemo(options, out, err), kExitDone) << err.str();
+  EXPECT_EQ(RunDemo(options, out, err), script::kExitDone) << err.str();
   for (const char* title :
        {"4-split", "full screen of channel 5", "playback, 16-split", "playback, 9-split",
         "playback, 4-split", "playback, full picture of channel 5",
@@ -234,7 +241,7 @@ TEST_F(LibraryRun, DemoLaysOutWhatItSays) {
   options.picture = test::TempPath("vexosim_demo_layouts.png");
   std::ostringstream out;
   std::ostringstream err;
-  EXPECT_EQ(RunDemo(options, out, err), kExitDone) << err.str();
+  EXPECT_EQ(RunDemo(options, out, err), script::kExitDone) << err.str();
   const sim::Trace& trace = sim::TheWorld().trace;
   const std::vector<sim::RegisterAccess> accesses = sim::DecodeAccesses(trace);
   // From the first playback command on: its code, and the windows when it is done.
@@ -274,7 +281,7 @@ TEST_F(LibraryRun, DemoFailsWhenItsPictureCannotBeWritten) {
   options.picture = "/no/such/folder/demo.png";
   std::ostringstream out;
   std::ostringstream err;
-  EXPECT_EQ(RunDemo(options, out, err), kExitUnmet);
+  EXPECT_EQ(RunDemo(options, out, err), script::kExitUnmet);
   EXPECT_THAT(err.str(), HasSubstr("vexosim demo: "));
 }
 

@@ -5,12 +5,13 @@
 #include <iostream>
 #include <map>
 
-#include "tools/vexosim/arm_compare.h"
-#include "tools/vexosim/arm_exports.h"
+#include "device/emulator/exports.h"
+#include "script/run.h"
+#include "tools/vexosim/compare.h"
 #include "tools/vexosim/demo.h"
-#include "tools/vexosim/script.h"
-#include "tools/vexosim/shell.h"
-#include "tools/vexosim/text_help.h"
+#include "tools/vexosim/grammar/text_help.h"
+#include "tools/vexosim/listing/terminal_surroundings.h"
+#include "tools/vexosim/shell/shell.h"
 
 namespace vexosim {
 namespace {
@@ -109,23 +110,21 @@ template <typename Function>
 int WithImage(const ImageArguments& arguments, Function run) {
   if (arguments.file.empty()) return run(nullptr);
   try {
-    MachineOptions options;
+    emulator::MachineOptions options;
     options.base = arguments.base;
-    ArmMachine machine(PeImage::Load(arguments.file), options);
-    const ImageInUse in_use(machine);
+    emulator::ArmMachine machine(emulator::PeImage::Load(arguments.file), options);
+    const emulator::ImageInUse in_use(machine);
     return run(&machine);
-  } catch (const BadImage& error) {
+  } catch (const emulator::BadImage& error) {
     std::cerr << "vexosim: " << error.what() << std::endl;
-    return kExitWrong;
+    return script::kExitWrong;
   }
 }
 
-int RunCommand(const RunArguments& arguments, const ArmMachine* machine) {
-  RunOptions options;
+int RunCommand(const RunArguments& arguments, const emulator::ArmMachine* machine) {
+  script::RunOptions options;
   options.machine = machine;
   options.quiet = arguments.quiet;
-  options.show_progress = Progress::OnTerminal();
-  options.style = StandardOutputStyle(kColourChoices.at(arguments.colour));
   options.seed = arguments.seed;
   options.registers = arguments.registers;
   if (!arguments.picture.empty()) options.picture = arguments.picture;
@@ -141,7 +140,7 @@ int RunCommand(const RunArguments& arguments, const ArmMachine* machine) {
       std::string line;
       if (!again.is_open() || (!std::getline(again, line) && again.bad())) {
         std::cerr << "vexosim: cannot read " << arguments.script << std::endl;
-        return kExitWrong;
+        return script::kExitWrong;
       }
     }
   }
@@ -150,16 +149,18 @@ int RunCommand(const RunArguments& arguments, const ArmMachine* machine) {
     trace.open(arguments.trace);
     if (!trace) {
       std::cerr << "vexosim: cannot write " << arguments.trace << std::endl;
-      return kExitWrong;
+      return script::kExitWrong;
     }
     options.trace = &trace;
   }
-  const int status =
-      RunScript(standard_input ? std::cin : script, standard_input ? "<stdin>" : arguments.script,
-                options, std::cout, std::cerr);
+  TerminalSurroundings around(StandardOutputStyle(kColourChoices.at(arguments.colour)),
+                              Progress::OnTerminal());
+  const int status = script::RunScript(standard_input ? std::cin : script,
+                                       standard_input ? "<stdin>" : arguments.script, options,
+                                       around, std::cout, std::cerr);
   if (trace.is_open() && !trace.flush()) {
     std::cerr << "vexosim: cannot write " << arguments.trace << std::endl;
-    return kExitWrong;
+    return script::kExitWrong;
   }
   return status;
 }
@@ -217,7 +218,7 @@ int Main(int argc, const char* const* argv) {
                 "Only what the script prints, and the expectations that are not met");
   AddImage(*run, run_arguments.image);
   AddColour(*run, run_arguments.colour);
-  run->footer(kRunIntroduction + LanguageHelp());
+  run->footer(kRunIntroduction + script::LanguageHelp());
 
   ShellOptions shell_options;
   std::string shell_colour = "auto";
@@ -265,11 +266,11 @@ int Main(int argc, const char* const* argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     // Help is an exit too, but no mistake.
-    return app.exit(error) == 0 ? kExitDone : kExitWrong;
+    return app.exit(error) == 0 ? script::kExitDone : script::kExitWrong;
   }
   if (*demo) {
     demo_options.style = StandardOutputStyle(kColourChoices.at(demo_colour));
-    return WithImage(demo_image, [&](const ArmMachine* machine) {
+    return WithImage(demo_image, [&](const emulator::ArmMachine* machine) {
       demo_options.machine = machine;
       return RunDemo(demo_options, std::cout, std::cerr);
     });
@@ -281,10 +282,11 @@ int Main(int argc, const char* const* argv) {
   if (*compare) return CompareImage(compare_options, std::cout, std::cerr);
   if (*manual) {
     std::cout << TextCommandManual() << std::flush;
-    return kExitDone;
+    return script::kExitDone;
   }
-  return WithImage(run_arguments.image,
-                   [&](const ArmMachine* machine) { return RunCommand(run_arguments, machine); });
+  return WithImage(run_arguments.image, [&](const emulator::ArmMachine* machine) {
+    return RunCommand(run_arguments, machine);
+  });
 }
 
 }  // namespace vexosim

@@ -9,14 +9,15 @@
 #include <vector>
 
 #include "VexoCtrlSDK.h"
-#include "sim/screen.h"
-#include "tools/vexosim/action_log.h"
-#include "tools/vexosim/host.h"
-#include "tools/vexosim/message_words.h"
-#include "tools/vexosim/picture_text.h"
-#include "tools/vexosim/script.h"
-#include "tools/vexosim/text.h"
-#include "tools/vexosim/warnings.h"
+#include "harness/host.h"
+#include "script/action_log.h"
+#include "script/message_words.h"
+#include "script/report_words.h"
+#include "script/run.h"
+#include "sim/picture/png.h"
+#include "sim/screen/screen.h"
+#include "sim/text.h"
+#include "tools/vexosim/listing/picture_text.h"
 
 namespace vexosim {
 namespace {
@@ -31,7 +32,7 @@ class Demo {
   Demo(const DemoOptions& options, std::ostream& out) : options_(options), out_(out) {}
 
   void Run() {
-    Restart();
+    harness::Restart();
     PowerOn();
     Layouts();
     Cameras();
@@ -46,7 +47,7 @@ class Demo {
   std::vector<std::string> Warnings() const {
     std::vector<sim::Report> reports = World().reports.All();
     reports.erase(reports.begin() + explained_begin_, reports.begin() + explained_end_);
-    return WarningsInWords(reports);
+    return script::WarningsInWords(reports);
   }
 
  private:
@@ -71,16 +72,17 @@ class Demo {
     function();
     out_ << "   " << what << ": " << World().trace.Cycles() - cycles << " bus cycles, "
          << World().kernel.Now() - begin << " ms\n";
-    PrintEvents(out_, World(), event, received);
+    script::PrintEvents(out_, World(), event, received);
     out_.flush();
   }
 
   // Returns the record as the command left it.
   sim::Bytes Command(const std::string& what, std::uint32_t code, sim::Bytes record) {
     Do(what, [&] {
-      const int result = CommandProc(code, &record);
+      const int result = harness::CommandProc(code, &record);
       if (result != VEXO_OK) {
-        throw Failed("command " + Hex(code) + " (" + what + ") returned " + std::to_string(result));
+        throw Failed("command " + sim::Hex(code) + " (" + what + ") returned " +
+                     std::to_string(result));
       }
     });
     return record;
@@ -105,8 +107,8 @@ class Demo {
   void PowerOn() {
     Title("Power on: four chips, sixteen NTSC cameras");
     World().board.FitChips(kChipsMax);
-    Do("the process loads the library", [] { Entry(1); });
-    Do("the host binds its window", [&] { Initialize(World().windows.Create()); });
+    Do("the process loads the library", [] { harness::Entry(1); });
+    Do("the host binds its window", [&] { harness::Initialize(World().windows.Create()); });
     const sim::Bytes record = Command("0xF001 initialize the chips", VEXO_CMD_INIT, {});
     std::memcpy(&found_, record.data(), sizeof found_);
     Pump("the host pumps its messages for 300 ms", 300);
@@ -193,7 +195,7 @@ class Demo {
     Command("0xFF04 master, page 1", VEXO_CMD_DUMP_MASTER_P1, {});
     const std::size_t end = World().reports.All().size();
     for (const std::string& text :
-         WarningsInWords(std::span(World().reports.All()).subspan(begin, end - begin))) {
+         script::WarningsInWords(std::span(World().reports.All()).subspan(begin, end - begin))) {
       out_ << "      (" << text << ")\n";
     }
     explained_begin_ = static_cast<std::ptrdiff_t>(begin);
@@ -203,8 +205,8 @@ class Demo {
   void PowerOff() {
     Title("Power off");
     Command("0xF002 stop the monitor", VEXO_CMD_STOP_MONITOR, {});
-    Do("the host leaves", [] { Uninitialize(); });
-    Do("the process unloads the library", [] { Entry(0); });
+    Do("the host leaves", [] { harness::Uninitialize(); });
+    Do("the process unloads the library", [] { harness::Entry(0); });
   }
 
   void Table() {
@@ -215,9 +217,9 @@ class Demo {
       out_ << "   " << name << std::string(name.size() < 16 ? 16 - name.size() : 1, ' ') << value
            << '\n';
     };
-    row("chips",
-        std::to_string(found_.chip_count) + ", identification " + HexBytes(found_.chip_id, " "));
-    row("standard", StandardInWords(found_.video_standard));
+    row("chips", std::to_string(found_.chip_count) + ", identification " +
+                     sim::HexBytes(found_.chip_id, " "));
+    row("standard", script::StandardInWords(found_.video_standard));
     row("bus cycles", std::to_string(World().trace.Cycles()));
     row("virtual time", std::to_string(World().kernel.Now()) + " ms");
     row("real time", std::to_string(real.count()) + " ms");
@@ -258,14 +260,14 @@ int RunDemo(const DemoOptions& options, std::ostream& out, std::ostream& err) {
   } catch (const std::exception& error) {
     out.flush();
     err << "vexosim demo: " << error.what() << std::endl;
-    return kExitUnmet;
+    return script::kExitUnmet;
   }
   if (options.machine != nullptr && options.machine->FirstFault()) {
     err << "vexosim demo: " << *options.machine->FirstFault() << std::endl;
-    return kExitUnmet;
+    return script::kExitUnmet;
   }
   for (const std::string& warning : demo.Warnings()) err << "warning: " << warning << '\n';
-  return kExitDone;
+  return script::kExitDone;
 }
 
 }  // namespace vexosim

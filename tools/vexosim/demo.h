@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string>
 
-#include "tools/vexosim/image_run.h"
+#include "harness/image_run.h"
 #include "tools/vexosim/terminal.h"
 
 namespace vexosim {
@@ -13,7 +13,7 @@ namespace vexosim {
 struct DemoOptions {
   std::string picture = "vexosim-demo.png";  // the 4x4 live picture
   PictureStyle style;
-  const ImageRun* machine = nullptr;  // what runs the library, none for the linked one
+  const harness::ImageRun* machine = nullptr;  // what runs the library, none for the linked one
 };
 
 // Where the 4x4 playback picture goes: beside the live one, "demo-playback.png" for "demo.png".

@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "board_host.h"
-#include "platform.h"
+#include "platform/platform.h"
 #include "sim/world.h"
 #include "turns.h"
 #include "windows_api.h"

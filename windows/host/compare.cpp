@@ -8,7 +8,7 @@
 #include "board_service.h"
 #include "script_imports.h"
 #include "scripts.h"
-#include "tools/vexosim/trace_json.h"
+#include "sim/trace_json.h"
 
 namespace host {
 namespace {
@@ -41,7 +41,7 @@ std::string WithoutOwnParts(std::string text) {
 }
 
 std::string InWords(const sim::Trace& trace, const sim::Event& event) {
-  nlohmann::ordered_json json = vexosim::EventToJson(trace, event);
+  nlohmann::ordered_json json = sim::EventToJson(trace, event);
   if (json.contains("text")) json["text"] = WithoutOwnParts(json["text"].get<std::string>());
   return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
@@ -158,7 +158,7 @@ bool CompareOne(const std::string& path) {
     return false;
   }
   const std::string name = path.substr(path.find_last_of("/\\") + 1);
-  const std::vector<vexosim::Statement> statements = vexosim::ParseScript(in, name);
+  const std::vector<script::Statement> statements = script::ParseScript(in, name);
   const RunResult linked = RunOn(Side::Linked, statements);
   const RunResult loaded = RunOn(Side::Loaded, statements);
   const std::vector<std::string> differences = Comparison(linked, loaded).Differences();

@@ -131,8 +131,8 @@ void Bind(Function& function, HMODULE library, const char* name) {
 
 }  // namespace
 
-vexosim::ExportTable BindExports(HMODULE library) {
-  vexosim::ExportTable exports = {};
+harness::ExportTable BindExports(HMODULE library) {
+  harness::ExportTable exports = {};
   Bind(exports.initialize, library, "VEXOAPI_Initialize");
   Bind(exports.uninitialize, library, "VEXOAPI_Uninitialize");
   Bind(exports.get_version, library, "VEXOAPI_GetVersion");

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/vexosim/export_table.h"
+#include "harness/export_table.h"
 #include "windows_api.h"
 
 namespace host {
@@ -23,7 +23,7 @@ Import Replace(const char* name, Function* function) {
 
 // The exports by their names. Throws std::runtime_error for one that is missing; `dll_entry` and
 // `reset` are left null.
-vexosim::ExportTable BindExports(HMODULE library);
+harness::ExportTable BindExports(HMODULE library);
 
 // Where the image says that it is entered.
 using EntryFunction = BOOL(WINAPI*)(HINSTANCE module, DWORD reason, void* reserved);

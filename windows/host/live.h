@@ -39,7 +39,7 @@ class Live {
   Live(const Live&) = delete;
   Live& operator=(const Live&) = delete;
 
-  vexosim::ExportTable exports;
+  harness::ExportTable exports;
 
  private:
   HMODULE library_ = nullptr;

@@ -3,17 +3,17 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "harness/export_table.h"
+#include "harness/host.h"
 #include "script_imports.h"
-#include "tools/vexosim/export_table.h"
-#include "tools/vexosim/host.h"
 #include "turns.h"
 
 namespace host {
 namespace {
 
-using vexosim::ExportTable;
-using vexosim::LineGroup;
-using vexosim::Statement;
+using harness::ExportTable;
+using script::LineGroup;
+using script::Statement;
 
 // ---- The DLL as the script's host sees it -------------------------------------------------------
 
@@ -85,11 +85,28 @@ void Unload() {
   CloseLeftOvers();
 }
 
+// Time passes as the side has it; nobody looks at what a script shows.
+class HostSurroundings : public script::Surroundings {
+ public:
+  explicit HostSurroundings(Side side) : side_(side) {}
+
+  void LetTimePass(std::uint32_t ms) override {
+    if (side_ == Side::Linked) return Surroundings::LetTimePass(ms);
+    g_turns.Pump(ms, sim::TheWorld().windows.deaf);
+  }
+  void ShowRegisters(std::ostream&, script::ChipChoice, std::optional<std::uint8_t>) override {}
+  void ShowScreen(std::ostream&) override {}
+  void SavePicture(const std::string&) override {}
+
+ private:
+  Side side_;
+};
+
 // ---- Running ------------------------------------------------------------------------------------
 
 class Run {
  public:
-  explicit Run(Side side) : side_(side), progress_(false), session_(output_, {}, progress_) {}
+  explicit Run(Side side) : around_(side), session_(output_, around_) {}
 
   RunResult All(const std::vector<Statement>& statements) {
     std::size_t last_action = statements.size();
@@ -100,7 +117,7 @@ class Run {
       g_last_action = i == last_action;
       try {
         One(statements[i]);
-      } catch (const vexosim::Unmet& unmet) {
+      } catch (const script::Unmet& unmet) {
         Complain(statements[i], unmet.found);
       } catch (const std::exception& error) {
         Complain(statements[i], error.what());
@@ -120,7 +137,7 @@ class Run {
     switch (statement.group) {
       case LineGroup::Action:
         session_.BeginAction(statement.text);
-        Act(statement);
+        statement.step(session_);
         result_.actions.push_back({statement.line, statement.text, session_.returned,
                                    session_.FirstEvent(), session_.FirstReceived()});
         break;
@@ -135,34 +152,22 @@ class Run {
     }
   }
 
-  void Act(const Statement& statement) {
-    const auto words = vexosim::SplitWords(statement.text);
-    if (side_ == Side::Linked || words.front() != "run") {
-      statement.step(session_);
-      return;
-    }
-    const std::uint32_t ms =
-        vexosim::Arguments(std::span(words).subspan(1)).Number("a number of milliseconds");
-    g_turns.Pump(ms, sim::TheWorld().windows.deaf);
-  }
-
   void Complain(const Statement& statement, const std::string& what) {
     result_.complaints.push_back("line " + std::to_string(statement.line) + ": " + statement.text +
                                  ": " + what);
   }
 
-  Side side_;
   std::ostringstream output_;
-  vexosim::Progress progress_;
-  vexosim::Session session_;
+  HostSurroundings around_;
+  script::Session session_;
   RunResult result_;
 };
 
 }  // namespace
 
 RunResult RunOn(Side side, const std::vector<Statement>& statements) {
-  vexosim::UseExports(side == Side::Linked ? vexosim::LinkedExports() : LoadedExports());
-  vexosim::Restart();
+  harness::UseExports(side == Side::Linked ? harness::LinkedExports() : LoadedExports());
+  harness::Restart();
   if (side == Side::Linked) return Run(side).All(statements);
   g_turns.Start();
   RunResult result = Run(side).All(statements);

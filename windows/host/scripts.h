@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "script/parse.h"
 #include "sim/trace.h"
 #include "sim/world.h"
-#include "tools/vexosim/script.h"
 
 namespace host {
 
@@ -32,6 +32,6 @@ struct RunResult {
   std::vector<sim::Report> reports;
 };
 
-RunResult RunOn(Side side, const std::vector<vexosim::Statement>& statements);
+RunResult RunOn(Side side, const std::vector<script::Statement>& statements);
 
 }  // namespace host

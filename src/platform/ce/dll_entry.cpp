@@ -1,6 +1,6 @@
 // Where the system enters the library.
-#include "api/lifecycle.h"
 #include "ce_api.h"
+#include "platform/platform.h"
 
 extern "C" int CE_CALL VexoCtrlSdkEntry(void* module, CeDword reason, void* reserved) {
   return VexoSDK_DllEntry(reinterpret_cast<PlatHandle>(module), reason, reserved);

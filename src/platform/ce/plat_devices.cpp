@@ -1,6 +1,6 @@
 // Bus windows, NVRAM, stream drivers.
 #include "ce_api.h"
-#include "platform.h"
+#include "platform/platform.h"
 
 PlatBusWindow Plat_MapBusWindow(std::uint32_t physical, std::uint32_t length_bytes, bool cached) {
   return static_cast<PlatBusWindow>(MmMapIoSpace(physical, 0, length_bytes, cached ? 1 : 0));

@@ -1,6 +1,6 @@
 // Kernel objects, threads, time, window messages.
 #include "ce_api.h"
-#include "platform.h"
+#include "platform/platform.h"
 
 namespace {
 

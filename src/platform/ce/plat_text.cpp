@@ -1,6 +1,6 @@
 // Debug outputs, system error texts, formatting.
 #include "ce_api.h"
-#include "platform.h"
+#include "platform/platform.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Version resources, and the memory that holds them.
 #include "ce_api.h"
-#include "platform.h"
+#include "platform/platform.h"
 
 std::uint32_t Plat_VersionInfoSize(const char16_t* path) {
   CeDword zero = 0;

@@ -1,4 +1,4 @@
-#include "platform.h"
+#include "platform/platform.h"
 
 // In a section that all processes which load the library have in common: for the desktop the
 // compiler marks it so, for the device the image's maker.

@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# Builds the recorder's library, VexoCtrlSDK.DLL for Windows CE 5 on ARM, with its map, into
+# build/device, and checks it: device/build.sh [arm|thumb]
+#
+# The argument is what the image calls its processor: arm (0x01C0, the default) or thumb (0x01C2),
+# for systems that take only that one. The code is ARM code in both.
+set -euo pipefail
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+machine="${1:-arm}"
+build="$root/build/device"
+log="$(mktemp)"
+trap 'rm -f "$log"' EXIT
+
+# Shows only what goes wrong.
+quietly() {
+  if ! "$@" </dev/null >"$log" 2>&1; then
+    cat "$log"
+    exit 1
+  fi
+}
+
+quietly "$root/scripts/build.sh" gcc ceimage
+quietly cmake -S "$root/device/library" -B "$build" -G Ninja \
+  -DCMAKE_TOOLCHAIN_FILE="$root/device/library/toolchain.cmake" \
+  -DCEIMAGE="$root/build/gcc/ceimage" -DVEXO_MACHINE="$machine"
+quietly ninja -C "$build"
+"$root/device/check_image.sh" "$build" "$machine"

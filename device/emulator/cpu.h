@@ -1,0 +1,123 @@
+// One processor of the emulated board: an engine with a stack of its own.
+//
+// Threads of the simulator each run on their own processor, all over the same image and heap.
+// Code runs until it calls what is outside of the image; that is then done outside of the engine,
+// so that a thread may pause there or be ended there.
+#pragma once
+
+#include <unicorn/unicorn.h>
+
+#include <array>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "device/emulator/memory.h"
+
+namespace emulator {
+
+class ArmMachine;
+
+class ArmCpu {
+ public:
+  // Which stack and caller's area it has.
+  ArmCpu(ArmMachine& machine, unsigned number);
+  ArmCpu(const ArmCpu&) = delete;
+  ArmCpu& operator=(const ArmCpu&) = delete;
+
+  // Calls a function as the system does, and returns its result. Throws ImageFault for anything
+  // that must not happen, and whatever the platform throws.
+  std::uint32_t Call(std::uint32_t address, std::span<const std::uint32_t> arguments);
+
+  // ---- What the caller lends for the next call ----------------------------------------------
+
+  // Copies into memory where only these bytes are in bounds. `misalign` is the address's remainder
+  // by 8. Returns the address.
+  std::uint32_t Lend(const void* data, std::uint32_t bytes, bool writable, unsigned misalign);
+  // What stands there now.
+  void TakeBack(std::uint32_t address, void* data, std::uint32_t bytes) const;
+  void ForgetLoans();
+
+  // ---- For what a call outside is answered with ---------------------------------------------
+
+  // An argument of the call, in a register or on the stack.
+  std::uint32_t Argument(unsigned index);
+  // The address of an argument's slot on the stack; the first four have none.
+  std::uint32_t StackSlot(unsigned index) const;
+
+  // Memory that code here may use. Throw ImageFault for an address that it may not.
+  const std::uint8_t* Read(std::uint32_t address, std::uint32_t bytes) const;
+  std::uint8_t* Write(std::uint32_t address, std::uint32_t bytes) const;
+  std::uint32_t ReadWord(std::uint32_t address) const;
+  void WriteWord(std::uint32_t address, std::uint32_t value) const;
+  // Up to the terminator, or `most` units.
+  std::string Text(std::uint32_t address, std::size_t most = ~std::size_t{0}) const;
+  std::u16string WideText(std::uint32_t address, std::size_t most = ~std::size_t{0}) const;
+
+  [[noreturn]] void Fault(const std::string& what) const;
+  ArmMachine& Machine() const { return machine_; }
+  unsigned Number() const { return number_; }
+
+  // ---- What it did so far -------------------------------------------------------------------
+
+  std::uint64_t Instructions() const { return instructions_; }
+  std::uint32_t DeepestStack() const;  // bytes
+
+ private:
+  static void OnBlock(uc_engine*, std::uint64_t address, std::uint32_t bytes, void* self);
+  static void OnInterrupt(uc_engine*, std::uint32_t number, void* self);
+  static void OnAccess(uc_engine*, uc_mem_type type, std::uint64_t address, int bytes,
+                       std::int64_t value, void* self);
+  static bool OnBadAccess(uc_engine*, uc_mem_type type, std::uint64_t address, int bytes,
+                          std::int64_t value, void* self);
+  static std::uint64_t OnBusLoad(uc_engine*, std::uint64_t offset, unsigned bytes, void* port);
+  static void OnBusStore(uc_engine*, std::uint64_t offset, unsigned bytes, std::uint64_t value,
+                         void* port);
+
+  struct CloseEngine {
+    void operator()(uc_engine* engine) const { uc_close(engine); }
+  };
+  // A page of byte-wide device memory.
+  struct Port {
+    ArmCpu* cpu = nullptr;
+    unsigned page = 0;
+  };
+
+  void MapPort(std::uint32_t address, Port& port);
+  bool PortRefuses(std::uint64_t offset, unsigned bytes, const char* what);
+  void CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes);
+  const Extent* Find(std::uint32_t address) const;
+  void Note(const std::string& fault);  // the first one counts; stops the engine
+  std::string Place() const;
+  std::uint32_t Register(int id) const;
+  void SetRegister(int id, std::uint32_t value);
+  void RunUntilTrap(std::uint32_t address);
+
+  ArmMachine& machine_;
+  unsigned number_;
+  std::unique_ptr<uc_engine, CloseEngine> engine_holder_;
+  uc_engine* engine_ = nullptr;
+  GuestPages stack_pages_;
+  GuestPages caller_pages_;
+  GuestPages user_data_pages_;
+  Extent stack_;          // what a call may use, with its arguments on the stack
+  Extent callers_stack_;  // above it
+  Extent thread_id_;
+  std::uint32_t caller_address_;
+  std::array<Extent, 4> loans_{};
+  unsigned loan_count_ = 0;
+  std::uint32_t caller_used_ = 0;
+  std::array<Port, 4> ports_{};
+
+  std::optional<unsigned> trap_;      // where the engine stopped
+  std::optional<std::string> fault_;  // why it was stopped
+  std::exception_ptr thrown_;         // by the platform, inside of the engine
+  std::uint32_t block_ = 0;           // address of the block that runs
+  std::uint64_t instructions_ = 0;
+  std::uint32_t lowest_stack_;  // address
+};
+
+}  // namespace emulator

@@ -1,0 +1,113 @@
+#include "device/emulator/exports.h"
+
+#include <cstring>
+#include <stdexcept>
+
+#include "device/emulator/imports.h"
+#include "harness/host.h"
+#include "sim/world.h"
+
+namespace emulator {
+namespace {
+
+// The caller's memory may begin anywhere that its type allows. Records are promised to need no
+// alignment at all, so they begin where any access wider than a byte would be a fault.
+constexpr unsigned kRecordMisalign = 1;
+constexpr unsigned kUnitsMisalign = 2;
+constexpr unsigned kBytesMisalign = 1;
+constexpr std::uint32_t kVersionBytes = 2 * 20;  // what a host must give
+
+ArmMachine* g_machine = nullptr;
+std::optional<std::size_t> g_left_out;
+
+ArmMachine& Machine() {
+  if (g_machine == nullptr) throw std::logic_error("no image is in use");
+  return *g_machine;
+}
+
+int Call(ArmCpu& cpu, const char* name, std::initializer_list<std::uint32_t> arguments) {
+  return static_cast<int>(cpu.Call(Machine().AddressOf(name), arguments));
+}
+
+// A byte argument in a register whose other bits are anything.
+std::uint32_t Byte(std::uint8_t value) { return 0xA5A5A500u | value; }
+
+int ArmDllEntry(PlatHandle module, std::uint32_t reason, void*) {
+  const ArmMachine::Lease cpu(Machine());
+  return Call(*cpu, "", {GuestHandle(*cpu, module), reason, 0});
+}
+
+int ArmInitialize(VexoWindow window) {
+  const ArmMachine::Lease cpu(Machine());
+  return Call(*cpu, "VEXOAPI_Initialize",
+              {GuestHandle(*cpu, reinterpret_cast<PlatWindow>(window))});
+}
+
+void ArmUninitialize() { Call(*ArmMachine::Lease(Machine()), "VEXOAPI_Uninitialize", {}); }
+
+int ArmGetVersion(VexoChar16* buffer) {
+  const ArmMachine::Lease cpu(Machine());
+  if (buffer == nullptr) return Call(*cpu, "VEXOAPI_GetVersion", {0});
+  const std::uint32_t text = cpu->Lend(buffer, kVersionBytes, true, kUnitsMisalign);
+  const int result = Call(*cpu, "VEXOAPI_GetVersion", {text});
+  cpu->TakeBack(text, buffer, kVersionBytes);
+  return result;
+}
+
+void ArmSetEnableDebug(std::uint32_t enable) {
+  Call(*ArmMachine::Lease(Machine()), "VEXOAPI_SetEnableDebug", {enable});
+}
+
+void ArmSetEnableOutputMsg(std::uint32_t enable) {
+  Call(*ArmMachine::Lease(Machine()), "VEXOAPI_SetEnableOutputMsg", {enable});
+}
+
+int ArmCommandProc(std::uint32_t code, void* parameter) {
+  const ArmMachine::Lease cpu(Machine());
+  if (parameter == nullptr) return Call(*cpu, "VEXOAPI_CommandProc", {code, 0});
+  const std::uint32_t record =
+      cpu->Lend(parameter, harness::kCommandRecordBytes, true, kRecordMisalign);
+  const int result = Call(*cpu, "VEXOAPI_CommandProc", {code, record});
+  cpu->TakeBack(record, parameter, harness::kCommandRecordBytes);
+  return result;
+}
+
+int ArmSetMotionInfo(std::uint8_t channel, std::uint8_t level, std::uint8_t* mask) {
+  constexpr const char* kDecorated = "?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z";
+  const ArmMachine::Lease cpu(Machine());
+  const std::uint32_t lent =
+      mask == nullptr ? 0 : cpu->Lend(mask, VEXO_MOTION_MASK_BYTES, false, kBytesMisalign);
+  return Call(*cpu, kDecorated, {Byte(channel), Byte(level), lent});
+}
+
+int ArmTextCommandProc(const char* line) {
+  const ArmMachine::Lease cpu(Machine());
+  const std::uint32_t lent =
+      line == nullptr ? 0
+                      : cpu->Lend(line, static_cast<std::uint32_t>(std::strlen(line) + 1), false,
+                                  kBytesMisalign);
+  return Call(*cpu, "VEXOAPI_TextCommandProc", {lent});
+}
+
+void ArmReset() { Machine().Reload(g_left_out); }
+
+}  // namespace
+
+ImageInUse::ImageInUse(ArmMachine& machine) {
+  if (g_machine != nullptr) throw std::logic_error("an image is in use already");
+  g_machine = &machine;
+  g_left_out.reset();
+  harness::UseExports({ArmDllEntry, ArmInitialize, ArmUninitialize, ArmGetVersion,
+                       ArmSetEnableDebug, ArmSetEnableOutputMsg, ArmCommandProc, ArmSetMotionInfo,
+                       ArmTextCommandProc, ArmReset});
+}
+
+ImageInUse::~ImageInUse() {
+  sim::ResetWorld();
+  harness::UseExports(harness::LinkedExports());
+  g_machine = nullptr;
+}
+
+void ImageInUse::LeaveOut(std::optional<std::size_t> relocation) { g_left_out = relocation; }
+
+}  // namespace emulator

@@ -1,0 +1,218 @@
+// Kernel objects, threads, time, memory, window messages.
+#include "VexoCtrlSDK.h"
+#include "device/emulator/imports.h"
+#include "sim/text.h"
+#include "sim/world.h"
+
+namespace emulator {
+namespace {
+
+constexpr const char* kCoreDll = "coredll.dll";
+constexpr std::uint32_t kErrorNotEnoughMemory = 8;
+
+sim::Kernel& Kernel() { return sim::TheWorld().kernel; }
+
+// A call of the guest with an argument that the library never has: its meaning would be lost.
+void Expect(const ArmCpu& cpu, bool met, const char* what) {
+  if (!met) cpu.Fault(std::string("a call with ") + what);
+}
+
+std::uint32_t CreateMutex(ArmCpu& cpu) {
+  Expect(cpu, cpu.Argument(0) == 0 && cpu.Argument(1) == 0, "an owned or secured mutex");
+  const std::uint32_t name = cpu.Argument(2);
+  const std::u16string text = name == 0 ? std::u16string() : cpu.WideText(name);
+  return GuestHandle(cpu, Plat_CreateMutex(OrNull(name, text)));
+}
+
+std::uint32_t CreateEvent(ArmCpu& cpu) {
+  Expect(cpu, cpu.Argument(0) == 0, "a secured event");
+  const std::uint32_t name = cpu.Argument(3);
+  const std::u16string text = name == 0 ? std::u16string() : cpu.WideText(name);
+  return GuestHandle(
+      cpu, Plat_CreateEvent(OrNull(name, text), cpu.Argument(1) != 0, cpu.Argument(2) != 0));
+}
+
+std::uint32_t WaitForSingleObject(ArmCpu& cpu) {
+  return Plat_Wait(HostHandle(cpu.Argument(0)), cpu.Argument(1));
+}
+
+std::uint32_t ReleaseMutex(ArmCpu& cpu) {
+  return Plat_ReleaseMutex(HostHandle(cpu.Argument(0))) ? 1 : 0;
+}
+
+// The system has one close for all; the platform tells drivers apart. A driver that could not be
+// opened is closed by its bad handle.
+std::uint32_t CloseHandle(ArmCpu& cpu) {
+  const PlatHandle handle = HostHandle(cpu.Argument(0));
+  const bool driver = handle == kPlatNoHandle || handle == kPlatInvalidHandle ||
+                      cpu.Machine().drivers.contains(handle);
+  return (driver ? Plat_CloseDriver(handle) : Plat_CloseHandle(handle)) ? 1 : 0;
+}
+
+std::uint32_t RunThread(void* argument) {
+  const auto start = *static_cast<const ArmMachine::ThreadStart*>(argument);
+  const std::uint32_t arguments[] = {start.argument};
+  return start.machine->Call(start.proc, arguments);
+}
+
+std::uint32_t CreateThread(ArmCpu& cpu) {
+  Expect(cpu, cpu.Argument(0) == 0 && cpu.Argument(1) == 0 && cpu.Argument(4) == 0,
+         "a secured, suspended or sized thread");
+  ArmMachine& machine = cpu.Machine();
+  machine.thread_starts.push_back({&machine, cpu.Argument(2), cpu.Argument(3)});
+  std::uint32_t id = 0;
+  const PlatHandle handle = Plat_CreateThread(RunThread, &machine.thread_starts.back(), &id);
+  if (cpu.Argument(5) != 0) cpu.WriteWord(cpu.Argument(5), id);
+  return GuestHandle(cpu, handle);
+}
+
+std::uint32_t GetExitCodeThread(ArmCpu& cpu) {
+  std::uint32_t code = 0;
+  if (!Plat_GetExitCodeThread(HostHandle(cpu.Argument(0)), &code)) return 0;
+  cpu.WriteWord(cpu.Argument(1), code);
+  return 1;
+}
+
+std::uint32_t TerminateThread(ArmCpu& cpu) {
+  return Plat_TerminateThread(HostHandle(cpu.Argument(0)), cpu.Argument(1)) ? 1 : 0;
+}
+
+std::uint32_t SetThreadQuantum(ArmCpu& cpu) {
+  return Plat_SetThreadQuantum(HostHandle(cpu.Argument(0)), cpu.Argument(1)) ? 1 : 0;
+}
+
+std::uint32_t Sleep(ArmCpu& cpu) {
+  Plat_Sleep(cpu.Argument(0));
+  return 0;
+}
+
+std::uint32_t GetTickCount(ArmCpu&) { return Plat_TickCount(); }
+std::uint32_t GetLastError(ArmCpu&) { return Plat_LastError(); }
+
+std::uint32_t SetLastError(ArmCpu& cpu) {
+  Kernel().SetLastError(cpu.Argument(0));
+  return 0;
+}
+
+std::uint32_t DisableThreadLibraryCalls(ArmCpu& cpu) {
+  Plat_DisableThreadCalls(HostHandle(cpu.Argument(0)));
+  return 1;
+}
+
+// ---- Memory -----------------------------------------------------------------------------------
+
+std::uint32_t LocalAlloc(ArmCpu& cpu) {
+  Expect(cpu, cpu.Argument(0) == 0, "memory that may move or is to be zeros");
+  const std::uint32_t bytes = cpu.Argument(1);
+  void* memory = Plat_Allocate(bytes);
+  if (memory == nullptr) return 0;
+  const std::uint32_t address = cpu.Machine().Heap().Allocate(bytes);
+  if (address == 0) {
+    Plat_Free(memory);
+    Kernel().SetLastError(kErrorNotEnoughMemory);
+    return 0;
+  }
+  cpu.Machine().loans[address] = {memory, false};
+  return address;
+}
+
+std::uint32_t LocalFree(ArmCpu& cpu) {
+  const std::uint32_t address = cpu.Argument(0);
+  if (address == 0) return 0;
+  const auto found = cpu.Machine().loans.find(address);
+  if (found == cpu.Machine().loans.end()) {
+    cpu.Fault("freeing " + sim::Hex(address, 8) + ", where no memory was allocated");
+  }
+  if (found->second.system_text) {
+    Plat_FreeSystemText(static_cast<char16_t*>(found->second.memory));
+  } else {
+    Plat_Free(found->second.memory);
+  }
+  cpu.Machine().loans.erase(found);
+  cpu.Machine().Heap().Free(address);
+  return 0;
+}
+
+// ---- Window messages --------------------------------------------------------------------------
+
+// Size of the record that a message's wParam points to; 0 where it is a number.
+std::uint32_t RecordBytes(std::uint32_t message) {
+  switch (message) {
+    case VEXO_MSG_INIT_RESULT:
+      return sizeof(VideoState);
+    case VEXO_MSG_VIDEO_INFO:
+      return sizeof(VideoDetectRecord);
+    case VEXO_MSG_REG_VALUE:
+      return sizeof(VexoRegRecord);
+    default:
+      return 0;
+  }
+}
+
+// What a message's wParam is for the host: the number, or the memory that it points to.
+std::uintptr_t HostWparam(const ArmCpu& cpu, std::uint32_t message, std::uint32_t wparam) {
+  const std::uint32_t bytes = RecordBytes(message);
+  if (bytes == 0 || wparam == 0) return wparam;
+  return reinterpret_cast<std::uintptr_t>(cpu.Read(wparam, bytes));
+}
+
+std::intptr_t HostLparam(std::uint32_t lparam) { return static_cast<std::int32_t>(lparam); }
+
+std::uint32_t IsWindow(ArmCpu& cpu) { return Plat_IsWindow(cpu.Argument(0)) ? 1 : 0; }
+
+std::uint32_t PostMessage(ArmCpu& cpu) {
+  const std::uint32_t message = cpu.Argument(1);
+  return Plat_PostMessage(cpu.Argument(0), message, HostWparam(cpu, message, cpu.Argument(2)),
+                          HostLparam(cpu.Argument(3)))
+             ? 1
+             : 0;
+}
+
+std::uint32_t SendMessageTimeout(ArmCpu& cpu) {
+  Expect(cpu, cpu.Argument(4) == 0, "send flags");
+  const std::uint32_t message = cpu.Argument(1);
+  const std::uint32_t answer = cpu.Argument(6);
+  const bool ok =
+      Plat_SendMessage(cpu.Argument(0), message, HostWparam(cpu, message, cpu.Argument(2)),
+                       HostLparam(cpu.Argument(3)), cpu.Argument(5));
+  if (ok && answer != 0) cpu.WriteWord(answer, 0);
+  return ok ? 1 : 0;
+}
+
+constexpr Import kImports[] = {
+    {kCoreDll, "CreateMutexW", 0, CreateMutex},
+    {kCoreDll, "CreateEventW", 0, CreateEvent},
+    {kCoreDll, "WaitForSingleObject", 0, WaitForSingleObject},
+    {kCoreDll, "ReleaseMutex", 0, ReleaseMutex},
+    {kCoreDll, "CloseHandle", 0, CloseHandle},
+    {kCoreDll, "CreateThread", 0, CreateThread},
+    {kCoreDll, "GetExitCodeThread", 0, GetExitCodeThread},
+    {kCoreDll, "TerminateThread", 0, TerminateThread},
+    {kCoreDll, "CeSetThreadQuantum", 0, SetThreadQuantum},
+    {kCoreDll, "Sleep", 0, Sleep},
+    {kCoreDll, "GetTickCount", 0, GetTickCount},
+    {kCoreDll, "GetLastError", 0, GetLastError},
+    {kCoreDll, "SetLastError", 0, SetLastError},
+    {kCoreDll, "DisableThreadLibraryCalls", 0, DisableThreadLibraryCalls},
+    {kCoreDll, "LocalAlloc", 0, LocalAlloc},
+    {kCoreDll, "LocalFree", 0, LocalFree},
+    {kCoreDll, "IsWindow", 0, IsWindow},
+    {kCoreDll, "PostMessageW", 0, PostMessage},
+    {kCoreDll, "SendMessageTimeout", 0, SendMessageTimeout},
+};
+
+}  // namespace
+
+std::span<const Import> KernelImports() { return kImports; }
+
+std::uint32_t GuestHandle(const ArmCpu& cpu, PlatHandle handle) {
+  if (handle == kPlatInvalidHandle) return 0xFFFFFFFF;
+  if (handle >= 0xFFFFFFFF) cpu.Fault("a handle that is wider than 32 bits");
+  return static_cast<std::uint32_t>(handle);
+}
+
+PlatHandle HostHandle(std::uint32_t handle) {
+  return handle == 0xFFFFFFFF ? kPlatInvalidHandle : handle;
+}
+
+}  // namespace emulator

@@ -1,0 +1,24 @@
+// What a run tells of a binary that takes the place of the linked library, whatever executes it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace harness {
+
+// The binary did what would be an error on the board, or what no healthy binary does. Ends the run.
+struct ImageFault : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+class ImageRun {
+ public:
+  virtual ~ImageRun() = default;
+  virtual std::uint64_t Instructions() const = 0;
+  virtual std::uint32_t DeepestStack() const = 0;  // bytes, of any call
+  virtual const std::optional<std::string>& FirstFault() const = 0;
+};
+
+}  // namespace harness

@@ -1,0 +1,148 @@
+// Script lines that call the library's exports or let time pass.
+#include <algorithm>
+#include <array>
+
+#include "VexoCtrlSDK.h"
+#include "harness/host.h"
+#include "script/line.h"
+
+namespace script {
+namespace {
+
+constexpr std::uint32_t kReasonDetach = 0;
+constexpr std::uint32_t kReasonAttach = 1;
+constexpr std::uint32_t kReasonLowMemory = 6;
+
+Step EntryStep(std::uint32_t reason) {
+  return [=](Session& session) { session.returned = harness::Entry(reason); };
+}
+
+Step ParseAttach(Arguments&) { return EntryStep(kReasonAttach); }
+Step ParseDetach(Arguments&) { return EntryStep(kReasonDetach); }
+Step ParseLowMemory(Arguments&) { return EntryStep(kReasonLowMemory); }
+Step ParseEntry(Arguments& arguments) { return EntryStep(arguments.Number("a reason code")); }
+
+Step ParseWindow(Arguments&) {
+  return [](Session& session) {
+    session.returned = harness::Initialize(session.World().windows.Create());
+  };
+}
+
+Step ParseWindowInvalid(Arguments&) {
+  return [](Session& session) {
+    PlatWindow none = 0xBAD0;
+    while (session.World().windows.Exists(none)) ++none;
+    session.returned = harness::Initialize(none);
+  };
+}
+
+Step ParseUnbind(Arguments&) {
+  return [](Session&) { harness::Uninitialize(); };
+}
+
+Step ParseCommand(Arguments& arguments) {
+  const std::uint32_t code = arguments.Number("a command code");
+  if (arguments.Take("null")) {
+    return [=](Session& session) { session.returned = harness::CommandProc(code, nullptr); };
+  }
+  sim::Bytes record;
+  while (!arguments.AtEnd()) {
+    if (record.size() == harness::kCommandRecordBytes)
+      arguments.Expected("64 record bytes at most");
+    record.push_back(arguments.RecordByte());
+  }
+  return [=](Session& session) {
+    sim::Bytes bytes = record;
+    session.returned = harness::CommandProc(code, &bytes);
+  };
+}
+
+Step ParseMotionInfo(Arguments& arguments) {
+  // Any byte, so that a script can show what the library does with a channel that is none.
+  std::vector<std::uint8_t> channels;
+  if (arguments.Take("all")) {
+    for (std::uint8_t channel = 0; channel < kChannelsMax; ++channel) channels.push_back(channel);
+  } else {
+    channels.push_back(arguments.Byte("a channel"));
+  }
+  const std::uint8_t level = arguments.Byte("a level");
+  sim::Bytes mask(VEXO_MOTION_MASK_BYTES);
+  std::generate(mask.begin(), mask.end(), [&] { return arguments.RecordByte(); });
+  return [=](Session& session) {
+    for (const std::uint8_t channel : channels) {
+      sim::Bytes bytes = mask;
+      session.returned = harness::SetMotionInfo(channel, level, &bytes);
+    }
+  };
+}
+
+Step ParseText(Arguments& arguments) {
+  const std::string line = arguments.Text("a line of text");
+  return [=](Session& session) { session.returned = harness::TextCommandProc(line); };
+}
+
+Step VersionStep(bool null_buffer) {
+  return [=](Session& session) {
+    int length = 0;
+    harness::GetVersion(null_buffer, &length);
+    session.returned = length;
+  };
+}
+
+Step ParseVersion(Arguments&) { return VersionStep(false); }
+Step ParseVersionNull(Arguments&) { return VersionStep(true); }
+
+Step ParseDebug(Arguments& arguments) {
+  const std::uint32_t enable = arguments.Number("a number");
+  return [=](Session&) { harness::SetEnableDebug(enable); };
+}
+
+Step ParseOutput(Arguments& arguments) {
+  const std::uint32_t enable = arguments.Number("a number");
+  return [=](Session&) { harness::SetEnableOutputMsg(enable); };
+}
+
+Step ParseRun(Arguments& arguments) {
+  const std::uint32_t ms = arguments.Number("a number of milliseconds");
+  return [=](Session& session) {
+    constexpr std::uint32_t kSlice = 60'000;  // a long run shows how far it is, and can be ended
+    Surroundings& around = session.Around();
+    if (ms == 0) around.LetTimePass(0);
+    for (std::uint32_t done = 0; done < ms && !around.Interrupted();) {
+      const std::uint32_t slice = std::min(kSlice, ms - done);
+      around.LetTimePass(slice);
+      done += slice;
+      around.ShowProgress("run: " + std::to_string(done / 1000) + " of " +
+                          std::to_string(ms / 1000) + " s of virtual time");
+    }
+  };
+}
+
+constexpr LineGroup kAction = LineGroup::Action;
+
+constexpr std::array kActionLines = {
+    LineKind{kAction, "attach", "", "the DLL entry with reason 1", ParseAttach},
+    LineKind{kAction, "detach", "", "the DLL entry with reason 0", ParseDetach},
+    LineKind{kAction, "lowmem", "", "the DLL entry with reason 6", ParseLowMemory},
+    LineKind{kAction, "entry", "N", "the DLL entry with any reason", ParseEntry},
+    LineKind{kAction, "window", "", "VEXOAPI_Initialize with a new host window", ParseWindow},
+    LineKind{kAction, "window invalid", "", "VEXOAPI_Initialize with a handle that is no window",
+             ParseWindowInvalid},
+    LineKind{kAction, "unbind", "", "VEXOAPI_Uninitialize", ParseUnbind},
+    LineKind{kAction, "command", "CODE [BYTE... | null]",
+             "VEXOAPI_CommandProc; the record is zero-filled to 64 bytes", ParseCommand},
+    LineKind{kAction, "motioninfo", "CH LEVEL BYTE x 24", "VEXOAPI_SetMotionInfo", ParseMotionInfo},
+    LineKind{kAction, "text", "\"LINE\"", "VEXOAPI_TextCommandProc", ParseText},
+    LineKind{kAction, "version", "", "VEXOAPI_GetVersion", ParseVersion},
+    LineKind{kAction, "version null", "", "VEXOAPI_GetVersion without a buffer", ParseVersionNull},
+    LineKind{kAction, "debug", "N", "VEXOAPI_SetEnableDebug", ParseDebug},
+    LineKind{kAction, "output", "N", "VEXOAPI_SetEnableOutputMsg", ParseOutput},
+    LineKind{kAction, "run", "MS", "the host pumps its messages while virtual time passes",
+             ParseRun},
+};
+
+}  // namespace
+
+std::span<const LineKind> ActionLines() { return kActionLines; }
+
+}  // namespace script

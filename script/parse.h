@@ -1,0 +1,33 @@
+// Scripts read: text to statements.
+#pragma once
+
+#include <istream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "script/line.h"
+
+namespace script {
+
+struct Statement {
+  unsigned line = 0;  // from 1
+  std::string text;   // as it stands, without blanks around it
+  LineGroup group = LineGroup::Board;
+  Step step;
+};
+
+// What a line does; `line` is left 0, none for a line without words. Throws Malformed, for an
+// expectation also when no action stands before it.
+std::optional<Statement> ParseLine(const std::string& text, bool after_action);
+
+// A wrong line, with "file:line: " and what was expected.
+struct ScriptError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// The lines that do something. Throws ScriptError for the first wrong one.
+std::vector<Statement> ParseScript(std::istream& in, const std::string& name);
+
+}  // namespace script

@@ -1,0 +1,34 @@
+// Scripts run on a fresh library and a fresh board.
+#pragma once
+
+#include <cstdint>
+#include <istream>
+#include <optional>
+#include <ostream>
+#include <string>
+
+#include "harness/image_run.h"
+#include "script/surroundings.h"
+
+namespace script {
+
+inline constexpr int kExitDone = 0;
+inline constexpr int kExitUnmet = 1;  // an expectation failed, nothing could go on, or a fault
+inline constexpr int kExitWrong = 2;  // the script or the command line is wrong
+
+struct RunOptions {
+  bool quiet = false;  // only failed expectations, the summary and what the script prints
+  std::uint64_t seed = 0;
+  bool registers = false;              // print all register pages at the end
+  std::optional<std::string> picture;  // write the screen at the end
+  std::ostream* trace = nullptr;       // JSON lines
+  // The machine that runs the library, none for the linked one. A fault of it fails the run.
+  const harness::ImageRun* machine = nullptr;
+};
+
+// Runs a script. `name` stands in messages. The whole script is read before its first line runs.
+// Returns one of kExit....
+int RunScript(std::istream& in, const std::string& name, const RunOptions& options,
+              Surroundings& around, std::ostream& out, std::ostream& err);
+
+}  // namespace script

@@ -1,0 +1,34 @@
+// What a script leaves to the program that runs it: how time passes, and how the board is shown.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string>
+
+#include "script/words.h"
+
+namespace script {
+
+class Surroundings {
+ public:
+  virtual ~Surroundings() = default;
+
+  // The host pumps its messages while this much of the board's time passes.
+  virtual void LetTimePass(std::uint32_t ms);
+  // Whether the user wants the line that is running to end.
+  virtual bool Interrupted() const { return false; }
+
+  // Says how far a long line is, where somebody watches; wipes it before anything else is printed.
+  virtual void ShowProgress(const std::string& /*text*/) {}
+  virtual void ClearProgress() {}
+
+  // The register pages of these chips, all pages or one.
+  virtual void ShowRegisters(std::ostream& out, ChipChoice chips,
+                             std::optional<std::uint8_t> page) = 0;
+  virtual void ShowScreen(std::ostream& out) = 0;
+  // Writes the screen to a file. Throws std::runtime_error with the reason.
+  virtual void SavePicture(const std::string& path) = 0;
+};
+
+}  // namespace script

@@ -1,0 +1,66 @@
+// A script line cut into words, and the words read as arguments.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sim/board/board.h"
+
+namespace script {
+
+// A line that is no line of the language; the text says what was expected and what was found.
+struct Malformed : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// Blank-separated words up to a comment; a word in double quotes is unquoted. Throws Malformed.
+std::vector<std::string> SplitWords(std::string_view line);
+
+// Names of the chips by position, and behind them "all".
+std::span<const std::string_view> ChipWords();
+
+// The chips that CHIP stands for.
+struct ChipChoice {
+  bool all = false;
+  unsigned position = 0;
+
+  // The one position, or every fitted one.
+  std::vector<unsigned> Fitted(const sim::Board& board) const;
+};
+
+// Reads the arguments of a line from left to right. Each throws Malformed when the next word is
+// not what it wants.
+class Arguments {
+ public:
+  explicit Arguments(std::span<const std::string> words) : words_(words) {}
+
+  bool AtEnd() const { return words_.empty(); }
+  // The next word is this one: takes it.
+  bool Take(std::string_view word);
+
+  std::string Text(std::string_view what);
+  std::uint32_t Number(std::string_view what, std::uint32_t least = 0,
+                       std::uint32_t most = std::numeric_limits<std::uint32_t>::max());
+  std::int32_t SignedNumber(std::string_view what);
+  std::uint8_t Byte(std::string_view what);
+  std::uint8_t RecordByte();         // two hexadecimal digits
+  std::uint8_t Page();               // 0 to 2
+  std::vector<unsigned> Channels();  // 0 to 15, or all
+  ChipChoice Chips();
+  bool OnOff();
+  std::size_t Choice(std::span<const std::string_view> words);  // index of the word
+  void End();
+
+  // Throws for the next word.
+  [[noreturn]] void Expected(std::string_view what) const;
+
+ private:
+  std::span<const std::string> words_;
+};
+
+}  // namespace script

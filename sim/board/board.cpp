@@ -1,0 +1,178 @@
+#include "sim/board/board.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <stdexcept>
+
+namespace sim {
+namespace {
+
+constexpr std::array kPositionNames = {"MASTER", "SLAVE1", "SLAVE2", "SLAVE3"};
+constexpr std::array kWindowNames = {"select", "address", "data"};
+
+using PageFlags = std::array<std::array<bool, kRegistersPerPage>, kPageCount>;
+
+// Which registers have a name: looked up at every data cycle, so it is a table.
+constexpr PageFlags MakeNamed() {
+  PageFlags named{};
+  for (const RegisterName& run : kRegisterNames) {
+    for (unsigned k = 0; k < run.count; ++k) {
+      for (unsigned i = 0; i < run.length; ++i)
+        named[run.page][run.base + k * run.stride + i] = true;
+    }
+  }
+  return named;
+}
+
+constexpr PageFlags kNamed = MakeNamed();
+
+}  // namespace
+
+Board::Board(Reports& reports) : reports_(reports) { FitChips(kChipsMax); }
+
+void Board::FitChips(unsigned count) {
+  if (count > kChipsMax) throw std::out_of_range("a board has four chip positions");
+  for (unsigned position = 0; position < kChipsMax; ++position) {
+    chips_[position].SetId(position < count ? kChipIdTw2835 : kEmptyId);
+  }
+}
+
+void Board::SetId(unsigned position, std::uint8_t id) { chips_.at(position).SetId(id); }
+
+unsigned Board::FittedCount() const {
+  return static_cast<unsigned>(
+      std::count_if(chips_.begin(), chips_.end(), [](const Chip& chip) { return chip.Fitted(); }));
+}
+
+void Board::SetCamera(unsigned channel, Camera camera) {
+  ChannelInput& input = chips_.at(channel / kChannelsPerChip).inputs[channel % kChannelsPerChip];
+  input.lost = camera == Camera::Off;
+  if (camera != Camera::Off) input.pal = camera == Camera::Pal;
+}
+
+void Board::SetWeak(unsigned channel, bool weak) {
+  chips_.at(channel / kChannelsPerChip).inputs[channel % kChannelsPerChip].weak = weak;
+}
+
+void Board::SetMotion(unsigned channel, bool motion) {
+  chips_.at(channel / kChannelsPerChip).inputs[channel % kChannelsPerChip].motion = motion;
+}
+
+void Board::SetSettle(int reads) {
+  settle_reads_ = std::max(reads, -1);
+  for (Chip& chip : chips_) chip.LimitSettle(settle_reads_);
+}
+
+void Board::SetFillBusy(unsigned reads) {
+  for (Chip& chip : chips_) chip.SetFillReads(reads);
+}
+
+void Board::SetSyncPeriod(std::uint32_t period_ms) {
+  sync_period_ms_ = period_ms;
+  sync_held_ = false;
+}
+
+void Board::HoldSync(bool level) {
+  sync_held_ = true;
+  sync_level_ = level;
+}
+
+bool Board::Sync() const {
+  if (sync_held_) return sync_level_;
+  return sync_period_ms_ != 0 && ((now_ms_ / sync_period_ms_) & 1) != 0;
+}
+
+void Board::Poke(unsigned position, std::uint8_t page, std::uint8_t reg, std::uint8_t value) {
+  chips_.at(position).Poke(page, reg, value, now_ms_);
+}
+
+std::uint8_t Board::Peek(unsigned position, std::uint8_t page, std::uint8_t reg) const {
+  return chips_.at(position).Peek(page, reg, position == 0 && Sync());
+}
+
+const ChannelInput& Board::Input(unsigned channel) const {
+  return chips_.at(channel / kChannelsPerChip).inputs[channel % kChannelsPerChip];
+}
+
+std::uint32_t Board::FrozenAt(unsigned channel) const { return FrozenState(channel).at_ms; }
+
+const Frozen& Board::FrozenState(unsigned channel) const {
+  return chips_.at(channel / kChannelsPerChip)
+      .FrozenState(static_cast<std::uint8_t>(channel % kChannelsPerChip));
+}
+
+const Bitmap& Board::BitmapOf(unsigned position) const { return chips_.at(position).DrawnBitmap(); }
+
+void Board::Store(BusWindow window, std::uint32_t value, unsigned bytes) {
+  if (bytes != 1) ReportWide("store to", window, bytes);
+  const std::uint8_t byte = value & 0xFF;
+  switch (window) {
+    case BusWindow::Select:
+      select_ = byte;
+      break;
+    case BusWindow::Address:
+      for (unsigned position = 0; position < kChipsMax; ++position) {
+        if (SelectedPage(position) < kPageCount) chips_[position].address = byte;
+      }
+      break;
+    case BusWindow::Data:
+      StoreData(byte);
+      break;
+  }
+}
+
+std::uint8_t Board::Load(BusWindow window, unsigned bytes) {
+  if (bytes != 1) ReportWide("load from", window, bytes);
+  return window == BusWindow::Data ? LoadData() : 0xFF;  // the other two windows only take
+}
+
+void Board::StoreData(std::uint8_t value) {
+  for (unsigned position = 0; position < kChipsMax; ++position) {
+    const std::uint8_t page = SelectedPage(position);
+    if (page >= kPageCount) continue;
+    Chip& chip = chips_[position];
+    CheckNamed(position, page, chip.address, "write to");
+    chip.Write(page, chip.address, value, settle_reads_, now_ms_);
+    ++chip.address;
+  }
+}
+
+std::uint8_t Board::LoadData() {
+  std::uint8_t value = 0xFF;
+  unsigned selected = 0;
+  std::uint8_t reg = 0;
+  for (unsigned position = 0; position < kChipsMax; ++position) {
+    const std::uint8_t page = SelectedPage(position);
+    if (page >= kPageCount) continue;
+    Chip& chip = chips_[position];
+    CheckNamed(position, page, chip.address, "read of");
+    reg = chip.address;
+    value &= chip.Read(page, reg, position == 0 && Sync());
+    ++chip.address;
+    ++selected;
+  }
+  if (selected > 1) {
+    char text[96];
+    std::snprintf(text, sizeof text, "read of register 0x%02X with %u chips selected (0x%02X)", reg,
+                  selected, select_);
+    reports_.Add(ReportKind::Contention, text);
+  }
+  return value;
+}
+
+void Board::CheckNamed(unsigned position, std::uint8_t page, std::uint8_t reg, const char* access) {
+  if (kNamed[page][reg] || !chips_[position].Fitted()) return;
+  char text[96];
+  std::snprintf(text, sizeof text, "%s %s page %u register 0x%02X, which has no name", access,
+                kPositionNames[position], page, reg);
+  reports_.Add(ReportKind::UnnamedRegister, text);
+}
+
+void Board::ReportWide(const char* access, BusWindow window, unsigned bytes) {
+  char text[96];
+  std::snprintf(text, sizeof text, "%u-byte %s the %s window", bytes, access,
+                kWindowNames[static_cast<std::size_t>(window)]);
+  reports_.Add(ReportKind::WideAccess, text);
+}
+
+}  // namespace sim

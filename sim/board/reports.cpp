@@ -1,0 +1,22 @@
+#include "sim/board/reports.h"
+
+namespace sim {
+
+void Reports::Add(ReportKind kind, const std::string& text) {
+  const auto [place, fresh] = places_.try_emplace({kind, text}, reports_.size());
+  if (fresh) {
+    reports_.push_back({kind, text, 1});
+  } else {
+    ++reports_[place->second].count;
+  }
+}
+
+unsigned Reports::Count(ReportKind kind) const {
+  unsigned count = 0;
+  for (const Report& report : reports_) {
+    if (report.kind == kind) count += report.count;
+  }
+  return count;
+}
+
+}  // namespace sim

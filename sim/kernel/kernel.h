@@ -1,0 +1,107 @@
+// Threads, objects and virtual time.
+//
+// Library threads are real threads, but one runs at a time, and it hands over only where it
+// sleeps, waits or sends (or, when asked for, at bus cycles). Time jumps to the next thing that is
+// due. When nothing can ever run again, the main host thread gets a Deadlock exception.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "platform/platform.h"
+#include "sim/trace.h"
+
+namespace sim {
+
+struct Deadlock : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+class World;
+
+class Kernel {
+ public:
+  explicit Kernel(World& world);
+  ~Kernel();  // ends the threads that are left
+
+  // ---- Virtual time -------------------------------------------------------------------------
+
+  std::uint32_t Now() const { return now_ms_; }  // ms, wrapping at 2^32
+  By Current() const { return by_; }             // who is running
+
+  // Chooses among threads that could run by this seed; 0: the default order, host first.
+  void SetSeed(std::uint64_t seed);
+  // One bus cycle in `one_in` hands over to another thread, which may be one whose
+  // time has not come (time then jumps). 0: never.
+  void SetPreemption(unsigned one_in);
+  void AtBusCycle() {
+    if (preempt_one_in_ != 0) Preempt();
+  }
+
+  // ---- Host threads -------------------------------------------------------------------------
+
+  // Starts another host thread. It first runs when the calling thread next sleeps, waits or pumps.
+  // What its body throws comes out of the main host thread's next pause.
+  unsigned StartHostThread(std::function<void()> body);
+  bool HostThreadDone(unsigned id) const;
+  // The host thread pumps its messages while `ms` pass. The windows are the main host thread's:
+  // any other has none to pump and is idle.
+  void Pump(std::uint32_t ms);
+  // Like Pump with no messages handled: the host is busy elsewhere.
+  void Idle(std::uint32_t ms);
+
+  // ---- What platform.h needs ------------------------------------------------------------------
+
+  PlatHandle CreateMutex(const std::u16string& name);
+  PlatHandle CreateEvent(const std::u16string* name, bool manual_reset, bool signalled);
+  std::uint32_t Wait(PlatHandle handle, std::uint32_t timeout_ms);
+  bool ReleaseMutex(PlatHandle handle);
+  bool CloseHandle(PlatHandle handle);
+  PlatHandle CreateThread(PlatThreadProc proc, void* argument, std::uint32_t* thread_id);
+  bool GetExitCodeThread(PlatHandle handle, std::uint32_t* exit_code);
+  bool TerminateThread(PlatHandle handle, std::uint32_t exit_code);
+  bool SetThreadQuantum(PlatHandle handle, std::uint32_t quantum_ms);
+  std::uint32_t CurrentThreadId() const;
+  void Sleep(std::uint32_t ms);
+  std::uint32_t LastError() const;  // of the calling thread
+  void SetLastError(std::uint32_t error);
+  bool SendMessage(PlatWindow window, std::uint32_t message, std::uintptr_t wparam,
+                   std::intptr_t lparam, std::uint32_t timeout_ms);
+  bool PostMessage(PlatWindow window, std::uint32_t message, std::uintptr_t wparam,
+                   std::intptr_t lparam);
+
+  PlatHandle LoadModule(const std::u16string& name);
+  // A handle value that no object has or had, for devices that keep their own handles.
+  PlatHandle NewHandleValue();
+
+  // ---- The back side ----------------------------------------------------------------------------
+
+  // Signals an event, as another process could.
+  bool SetEvent(PlatHandle handle);
+  // The window is gone: sends that wait for it fail, posted messages are dropped.
+  void WindowDestroyed(PlatWindow window);
+
+  // ---- For tests --------------------------------------------------------------------------------
+
+  // Whether a thread holds the named mutex.
+  bool MutexHeld(const std::u16string& name) const;
+  // How often the owning thread holds it.
+  unsigned MutexDepth(const std::u16string& name) const;
+  std::uint32_t ThreadQuantum(PlatHandle handle) const;  // 0: never set
+  unsigned OpenHandles() const;                          // mutexes, events, threads
+  unsigned OpenModules() const;
+  unsigned LiveThreads() const;  // library threads that have not ended
+
+ private:
+  void Preempt();
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+  std::uint32_t now_ms_ = 0;
+  By by_ = By::Host;
+  unsigned preempt_one_in_ = 0;
+};
+
+}  // namespace sim

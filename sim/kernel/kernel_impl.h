@@ -1,0 +1,216 @@
+// Inside the kernel: its threads and objects. Only the kernel's own files include this.
+#pragma once
+
+#include <semaphore.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "sim/kernel/kernel.h"
+#include "sim/world.h"
+
+namespace sim {
+
+inline constexpr std::uint64_t kNever = ~std::uint64_t{0};  // a due time that does not come
+
+inline constexpr std::uint32_t kErrorAccessDenied = 5;
+inline constexpr std::uint32_t kErrorInvalidHandle = 6;
+inline constexpr std::uint32_t kErrorNotEnoughMemory = 8;
+inline constexpr std::uint32_t kErrorNotOwner = 288;
+inline constexpr std::uint32_t kErrorInvalidWindow = 1400;
+inline constexpr std::uint32_t kErrorTimeout = 1460;
+
+// Unwinds a thread that was ended from outside. No std::exception, so that nobody takes it for one.
+struct ThreadEnded {};
+
+// Where a parked thread waits for its turn. A POSIX semaphore: one hand-over, one wake-up.
+class Turn {
+ public:
+  Turn() { sem_init(&semaphore_, 0, 0); }
+  ~Turn() { sem_destroy(&semaphore_); }
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+  void Give() { sem_post(&semaphore_); }
+  void Await() {
+    while (sem_wait(&semaphore_) != 0 && errno == EINTR) {
+    }
+  }
+
+ private:
+  sem_t semaphore_;
+};
+
+struct Thread;
+
+// What a handle stands for.
+struct Object : std::enable_shared_from_this<Object> {
+  virtual ~Object() = default;
+  // The result of a wait when the object is there for the taking, which takes it; else nothing.
+  virtual std::optional<std::uint32_t> TryTake(Thread& taker) = 0;
+
+  std::u16string name;          // empty: unnamed
+  unsigned handles = 0;         // open ones
+  std::deque<Thread*> waiters;  // in order of arrival
+};
+
+struct Mutex : Object {
+  std::optional<std::uint32_t> TryTake(Thread& taker) override;
+  Thread* owner = nullptr;
+  unsigned depth = 0;      // acquisitions of the owner
+  bool abandoned = false;  // the last owner ended; nobody took it since
+};
+
+struct EventObject : Object {
+  std::optional<std::uint32_t> TryTake(Thread& taker) override;
+  bool manual_reset = false;
+  bool signalled = false;
+};
+
+struct Module : Object {
+  std::optional<std::uint32_t> TryTake(Thread&) override { return kPlatWaitFailed; }
+};
+
+struct PendingSend;
+
+struct Thread : Object {
+  std::optional<std::uint32_t> TryTake(Thread& taker) override;
+
+  // Fixed at creation.
+  By by = By::Host;
+  bool main = false;
+  unsigned host_id = 0;  // 0: main host thread or library thread
+  std::uint32_t id = 0;
+  std::function<std::uint32_t()> body;
+
+  // Scheduling.
+  Turn turn;
+  std::thread os_thread;
+  std::uint64_t due = 0;      // when it may run; kNever: when something wakes it
+  std::uint64_t yielded = 0;  // behind all that yielded less lately at the same time; 0: did not
+  Object* waiting_for = nullptr;
+  PendingSend* sending = nullptr;
+  std::uint32_t wait_result = kPlatWaitTimeout;
+  bool deadlocked = false;  // main host thread: to be told so when it goes on
+  bool killed = false;      // must not run any more
+  bool ended = false;
+  std::uint32_t exit_code = kPlatStillActive;
+
+  std::uint32_t last_error = 0;
+  std::uint32_t quantum = 0;
+  std::vector<std::shared_ptr<Mutex>> owned;
+};
+
+// A sent message whose sender waits.
+struct PendingSend {
+  Thread* sender;
+  PlatWindow window;
+  std::uint32_t message;
+  std::uintptr_t wparam;
+  std::intptr_t lparam;
+  bool done = false;
+  bool ok = false;
+};
+
+struct PostedMessage {
+  PlatWindow window;
+  std::uint32_t message;
+  std::uintptr_t wparam;
+  std::intptr_t lparam;
+};
+
+struct Kernel::Impl {
+  Impl(Kernel& of, World& in);
+
+  // ---- Scheduling: scheduler.cpp ----------------------------------------------------------------
+
+  std::uint64_t Random(std::uint64_t below);
+  std::uint64_t After(std::uint32_t ms) const;  // due time ms from now, kPlatForever: never
+  // The current thread gives way until `due`; comes back when it is its turn.
+  void Block(std::uint64_t due);
+  // Others that are due now go first.
+  void Yield();
+  // With a seed: any other thread that is due now may go first.
+  void MayYield();
+  void PreemptNow(unsigned one_in);
+  void Wake(Thread& thread, std::uint32_t result);
+  // Who goes on when the current thread does not. Marks the main host thread deadlocked and picks
+  // it when it can never go on otherwise.
+  Thread& Choose();
+  bool MainIsStuck() const;
+  std::string WhoWaitsForWhat() const;
+  // Time moves to the thread's due time, and it is the current one.
+  void MakeCurrent(Thread& next);
+  // After MakeCurrent: parks this thread, lets `next` run; comes back when it is its turn.
+  void SwitchTo(Thread& self, Thread& next);
+
+  // ---- Threads: threads.cpp ---------------------------------------------------------------------
+
+  std::shared_ptr<Thread> StartThread(By by, unsigned host_id, std::function<std::uint32_t()> body);
+  void RunThread(Thread& self);
+  void Kill(Thread& victim);         // unwinds it now; no time passes
+  void Retire(Thread& thread);       // it ended: its mutexes are abandoned, its waiters go on
+  void StopWaiting(Thread& thread);  // takes it off the lists of what it waits for
+  void JoinEnded();
+  void EndThreads();  // all but the main host thread
+
+  // ---- Objects: objects.cpp ---------------------------------------------------------------------
+
+  PlatHandle Open(std::shared_ptr<Object> object);
+  template <typename T>
+  std::shared_ptr<T> Find(PlatHandle handle) const {
+    const auto found = handles.find(handle);
+    return found == handles.end() ? nullptr : std::dynamic_pointer_cast<T>(found->second);
+  }
+  const Mutex* FindNamedMutex(const std::u16string& name) const;
+  std::uint32_t Wait(const std::shared_ptr<Object>& object, std::uint32_t timeout_ms);
+  // Lets waiters of the object go on while there is something for them to take.
+  void ServeWaiters(Object& object);
+  void LetGo(Mutex& mutex);
+  bool Fail(std::uint32_t error) {
+    current->last_error = error;
+    return false;
+  }
+
+  // ---- Messages: messages.cpp -------------------------------------------------------------------
+
+  void HandleMessages();
+  void Handle(const PostedMessage& message, bool posted);
+  void Answer(PendingSend& send, bool ok);  // ends a sender's wait
+  void TraceMessage(const Thread& sender, bool post, bool ok, const PostedMessage& message);
+
+  Kernel& kernel;
+  World& world;
+
+  std::uint64_t now = 0;  // ms; the kernel shows the low 32 bits
+  std::uint64_t seed = 0;
+  std::uint64_t random_state = 0;
+  std::uint64_t yields = 0;
+
+  std::shared_ptr<Thread> main;
+  Thread* current = nullptr;
+  std::vector<Thread*> live;  // main host thread, other host threads, library threads
+  std::vector<std::shared_ptr<Thread>>
+      threads;                      // all but the main host thread that have an OS thread
+  std::vector<bool> host_done;      // by host thread id
+  std::exception_ptr host_failure;  // what a thread's body threw
+  std::uint32_t next_thread_id = 0x1001;
+
+  std::map<PlatHandle, std::shared_ptr<Object>> handles;
+  std::map<std::u16string, Object*> named;
+  PlatHandle next_handle = 0x100;
+
+  bool pumping = false;
+  std::deque<PendingSend*> sends;
+  std::deque<PostedMessage> posts;
+};
+
+}  // namespace sim

@@ -1,0 +1,187 @@
+// Virtual time and whose turn it is.
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "sim/kernel/kernel_impl.h"
+
+namespace sim {
+
+std::uint64_t Kernel::Impl::Random(std::uint64_t below) {
+  // SplitMix64: the same numbers on every machine.
+  random_state += 0x9E3779B97F4A7C15u;
+  std::uint64_t z = random_state;
+  z = (z ^ z >> 30) * 0xBF58476D1CE4E5B9u;
+  z = (z ^ z >> 27) * 0x94D049BB133111EBu;
+  return (z ^ z >> 31) % below;
+}
+
+std::uint64_t Kernel::Impl::After(std::uint32_t ms) const {
+  return ms == kPlatForever ? kNever : now + ms;
+}
+
+bool Kernel::Impl::MainIsStuck() const {
+  if (main->due != kNever) return false;
+  // Another host thread may do anything; library threads only release what they own.
+  for (const Thread* thread : live) {
+    if (!thread->main && thread->by == By::Host && thread->due != kNever) return false;
+  }
+  std::set<const Thread*> seen;
+  const Thread* thread = main.get();
+  while (seen.insert(thread).second) {
+    const auto* mutex = dynamic_cast<const Mutex*>(thread->waiting_for);
+    const auto* other = dynamic_cast<const Thread*>(thread->waiting_for);
+    thread = mutex != nullptr ? mutex->owner : other;
+    if (thread == nullptr) return true;  // nobody signals an event
+    if (thread->due != kNever) return false;
+  }
+  return true;
+}
+
+Thread& Kernel::Impl::Choose() {
+  if (MainIsStuck()) {
+    main->deadlocked = true;
+    main->due = now;
+    return *main;
+  }
+  // Whoever is late is as due as whoever is due now.
+  const auto due = [this](const Thread& thread) { return std::max(thread.due, now); };
+  Thread* best = main.get();
+  std::uint64_t count = 1;
+  for (Thread* thread : live) {
+    if (thread->main || thread->due == kNever) continue;
+    if (due(*thread) < due(*best)) {
+      best = thread;
+      count = 1;
+    } else if (due(*thread) == due(*best)) {
+      ++count;
+      if (seed == 0 && thread->yielded < best->yielded) best = thread;
+    }
+  }
+  if (seed == 0 || count <= 1) return *best;
+  std::uint64_t skip = Random(count);
+  for (Thread* thread : live) {
+    if (thread->due != kNever && due(*thread) == due(*best) && skip-- == 0) return *thread;
+  }
+  return *best;
+}
+
+void Kernel::Impl::MakeCurrent(Thread& next) {
+  if (next.due > now) {
+    now = next.due;
+    kernel.now_ms_ = static_cast<std::uint32_t>(now);
+    world.board.SetTime(kernel.now_ms_);
+  }
+  next.due = now;
+  next.yielded = 0;
+  current = &next;
+  kernel.by_ = next.by;
+}
+
+void Kernel::Impl::SwitchTo(Thread& self, Thread& next) {
+  if (&next != &self) {
+    next.turn.Give();
+    self.turn.Await();
+  }
+  if (self.killed) throw ThreadEnded{};
+  if (!self.main) return;
+  if (host_failure) std::rethrow_exception(std::exchange(host_failure, nullptr));
+  if (std::exchange(self.deadlocked, false)) {
+    const std::string text = WhoWaitsForWhat();
+    StopWaiting(self);
+    throw Deadlock(text);
+  }
+}
+
+void Kernel::Impl::Block(std::uint64_t due) {
+  Thread& self = *current;
+  if (self.killed) return;  // it unwinds: no more pauses
+  self.due = due;
+  Thread& next = Choose();
+  MakeCurrent(next);
+  SwitchTo(self, next);
+}
+
+void Kernel::Impl::Yield() {
+  current->yielded = ++yields;
+  Block(now);
+}
+
+void Kernel::Impl::MayYield() {
+  if (seed != 0) Block(now);
+}
+
+void Kernel::Impl::PreemptNow(unsigned one_in) {
+  Thread& self = *current;
+  if (self.killed || Random(one_in) != 0) return;
+  std::vector<Thread*> others;
+  for (Thread* thread : live) {
+    if (thread != &self && thread->due != kNever) others.push_back(thread);
+  }
+  if (others.empty()) return;
+  self.due = now;
+  Thread& next = *others[Random(others.size())];
+  MakeCurrent(next);
+  SwitchTo(self, next);
+}
+
+void Kernel::Impl::Wake(Thread& thread, std::uint32_t result) {
+  thread.wait_result = result;
+  thread.waiting_for = nullptr;
+  thread.due = now;
+}
+
+std::string Kernel::Impl::WhoWaitsForWhat() const {
+  const auto name = [](const Thread& thread) {
+    if (thread.main) return std::string("the main host thread");
+    if (thread.host_id != 0) return "host thread " + std::to_string(thread.host_id);
+    return "library thread " + std::to_string(thread.id);
+  };
+  std::string text = "nothing can wake the main host thread:";
+  for (const Thread* thread : live) {
+    text += (thread == live.front() ? " " : "; ") + name(*thread);
+    if (const auto* mutex = dynamic_cast<const Mutex*>(thread->waiting_for)) {
+      text += " waits for the mutex \"" + ToUtf8(mutex->name.c_str()) + "\"";
+      if (mutex->owner != nullptr) text += " that " + name(*mutex->owner) + " holds";
+    } else if (const auto* other = dynamic_cast<const Thread*>(thread->waiting_for)) {
+      text += " waits for the end of " + name(*other);
+    } else if (thread->waiting_for != nullptr) {
+      const std::string event = ToUtf8(thread->waiting_for->name.c_str());
+      text += event.empty() ? " waits for an event" : " waits for the event \"" + event + "\"";
+    } else if (thread->sending != nullptr) {
+      text += " waits for the answer to a message";
+    } else {
+      text += " sleeps";
+    }
+    if (thread->due != kNever && !thread->main) {
+      text += " until " + std::to_string(thread->due) + " ms";
+    }
+  }
+  return text;
+}
+
+// ---- Kernel -----------------------------------------------------------------------------------
+
+void Kernel::SetSeed(std::uint64_t seed) {
+  impl_->seed = seed;
+  impl_->random_state = seed;
+}
+
+void Kernel::SetPreemption(unsigned one_in) { preempt_one_in_ = one_in; }
+
+void Kernel::Preempt() { impl_->PreemptNow(preempt_one_in_); }
+
+void Kernel::Sleep(std::uint32_t ms) {
+  impl_->world.Record(SleepEvent{false, ms});
+  Idle(ms);
+}
+
+void Kernel::Idle(std::uint32_t ms) {
+  if (ms == 0) {
+    impl_->Yield();
+  } else {
+    impl_->Block(impl_->After(ms));
+  }
+}
+
+}  // namespace sim

@@ -1,0 +1,84 @@
+// NVRAM and stream drivers.
+#include "platform/platform.h"
+#include "sim/world.h"
+
+namespace {
+
+constexpr std::uint32_t kErrorFileNotFound = 2;
+constexpr std::uint32_t kErrorInvalidHandle = 6;
+constexpr std::uint32_t kNvramFailed = 1;
+
+std::uint32_t RecordSwitch(const char* op) {
+  sim::NvramEvent event;
+  event.op = op;
+  event.ok = true;
+  sim::TheWorld().Record(event);
+  return 0;
+}
+
+std::uint32_t Transfer(const char* op, std::uint32_t block, const PlatNvramRequest* request) {
+  sim::World& world = sim::TheWorld();
+  sim::NvramEvent event;
+  event.op = op;
+  event.block = block;
+  if (request != nullptr && request->buffer != nullptr) {
+    const bool write = event.op == "write";
+    event.offset = request->offset;
+    event.length = request->length;
+    event.ok = write ? world.nvram.Write(block, request->offset, request->length, request->buffer)
+                     : world.nvram.Read(block, request->offset, request->length, request->buffer);
+    // A failed read has no data; a failed write shows what should have been written.
+    if (event.ok || write) event.data.assign(request->buffer, request->buffer + request->length);
+  }
+  world.Record(event);
+  return event.ok ? 0 : kNvramFailed;
+}
+
+}  // namespace
+
+std::uint32_t Plat_NvramInit() { return RecordSwitch("init"); }
+std::uint32_t Plat_NvramDeinit() { return RecordSwitch("deinit"); }
+
+std::uint32_t Plat_NvramRead(std::uint32_t block, PlatNvramRequest* request) {
+  return Transfer("read", block, request);
+}
+
+std::uint32_t Plat_NvramWrite(std::uint32_t block, PlatNvramRequest* request) {
+  return Transfer("write", block, request);
+}
+
+PlatHandle Plat_OpenDriver(const char16_t* name, std::uint32_t access, std::uint32_t share,
+                           std::uint32_t disposition) {
+  sim::World& world = sim::TheWorld();
+  const std::string driver = sim::ToUtf8(name);
+  const PlatHandle handle = world.drivers.Open(driver, world.kernel.NewHandleValue());
+  const bool ok = handle != kPlatNoHandle && handle != kPlatInvalidHandle;
+  world.Record(sim::OpenEvent{driver, access, share, disposition, ok});
+  if (!ok) world.kernel.SetLastError(kErrorFileNotFound);
+  return handle;
+}
+
+bool Plat_ControlDriver(PlatHandle driver, std::uint32_t code, const void* input,
+                        std::uint32_t input_bytes) {
+  sim::World& world = sim::TheWorld();
+  sim::IoctlEvent event;
+  event.ok = world.drivers.Find(driver) != nullptr;
+  event.name = world.drivers.NameOf(driver);
+  event.code = code;
+  if (input != nullptr) {
+    const auto* bytes = static_cast<const std::uint8_t*>(input);
+    event.in.assign(bytes, bytes + input_bytes);
+  }
+  world.Record(event);
+  if (!event.ok) world.kernel.SetLastError(kErrorInvalidHandle);
+  return event.ok;
+}
+
+bool Plat_CloseDriver(PlatHandle driver) {
+  sim::World& world = sim::TheWorld();
+  const std::string name = world.drivers.NameOf(driver);
+  const bool ok = world.drivers.Close(driver);
+  world.Record(sim::CloseEvent{name, ok});
+  if (!ok) world.kernel.SetLastError(kErrorInvalidHandle);
+  return ok;
+}

@@ -1,0 +1,305 @@
+#include "sim/screen/screen.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "sim/screen/bitmap_layer.h"
+#include "sim/screen/motion_boxes.h"
+#include "sim/screen/tape_card.h"
+#include "sim/screen/test_card.h"
+#include "sim/screen/zoom.h"
+
+namespace sim {
+namespace {
+
+// Neighbouring samples of a picture's line or column whose average makes one pixel.
+struct Samples {
+  int first = 0;
+  int count = 1;
+};
+
+// How one axis of a window maps to its picture, pixel by pixel; ends where the picture ends.
+using Axis = std::vector<Samples>;
+
+// Through a scaler: ratio is its 16-bit value, scaled size = size * (ratio + 1) / 65536. Samples
+// are rounded to the nearest, for 1/3 and its like are not exact in 16 bits.
+Axis ScaledAxis(int window_pixels, int picture_pixels, unsigned ratio, unsigned filter) {
+  Axis axis;
+  const auto scale = static_cast<std::int64_t>(ratio) + 1;
+  for (int i = 0; i < window_pixels; ++i) {
+    const std::int64_t source = (static_cast<std::int64_t>(i) * 65536 + scale / 2) / scale;
+    if (source >= picture_pixels) break;
+    axis.push_back({static_cast<int>(source), static_cast<int>(filter) + 1});
+  }
+  return axis;
+}
+
+// A picture that fills its window, whatever the size of both.
+Axis FittedAxis(int window_pixels, int picture_pixels) {
+  Axis axis;
+  for (int i = 0; i < window_pixels; ++i) {
+    const int first = i * picture_pixels / window_pixels;
+    const int end = (i + 1) * picture_pixels / window_pixels;
+    axis.push_back({first, std::max(end - first, 1)});
+  }
+  return axis;
+}
+
+struct Rect {
+  int left = 0;  // pixels; right and bottom are the first ones outside
+  int right = 0;
+  int top = 0;
+  int bottom = 0;
+  int Width() const { return right - left; }
+  int Height() const { return bottom - top; }
+  bool Empty() const { return right <= left || bottom <= top; }
+};
+
+enum class Source { Camera, Decoder, DecoderOff };
+
+// One enabled display position of a chip, read from its registers.
+struct Window {
+  unsigned channel = 0;  // 4 * chip + position
+  bool front = false;
+  bool blank = false;
+  bool frozen = false;
+  Rect rect;
+  Source source = Source::Camera;
+  unsigned picture = 0;  // channel whose camera or decoded picture it shows
+  unsigned control = 0;  // of the scaler that it shows; decoded pictures pass by it
+  unsigned vertical = 0;
+  unsigned horizontal = 0;
+};
+
+// Registers of one chip.
+class Registers {
+ public:
+  Registers(const Board& board, unsigned chip) : board_(board), chip_(chip) {}
+  unsigned operator()(std::uint8_t page, unsigned reg) const {
+    return board_.Peek(chip_, page, static_cast<std::uint8_t>(reg));
+  }
+
+ private:
+  const Board& board_;
+  unsigned chip_;
+};
+
+// The decoder delivers pictures of any size: what a position shows of it is a matter of the path
+// registers alone.
+void ReadDecodedPath(const Registers& reg, unsigned position, Window& window) {
+  const unsigned path = reg(kPage1, kChannelPath + kDisplayStride * position);
+  const unsigned chip_path = reg(kPage1, kChannelPath);  // position 0 switches for the whole chip
+  const bool off = (chip_path & kPathDecoded) != 0 && (chip_path & kPathOpen) == 0;
+  window.source = off ? Source::DecoderOff : Source::Decoder;
+  window.picture = (path & kPathDecoded) != 0 ? path & kPathChannel : window.channel;
+}
+
+// False when the position shows nothing.
+bool ReadWindow(const Board& board, unsigned chip, unsigned position, Window& window) {
+  const Registers reg(board, chip);
+  const unsigned display = reg(kPage1, kChannelDisplay + kDisplayStride * position);
+  if ((display & kDisplayEnable) == 0) return false;
+
+  const unsigned corner = kWindow + kWindowStride * position;
+  const auto pixels = [&](unsigned i) {
+    return static_cast<int>(reg(kPage1, corner + i)) * kPixelsPerUnit;
+  };
+  window.rect = {pixels(0), pixels(1), pixels(2), pixels(3)};
+  if (window.rect.Empty()) return false;
+
+  const unsigned attribute = reg(kPage1, kChannelAttribute + kDisplayStride * position);
+  window.channel = kChannelsPerChip * chip + position;
+  window.front = (display & kDisplayFront) != 0;
+  window.blank = (attribute & kAttributeBlank) != 0;
+  window.frozen = (attribute & kAttributeFreeze) != 0;
+
+  if ((display & kDisplayDecoded) != 0) {
+    ReadDecodedPath(reg, position, window);
+    return true;
+  }
+  const unsigned scaler = kScalerStride * (display & kDisplayPosition);
+  window.control = reg(kPage0, kScalerControl + scaler);
+  window.picture = kChannelsPerChip * chip + (window.control >> 6);
+  window.vertical =
+      reg(kPage0, kScalerVertical + scaler) << 8 | reg(kPage0, kScalerVertical + scaler + 1);
+  window.horizontal =
+      reg(kPage0, kScalerHorizontal + scaler) << 8 | reg(kPage0, kScalerHorizontal + scaler + 1);
+  return true;
+}
+
+// The windows of the whole cascade, topmost first: the front layer above the others, and within a
+// layer the lower channel above the higher.
+std::vector<Window> ReadWindows(const Board& board) {
+  std::vector<Window> windows;
+  for (unsigned chip = 0; chip < kChipsMax; ++chip) {
+    if (!board.Fitted(chip)) continue;
+    for (unsigned position = 0; position < kChannelsPerChip; ++position) {
+      Window window;
+      if (ReadWindow(board, chip, position, window)) windows.push_back(window);
+    }
+  }
+  std::stable_sort(windows.begin(), windows.end(),
+                   [](const Window& a, const Window& b) { return a.front && !b.front; });
+  return windows;
+}
+
+// A card is CardLine or TapeLine, line by line.
+template <typename Line>
+std::vector<Line> MakeCard(unsigned channel, int height, std::uint32_t time_ms) {
+  std::vector<Line> card;
+  card.reserve(static_cast<std::size_t>(height));
+  for (int y = 0; y < height; ++y) card.emplace_back(channel, y, height, time_ms);
+  return card;
+}
+
+// The average of the samples; at the edges the last ones count again.
+template <typename Line>
+Rgb Filtered(const std::vector<Line>& card, Samples across, Samples down) {
+  unsigned r = 0;
+  unsigned g = 0;
+  unsigned b = 0;
+  for (int row = down.first; row < down.first + down.count; ++row) {
+    const Line& line = card[std::min(static_cast<std::size_t>(row), card.size() - 1)];
+    for (int column = across.first; column < across.first + across.count; ++column) {
+      const Rgb sample = line.At(std::min(column, kCardWidth - 1));
+      r += sample.r;
+      g += sample.g;
+      b += sample.b;
+    }
+  }
+  const auto count = static_cast<unsigned>(across.count * down.count);
+  return {static_cast<std::uint8_t>(r / count), static_cast<std::uint8_t>(g / count),
+          static_cast<std::uint8_t>(b / count)};
+}
+
+// Composes windows from the topmost down: a pixel that has been drawn stays.
+class Composer {
+ public:
+  Composer(const Board& board, int height)
+      : board_(board),
+        image_(FilledImage(kScreenWidth, height, kScreenBackground)),
+        drawn_(image_.pixels.size(), false) {}
+
+  void Add(const Window& window) {
+    if (window.blank) {
+      Fill(window.rect, kScreenBlanked);
+    } else if (window.source == Source::Camera) {
+      AddCamera(window);
+    } else if (window.source == Source::Decoder) {
+      AddDecoded(window);
+    } else {
+      Fill(window.rect, kScreenNoPicture);
+    }
+  }
+
+  Image Take() { return std::move(image_); }
+
+ private:
+  void AddCamera(const Window& window) {
+    const Frozen& frozen = board_.FrozenState(window.channel);
+    const ChannelInput& input = board_.Input(window.picture);
+    const unsigned of_chip = window.picture % kChannelsPerChip;
+    const bool picture = window.frozen ? frozen.has_picture[of_chip] : input.HasPicture();
+    if (!picture) {
+      Fill(window.rect, kScreenNoSignal);
+      return;
+    }
+    // A camera of the other standard has its own number of lines, on whatever screen.
+    const bool pal = window.frozen ? frozen.pal[of_chip] : input.pal;
+    const int lines = pal ? kCardHeightPal : kCardHeightNtsc;
+    DrawCard(window.rect, MakeCard<CardLine>(window.picture, lines, TimeOf(window)),
+             ScaledAxis(window.rect.Width(), kCardWidth, window.horizontal, window.control & 3),
+             ScaledAxis(window.rect.Height(), lines, window.vertical, window.control >> 2 & 3));
+  }
+
+  // The tape plays in the board's standard, whatever the cameras do.
+  void AddDecoded(const Window& window) {
+    DrawCard(window.rect, MakeCard<TapeLine>(window.picture, image_.height, TimeOf(window)),
+             FittedAxis(window.rect.Width(), kCardWidth),
+             FittedAxis(window.rect.Height(), image_.height));
+  }
+
+  std::uint32_t TimeOf(const Window& window) const {
+    return window.frozen ? board_.FrozenAt(window.channel) : board_.Time();
+  }
+
+  template <typename Line>
+  void DrawCard(const Rect& rect, const std::vector<Line>& card, const Axis& across,
+                const Axis& down) {
+    Draw(rect, [&](int x, int y) {
+      const auto column = static_cast<std::size_t>(x);
+      const auto row = static_cast<std::size_t>(y);
+      if (column >= across.size() || row >= down.size()) return kScreenNoPicture;
+      return Filtered(card, across[column], down[row]);
+    });
+  }
+
+  void Fill(const Rect& rect, Rgb color) {
+    Draw(rect, [color](int, int) { return color; });
+  }
+
+  // color(x, y): of a pixel of the window, from its top left corner.
+  template <typename Color>
+  void Draw(const Rect& rect, Color color) {
+    const int right = std::min(rect.right, image_.width);
+    const int bottom = std::min(rect.bottom, image_.height);
+    for (int y = rect.top; y < bottom; ++y) {
+      for (int x = rect.left; x < right; ++x) {
+        const auto index = static_cast<std::size_t>(y * image_.width + x);
+        if (drawn_[index]) continue;
+        drawn_[index] = true;
+        image_.pixels[index] = color(x - rect.left, y - rect.top);
+      }
+    }
+  }
+
+  const Board& board_;
+  Image image_;
+  std::vector<bool> drawn_;
+};
+
+Image ColorBars(int height) {
+  constexpr std::array<Rgb, 8> kBars = {{{235, 235, 235},
+                                         {235, 235, 16},
+                                         {16, 235, 235},
+                                         {16, 235, 16},
+                                         {235, 16, 235},
+                                         {235, 16, 16},
+                                         {16, 16, 235},
+                                         {16, 16, 16}}};
+  Image image = FilledImage(kScreenWidth, height, kScreenBackground);
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < kScreenWidth; ++x) {
+      image.At(x, y) = kBars[static_cast<std::size_t>(x) * kBars.size() / kScreenWidth];
+    }
+  }
+  return image;
+}
+
+}  // namespace
+
+Image FilledImage(int width, int height, Rgb fill) {
+  const auto count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  return {width, height, std::vector<Rgb>(count, fill)};
+}
+
+Image ComposeScreen(const Board& board) {
+  const bool master = board.Fitted(0);  // the master drives the screen
+  const bool pal = master && (board.Peek(0, kPage1, kSystemControl) & kSystemPal) != 0;
+  const int height = pal ? kScreenHeightPal : kScreenHeightNtsc;
+  if (!master) return FilledImage(kScreenWidth, height, kScreenBackground);
+  if ((board.Peek(0, kPage1, kStatusFlags) & kColorBar) != 0) return ColorBars(height);
+
+  Composer composer(board, height);
+  for (const Window& window : ReadWindows(board)) composer.Add(window);
+  Image image = composer.Take();
+  DrawMotionBoxes(board, image);
+  if (const auto part = ReadZoom(board, height)) image = Zoomed(image, *part);
+  DrawBitmaps(board, image);
+  return image;
+}
+
+}  // namespace sim

@@ -1,0 +1,437 @@
+// The emulated board on toy images: calls, imports, bus windows, threads, and every fault it
+// reports.
+#include "device/emulator/machine.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "sim/world.h"
+#include "tests/device/emulator/toy_image.h"
+
+namespace emulator {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr std::uint32_t kOtherBase = 0x01E40000;
+constexpr std::uint32_t kWordAddress = ToyImage::kBase + ToyImage::kWord;
+
+using Code = std::vector<std::uint32_t>;
+
+// Calls the first import with the arguments it was called with, and returns its result.
+const Code kCallImport = {
+    0xE92D4010,  // push {r4, lr}
+    0xE59FC010,  // ldr ip, [pc, #16]
+    0xE59CC000,  // ldr ip, [ip]
+    0xE1A0E00F,  // mov lr, pc
+    0xE12FFF1C,  // bx ip
+    0xE8BD4010,  // pop {r4, lr}
+    0xE12FFF1E,  // bx lr
+    ToyImage::kBase + ToyImage::kData,
+};
+constexpr std::uint32_t kCallImportSlot = ToyImage::kCode + 0x1C;
+
+class ArmMachineTest : public testing::Test {
+ protected:
+  void SetUp() override { sim::ResetWorld(); }
+  // First: threads that are left may be in the image.
+  void TearDown() override { sim::ResetWorld(); }
+
+  ArmMachine& Make(const ToyImage& toy, const MachineOptions& options = {}) {
+    machine_ = std::make_unique<ArmMachine>(PeImage::Parse(toy.Bytes()), options);
+    return *machine_;
+  }
+  ArmMachine& MakeCode(const Code& code, const MachineOptions& options = {}) {
+    ToyImage toy;
+    toy.code = code;
+    return Make(toy, options);
+  }
+  ArmMachine& MakeCallOf(const ToyImport& import, const MachineOptions& options = {}) {
+    ToyImage toy;
+    toy.code = kCallImport;
+    toy.imports = {import};
+    toy.relocations = {kCallImportSlot};
+    return Make(toy, options);
+  }
+  std::uint32_t Call(std::initializer_list<std::uint32_t> arguments = {}) {
+    return machine_->Call(machine_->AddressOf(""), arguments);
+  }
+
+ private:
+  std::unique_ptr<ArmMachine> machine_;
+};
+
+TEST_F(ArmMachineTest, PassesArgumentsAndReturnsTheResult) {
+  MakeCode({0xE0800001, 0xE12FFF1E});  // add r0, r0, r1; bx lr
+  EXPECT_EQ(Call({30, 12}), 42u);
+  EXPECT_EQ(Call({0xFFFFFFFF, 2}), 1u);
+}
+
+TEST_F(ArmMachineTest, PassesTheFifthArgumentOnTheStack) {
+  MakeCode({0xE59D0000, 0xE12FFF1E});  // ldr r0, [sp]; bx lr
+  EXPECT_EQ(Call({1, 2, 3, 4, 55}), 55u);
+}
+
+TEST_F(ArmMachineTest, LetsACallChangeItsArgumentsOnTheStackAndNothingAboveThem) {
+  MakeCode({0xE58D0004, 0xE59D0004, 0xE12FFF1E});  // str r0, [sp, #4]; ldr r0, [sp, #4]; bx lr
+  EXPECT_EQ(Call({1, 2, 3, 4, 5, 6}), 1u);
+  EXPECT_THROW(Call({1, 2, 3, 4, 5}), harness::ImageFault);
+}
+
+TEST_F(ArmMachineTest, LetsTheSystemWriteNothingToTheCallersStack) {
+  const ArmMachine::Lease cpu(MakeCode({0xE12FFF1E}));
+  EXPECT_THROW(cpu->Write(kStackAddress + kStackBytes - 4, 4), harness::ImageFault);
+  EXPECT_NO_THROW(cpu->Write(kStackAddress + kStackBytes / 2, 4));
+}
+
+TEST_F(ArmMachineTest, CountsTheInstructionsThatRan) {
+  // mov r1, #100; 1: subs r1, r1, #1; bne 1b; bx lr
+  ArmMachine& machine = MakeCode({0xE3A01064, 0xE2511001, 0x1AFFFFFD, 0xE12FFF1E});
+  for (int call = 1; call <= 3; ++call) {
+    Call();
+    EXPECT_EQ(machine.Instructions(), 202u * static_cast<unsigned>(call));
+  }
+}
+
+TEST_F(ArmMachineTest, RunsRelocatedCodeAtEachBase) {
+  // ldr r1, [pc, #12]; ldr r0, [r1]; add r2, r0, #1; str r2, [r1]; bx lr
+  ToyImage toy;
+  toy.code = {0xE59F100C, 0xE5910000, 0xE2802001, 0xE5812000, 0xE12FFF1E, kWordAddress};
+  toy.relocations = {ToyImage::kCode + 0x14};
+  toy.word = 7;
+  for (const std::uint32_t base : {ToyImage::kBase, kOtherBase}) {
+    Make(toy, {.base = base});
+    EXPECT_EQ(Call(), 7u);
+    EXPECT_EQ(Call(), 8u);
+  }
+}
+
+TEST_F(ArmMachineTest, ReloadsWithTheDataOfTheFile) {
+  ToyImage toy;
+  toy.code = {0xE59F100C, 0xE5910000, 0xE2802001, 0xE5812000, 0xE12FFF1E, kWordAddress};
+  toy.relocations = {ToyImage::kCode + 0x14};
+  toy.word = 7;
+  ArmMachine& machine = Make(toy);
+  EXPECT_EQ(Call(), 7u);
+  machine.Reload();
+  EXPECT_EQ(Call(), 7u);
+}
+
+TEST_F(ArmMachineTest, NoticesARelocationThatIsLeftOut) {
+  ToyImage toy;
+  toy.code = {0xE59F100C, 0xE5910000, 0xE2802001, 0xE5812000, 0xE12FFF1E, kWordAddress};
+  toy.relocations = {ToyImage::kCode + 0x14};
+  ArmMachine& machine = Make(toy, {.base = kOtherBase});
+  machine.Reload(0);
+  EXPECT_THROW(Call(), harness::ImageFault);
+}
+
+TEST_F(ArmMachineTest, KnowsWhichWordsCodeLoaded) {
+  ToyImage toy;
+  toy.code = {0xE59F100C, 0xE5910000, 0xE2802001, 0xE5812000, 0xE12FFF1E, kWordAddress};
+  ArmMachine& machine = Make(toy);
+  Call();
+  EXPECT_TRUE(machine.Loaded(ToyImage::kCode + 0x14));
+  EXPECT_TRUE(machine.Loaded(ToyImage::kWord));
+  EXPECT_FALSE(machine.Loaded(ToyImage::kWord + 4));
+  machine.ForgetLoads();
+  EXPECT_FALSE(machine.Loaded(ToyImage::kWord));
+}
+
+TEST_F(ArmMachineTest, RefusesAnImageThatImportsWhatTheSystemLacks) {
+  EXPECT_THROW(MakeCallOf({"COREDLL.dll", "CreateWorld"}), BadImage);
+  EXPECT_THROW(MakeCallOf({"CEDDK.dll", "", 7}), BadImage);
+  EXPECT_THROW(MakeCallOf({"KERNEL32.dll", "Sleep"}), BadImage);
+}
+
+TEST_F(ArmMachineTest, RefusesABaseWhereTheImageCannotBe) {
+  for (const std::uint32_t base : {0x00000000u, 0x10008000u, 0x3FFFF000u, 0x40000000u}) {
+    EXPECT_THROW(MakeCode({0xE12FFF1E}, {.base = base}), BadImage) << std::hex << base;
+  }
+}
+
+TEST_F(ArmMachineTest, RefusesAnExportThatIsNotThere) {
+  EXPECT_THROW(MakeCode({0xE12FFF1E}).AddressOf("Nobody"), BadImage);
+}
+
+// ---- Imports ----------------------------------------------------------------------------------
+
+TEST_F(ArmMachineTest, AnswersAnImportThroughThePlatform) {
+  MakeCallOf({"COREDLL.dll", "GetTickCount"});
+  EXPECT_EQ(Call(), 0u);
+  sim::TheWorld().kernel.Idle(123);
+  EXPECT_EQ(Call(), 123u);
+}
+
+TEST_F(ArmMachineTest, GivesAnImportItsArguments) {
+  MakeCallOf({"COREDLL.dll", "Sleep"}, {.base = kOtherBase});
+  Call({250});
+  EXPECT_EQ(sim::TheWorld().kernel.Now(), 250u);
+}
+
+TEST_F(ArmMachineTest, KeepsTheTwoBadHandlesApart) {
+  ArmMachine& machine = MakeCallOf({"COREDLL.dll", "CreateFileW"});
+  const auto open = [&machine](const char16_t(&name)[6]) {
+    const ArmMachine::Lease cpu(machine);
+    const std::uint32_t text = cpu->Lend(name, sizeof(name), false, 2);
+    const std::array<std::uint32_t, 7> arguments = {text, 0xC0000000, 0, 0, 3, 0, 0};
+    // The toy's own frame lies between the arguments on the stack and the import.
+    return cpu->Call(kTrapAddress + kTrapBytes, arguments);
+  };
+  EXPECT_NE(open(u"CAM1:"), 0u);
+  sim::TheWorld().drivers.Set("CAM1:", sim::Drivers::State::Absent);
+  EXPECT_EQ(open(u"CAM1:"), 0xFFFFFFFFu);
+  sim::TheWorld().drivers.Set("CAM1:", sim::Drivers::State::Null);
+  EXPECT_EQ(open(u"CAM1:"), 0u);
+}
+
+TEST_F(ArmMachineTest, GivesHeapMemoryThatIsAllInBounds) {
+  ArmMachine& machine = MakeCallOf({"COREDLL.dll", "LocalAlloc"});
+  const std::uint32_t address = Call({0, 24});
+  const ArmMachine::Lease cpu(machine);
+  EXPECT_NO_THROW(cpu->Write(address, 24));
+  EXPECT_THROW(cpu->Write(address, 25), harness::ImageFault);
+  EXPECT_THROW(cpu->Read(address - 1, 1), harness::ImageFault);
+  EXPECT_EQ(sim::TheWorld().allocations, 1u);
+}
+
+TEST_F(ArmMachineTest, HasNoMemoryWhenThePlatformHasNone) {
+  MakeCallOf({"COREDLL.dll", "LocalAlloc"});
+  sim::TheWorld().faults.Set(sim::Fault::Allocate, true);
+  EXPECT_EQ(Call({0, 24}), 0u);
+}
+
+TEST_F(ArmMachineTest, ReportsFreeingWhatWasNotAllocated) {
+  MakeCallOf({"COREDLL.dll", "LocalFree"});
+  EXPECT_EQ(Call({0}), 0u);
+  EXPECT_THROW(Call({kHeapAddress}), harness::ImageFault);
+}
+
+TEST_F(ArmMachineTest, ReportsAnImportThatIsGivenABadAddress) {
+  MakeCallOf({"COREDLL.dll", "OutputDebugStringW"});
+  EXPECT_THROW(Call({0}), harness::ImageFault);
+  EXPECT_THROW(Call({0x90000000}), harness::ImageFault);
+  EXPECT_THROW(Call({kWordAddress + 1}), harness::ImageFault);
+  EXPECT_TRUE(sim::TheWorld().trace.Events().empty());
+}
+
+TEST_F(ArmMachineTest, ShowsTheThreadsIdentifierInTheKernelsPage) {
+  // ldr r1, [pc, #4]; ldr r0, [r1]; bx lr
+  MakeCode({0xE59F1004, 0xE5910000, 0xE12FFF1E, kThreadIdAddress});
+  EXPECT_EQ(Call(), Plat_CurrentThreadId());
+}
+
+// ---- Bus windows ------------------------------------------------------------------------------
+
+// Maps the select window, stores its argument there and loads what is there.
+const Code kMapAndStore = {0xE92D4010, 0xE1A04000, 0xE3A00666, 0xE3A01000, 0xE3A02004,
+                           0xE3A03000, 0xE59FC018, 0xE59CC000, 0xE1A0E00F, 0xE12FFF1C,
+                           0xE5C04000, 0xE5D00000, 0xE8BD4010, 0xE12FFF1E, 0x10002000};
+
+TEST_F(ArmMachineTest, MakesByteAccessesToAWindowBusCycles) {
+  ToyImage toy;
+  toy.code = kMapAndStore;
+  toy.imports = {{"CEDDK.dll", "", 8}};
+  Make(toy);
+  EXPECT_EQ(Call({0x5A}), 0xFFu);  // nobody drives the select window
+  const sim::Trace& trace = sim::TheWorld().trace;
+  ASSERT_EQ(trace.Events().size(), 3u);
+  EXPECT_NE(trace.As<sim::MapEvent>(trace.Events()[0]), nullptr);
+  EXPECT_EQ(trace.Events()[1].kind, sim::Event::Kind::Store);
+  EXPECT_EQ(trace.Events()[1].window, sim::BusWindow::Select);
+  EXPECT_EQ(trace.Events()[1].value, 0x5A);
+  EXPECT_EQ(trace.Events()[2].kind, sim::Event::Kind::Load);
+}
+
+TEST_F(ArmMachineTest, ReportsAccessesThroughAWindowThatCouldNotBeMapped) {
+  ToyImage toy;
+  toy.code = kMapAndStore;
+  toy.imports = {{"CEDDK.dll", "", 8}};
+  Make(toy);
+  sim::TheWorld().faults.Set(sim::Fault::MapSelect, true);
+  EXPECT_EQ(Call({0x5A}), 0xFFu);
+  EXPECT_EQ(sim::TheWorld().trace.Cycles(), 0u);
+  EXPECT_EQ(sim::TheWorld().reports.Count(sim::ReportKind::UnmappedAccess), 2u);
+}
+
+// ---- Faults -----------------------------------------------------------------------------------
+
+struct Wrong {
+  const char* name;
+  Code code;  // called with the address of four lent bytes that may be read
+  const char* why;
+};
+
+class ArmMachineFault : public ArmMachineTest, public testing::WithParamInterface<Wrong> {};
+
+TEST_P(ArmMachineFault, EndsTheCallAndIsRemembered) {
+  ArmMachine& machine = MakeCode(GetParam().code);
+  try {
+    const ArmMachine::Lease cpu(machine);
+    const std::array<std::uint8_t, 4> bytes = {1, 2, 3, 4};
+    const std::uint32_t lent = cpu->Lend(bytes.data(), bytes.size(), false, 4);
+    cpu->Call(machine.AddressOf(""), std::array<std::uint32_t, 2>{lent, 7});
+    FAIL() << "no fault";
+  } catch (const harness::ImageFault& fault) {
+    EXPECT_THAT(fault.what(), HasSubstr(GetParam().why));
+    EXPECT_EQ(machine.FirstFault(), fault.what());
+  }
+  machine.Reload();
+  EXPECT_EQ(machine.FirstFault(), std::nullopt);
+}
+
+constexpr std::uint32_t kBxLr = 0xE12FFF1E;
+
+const Wrong kWrongs[] = {
+    // sub r0, sp, #7; then ldr or ldrh
+    {"UnalignedWord", {0xE24D0007, 0xE5900000, kBxLr}, "an unaligned access of 4 bytes"},
+    {"UnalignedHalf", {0xE24D0007, 0xE1D000B0, kBxLr}, "an unaligned access of 2 bytes"},
+    {"StoreToCode", {0xE58F0000, kBxLr, 0, 0}, "a store to "},          // str r0, [pc]
+    {"LoadFromNowhere", {0xE3A00209, 0xE5900000, kBxLr}, "no memory"},  // mov r0, #0x90000000
+    {"LoadBehindTheRecord", {0xE5D00004, kBxLr}, "out of bounds"},      // ldrb r0, [r0, #4]
+    {"LoadBeforeTheRecord", {0xE5500001, kBxLr}, "out of bounds"},      // ldrb r0, [r0, #-1]
+    {"WordAcrossTheRecordsEnd", {0xE5900004, kBxLr}, "out of bounds"},  // ldr r0, [r0, #4]
+    {"StoreToAConstantRecord", {0xE5C01000, kBxLr}, "read-only"},       // strb r1, [r0]
+    {"LoadBehindTheCode", {0xE59F0FF0, kBxLr}, "out of bounds"},        // ldr r0, [pc, #0xFF0]
+    {"WordFromABusWindow", {0xE3A0020A, 0xE5900000, kBxLr}, "4 bytes at offset 0 of a bus window"},
+    {"HalfToABusWindow", {0xE3A0020A, 0xE1C010B0, kBxLr}, "2 bytes at offset 0 of a bus window"},
+    {"ByteBesideABusWindow", {0xE3A0020A, 0xE5D00001, kBxLr}, "1 bytes at offset 1"},
+    {"WordThroughNull", {0xE3A00000, 0xE5900000, kBxLr}, "4 bytes at offset 0"},
+    {"JumpToNull", {0xE3A00000, 0xE12FFF10}, ""},
+    {"JumpOutOfTheImage", {0xE3A00209, 0xE12FFF10}, "a jump to 0x90000000"},
+    {"JumpIntoData", {0xE28F0C10, 0xE2800EFF, 0xE12FFF10}, ""},
+    {"ChangedR4", {0xE3A04000, kBxLr}, "did not keep r4"},
+    {"ChangedR11", {0xE3A0B000, kBxLr}, "did not keep r11"},
+    {"MovedStackPointer", {0xE24DD004, kBxLr}, "did not keep the stack pointer"},
+    {"DeepStack", {0xE24D1A05, 0xE5810000, kBxLr}, "bytes deep"},       // sub r1, sp, #0x5000
+    {"StackOverflow", {0xE24D1801, 0xE5810000, kBxLr}, "a store to "},  // sub r1, sp, #0x10000
+    {"StoreToTheCallersStack", {0xE58D1000, kBxLr}, "a store to the caller's stack"},  // [sp]
+    {"LoadFromTheCallersStack", {0xE5DD0003, kBxLr}, "a load from the caller's stack"},
+    {"CallOfTheKernel", {0xEF000000, kBxLr}, "exception 2"},  // svc 0
+    {"UndefinedInstruction", {0xE7F000F0, kBxLr}, ""},
+    {"InstructionOfALaterProcessor", {0xE16F0F10, kBxLr}, ""},       // clz r0, r0
+    {"CallOfALaterProcessor", {0xE12FFF30, kBxLr}, ""},              // blx r0
+    {"PairOfALaterProcessor", {0xE24D0010, 0xE1C020D0, kBxLr}, ""},  // ldrd r2, [r0]
+};
+
+INSTANTIATE_TEST_SUITE_P(Codes, ArmMachineFault, testing::ValuesIn(kWrongs),
+                         [](const auto& wrong) { return std::string(wrong.param.name); });
+
+TEST_F(ArmMachineTest, RemembersTheDeepestStack) {
+  // sub r1, sp, r0; str r0, [r1]; bx lr
+  ArmMachine& machine = MakeCode({0xE04D1000, 0xE5810000, kBxLr});
+  Call({0x100});
+  EXPECT_EQ(machine.DeepestStack(), 0x100u);
+  Call({0x40});
+  EXPECT_EQ(machine.DeepestStack(), 0x100u);
+  EXPECT_NO_THROW(Call({0x2000}));
+  EXPECT_THROW(Call({0x2004}), harness::ImageFault);
+}
+
+TEST_F(ArmMachineTest, RefusesAFunctionTableThatDoesNotFit) {
+  struct Table {
+    std::uint32_t address;
+    std::uint32_t packed;  // length in instructions from bit 8 on
+    bool good;
+  };
+  for (const Table& table :
+       {Table{0x10001000, 0x40000200, true}, Table{0x10001000, 0, false},
+        Table{0x10001000, 0x40000300, false}, Table{0x11001000, 0x40000200, false}}) {
+    ToyImage toy;
+    toy.code = {kBxLr, kBxLr};
+    std::vector<std::uint8_t> file = toy.Bytes();
+    PutWord(file, ToyImage::kDirectories + 24, ToyImage::kTables + 0x700);
+    PutWord(file, ToyImage::kDirectories + 28, 8);
+    PutWord(file, ToyImage::InFile(ToyImage::kTables + 0x700), table.address);
+    PutWord(file, ToyImage::InFile(ToyImage::kTables + 0x704), table.packed);
+    EXPECT_EQ(!ArmMachine(PeImage::Parse(file)).FirstFault(), table.good)
+        << std::hex << table.address << ' ' << table.packed;
+  }
+}
+
+// ---- Threads ----------------------------------------------------------------------------------
+
+// Starts a thread at +0x48 with 7, which sleeps 5 ms, keeps its argument and ends with 9. At +0x80
+// a thread that stores to the select window for ever.
+const Code kThreads = {0xE92D4010, 0xE24DD008, 0xE3A00000, 0xE58D0000, 0xE58D0004, 0xE3A01000,
+                       0xE59F2020, 0xE3A03007, 0xE59FC014, 0xE59CC000, 0xE1A0E00F, 0xE12FFF1C,
+                       0xE28DD008, 0xE8BD4010, 0xE12FFF1E, 0x10002000, 0x10001048, 0xE1A00000,
+                       0xE92D4010, 0xE1A04000, 0xE3A00005, 0xE59FC01C, 0xE59CC000, 0xE1A0E00F,
+                       0xE12FFF1C, 0xE59F1010, 0xE5814000, 0xE3A00009, 0xE8BD4010, 0xE12FFF1E,
+                       0x10002008, 0x10002100, 0xE3A0020A, 0xE5C01000, 0xEAFFFFFD};
+constexpr std::size_t kProcWord = 16;
+constexpr std::uint32_t kEndlessProc = 0x10001080;
+
+class ArmThreadTest : public ArmMachineTest {
+ protected:
+  ArmMachine& MakeThreads(Code code = kThreads) {
+    ToyImage toy;
+    toy.code = std::move(code);
+    toy.imports = {{"COREDLL.dll", "CreateThread"}, {"COREDLL.dll", "Sleep"}};
+    return Make(toy);
+  }
+  static std::uint32_t KeptWord(ArmMachine& machine) {
+    return ArmMachine::Lease(machine)->ReadWord(kWordAddress);
+  }
+  static sim::Kernel& Kernel() { return sim::TheWorld().kernel; }
+};
+
+TEST_F(ArmThreadTest, RunsAThreadOfTheImageInVirtualTime) {
+  ArmMachine& machine = MakeThreads();
+  const PlatHandle thread = Call();
+  std::uint32_t code = 0;
+  EXPECT_TRUE(Plat_GetExitCodeThread(thread, &code));
+  EXPECT_EQ(code, kPlatStillActive);
+  Kernel().Idle(4);
+  EXPECT_EQ(KeptWord(machine), 0u);
+  Kernel().Idle(2);
+  EXPECT_EQ(KeptWord(machine), 7u);
+  EXPECT_TRUE(Plat_GetExitCodeThread(thread, &code));
+  EXPECT_EQ(code, 9u);
+}
+
+TEST_F(ArmThreadTest, EndsAThreadThatSleeps) {
+  ArmMachine& machine = MakeThreads();
+  const PlatHandle thread = Call();
+  Kernel().Idle(1);
+  EXPECT_TRUE(Plat_TerminateThread(thread, 33));
+  Kernel().Idle(10);
+  EXPECT_EQ(KeptWord(machine), 0u);
+  EXPECT_EQ(Kernel().LiveThreads(), 0u);
+  EXPECT_EQ(machine.FirstFault(), std::nullopt);
+  // Its processor is free for the next one.
+  Call();
+  Kernel().Idle(10);
+  EXPECT_EQ(KeptWord(machine), 7u);
+}
+
+TEST_F(ArmThreadTest, EndsAThreadInTheMiddleOfABusCycle) {
+  Code code = kThreads;
+  code[kProcWord] = kEndlessProc;
+  ArmMachine& machine = MakeThreads(code);
+  Plat_MapBusWindow(0x06600000, 4, false);
+  const PlatHandle thread = Call();
+  Kernel().SetSeed(1);
+  Kernel().SetPreemption(4);
+  for (int i = 0; i < 20; ++i) Kernel().Idle(1);
+  const std::uint64_t cycles = sim::TheWorld().trace.Cycles();
+  EXPECT_GT(cycles, 0u);
+  EXPECT_TRUE(Plat_TerminateThread(thread, 33));
+  Kernel().Idle(10);
+  EXPECT_EQ(sim::TheWorld().trace.Cycles(), cycles);
+  EXPECT_EQ(machine.FirstFault(), std::nullopt);
+}
+
+TEST_F(ArmThreadTest, BringsAFaultOfAThreadToTheHost) {
+  Code code = kThreads;
+  code[kProcWord] = 0x90000000;
+  ArmMachine& machine = MakeThreads(code);
+  Call();
+  EXPECT_THROW(Kernel().Idle(1), harness::ImageFault);
+  EXPECT_NE(machine.FirstFault(), std::nullopt);
+}
+
+}  // namespace
+}  // namespace emulator

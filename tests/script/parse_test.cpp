@@ -1,0 +1,282 @@
+#include "script/parse.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace script {
+namespace {
+
+using testing::HasSubstr;
+
+std::string MistakeOf(const std::string& script) {
+  std::istringstream in(script);
+  try {
+    ParseScript(in, "s.vexo");
+  } catch (const ScriptError& error) {
+    return error.what();
+  }
+  return "none";
+}
+
+const char* const kMask = "00 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f 10 11 12 13 14 15 16 17";
+
+TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
+  const std::vector<std::string> lines = {
+      "board chips 4",
+      "board chips 0",
+      "board id slave1 0x2F",
+      "board id all 0x28",
+      "camera 15 ntsc",
+      "camera all pal",
+      "camera 0 off",
+      "weak 3 on",
+      "weak all off",
+      "motion 3 on",
+      "motion all off",
+      "poke slave3 2 0xFF 0x80",
+      "poke all 1 16 128",
+      "settle 0",
+      "settle 300",
+      "settle never",
+      "sync period 20",
+      "sync hold 0",
+      "sync hold 1",
+      "nvram record MDVR 0 16",
+      "nvram record \"M D\" 255 0",
+      "nvram blank",
+      "nvram fail none",
+      "nvram fail read",
+      "nvram fail write",
+      "file \\Windows\\Main.exe 5.0.65535.1",
+      "file \"\\\\NAND FLASH\\\\MDVR\\\\VexoCtrlSDK.DLL\" absent",
+      "file x unreadable",
+      "file x noroot",
+      "driver CAM1: present",
+      "driver VBE1: absent",
+      "driver CAM1: null",
+      "fault mutex on",
+      "fault event-exists on",
+      "fault map-select on",
+      "fault map-address on",
+      "fault map-data on",
+      "fault thread on",
+      "fault send on",
+      "fault post off",
+      "window deaf",
+      "window hearing",
+      "attach",
+      "detach",
+      "lowmem",
+      "entry 2",
+      "window",
+      "window invalid",
+      "unbind",
+      "command 0xF001",
+      "command 0xF001 null",
+      "command 0x1F005 00 00 00 00 06 00 00 01 02",
+      "motioninfo 3 2 " + std::string(kMask),
+      "motioninfo all 2 " + std::string(kMask),
+      "motioninfo 16 2 " + std::string(kMask),
+      "text \"vexo init 0 0 \\n\"",
+      "text vpb",
+      "version",
+      "version null",
+      "debug 0",
+      "output 0xFFFFFFFF",
+      "run 0",
+      "run 4294967295",
+      "expect return 0",
+      "expect return -8",
+      "expect register all 1 0x10 0xC0",
+      "expect register master 2 255 255",
+      "expect debug \">> FINISH NTSC CAMERA!!\\r\\n\"",
+      "expect message 0x2403",
+      "expect message 0x2404 0x0004",
+      "expect cycles 0",
+      "expect no debug \"text\"",
+      "expect no message 0x2403",
+      "expect record 12 04 00 00 00",
+      "registers",
+      "registers slave1",
+      "registers all 2",
+      "picture screen.png",
+      "print",
+  };
+  for (const std::string& line : lines) EXPECT_EQ(MistakeOf("attach\n" + line), "none") << line;
+}
+
+TEST(ScriptParsing, CoversTheWholeTableOfLines) {
+  // A new kind of line needs its place in the table above.
+  EXPECT_EQ(BoardLines().size(), 17U);
+  EXPECT_EQ(ActionLines().size(), 15U);
+  EXPECT_EQ(ExpectLines().size(), 8U);
+  EXPECT_EQ(OutputLines().size(), 3U);
+}
+
+struct Wrong {
+  const char* line;
+  const char* mistake;
+};
+
+TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
+  const std::vector<Wrong> cases = {
+      {"board", "expected board chips N | board id CHIP BYTE, found the end of the line"},
+      {"board colour", "expected board chips N | board id CHIP BYTE, found 'colour'"},
+      {"board chips",
+       "expected a chip count 0 to 4, found the end of the line"
+       " (board chips N | board id CHIP BYTE)"},
+      {"board chips 5",
+       "expected a chip count 0 to 4, found '5'"
+       " (board chips N | board id CHIP BYTE)"},
+      {"board id master 256",
+       "expected an identification 0 to 255, found '256'"
+       " (board chips N | board id CHIP BYTE)"},
+      {"camera 16 off", "expected a channel 0 to 15 or all, found '16' (camera CH ntsc|pal|off)"},
+      {"camera 1 secam", "expected ntsc, pal or off, found 'secam' (camera CH ntsc|pal|off)"},
+      {"camera 1",
+       "expected ntsc, pal or off, found the end of the line"
+       " (camera CH ntsc|pal|off)"},
+      {"camera 1 off now", "expected the end of the line, found 'now' (camera CH ntsc|pal|off)"},
+      {"weak 1 yes", "expected off or on, found 'yes' (weak CH on|off)"},
+      {"motion x on", "expected a channel 0 to 15 or all, found 'x' (motion CH on|off)"},
+      {"poke chip 0 0 0",
+       "expected master, slave1, slave2, slave3 or all, found 'chip'"
+       " (poke CHIP PAGE REG VALUE)"},
+      {"poke master 3 0 0", "expected a page 0 to 2, found '3' (poke CHIP PAGE REG VALUE)"},
+      {"poke master 0 0x100 0",
+       "expected a register 0 to 255, found '0x100' (poke CHIP PAGE REG VALUE)"},
+      {"poke master 0 0",
+       "expected a value 0 to 255, found the end of the line (poke CHIP PAGE REG VALUE)"},
+      {"settle soon", "expected a number of reads or never, found 'soon' (settle N|never)"},
+      {"sync period 0",
+       "expected a period of 1 ms or more, found '0'"
+       " (sync period MS | sync hold 0|1)"},
+      {"sync hold 2", "expected 0 or 1, found '2' (sync period MS | sync hold 0|1)"},
+      {"nvram fail both",
+       "expected none, read or write, found 'both' (nvram record MAGIC STANDARD "
+       "CHANNELS | nvram blank | nvram fail none|read|write)"},
+      {"file x 1.2.3",
+       "expected a version (1.0.1.6), absent, unreadable or noroot, found '1.2.3'"
+       " (file PATH VERSION|absent|unreadable|noroot)"},
+      {"file x 1.2.3.65536",
+       "expected a version (1.0.1.6), absent, unreadable or noroot, found '1.2.3.65536'"
+       " (file PATH VERSION|absent|unreadable|noroot)"},
+      {"file x",
+       "expected a version (1.0.1.6), absent, unreadable or noroot, found the end of the "
+       "line (file PATH VERSION|absent|unreadable|noroot)"},
+      {"driver COM1: null",
+       "expected CAM1: or VBE1:, found 'COM1:' (driver NAME present|absent|null)"},
+      {"driver CAM1: off",
+       "expected present, absent or null, found 'off' (driver NAME present|absent|null)"},
+      {"fault power on",
+       "expected mutex, event-exists, map-select, map-address, map-data, thread, "
+       "send or post, found 'power' (fault NAME on|off)"},
+      {"window blind",
+       "expected the end of the line, found 'blind' (window deaf | window hearing | "
+       "window | window invalid)"},
+      {"attach now", "expected the end of the line, found 'now' (attach)"},
+      {"entry", "expected a reason code, found the end of the line (entry N)"},
+      {"command",
+       "expected a command code, found the end of the line"
+       " (command CODE [BYTE... | null])"},
+      {"command init", "expected a command code, found 'init' (command CODE [BYTE... | null])"},
+      {"command 0xF005 0",
+       "expected a byte of two hexadecimal digits, found '0'"
+       " (command CODE [BYTE... | null])"},
+      {"command 0xF005 null 00",
+       "expected the end of the line, found '00'"
+       " (command CODE [BYTE... | null])"},
+      {"motioninfo 1 2 00",
+       "expected a byte of two hexadecimal digits, found the end of the line"
+       " (motioninfo CH LEVEL BYTE x 24)"},
+      {"text", "expected a line of text, found the end of the line (text \"LINE\")"},
+      {"text vexo init", "expected the end of the line, found 'init' (text \"LINE\")"},
+      {"version 1", "expected the end of the line, found '1' (version | version null)"},
+      {"run", "expected a number of milliseconds, found the end of the line (run MS)"},
+      {"run -1", "expected a number of milliseconds, found '-1' (run MS)"},
+      {"registers slave1 3", "expected a page 0 to 2, found '3' (registers [CHIP [PAGE]])"},
+      {"picture", "expected a file name, found the end of the line (picture FILE.png)"},
+      {"print it", "expected the end of the line, found 'it' (print)"},
+      {"text \"vexo", "expected a closing quote, found the end of the line"},
+  };
+  for (const Wrong& wrong : cases) {
+    EXPECT_EQ(MistakeOf(wrong.line), std::string("s.vexo:1: ") + wrong.mistake) << wrong.line;
+  }
+}
+
+TEST(ScriptParsing, ListsTheFirstWordsWhenItKnowsNone) {
+  EXPECT_EQ(
+      MistakeOf("\n\nhello world"),
+      "s.vexo:3: expected board, camera, weak, motion, poke, settle, sync, nvram, file, "
+      "driver, fault, window, attach, detach, lowmem, entry, unbind, command, motioninfo, "
+      "text, version, debug, output, run, expect, registers, picture or print, found 'hello'");
+}
+
+TEST(ScriptParsing, WantsAnActionBeforeTheFirstExpectation) {
+  EXPECT_EQ(MistakeOf("board chips 1\nprint\nexpect return 0\nattach"),
+            "s.vexo:3: expected an action before the first expectation, found 'expect'");
+  EXPECT_EQ(MistakeOf("attach\nboard chips 1\nexpect return 0"), "none");
+}
+
+TEST(ScriptParsing, RefusesMalformedExpectations) {
+  EXPECT_THAT(MistakeOf("attach\nexpect return"),
+              HasSubstr("s.vexo:2: expected a number, found the end of the line"));
+  EXPECT_THAT(MistakeOf("attach\nexpect return ok"), HasSubstr("expected a number, found 'ok'"));
+  EXPECT_THAT(MistakeOf("attach\nexpect register master 0 1"),
+              HasSubstr("expected a value 0 to 255, found the end of the line"));
+  EXPECT_THAT(MistakeOf("attach\nexpect debug"), HasSubstr("expected a text, found the end"));
+  EXPECT_THAT(MistakeOf("attach\nexpect message motion"),
+              HasSubstr("expected a message number, found 'motion'"));
+  EXPECT_THAT(MistakeOf("attach\nexpect message 0x2404 yes"),
+              HasSubstr("expected a wParam, found 'yes'"));
+  EXPECT_THAT(MistakeOf("attach\nexpect cycles many"),
+              HasSubstr("expected a number of bus cycles, found 'many'"));
+  EXPECT_THAT(MistakeOf("attach\nexpect luck"),
+              HasSubstr("s.vexo:2: expected expect return N | expect register"));
+}
+
+TEST(ScriptParsing, TakesRecordsOfUpTo64Bytes) {
+  std::string line = "command 0xF005";
+  for (int i = 0; i < 64; ++i) line += " 00";
+  EXPECT_EQ(MistakeOf(line), "none");
+  EXPECT_EQ(
+      MistakeOf(line + " 01"),
+      "s.vexo:1: expected 64 record bytes at most, found '01' (command CODE [BYTE... | null])");
+}
+
+TEST(ScriptParsing, KeepsLineNumbersAndTexts) {
+  std::istringstream in("# a script\n\n  attach  \r\nboard chips 1 # one\n");
+  const std::vector<Statement> statements = ParseScript(in, "s.vexo");
+  ASSERT_EQ(statements.size(), 2U);
+  EXPECT_EQ(statements[0].line, 3U);
+  EXPECT_EQ(statements[0].text, "attach");
+  EXPECT_EQ(statements[0].group, LineGroup::Action);
+  EXPECT_EQ(statements[1].line, 4U);
+  EXPECT_EQ(statements[1].text, "board chips 1 # one");
+  EXPECT_EQ(statements[1].group, LineGroup::Board);
+}
+
+// Its words with single blanks between them.
+std::string Unwrapped(const std::string& text) {
+  std::istringstream in(text);
+  std::string words;
+  for (std::string word; in >> word;) words += ' ' + word;
+  return words;
+}
+
+TEST(ScriptHelp, ShowsEveryKindOfLine) {
+  const std::string help = Unwrapped(LanguageHelp());
+  for (const LineKind* kind : AllLines()) {
+    EXPECT_THAT(help, HasSubstr(Unwrapped(kind->Usage() + ' ' + std::string(kind->help))));
+  }
+}
+
+TEST(ScriptHelp, FitsTheTerminal) {
+  std::istringstream help(LanguageHelp());
+  for (std::string line; std::getline(help, line);) EXPECT_LE(line.size(), 100U) << line;
+}
+
+}  // namespace
+}  // namespace script

@@ -1,0 +1,172 @@
+#include "tools/vexosim/shell/completion.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "script/line.h"
+#include "tools/vexosim/grammar/pattern_walk.h"
+
+namespace vexosim {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::IsSupersetOf;
+using testing::Not;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+
+std::vector<std::string> Words(std::string_view line) { return Complete(line).words; }
+std::vector<std::string> Hints(std::string_view line) { return Complete(line).hints; }
+
+TEST(Completion, OffersHeadersScriptWordsAndShellCommandsFirst) {
+  EXPECT_THAT(Words(""), IsSupersetOf({"vexo", "vpb", "help", "writes", "history", "quit", "camera",
+                                       "board", "run", "expect", "print"}));
+  EXPECT_THAT(Words(""), Not(Contains("lsplit")));
+  EXPECT_THAT(Words("v"), UnorderedElementsAre("vexo", "vpb", "version"));
+}
+
+TEST(Completion, OffersKeywordsWithoutHeaderOnceTheyAreBegun) {
+  EXPECT_THAT(Words("lspl"), ElementsAre("lsplit", "lsplit_pos"));
+  EXPECT_THAT(Words("setp_"), ElementsAre("setp_base", "setp_vdo", "setp_bmp"));
+  // A keyword of both families needs its header.
+  EXPECT_THAT(Words("uninit"), IsEmpty());
+  EXPECT_THAT(Words("zoom "), ElementsAre("start", "stop", "pos"));
+}
+
+struct NextWords {
+  const char* line;
+  std::vector<std::string> words;
+};
+
+TEST(Completion, OffersKeywordsAndSubKeywordsOfTextCommands) {
+  const NextWords cases[] = {
+      {"vexo z", {"zoom"}},
+      {"vexo zoom ", {"start", "stop", "pos"}},
+      {"vexo zoom st", {"start", "stop"}},
+      {"vexo,zoom,p", {"pos"}},
+      {"vexo mmask ", {"change"}},
+      {"vexo mmask change ", {"all"}},
+      {"vexo mmask change 3 ", {}},
+      {"vexo color 3 ", {"all", "hue", "sat", "con", "bri"}},
+      {"vexo color 3 all ", {}},
+      {"vexo lsplit_pos 1 d", {"default"}},
+      {"vexo change_vdo ", {"ntsc", "pal", "auto"}},
+      {"vexo zoom zoom ", {}},
+      {"vpb blen ", {"on", "off"}},
+      {"vpb set_wnd", {"set_wndcfg", "set_wndenable", "set_wndpos", "set_wndsize"}},
+      {"vpb zoom", {}},
+  };
+  for (const NextWords& next : cases) EXPECT_EQ(Words(next.line), next.words) << next.line;
+}
+
+TEST(Completion, SaysWhichNumberIsExpected) {
+  EXPECT_THAT(Hints("vexo lsplit "), ElementsAre(StartsWith("MODE: split: 0 one picture")));
+  EXPECT_THAT(Hints("vexo lsplit 6 "),
+              ElementsAre("CHANNEL: 0 to 15. For color the board's channel "
+                          "count means every channel, but for hue"));
+  EXPECT_THAT(Hints("vexo lsplit 6 0 "), ElementsAre(StartsWith("[BLANK_MASK]: ")));
+  EXPECT_THAT(Hints("vexo lsplit 6 0 0 "), IsEmpty());
+  EXPECT_THAT(Hints("vexo rr "), ElementsAre(StartsWith("$CHIP: hexadecimal: 3 master")));
+  EXPECT_THAT(Hints("vexo lsplit_pos 1 "), ElementsAre("WINDOW: window of the split, from 0"));
+  EXPECT_THAT(Hints("vexo set_emif 1 2 "), ElementsAre("C: any; likewise B to J"));
+  EXPECT_THAT(Hints("vpb blen on "), ElementsAre("LEVEL: 0 to 255"));
+  EXPECT_THAT(Hints("loss "), ElementsAre(StartsWith("BLANK_MASK: ")));
+}
+
+TEST(Completion, SaysWhichWordStoodWrong) {
+  EXPECT_THAT(Hints("vexo zoom move "), ElementsAre("'move' is not known here"));
+}
+
+TEST(Completion, ReachesEveryWordOfEveryTextCommand) {
+  for (const TextGrammar* grammar : TextGrammars()) {
+    for (std::uint8_t i = 0; i < grammar->count; ++i) {
+      std::string line = std::string(grammar->header) + ' ';
+      std::istringstream in{grammar->pattern(i)};
+      for (std::string word; in >> word;) {
+        if (IsNumber(word)) {
+          EXPECT_THAT(Hints(line), Contains(StartsWith(word + ": "))) << grammar->pattern(i);
+          line += "0 ";
+        } else {
+          EXPECT_THAT(Words(line), Contains(word)) << grammar->pattern(i);
+          line += word + ' ';
+        }
+      }
+      EXPECT_THAT(Words(line), IsEmpty()) << line;
+    }
+  }
+}
+
+TEST(Completion, ReachesEveryScriptLine) {
+  for (const script::LineKind* kind : script::AllLines()) {
+    std::string line;
+    for (const std::string& word : script::SplitWords(kind->words)) {
+      EXPECT_THAT(Words(line), Contains(word)) << kind->words;
+      line += word + ' ';
+    }
+    if (kind->arguments.empty()) continue;
+    EXPECT_THAT(Hints(line), ElementsAre(kind->Usage() + ": " + std::string(kind->help)));
+  }
+}
+
+TEST(Completion, OffersTheWordsAmongScriptArguments) {
+  const NextWords cases[] = {
+      {"camera 3 ", {"ntsc", "pal", "off"}},
+      {"camera ", {}},
+      {"registers ", {"master", "slave1", "slave2", "slave3", "all"}},
+      {"registers slave2 ", {}},
+      {"poke s", {"slave1", "slave2", "slave3"}},
+      {"expect ", {"return", "register", "debug", "message", "no", "record", "cycles"}},
+      {"expect no ", {"debug", "message"}},
+      {"nvram fail ", {"none", "read", "write"}},
+      {"settle ", {"never"}},
+      {"sync ", {"period", "hold"}},
+      {"window ", {"deaf", "hearing", "invalid"}},
+  };
+  for (const NextWords& next : cases) EXPECT_EQ(Words(next.line), next.words) << next.line;
+}
+
+TEST(Completion, KnowsTheShellsOwnCommands) {
+  EXPECT_THAT(Words("writes "), ElementsAre("on", "off"));
+  EXPECT_THAT(Words("writes on "), IsEmpty());
+  EXPECT_THAT(Words("help lsplit_"), ElementsAre("lsplit_pos"));
+  EXPECT_THAT(Words("help "), IsSupersetOf({"script", "vexo", "zoom", "setp", "camera", "quit"}));
+  EXPECT_THAT(Words("help zoom "), IsEmpty());
+}
+
+TEST(CompletionKey, PutsInWhatIsCertain) {
+  EXPECT_EQ(CompleteStep("vexo zo").insert, "om ");
+  EXPECT_EQ(CompleteStep("vexo zoom").insert, " ");
+  EXPECT_EQ(CompleteStep("vexo zoom s").insert, "t");
+  EXPECT_EQ(CompleteStep("registers s").insert, "lave");
+  EXPECT_EQ(CompleteStep("vexo mmask change a").insert, "ll ");
+  EXPECT_EQ(CompleteStep("vexo zoom s").show, "");
+}
+
+TEST(CompletionKey, ShowsWhatThereIsToChoose) {
+  const CompletionStep words = CompleteStep("vexo zoom ");
+  EXPECT_EQ(words.insert, "");
+  EXPECT_EQ(words.show, "start  stop   pos\n");
+  // A number may stand there too, so that the one word is not put in unasked.
+  const CompletionStep both = CompleteStep("vexo mmask change ");
+  EXPECT_EQ(both.insert, "");
+  EXPECT_THAT(both.show, StartsWith("all\nCHANNEL: 0 to 15"));
+  const CompletionStep number = CompleteStep("vexo zoom pos 1");
+  EXPECT_EQ(number.insert, "");
+  EXPECT_EQ(number.show, "X: 0 to 180 display units\n");
+  EXPECT_EQ(CompleteStep("vexo nothing").show, "");
+}
+
+TEST(CompletionKey, WrapsLongLists) {
+  std::istringstream lines(CompleteStep("vexo ").show);
+  unsigned count = 0;
+  for (std::string line; std::getline(lines, line); ++count) EXPECT_LE(line.size(), 80u);
+  EXPECT_GT(count, 1u);
+}
+
+}  // namespace
+}  // namespace vexosim

@@ -1,0 +1,27 @@
+#include "tools/vexosim/listing/terminal_surroundings.h"
+
+#include "sim/picture/png.h"
+#include "sim/world.h"
+#include "tools/vexosim/listing/picture_text.h"
+#include "tools/vexosim/listing/register_listing.h"
+
+namespace vexosim {
+
+void TerminalSurroundings::ShowRegisters(std::ostream& out, script::ChipChoice chips,
+                                         std::optional<std::uint8_t> page) {
+  const sim::World& world = sim::TheWorld();
+  for (unsigned position = 0; position < kChipsMax; ++position) {
+    if (!chips.all && chips.position != position) continue;
+    out << ListRegisters(world.board, position, page, world.at_attach, style_.colour);
+  }
+}
+
+void TerminalSurroundings::ShowScreen(std::ostream& out) {
+  out << DrawPicture(sim::ComposeScreen(sim::TheWorld().board), style_);
+}
+
+void TerminalSurroundings::SavePicture(const std::string& path) {
+  sim::WritePng(sim::ComposeScreen(sim::TheWorld().board), path);
+}
+
+}  // namespace vexosim

@@ -1,0 +1,213 @@
+#include "tools/vexosim/shell/completion.h"
+
+#include <algorithm>
+#include <span>
+
+#include "script/line.h"
+#include "tools/vexosim/grammar/pattern_walk.h"
+#include "tools/vexosim/grammar/text_help.h"
+#include "tools/vexosim/grammar/text_line.h"
+#include "tools/vexosim/shell/words.h"
+
+namespace vexosim {
+namespace {
+
+// A line before the cursor: its finished words, and what is typed of the next.
+struct Typed {
+  std::vector<std::string> words;
+  std::string part;
+};
+
+Typed Cut(std::string_view line) {
+  const bool text_line = FindGrammar(FirstWordOf(line)) != nullptr;
+  const std::string_view separators = text_line ? " ,\t" : " \t";
+  Typed typed;
+  for (;;) {
+    const std::size_t end = line.find_first_of(separators);
+    if (end == std::string_view::npos) break;
+    if (end != 0) typed.words.emplace_back(line.substr(0, end));
+    line.remove_prefix(end + 1);
+  }
+  typed.part = line;
+  return typed;
+}
+
+class Choice {
+ public:
+  explicit Choice(std::string_view part) : part_(part) {}
+
+  void Word(std::string_view word) {
+    const bool known =
+        std::find(result_.words.begin(), result_.words.end(), word) != result_.words.end();
+    if (word.starts_with(part_) && !known) result_.words.emplace_back(word);
+  }
+  void Words(std::span<const std::string_view> words) {
+    for (const std::string_view word : words) Word(word);
+  }
+  void Hint(std::string hint) {
+    const auto& hints = result_.hints;
+    if (std::find(hints.begin(), hints.end(), hint) == hints.end()) {
+      result_.hints.push_back(std::move(hint));
+    }
+  }
+  Completion Result() const { return result_; }
+
+ private:
+  std::string_view part_;
+  Completion result_;
+};
+
+void Headers(Choice& choice) {
+  for (const TextGrammar* grammar : TextGrammars()) choice.Word(grammar->header);
+}
+
+void AnyShellCommand(Choice& choice) {
+  for (const ShellCommand& command : ShellCommands()) choice.Word(command.word);
+}
+
+void FirstWords(Choice& choice, bool nothing_typed) {
+  Headers(choice);
+  AnyShellCommand(choice);
+  choice.Words(ScriptWords());
+  // Too many to offer unasked, and the header leads to them.
+  if (!nothing_typed) choice.Words(ShortKeywords());
+}
+
+void HelpWords(Choice& choice) {
+  Headers(choice);
+  choice.Word("script");
+  for (const TextGrammar* grammar : TextGrammars()) choice.Words(Keywords(*grammar));
+  choice.Words(ScriptWords());
+  AnyShellCommand(choice);
+}
+
+// After the words of a text command from its keyword on.
+void TextWords(Choice& choice, const TextGrammar& grammar, const std::vector<std::string>& words,
+               std::size_t first) {
+  PatternWalk walk(grammar);
+  for (std::size_t i = first; i < words.size(); ++i) {
+    if (!walk.Take(words[i])) return choice.Hint("'" + words[i] + "' is not known here");
+  }
+  for (const std::string_view word : walk.Next()) {
+    if (!IsNumber(word)) {
+      choice.Word(word);
+      continue;
+    }
+    const PlaceholderHelp* const number = FindPlaceholder(grammar, word);
+    choice.Hint(std::string(word) + (number == nullptr ? "" : ": " + std::string(number->range)));
+  }
+}
+
+// The words among the alternatives of an argument, such as "ntsc|pal|off".
+void Alternatives(Choice& choice, std::string_view argument) {
+  if (argument == "CHIP") return choice.Words(script::ChipWords());
+  while (!argument.empty()) {
+    const std::size_t end = std::min(argument.find('|'), argument.size());
+    const std::string_view word = argument.substr(0, end);
+    const bool small =
+        std::all_of(word.begin(), word.end(), [](char c) { return c >= 'a' && c <= 'z'; });
+    if (small) choice.Word(word);
+    argument.remove_prefix(std::min(end + 1, argument.size()));
+  }
+}
+
+std::vector<std::string> ArgumentWords(std::string_view arguments) {
+  std::string plain(arguments);
+  std::erase_if(plain, [](char c) { return c == '[' || c == ']'; });
+  // Quotes are how a text is typed, not what is expected.
+  std::erase(plain, '"');
+  return script::SplitWords(plain);
+}
+
+void ScriptLineWords(Choice& choice, const std::vector<std::string>& words) {
+  const script::LineKind* found = nullptr;
+  std::size_t found_words = 0;
+  for (const script::LineKind* kind : script::AllLines()) {
+    const std::vector<std::string> own = script::SplitWords(kind->words);
+    const std::size_t common = std::min(own.size(), words.size());
+    if (!std::equal(own.begin(), own.begin() + static_cast<std::ptrdiff_t>(common),
+                    words.begin())) {
+      continue;
+    }
+    if (own.size() > words.size()) {
+      choice.Word(own[words.size()]);
+    } else if (own.size() > found_words) {
+      found = kind;
+      found_words = own.size();
+    }
+  }
+  if (found == nullptr) return;
+  const std::vector<std::string> arguments = ArgumentWords(found->arguments);
+  const std::size_t next = words.size() - found_words;
+  if (next < arguments.size()) Alternatives(choice, arguments[next]);
+  if (!arguments.empty()) choice.Hint(found->Usage() + ": " + std::string(found->help));
+}
+
+std::string CommonBeginning(const std::vector<std::string>& words) {
+  std::string common = words.front();
+  for (const std::string& word : words) {
+    const auto end = std::mismatch(common.begin(), common.end(), word.begin(), word.end()).first;
+    common.erase(end, common.end());
+  }
+  return common;
+}
+
+// In columns as wide as the widest word.
+std::string InColumns(const std::vector<std::string>& words) {
+  constexpr std::size_t kWidth = 78;
+  std::size_t widest = 0;
+  for (const std::string& word : words) widest = std::max(widest, word.size() + 2);
+  std::string text;
+  std::string line;
+  for (const std::string& word : words) {
+    if (!line.empty() && line.size() + widest > kWidth) {
+      text += line.substr(0, line.find_last_not_of(' ') + 1) + '\n';
+      line.clear();
+    }
+    line += word + std::string(widest - word.size(), ' ');
+  }
+  return text + line.substr(0, line.find_last_not_of(' ') + 1) + '\n';
+}
+
+}  // namespace
+
+Completion Complete(std::string_view line) {
+  const Typed typed = Cut(line);
+  Choice choice(typed.part);
+  const std::vector<std::string>& words = typed.words;
+  if (words.empty()) {
+    FirstWords(choice, typed.part.empty());
+    return choice.Result();
+  }
+  const std::string& first = words.front();
+  if (const TextGrammar* grammar = FindGrammar(first)) {
+    TextWords(choice, *grammar, words, 1);
+  } else if (first == "help") {
+    if (words.size() == 1) HelpWords(choice);
+  } else if (const ShellCommand* command = FindShellCommand(first)) {
+    const std::vector<std::string> arguments = ArgumentWords(command->arguments);
+    if (words.size() <= arguments.size()) Alternatives(choice, arguments[words.size() - 1]);
+  } else if (IsScriptWord(first)) {
+    ScriptLineWords(choice, words);
+  } else if (GrammarsWith(first).size() == 1) {
+    TextWords(choice, *GrammarsWith(first).front(), words, 0);
+  }
+  return choice.Result();
+}
+
+CompletionStep CompleteStep(std::string_view line) {
+  const Completion completion = Complete(line);
+  const std::size_t typed = Cut(line).part.size();
+  CompletionStep step;
+  // Where a number may stand as well, nothing is put in before something is typed.
+  if (!completion.words.empty() && (typed != 0 || completion.hints.empty())) {
+    step.insert = CommonBeginning(completion.words).substr(typed);
+    if (completion.words.size() == 1) step.insert += ' ';
+    if (!step.insert.empty()) return step;
+  }
+  if (!completion.words.empty()) step.show = InColumns(completion.words);
+  for (const std::string& hint : completion.hints) step.show += hint + '\n';
+  return step;
+}
+
+}  // namespace vexosim

@@ -1,0 +1,108 @@
+#include "tools/vexosim/shell/help.h"
+
+#include <span>
+#include <vector>
+
+#include "script/line.h"
+#include "tools/vexosim/grammar/pattern_walk.h"
+#include "tools/vexosim/grammar/text_help.h"
+#include "tools/vexosim/shell/words.h"
+
+namespace vexosim {
+namespace {
+
+constexpr std::string_view kScript = "script";  // help on the script language
+
+std::string Wrapped(std::span<const std::string_view> words) {
+  constexpr std::size_t kWidth = 78;
+  std::string text;
+  std::string line;
+  for (const std::string_view word : words) {
+    if (!line.empty() && line.size() + 1 + word.size() > kWidth) {
+      text += line + '\n';
+      line.clear();
+    }
+    line += line.empty() ? "  " : " ";
+    line += word;
+  }
+  return text + line + '\n';
+}
+
+std::string UsageOf(const ShellCommand& command) {
+  std::string usage(command.word);
+  if (!command.arguments.empty()) usage += ' ' + std::string(command.arguments);
+  return usage;
+}
+
+std::string HelpOnHeader(const TextGrammar& grammar) {
+  std::string text;
+  for (const std::string_view pattern : PatternWalk(grammar).Patterns()) {
+    text += "  " + std::string(grammar.header) + ' ' + std::string(pattern) + '\n';
+  }
+  return text;
+}
+
+std::string HelpOnScriptWord(std::string_view word) {
+  std::string text;
+  for (const script::LineKind* kind : script::AllLines()) {
+    if (KeywordOf(kind->words) == word) {
+      text += kind->Usage() + "\n    " + std::string(kind->help) + '\n';
+    }
+  }
+  return text;
+}
+
+std::vector<std::string_view> AllWords() {
+  std::vector<std::string_view> words = ScriptWords();
+  for (const TextGrammar* grammar : TextGrammars()) {
+    const std::vector<std::string_view> keywords = Keywords(*grammar);
+    words.insert(words.end(), keywords.begin(), keywords.end());
+    words.emplace_back(grammar->header);
+  }
+  for (const ShellCommand& command : ShellCommands()) words.push_back(command.word);
+  return words;
+}
+
+}  // namespace
+
+std::string HelpOverview() {
+  std::string text = "Text commands, for the chips (vexo) and the video back-end (vpb):\n";
+  for (const TextGrammar* grammar : TextGrammars()) {
+    std::vector<std::string_view> words = Keywords(*grammar);
+    words.insert(words.begin(), grammar->header);
+    text += Wrapped(words);
+  }
+  text +=
+      "  The blank at the end is added. A header may be left out where only one family has the\n"
+      "  keyword: lsplit 6 0 is vexo lsplit 6 0.\n\n"
+      "Script lines, which change the board, call the library, let time pass and look:\n" +
+      Wrapped(ScriptWords()) + "\nThe shell itself:\n";
+  constexpr std::size_t kColumn = 16;
+  for (const ShellCommand& command : ShellCommands()) {
+    std::string line = "  " + UsageOf(command);
+    line.resize(kColumn, ' ');
+    text += line + ' ' + std::string(command.help) + '\n';
+  }
+  text +=
+      "\nTab completes a word, or says which number is expected. Below a line stand\n"
+      "  | what the library wrote to the debug output (! to the kernel debug output)\n"
+      "  > a message to the host window, in words\n"
+      "  w a register write, after writes on\n"
+      "  = the result\n"
+      "A line takes no virtual time but what it waits for itself; run 1000 lets a second pass.\n";
+  return text;
+}
+
+std::string HelpOnWord(std::string_view word) {
+  if (word == kScript) return script::LanguageHelp();
+  if (const TextGrammar* grammar = FindGrammar(word)) return HelpOnHeader(*grammar);
+  std::string text = HelpOnKeyword(word) + HelpOnScriptWord(word);
+  if (const ShellCommand* command = FindShellCommand(word)) {
+    text += UsageOf(*command) + "\n    " + std::string(command->help) + '\n';
+  }
+  return text;
+}
+
+std::string HelpSuggestion(std::string_view word) { return DidYouMean(word, AllWords()); }
+
+}  // namespace vexosim
