@@ -150,7 +150,7 @@ std::int32_t Run(const Command& command, Record record) {
   return result;
 }
 
-// Wanted: a missing record and a failed initialization return with the lock kept.
+// Quirk: a missing record and a failed initialization return with the lock kept.
 std::int32_t Initialize(Record record) {
   if (record == nullptr) return VEXO_ERROR_PARAMETER;
   constexpr std::size_t kResultOffset = 12;
@@ -195,13 +195,13 @@ int VEXOAPI_CommandProc(std::uint32_t code, void* parameter) {
   if (command >= kFirstCommand && command <= VEXO_CMD_MOTION_REG) {
     return Run(kCommands[static_cast<std::size_t>(command - kFirstCommand)], record);
   }
-  // Wanted: an unknown code keeps the lock.
+  // Quirk: an unknown code keeps the lock.
   return VEXO_ERROR_FAILED;
 }
 
 int VEXOAPI_SetMotionInfo(std::uint8_t channel, std::uint8_t level, std::uint8_t* mask) {
   Lock();
-  // Wanted: tested after the wait, and the lock is kept.
+  // Quirk: tested after the wait, and the lock is kept.
   if (g_library.g_initialized == 0) return VEXO_ERROR_UNINITIALIZED;
   if (g_video.g_chip_ready == 1 && mask != nullptr) StoreMotionInfo(channel, level, mask);
   Unlock();

@@ -108,7 +108,7 @@ void VexoSDK_Attach() {
     return;
   }
   g_bus.data = MapWindow(kDataWindow);
-  // Wanted: tests the address window again, so a board without the data window goes on in silence.
+  // Quirk: tests the address window again, so a board without the data window goes on in silence.
   if (g_bus.address == nullptr) {
     VexoDbg_PrintLevel(kLevelMapping, u">> ERROR TW2835 IO BASE REGISTER!!!\r\n");
     return;

@@ -104,7 +104,7 @@ std::uint32_t VexoSDK_WorkerProc(void* block) {
 
   Reported reported;
   const bool rising = TW_ReadStatusRef() != 0;
-  // Wanted: this wait does not look at the stop request; a stuck bit takes a termination.
+  // Quirk: this wait does not look at the stop request; a stuck bit takes a termination.
   while (!ReadSync()) Plat_Wait(pause, kFirstSyncPauseMs);
   bool sync = true;
   if (worker->stop_request != 0) return worker->exit_code;

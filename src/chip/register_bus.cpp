@@ -17,7 +17,7 @@ constexpr std::uint8_t SelectByte(std::uint8_t chip, unsigned page) {
   return static_cast<std::uint8_t>((page * 0x55u) | (~chip & 0xFFu));
 }
 
-// Wanted: with an invalid chip select code nothing is selected and nothing released, but the
+// Quirk: with an invalid chip select code nothing is selected and nothing released, but the
 // address and data cycles go out all the same.
 inline void SelectPage(std::uint8_t chip, unsigned page) {
   if (IsChipSelect(chip)) Plat_StoreByte(g_bus.select, SelectByte(chip, page));

@@ -115,7 +115,7 @@ void TW_UnblankChannelPair(std::uint16_t channel) {
   if (channel >= g_video.max_channel) return;
   const std::uint32_t pair = 3u << channel;
   if ((g_display.blank_mask.playback & pair) == 0) return;
-  // Wanted: the second of the pair may lie past the board's last channel. Its bit of the mask
+  // Quirk: the second of the pair may lie past the board's last channel. Its bit of the mask
   // counts, and it is written where its number maps to: channel 16 to the register of channel 12.
   for (unsigned k = 0; k < 2; ++k) {
     const auto c = static_cast<std::uint8_t>(channel + k);

@@ -29,7 +29,7 @@ void ShowAllInFront() { WriteChannelDisplayToAll(kDisplayEnable | kDisplayFront)
 void TW_SetLivePip(std::uint8_t main, std::uint8_t inset) {
   const PipWindows& windows = IsNtsc() ? kPipNtsc : kPipPal;
   ShowAllBehind();
-  // Wanted: the channels above the main one are not hidden.
+  // Quirk: the channels above the main one are not hidden.
   for (std::uint8_t n = 0; n < main; ++n) WriteChannelWindow(n, kHiddenWindow);
   TW_SetLiveScaleX(main, kScaleFull, kScaleFull);
   WriteChannelWindow(main, windows.main);
@@ -44,7 +44,7 @@ void TW_SetLiveMultiPip(std::uint8_t channel, std::uint8_t size, std::uint8_t x_
   ShowAllBehind();
   if (size == 0) TW_SetLiveScaleX(channel, kScaleQuarter, kScaleQuarter);
   if (size == 1) TW_SetLiveScaleX(channel, kScaleThird, kScaleThird);
-  // Wanted: this overwrites the sizes above, a third included.
+  // Quirk: this overwrites the sizes above, a third included.
   const std::uint8_t scale = size == 2 ? kScaleHalf : kScaleQuarter;
   TW_SetLiveScaleX(channel, scale, scale);
   PlaceOnTop(channel, {x_start, x_end, y_start, y_end});

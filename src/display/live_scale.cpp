@@ -51,7 +51,7 @@ void TW_SetLiveScaleX(std::uint8_t channel, std::uint8_t vertical_code,
   }
   WriteRatio(channel, kScalerVertical, *vertical);
 
-  // Wanted: a refused horizontal code does not take the vertical ratio back.
+  // Quirk: a refused horizontal code does not take the vertical ratio back.
   const ScaleRatio* horizontal = FindRatio(horizontal_code);
   if (horizontal == nullptr) {
     VexoDbg_Print(u">> TW_SetLiveScaleX INVALID H SCALE (%d)!!\r\n", horizontal_code);

@@ -56,7 +56,7 @@ void ProgramWindows4Ch(std::uint8_t mode, const std::uint8_t* channels) {
   }
 }
 
-// 8 and 16 channels: one scan with the list as it comes. Wanted: an entry that matches no channel
+// 8 and 16 channels: one scan with the list as it comes. Quirk: an entry that matches no channel
 // any more stops the cursor, and once all windows are filled the rest of the channels keeps its
 // rectangles.
 void ProgramWindowsByScan(const BoardVariant& board, std::uint8_t mode,

@@ -51,7 +51,7 @@ void WriteFirstPath(std::uint8_t chip, std::uint8_t first_channel, std::uint8_t 
   TW_WriteRegister(chip, kPage1, kChannelPath, static_cast<std::uint8_t>(bits | first_channel));
 }
 
-// Chip whose window kinds the 2 x 2 sets. Wanted: boards of more than four channels set a single
+// Chip whose window kinds the 2 x 2 sets. Quirk: boards of more than four channels set a single
 // one, that of the last listed channel, hidden or not.
 std::uint8_t ChipOf2x2(std::uint8_t channels, const std::uint8_t* list) {
   if (channels == 4) return kChipAll;

@@ -24,7 +24,7 @@ std::int32_t SetPlaybackMode(const BoardVariant& board, const std::uint8_t* reco
   WriteDisplayToAll(kDisplaySource, kSourceDefault);
   const std::int32_t result =
       SetPlaySplit(board, record[kRecordSplitMode], kNoOption, record + kRecordChannels);
-  // Wanted: 16 channels keep what the split wrote.
+  // Quirk: 16 channels keep what the split wrote.
   if (board.channels != 16) TW_ResetPlayOverlay();
   if (result != VEXO_OK) return result;
   return TW_SetChannelBlankMask(board.all_channels);
@@ -42,7 +42,7 @@ std::int32_t TW_SetPlaybackModeInfo(const std::uint8_t* record) {
   WriteDisplayToAll(kZoomControl, 0x00);
   const BoardVariant* board = FindBoardVariant(g_video.max_channel);
   if (board == nullptr) return VEXO_ERROR_NOT_READY;
-  // Wanted: a split that the board lacks is not reported.
+  // Quirk: a split that the board lacks is not reported.
   SetPlaybackMode(*board, record);
   Plat_Sleep(kSwitchMs);
   return VEXO_OK;

@@ -13,7 +13,7 @@ constexpr std::uint8_t kZoomOff = 0x00;
 constexpr std::uint8_t kZoomFullPicture = 0xC0;
 constexpr std::uint8_t kOverlayReset = 0x60;
 
-// Gives windows to the channels, lowest channel first, with the list as it comes. Wanted: an entry
+// Gives windows to the channels, lowest channel first, with the list as it comes. Quirk: an entry
 // that matches no channel any more stops the cursor.
 WindowOfChannel MatchAscending(std::uint8_t channels, const std::uint8_t* list,
                                std::uint8_t windows) {
@@ -40,7 +40,7 @@ void ShowFullPicture(const BoardVariant& board, const std::uint8_t* channels) {
     WriteDisplayToAll(kZoomY, 0x00);
     WriteDisplayToAll(kZoomControl, kZoomFullPicture);
   }
-  // Wanted: 8 channels leave these registers alone.
+  // Quirk: 8 channels leave these registers alone.
   if (board.channels != 8) WriteWindowKindAndScaler(kChipAll, kSplitFull);
   FinishPlayLayout(kSplitFull);
 }
@@ -57,7 +57,7 @@ void Show3x3(const BoardVariant& board, const std::uint8_t* channels) {
   WritePatternToAll(kSplit9);
   WindowOfChannel window_of = MatchAscending(board.channels, channels, kWindowsOfMode[kSplit9]);
   if (board.channels == 16 && channels[0] == kSecondPageFirst) {
-    // Wanted: both entries are compared with 0, so that a list that ends in 0, 1 hides channel 1.
+    // Quirk: both entries are compared with 0, so that a list that ends in 0, 1 hides channel 1.
     for (std::uint8_t n = 0; n < kSecondPageWrapped; ++n) {
       const auto window = static_cast<std::uint8_t>(kSecondPageWrapWindow + n);
       if (channels[window] == 0) window_of[n] = window;

@@ -102,7 +102,7 @@ void Show4x4() {
   ResetFirstWindowKind();
   WritePatternToAll(kSplit16);
   HideAllChannels();
-  // Wanted: eight channels also where the board has four.
+  // Quirk: eight channels also where the board has four.
   const std::uint8_t windows = g_video.max_channel == 16 ? 16 : 8;
   for (std::uint8_t n = 0; n < windows; ++n) PlacePlayChannel(n, kSplit16, n);
   WriteWindowKindToAll(kSplit16);

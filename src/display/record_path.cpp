@@ -58,7 +58,7 @@ void WriteSwitchedQueues(std::uint8_t switching) {
 }
 
 void WriteQuadQueues() {
-  // Wanted: all four chip codes on every board, whatever is fitted.
+  // Quirk: all four chip codes on every board, whatever is fitted.
   for (const std::uint8_t chip : kChipByPosition) {
     TW_WriteRegister(chip, kPage1, kRecordQueue, kQueueQuad);
   }

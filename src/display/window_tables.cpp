@@ -7,7 +7,7 @@ LayoutState g_layout;
 
 namespace {
 
-// Wanted: full screen and the NTSC 2 x 2 begin at line 1, every other layout at line 2.
+// Quirk: full screen and the NTSC 2 x 2 begin at line 1, every other layout at line 2.
 constexpr WindowTable kDefaultNtsc = {{
     // full screen
     {0x04, 0xB0, 0x01, 0x77},

@@ -97,7 +97,7 @@ void StoreMotionInfo(std::uint8_t channel, std::uint8_t level, const std::uint8_
   TW_ApplyMotionInfo(channel);
 }
 
-// Wanted: the level table stays. A preview goes through here and must not be kept.
+// Quirk: the level table stays. A preview goes through here and must not be kept.
 void TW_SetMotionLevel(std::uint8_t channel, std::uint8_t level) {
   if (level >= kLevels.size()) return;
   const std::uint8_t first = RegisterAt(kMotionLevel, kMotionStride, ChannelPosition(channel));

@@ -11,7 +11,7 @@ constexpr std::uint32_t kCameraHalt = 0x220864;
 std::int32_t VexoProc_CameraControl(std::uint32_t resume) {
   const PlatHandle camera =
       Plat_OpenDriver(kCameraDriver, kPlatReadWrite, kPlatNoSharing, kPlatOpenExisting);
-  // Wanted: only a zero handle ends here. The invalid handle of a failed open goes on to the
+  // Quirk: only a zero handle ends here. The invalid handle of a failed open goes on to the
   // control call, which then fails and does no harm.
   if (camera == kPlatNoHandle) return 0;
   Plat_ControlDriver(camera, resume != 0 ? kCameraResume : kCameraHalt, nullptr, 0);

@@ -124,7 +124,7 @@ std::uint32_t TW_GetChipPresence() {
 }
 
 std::int32_t TW_InitializeSetup(std::uint16_t /*reserved1*/, std::uint16_t /*reserved2*/) {
-  // Wanted: a new event every time; the one before stays open.
+  // Quirk: a new event every time; the one before stays open.
   g_display.wait_event = Plat_CreateEvent(nullptr, false, false);
   TW_ReleaseChip(kChipAll);
   g_video.broadcast_select = kChipAll;

@@ -26,7 +26,7 @@ bool ReadNvram(std::uint32_t offset, std::uint8_t* buffer, std::uint32_t length)
 
 StoredSettings ReadStoredSettings(const StoredSettings& detected) {
   std::uint8_t record[kRecordBytes] = {};
-  // Wanted: an unreadable record overrides the detected standard with "no video".
+  // Quirk: an unreadable record overrides the detected standard with "no video".
   if (!ReadNvram(0, record, kRecordBytes)) return {kStandardNone, 0};
   if (std::memcmp(record, kMagic, kMagicBytes) != 0) {
     VexoDbg_Print(u"[TW2835] ERROR WRITE DATA NVRAM DRIVER 0x%08X\r\n\r\n", 0u);

@@ -34,7 +34,7 @@ void FillColumns(std::uint8_t chip, unsigned left, unsigned right) {
 
 void WriteColorBar(const char16_t* announcement, std::uint8_t value) {
   Plat_KernelDebugOutput(announcement);
-  // Wanted: the whole register, though the sync flag lives in it.
+  // Quirk: the whole register, though the sync flag lives in it.
   TW_WriteRegister(kChipAll, kPage1, kStatusFlags, value);
 }
 

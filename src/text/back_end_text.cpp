@@ -112,7 +112,7 @@ void OpenDriver() {
   g_back_end.driver =
       Plat_OpenDriver(kDriverName, kPlatReadWrite, kPlatNoSharing, kPlatOpenExisting);
   if (g_back_end.driver == kPlatInvalidHandle) {
-    // Wanted: the invalid handle is kept, so that a second open answers "already open".
+    // Quirk: the invalid handle is kept, so that a second open answers "already open".
     VexoSDK_SendHostMessage(VEXO_MSG_STATUS, VEXO_STATUS_VBE_OPEN_FAILED, 0);
   }
 }

@@ -50,14 +50,14 @@ void WriteReg(const Numbers& n) { VexoProc_WriteRegister(n.U8(0), n.U8(1), n.U8(
 void ReportVersion(const Numbers&) {
   VexoSDK_SendHostMessage(VEXO_MSG_CHIP_VERSION,
                           g_video.g_chip_ready == 0 ? 0 : TW_GetChipPresence(), 0);
-  // Wanted: the format lacks its conversion mark, so the value does not show.
+  // Quirk: the format lacks its conversion mark, so the value does not show.
   VexoDbg_Print(u">> VEXO CHIP VER : 0x08X\r\n");
 }
 
 void StoreNtsc(const Numbers&) { TW_StoreVideoStandard(VEXO_VIDEO_NTSC); }
 void StorePal(const Numbers&) { TW_StoreVideoStandard(VEXO_VIDEO_PAL); }
 void StoreAuto(const Numbers&) {
-  // Wanted: no standard. Initialization detects one, and then takes this byte in its place.
+  // Quirk: no standard. Initialization detects one, and then takes this byte in its place.
   constexpr std::uint8_t kAuto = 255;
   TW_StoreVideoStandard(kAuto);
 }

@@ -25,7 +25,7 @@ void SetFieldOfOneOrAll(std::uint8_t channel, std::uint8_t ColorSettings::*field
 
 }  // namespace
 
-// Wanted: no hue of all channels at once.
+// Quirk: no hue of all channels at once.
 void SetColorHue(std::uint8_t channel, std::uint8_t hue) {
   if (channel < g_video.max_channel) SetField(channel, &ColorSettings::hue, hue);
 }

@@ -1,6 +1,5 @@
 // Actions, expectations, output and exit statuses, on a library whose doings are known.
 #include "script/run.h"
-#include "sim/world.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,6 +10,7 @@
 #include <sstream>
 
 #include "sim/text.h"
+#include "sim/world.h"
 #include "tests/harness/fake_library.h"
 #include "tests/support/temp_path.h"
 #include "tools/vexosim/listing/terminal_surroundings.h"
