@@ -15,10 +15,12 @@ using PageFlags = std::array<std::array<bool, kRegistersPerPage>, kPageCount>;
 // Which registers have a name: looked up at every data cycle, so it is a table.
 constexpr PageFlags MakeNamed() {
   PageFlags named{};
-  for (const RegisterName& run : kRegisterNames) {
-    for (unsigned k = 0; k < run.count; ++k) {
-      for (unsigned i = 0; i < run.length; ++i)
-        named[run.page][run.base + k * run.stride + i] = true;
+  for (const Register& each : kRegisters) {
+    for (unsigned k = 0; k < each.count; ++k) {
+      for (unsigned i = 0; i < each.length; ++i) {
+        const RegisterAddress at = each.AddressOf(k, i);
+        named[at.page][at.number] = true;
+      }
     }
   }
   return named;
@@ -84,6 +86,10 @@ bool Board::Sync() const {
 
 void Board::Poke(unsigned position, std::uint8_t page, std::uint8_t reg, std::uint8_t value) {
   chips_.at(position).Poke(page, reg, value, now_ms_);
+}
+
+std::uint8_t Board::Peek(unsigned position, RegisterAddress at) const {
+  return Peek(position, at.page, at.number);
 }
 
 std::uint8_t Board::Peek(unsigned position, std::uint8_t page, std::uint8_t reg) const {

@@ -39,6 +39,7 @@ class Board {
   void HoldSync(bool level);                    // until the next SetSyncPeriod
   void Poke(unsigned position, std::uint8_t page, std::uint8_t reg, std::uint8_t value);
   std::uint8_t Peek(unsigned position, std::uint8_t page, std::uint8_t reg) const;
+  std::uint8_t Peek(unsigned position, RegisterAddress at) const;
   const ChannelInput& Input(unsigned channel) const;
   std::uint32_t FrozenAt(unsigned channel) const;
   const Frozen& FrozenState(unsigned channel) const;

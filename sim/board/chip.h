@@ -31,7 +31,7 @@ class Chip {
   // The back side: what cameras and tests do. No bus cycle.
   std::array<ChannelInput, kChannelsPerChip> inputs;
   void SetId(std::uint8_t id) { id_ = id; }
-  bool Fitted() const { return (id_ & kChipIdMask) == kChipIdTw2835; }
+  bool Fitted() const { return (id_ & kChipIdFamily) == kChipIdTw2835; }
   // Sets a stored byte as the chip itself would; the chip's own bits stay its own. An empty
   // position keeps nothing.
   void Poke(std::uint8_t page, std::uint8_t reg, std::uint8_t value, std::uint32_t now_ms = 0);

@@ -6,14 +6,14 @@ namespace sim {
 
 FillOrder ReadFillOrder(const std::array<std::uint8_t, kRegistersPerPage>& page2) {
   FillOrder order;
-  std::copy_n(page2.begin() + kFillData, order.data.size(), order.data.begin());
-  order.left = page2[kFillLeft];
-  order.right = page2[kFillRight];
+  std::copy_n(page2.begin() + kFillData.first, order.data.size(), order.data.begin());
+  order.left = page2[kFillLeft.first];
+  order.right = page2[kFillRight.first];
   // Bits 7:2 are the high bits of the top line and bit 0 that of the bottom line. Bit 1 is part of
   // neither: it is set in every fill, those that end on line 0 included.
-  const int high = page2[kFillHigh];
-  order.top = high >> 2 << 8 | page2[kFillTop];
-  order.bottom = (high & 1) << 8 | page2[kFillBottom];
+  const int high = page2[kFillHigh.first];
+  order.top = high >> 2 << 8 | page2[kFillTop.first];
+  order.bottom = (high & kFillHighBottom) << 8 | page2[kFillBottom.first];
   return order;
 }
 

@@ -3,8 +3,6 @@
 namespace sim {
 namespace {
 
-constexpr unsigned kBoxEnable = 0x80;  // of kBoxControl
-
 constexpr Rgb Tinted(Rgb pixel, Rgb tint, unsigned quarters) {
   const auto mix = [quarters](unsigned from, unsigned to) {
     return static_cast<std::uint8_t>((from * (4 - quarters) + to * quarters) / 4);
@@ -15,8 +13,7 @@ constexpr Rgb Tinted(Rgb pixel, Rgb tint, unsigned quarters) {
 // Two mask bytes a row: first columns 8 to 15, then columns 0 to 7.
 bool Watched(const Board& board, unsigned chip, unsigned position, int column, int row) {
   const unsigned index = static_cast<unsigned>(2 * row) + (column < 8 ? 1 : 0);
-  const unsigned reg = kMotionMask + kMotionStride * position + index;
-  return (board.Peek(chip, kPage2, static_cast<std::uint8_t>(reg)) >> (column % 8) & 1) != 0;
+  return (board.Peek(chip, kMotionMask.At(position, index)) >> (column % 8) & 1) != 0;
 }
 
 void DrawCell(Image& image, int left, int top, int width, int height, bool watched, bool motion) {
@@ -39,8 +36,8 @@ void DrawMotionBoxes(const Board& board, Image& image) {
     const unsigned chip = channel / kChannelsPerChip;
     const unsigned position = channel % kChannelsPerChip;
     if (!board.Fitted(chip)) continue;
-    const auto box = [&](unsigned base) {
-      return board.Peek(chip, kPage2, static_cast<std::uint8_t>(base + kBoxStride * position));
+    const auto box = [&](const ChannelRegister<1>& of) {
+      return board.Peek(chip, of.At(position));
     };
     if ((box(kBoxControl) & kBoxEnable) == 0) continue;
     const int width = box(kBoxWidth) * kPixelsPerCellUnit;

@@ -78,9 +78,7 @@ struct Window {
 class Registers {
  public:
   Registers(const Board& board, unsigned chip) : board_(board), chip_(chip) {}
-  unsigned operator()(std::uint8_t page, unsigned reg) const {
-    return board_.Peek(chip_, page, static_cast<std::uint8_t>(reg));
-  }
+  unsigned operator()(RegisterAddress at) const { return board_.Peek(chip_, at); }
 
  private:
   const Board& board_;
@@ -90,8 +88,8 @@ class Registers {
 // The decoder delivers pictures of any size: what a position shows of it is a matter of the path
 // registers alone.
 void ReadDecodedPath(const Registers& reg, unsigned position, Window& window) {
-  const unsigned path = reg(kPage1, kChannelPath + kDisplayStride * position);
-  const unsigned chip_path = reg(kPage1, kChannelPath);  // position 0 switches for the whole chip
+  const unsigned path = reg(kChannelPath.At(position));
+  const unsigned chip_path = reg(kChannelPath.At(0));  // position 0 switches for the whole chip
   const bool off = (chip_path & kPathDecoded) != 0 && (chip_path & kPathOpen) == 0;
   window.source = off ? Source::DecoderOff : Source::Decoder;
   window.picture = (path & kPathDecoded) != 0 ? path & kPathChannel : window.channel;
@@ -100,17 +98,16 @@ void ReadDecodedPath(const Registers& reg, unsigned position, Window& window) {
 // False when the position shows nothing.
 bool ReadWindow(const Board& board, unsigned chip, unsigned position, Window& window) {
   const Registers reg(board, chip);
-  const unsigned display = reg(kPage1, kChannelDisplay + kDisplayStride * position);
+  const unsigned display = reg(kChannelDisplay.At(position));
   if ((display & kDisplayEnable) == 0) return false;
 
-  const unsigned corner = kWindow + kWindowStride * position;
   const auto pixels = [&](unsigned i) {
-    return static_cast<int>(reg(kPage1, corner + i)) * kPixelsPerUnit;
+    return static_cast<int>(reg(kWindow.At(position, i))) * kPixelsPerUnit;
   };
   window.rect = {pixels(0), pixels(1), pixels(2), pixels(3)};
   if (window.rect.Empty()) return false;
 
-  const unsigned attribute = reg(kPage1, kChannelAttribute + kDisplayStride * position);
+  const unsigned attribute = reg(kChannelAttribute.At(position));
   window.channel = kChannelsPerChip * chip + position;
   window.front = (display & kDisplayFront) != 0;
   window.blank = (attribute & kAttributeBlank) != 0;
@@ -120,13 +117,12 @@ bool ReadWindow(const Board& board, unsigned chip, unsigned position, Window& wi
     ReadDecodedPath(reg, position, window);
     return true;
   }
-  const unsigned scaler = kScalerStride * (display & kDisplayPosition);
-  window.control = reg(kPage0, kScalerControl + scaler);
+  const unsigned scaler = display & kDisplayPosition;
+  window.control = reg(kScalerControl.At(scaler));
   window.picture = kChannelsPerChip * chip + (window.control >> 6);
-  window.vertical =
-      reg(kPage0, kScalerVertical + scaler) << 8 | reg(kPage0, kScalerVertical + scaler + 1);
+  window.vertical = reg(kScalerVertical.At(scaler, 0)) << 8 | reg(kScalerVertical.At(scaler, 1));
   window.horizontal =
-      reg(kPage0, kScalerHorizontal + scaler) << 8 | reg(kPage0, kScalerHorizontal + scaler + 1);
+      reg(kScalerHorizontal.At(scaler, 0)) << 8 | reg(kScalerHorizontal.At(scaler, 1));
   return true;
 }
 
@@ -211,7 +207,8 @@ class Composer {
     const bool pal = window.frozen ? frozen.pal[of_chip] : input.pal;
     const int lines = pal ? kCardHeightPal : kCardHeightNtsc;
     DrawCard(window.rect, MakeCard<CardLine>(window.picture, lines, TimeOf(window)),
-             ScaledAxis(window.rect.Width(), kCardWidth, window.horizontal, window.control & 3),
+             ScaledAxis(window.rect.Width(), kCardWidth, window.horizontal,
+                        window.control & kScalerFilterX),
              ScaledAxis(window.rect.Height(), lines, window.vertical, window.control >> 2 & 3));
   }
 
@@ -288,10 +285,10 @@ Image FilledImage(int width, int height, Rgb fill) {
 
 Image ComposeScreen(const Board& board) {
   const bool master = board.Fitted(0);  // the master drives the screen
-  const bool pal = master && (board.Peek(0, kPage1, kSystemControl) & kSystemPal) != 0;
+  const bool pal = master && (board.Peek(0, kSystemControl) & kSystemPal) != 0;
   const int height = pal ? kScreenHeightPal : kScreenHeightNtsc;
   if (!master) return FilledImage(kScreenWidth, height, kScreenBackground);
-  if ((board.Peek(0, kPage1, kStatusFlags) & kColorBar) != 0) return ColorBars(height);
+  if ((board.Peek(0, kStatusFlags) & kColorBar) != 0) return ColorBars(height);
 
   Composer composer(board, height);
   for (const Window& window : ReadWindows(board)) composer.Add(window);

@@ -6,20 +6,18 @@ namespace sim {
 namespace {
 
 // With bit 6 beside it, bit 7 stands for a decoded picture in full size, which is no zoom.
-constexpr unsigned kZoomSwitch = 0xC0;
-constexpr unsigned kZoomOn = 0x80;
+constexpr unsigned kZoomSwitch = kZoomOn | kZoomDecoded;
 
 }  // namespace
 
 std::optional<ZoomedPart> ReadZoom(const Board& board, int screen_height) {
-  if (!board.Fitted(0) || (board.Peek(0, kPage1, kDisplayMode) & kDisplayModeZoom) == 0) return {};
+  if (!board.Fitted(0) || (board.Peek(0, kDisplayMode) & kDisplayModeZoom) == 0) return {};
   // One chip zooms for the whole cascade; of several that would, the last one does.
   for (unsigned chip = kChipsMax; chip-- > 0;) {
     if (!board.Fitted(chip)) continue;
-    if ((board.Peek(chip, kPage1, kZoomControl) & kZoomSwitch) != kZoomOn) continue;
-    const auto corner = [&](std::uint8_t reg, int pixels) {
-      return std::min(board.Peek(chip, kPage1, reg) * kPixelsPerUnit,
-                      pixels - pixels / kZoomFactor);
+    if ((board.Peek(chip, kZoomControl) & kZoomSwitch) != kZoomOn) continue;
+    const auto corner = [&](RegisterAddress reg, int pixels) {
+      return std::min(board.Peek(chip, reg) * kPixelsPerUnit, pixels - pixels / kZoomFactor);
     };
     return ZoomedPart{corner(kZoomX, kScreenWidth), corner(kZoomY, screen_height)};
   }

@@ -5,6 +5,8 @@
 // caller's business.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "chip/registers.h"
@@ -34,10 +36,63 @@ constexpr std::uint8_t FirstChannelOf(std::uint8_t chip_position) {
   return static_cast<std::uint8_t>(kChannelsPerChip * chip_position);
 }
 
-// A register that repeats with a stride, for one position.
-constexpr std::uint8_t RegisterAt(std::uint8_t base, std::uint8_t stride, unsigned position) {
-  return static_cast<std::uint8_t>(base + stride * position);
+// ---- Bus cycles ---------------------------------------------------------------------------------
+
+// A page as the select byte has it: two bits for each of the four chips.
+constexpr std::uint8_t PageOfEveryChip(unsigned page) {
+  return static_cast<std::uint8_t>(page * 0x55);
 }
+
+// The accesses themselves, nothing checked. pages: as PageOfEveryChip gives it.
+std::uint8_t ReadCycles(std::uint8_t chip, std::uint8_t pages, std::uint8_t number);
+void WriteCycles(std::uint8_t chip, std::uint8_t pages, std::uint8_t number, std::uint8_t value);
+void RunCycles(std::uint8_t chip, std::uint8_t pages, std::uint8_t number, const std::uint8_t* data,
+               unsigned count);
+
+// ---- Registers by name --------------------------------------------------------------------------
+
+// The library's own accesses. chip is one of the five chip select codes, which is not checked; a
+// read names one chip. Four bus cycles.
+inline std::uint8_t Read(std::uint8_t chip, RegisterAddress at) {
+  return ReadCycles(chip, PageOfEveryChip(at.page), at.number);
+}
+inline void Write(std::uint8_t chip, RegisterAddress at, std::uint8_t value) {
+  WriteCycles(chip, PageOfEveryChip(at.page), at.number, value);
+}
+
+// Writes count bytes (up to 255) from a register on with one address cycle: the chip advances its
+// register address after each data byte. Three bus cycles and one a byte.
+inline void WriteRun(std::uint8_t chip, RegisterAddress first, const std::uint8_t* data,
+                     unsigned count) {
+  RunCycles(chip, PageOfEveryChip(first.page), first.number, data, count);
+}
+
+// The same for the channel at a position (0-3) of the chip.
+inline std::uint8_t Read(std::uint8_t chip, const ChannelRegister<1>& of, unsigned position) {
+  return Read(chip, of.At(position));
+}
+inline void Write(std::uint8_t chip, const ChannelRegister<1>& of, unsigned position,
+                  std::uint8_t value) {
+  Write(chip, of.At(position), value);
+}
+
+// Fills a run of registers, or as much of it as the table has.
+template <unsigned kLength, std::size_t kCount>
+void WriteTable(std::uint8_t chip, const ChipRegister<kLength>& of,
+                const std::array<std::uint8_t, kCount>& table) {
+  static_assert(kCount <= kLength, "the table is longer than the run");
+  WriteRun(chip, of.At(0), table.data(), kCount);
+}
+template <unsigned kLength, std::size_t kCount>
+void WriteTable(std::uint8_t chip, const ChannelRegister<kLength>& of, unsigned position,
+                const std::array<std::uint8_t, kCount>& table) {
+  static_assert(kCount <= kLength, "the table is longer than the run");
+  WriteRun(chip, of.At(position, 0), table.data(), kCount);
+}
+
+// ---- Registers by number ------------------------------------------------------------------------
+
+// For numbers that a host or a field engineer gives: nothing of them is taken on trust.
 
 // Select a chip's page; any other code than the five chip select codes stores nothing.
 void TW_SelectPage0(std::uint8_t chip);
@@ -54,7 +109,7 @@ std::uint8_t TW_ReadRegister(std::uint8_t chip, std::uint8_t page, std::uint8_t 
 // Writes one register. Refusals as for TW_ReadRegister.
 void TW_WriteRegister(std::uint8_t chip, std::uint8_t page, std::uint8_t reg, std::uint8_t value);
 
-// Writes count bytes to consecutive registers with one address cycle: the chip advances its
-// register address after each data byte. data is read only. Refusals as for TW_ReadRegister.
+// Writes count bytes to consecutive registers, as WriteRun. data is read only. Refusals as for
+// TW_ReadRegister.
 void TW_WriteReg_Table(std::uint8_t chip, std::uint8_t page, std::uint8_t first_reg,
                        const std::uint8_t* data, std::uint8_t count);

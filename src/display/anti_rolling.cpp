@@ -15,7 +15,7 @@ constexpr std::uint8_t kDisplayReleased = 0x2C;  // on release: what of the chan
 std::uint8_t ReadSettleStatus() {
   std::uint8_t busy = 0;
   for (std::uint8_t p = 0; p < g_video.chip_count; ++p) {
-    const std::uint8_t status = TW_ReadRegister(kChipByPosition[p], kPage1, kSettleStatus);
+    const std::uint8_t status = Read(kChipByPosition[p], kSettleStatus);
     busy = static_cast<std::uint8_t>(busy | (status & kSettleBits));
   }
   return busy;
@@ -34,10 +34,9 @@ bool WaitUntilSettled(unsigned max_polls) {
 void TW_ApplyAntiRolling() {
   for (unsigned i = 0; i < kChannelsPerChip; ++i) {
     // The master speaks for all: a broadcast read would set the chips against each other.
-    const std::uint8_t reg = RegisterAt(kChannelDisplay, kDisplayStride, i);
-    const std::uint8_t old = TW_ReadRegister(kChipMaster, kPage1, reg);
-    TW_WriteRegister(kChipAll, kPage1, reg,
-                     static_cast<std::uint8_t>((old & kDisplayKept) | kDisplayHold | i));
+    const std::uint8_t old = Read(kChipMaster, kChannelDisplay, i);
+    Write(kChipAll, kChannelDisplay, i,
+          static_cast<std::uint8_t>((old & kDisplayKept) | kDisplayHold | i));
   }
   if (!WaitUntilSettled(kSettlePolls)) {
     Plat_KernelDebugOutput(u"<VEXOCtrlSDK.DLL> : ERROR : fail to apply anti-rolling !!! \r\n");
@@ -47,10 +46,9 @@ void TW_ApplyAntiRolling() {
 void TW_ReleaseAntiRolling() {
   for (std::uint8_t p = 0; p < g_video.chip_count; ++p) {
     for (unsigned i = 0; i < kChannelsPerChip; ++i) {
-      const std::uint8_t reg = RegisterAt(kChannelDisplay, kDisplayStride, i);
-      const std::uint8_t old = TW_ReadRegister(kChipByPosition[p], kPage1, reg);
-      TW_WriteRegister(
-          kChipByPosition[p], kPage1, reg,
+      const std::uint8_t old = Read(kChipByPosition[p], kChannelDisplay, i);
+      Write(
+          kChipByPosition[p], kChannelDisplay, i,
           static_cast<std::uint8_t>((old & kDisplayReleased) | kDisplayEnable | kDisplayFront | i));
     }
   }

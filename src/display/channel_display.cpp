@@ -3,8 +3,7 @@
 #include "chip/register_bus.h"
 
 void WriteChannelDisplay(std::uint8_t chip, std::uint8_t position, std::uint8_t bits) {
-  TW_WriteRegister(chip, kPage1, RegisterAt(kChannelDisplay, kDisplayStride, position),
-                   static_cast<std::uint8_t>(bits | position));
+  Write(chip, kChannelDisplay, position, static_cast<std::uint8_t>(bits | position));
 }
 
 void WriteChannelDisplayToAll(std::uint8_t bits) {

@@ -6,7 +6,6 @@
 namespace {
 
 constexpr std::uint8_t kRecordChannelOn = 0x00;
-constexpr std::uint8_t kRecordChannelOff = 0x04;
 
 constexpr std::uint8_t Without(std::uint8_t bits) { return static_cast<std::uint8_t>(~bits); }
 
@@ -27,13 +26,10 @@ void WriteBlankBits(bool blank, unsigned times) {
   const std::uint8_t chips = TextPathChips();
   for (unsigned i = 0; i < kChannelsPerChip; ++i) {
     for (std::uint8_t p = 0; p < chips; ++p) {
-      const std::uint8_t reg = RegisterAt(kChannelAttribute, kDisplayStride, i);
-      const std::uint8_t old = TW_ReadRegister(kChipByPosition[p], kPage1, reg);
+      const std::uint8_t old = Read(kChipByPosition[p], kChannelAttribute, i);
       const auto value =
           static_cast<std::uint8_t>(blank ? old | kAttributeBlank : old & Without(kAttributeBlank));
-      for (unsigned k = 0; k < times; ++k) {
-        TW_WriteRegister(kChipByPosition[p], kPage1, reg, value);
-      }
+      for (unsigned k = 0; k < times; ++k) Write(kChipByPosition[p], kChannelAttribute, i, value);
     }
   }
 }
@@ -59,9 +55,8 @@ std::uint32_t ReadMask(const std::uint8_t* bytes) {
 }  // namespace
 
 void UpdateChannelAttribute(std::uint8_t chip, unsigned i, std::uint8_t keep, std::uint8_t set) {
-  const std::uint8_t reg = RegisterAt(kChannelAttribute, kDisplayStride, i);
-  const std::uint8_t old = TW_ReadRegister(chip, kPage1, reg);
-  TW_WriteRegister(chip, kPage1, reg, static_cast<std::uint8_t>((old & keep) | set));
+  const std::uint8_t old = Read(chip, kChannelAttribute, i);
+  Write(chip, kChannelAttribute, i, static_cast<std::uint8_t>((old & keep) | set));
 }
 
 std::int32_t TW_SetChannelMaskInfo(const std::uint8_t* record) {
@@ -93,9 +88,8 @@ std::int32_t TW_RestoreChannelBlankMask() {
 
 void ApplyRecordMask() {
   for (std::uint8_t n = 0; n < g_video.max_channel; ++n) {
-    TW_WriteRegister(TW_GetChipSelect(n), kPage1,
-                     RegisterAt(kRecordChannel, kRecordStride, ChannelPosition(n)),
-                     HasChannel(g_display.record_mask, n) ? kRecordChannelOn : kRecordChannelOff);
+    Write(TW_GetChipSelect(n), kRecordChannel, ChannelPosition(n),
+          HasChannel(g_display.record_mask, n) ? kRecordChannelOn : kRecordChannelOff.bits);
   }
 }
 

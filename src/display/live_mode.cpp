@@ -39,13 +39,13 @@ constexpr DecoderChoice kDecoderLarger = {&kDecoderLive, &kDecoderLive};
 // Each position shows its own channel.
 void WriteLivePaths() {
   for (std::uint8_t i = 0; i < kChannelsPerChip; ++i) {
-    TW_WriteRegister(kChipAll, kPage1, RegisterAt(kChannelPath, kDisplayStride, i), i);
+    Write(kChipAll, kChannelPath, i, i);
   }
 }
 
 void ClearOverlays() {
   for (unsigned i = 0; i < kChannelsPerChip; ++i) {
-    TW_WriteRegister(kChipAll, kPage1, RegisterAt(kChannelOverlay, kDisplayStride, i), 0x00);
+    Write(kChipAll, kChannelOverlay, i, 0x00);
   }
 }
 
@@ -55,8 +55,7 @@ void ProgramLivePath() {
   const DecoderTable& table = IsNtsc() ? *choice.ntsc : *choice.other;
   WriteChannelDisplayToAll(kDisplayEnable);
   WriteLivePaths();
-  TW_WriteReg_Table(kChipAll, kPage0, kDecoderBlock, table.data(),
-                    static_cast<std::uint8_t>(table.size()));
+  WriteTable(kChipAll, kDecoderBlock, table);
   ClearOverlays();
 }
 
@@ -72,9 +71,8 @@ void SetLiveAttributes(std::uint8_t chips) {
 std::int32_t SetLiveMode(const BoardVariant& board, const std::uint8_t* record) {
   if (record == nullptr) return VEXO_ERROR_PARAMETER;
   ProgramLivePath();
-  const std::uint8_t mode = TW_ReadRegister(kChipMaster, kPage1, kDisplayMode);
-  TW_WriteRegister(kChipAll, kPage1, kDisplayMode,
-                   static_cast<std::uint8_t>(mode & kDisplayModeKept));
+  const std::uint8_t mode = Read(kChipMaster, kDisplayMode);
+  Write(kChipAll, kDisplayMode, static_cast<std::uint8_t>(mode & kDisplayModeKept));
   SetLiveAttributes(board.chips);
   return SetLiveSplit(board, record[kRecordSplitMode], record + kRecordChannels);
 }
@@ -89,8 +87,8 @@ std::int32_t TW_SetLiveModeInfo(const std::uint8_t* record) {
   }
   g_display.view = kViewLive;
   ClearOverlays();
-  TW_WriteRegister(kChipAll, kPage1, kDisplayMode, 0x00);
-  TW_WriteRegister(kChipAll, kPage1, kZoomControl, 0x00);
+  Write(kChipAll, kDisplayMode, 0x00);
+  Write(kChipAll, kZoomControl, 0x00);
 
   // Boards that have no variant skip these two.
   if (const BoardVariant* board = FindBoardVariant(g_video.max_channel)) {
@@ -115,8 +113,8 @@ std::int32_t TW_SetLiveModeInfo16Ch(const std::uint8_t* record) {
 
 void TW_ResetLiveDisplay() {
   ProgramLivePath();
-  if (TW_ReadRegister(kChipMaster, kPage1, kDisplayMode) != 0) {
-    TW_WriteRegister(kChipAll, kPage1, kDisplayMode, 0x00);
+  if (Read(kChipMaster, kDisplayMode) != 0) {
+    Write(kChipAll, kDisplayMode, 0x00);
   }
   SetLiveAttributes(TextPathChips());
 }

@@ -32,12 +32,12 @@ const ScaleRatio* FindRatio(std::uint8_t code) {
   return code < kRatios.size() && kRatios[code].defined ? &kRatios[code] : nullptr;
 }
 
-// Writes a ratio to the scaler of a channel; reg is the high byte's at position 0.
-void WriteRatio(std::uint8_t channel, std::uint8_t reg, const ScaleRatio& ratio) {
+// Writes a ratio to the scaler of a channel.
+void WriteRatio(std::uint8_t channel, const ChannelRegister<2>& of, const ScaleRatio& ratio) {
   const std::uint8_t chip = TW_GetChipSelect(channel);
-  const std::uint8_t first = RegisterAt(reg, kScalerStride, ChannelPosition(channel));
-  TW_WriteRegister(chip, kPage0, first, ratio.high);
-  TW_WriteRegister(chip, kPage0, static_cast<std::uint8_t>(first + 1), ratio.low);
+  const std::uint8_t position = ChannelPosition(channel);
+  Write(chip, of.At(position, 0), ratio.high);
+  Write(chip, of.At(position, 1), ratio.low);
 }
 
 }  // namespace
@@ -66,9 +66,8 @@ void TW_SetLiveScaleY(std::uint8_t channel, std::uint8_t record_mode) {
     return;
   }
   const std::uint8_t position = ChannelPosition(channel);
-  TW_WriteRegister(TW_GetChipSelect(channel), kPage0,
-                   RegisterAt(kRecordLayout, kScalerStride, position),
-                   static_cast<std::uint8_t>((position << 6) | kRecordLayouts[record_mode]));
+  Write(TW_GetChipSelect(channel), kRecordLayout, position,
+        static_cast<std::uint8_t>((position << 6) | kRecordLayouts[record_mode]));
 }
 
 void TW_SetInputRegs(std::uint8_t channel, std::uint8_t hue, std::uint8_t saturation,
@@ -80,11 +79,9 @@ void TW_SetInputRegs(std::uint8_t channel, std::uint8_t hue, std::uint8_t satura
     const auto c = static_cast<std::uint8_t>(n);
     const std::uint8_t chip = TW_GetChipSelect(c);
     const std::uint8_t position = ChannelPosition(c);
-    TW_WriteRegister(chip, kPage0, RegisterAt(kInputHue, kInputStride, position), hue);
-    TW_WriteRegister(chip, kPage0, RegisterAt(kInputSaturation, kInputStride, position),
-                     saturation);
-    TW_WriteRegister(chip, kPage0, RegisterAt(kInputContrast, kInputStride, position), contrast);
-    TW_WriteRegister(chip, kPage0, RegisterAt(kInputBrightness, kInputStride, position),
-                     brightness);
+    Write(chip, kInputHue, position, hue);
+    Write(chip, kInputSaturation, position, saturation);
+    Write(chip, kInputContrast, position, contrast);
+    Write(chip, kInputBrightness, position, brightness);
   }
 }

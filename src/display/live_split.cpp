@@ -51,7 +51,7 @@ void ProgramWindows4Ch(std::uint8_t mode, const std::uint8_t* channels) {
   }
   // The release sets the front bit of all four anyway; what hides the others is the zero rectangle.
   for (std::uint8_t n = 0; n < kBoard4Ch.channels; ++n) {
-    const std::uint8_t front = n == channels[0] ? kDisplayFront : std::uint8_t{0};
+    const std::uint8_t front = n == channels[0] ? kDisplayFront.bits : std::uint8_t{0};
     WriteChannelDisplay(kChipAll, n, kDisplayEnable | front);
   }
 }
@@ -93,8 +93,7 @@ std::int32_t SetLiveSplit(const BoardVariant& board, std::uint8_t mode,
   }
   TW_ReleaseAntiRolling();
   if (g_video.video_standard == kStandardPal) {
-    TW_WriteRegister(kChipAll, kPage0, kVideoFieldMode,
-                     mode == kSplitFull ? kFieldModeFull : kFieldModeSplit);
+    Write(kChipAll, kVideoFieldMode, mode == kSplitFull ? kFieldModeFull : kFieldModeSplit);
   }
   g_display.live_split = mode;
   return VEXO_OK;

@@ -112,9 +112,9 @@ void ShowSplit(std::uint8_t mode, std::uint8_t first, std::uint8_t option) {
 void ReleaseHeld(std::uint8_t mode) {
   for (std::uint8_t p = 0; p < g_video.chip_count; ++p) {
     for (std::uint8_t i = 0; i < kChannelsPerChip; ++i) {
-      const std::uint8_t reg = RegisterAt(kChannelDisplay, kDisplayStride, i);
-      if ((TW_ReadRegister(kChipByPosition[p], kPage1, reg) & kDisplayHold) == 0) continue;
-      TW_WriteRegister(kChipByPosition[p], kPage1, reg, mode == kSplit4 ? i : std::uint8_t{0});
+      const std::uint8_t chip = kChipByPosition[p];
+      if ((Read(chip, kChannelDisplay, i) & kDisplayHold) == 0) continue;
+      Write(chip, kChannelDisplay, i, mode == kSplit4 ? i : std::uint8_t{0});
     }
   }
 }

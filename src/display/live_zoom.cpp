@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr std::uint8_t kZoomArea = 0x3D;
-constexpr std::uint8_t kZoomOn = 0x80;
 constexpr std::uint8_t kZoomOff = 0x00;
 
 constexpr std::uint8_t kZoomXMax = 0xB4;
@@ -28,37 +26,36 @@ std::uint8_t ZoomChip(const char16_t* refusal) {
 
 // Sets or clears the zoom bit of all chips, as the master has the rest of the register.
 void SetZoomBit(bool on) {
-  const std::uint8_t mode = TW_ReadRegister(kChipMaster, kPage1, kDisplayMode);
-  TW_WriteRegister(
-      kChipAll, kPage1, kDisplayMode,
-      static_cast<std::uint8_t>(on ? mode | kDisplayModeZoom : mode & ~kDisplayModeZoom));
+  const std::uint8_t mode = Read(kChipMaster, kDisplayMode);
+  Write(kChipAll, kDisplayMode,
+        static_cast<std::uint8_t>(on ? mode | kDisplayModeZoom : mode & ~kDisplayModeZoom));
 }
 
 }  // namespace
 
 void TW_SetLiveZoomArea() {
   const std::uint8_t chip = ZoomChip(u">> TW_SetLiveZoomArea Invalid channel!!\r\n");
-  if (chip != 0) TW_WriteRegister(chip, kPage1, kZoomControl, kZoomArea);
+  if (chip != 0) Write(chip, kZoomControl, kZoomArea);
 }
 
 void TW_SetLiveZoomStart() {
   const std::uint8_t chip = ZoomChip(u">> TW_SetLiveZoomStart Invalid channel!!\r\n");
   if (chip == 0) return;
   SetZoomBit(true);
-  TW_WriteRegister(chip, kPage1, kZoomControl, kZoomOn);
+  Write(chip, kZoomControl, kZoomOn);
 }
 
 void TW_SetLiveZoomStop() {
   const std::uint8_t chip = ZoomChip(u">> TW_SetLiveZoomStop Invalid channel!!\r\n");
   if (chip == 0) return;
   SetZoomBit(false);
-  TW_WriteRegister(chip, kPage1, kZoomControl, kZoomOff);
+  Write(chip, kZoomControl, kZoomOff);
 }
 
 void TW_SetLiveZoomMove(std::uint8_t x, std::uint8_t y) {
   const std::uint8_t chip = ZoomChip(u">> TW_SetLiveZoomMove Invalid channel!!\r\n");
   if (chip == 0) return;
   const std::uint8_t y_max = g_video.video_standard == kStandardPal ? kZoomYMaxPal : kZoomYMax;
-  TW_WriteRegister(chip, kPage1, kZoomX, std::min(x, kZoomXMax));
-  TW_WriteRegister(chip, kPage1, kZoomY, std::min(y, y_max));
+  Write(chip, kZoomX, std::min(x, kZoomXMax));
+  Write(chip, kZoomY, std::min(y, y_max));
 }

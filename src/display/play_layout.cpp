@@ -37,18 +37,17 @@ constexpr std::array<PlayWindows, kSplitModes> kPlayWindows = {{
 }};
 
 void WritePattern(std::uint8_t chip, unsigned position, const PlayPattern& pattern) {
-  const std::uint8_t first = RegisterAt(kPlayPattern, kScalerStride, position);
   for (std::uint8_t i = 0; i < kPatternRegisters; ++i) {
-    TW_WriteRegister(chip, kPage0, static_cast<std::uint8_t>(first + i), pattern[i]);
+    Write(chip, kPlayPattern.At(position, i), pattern[i]);
   }
 }
 
 void WriteKind(std::uint8_t chip, unsigned position, std::uint8_t kind) {
-  TW_WriteRegister(chip, kPage0, RegisterAt(kPlayWindowKind, kScalerStride, position), kind);
+  Write(chip, kPlayWindowKind, position, kind);
 }
 
 void WriteFirstPath(std::uint8_t chip, std::uint8_t first_channel, std::uint8_t bits) {
-  TW_WriteRegister(chip, kPage1, kChannelPath, static_cast<std::uint8_t>(bits | first_channel));
+  Write(chip, kChannelPath, 0, static_cast<std::uint8_t>(bits | first_channel));
 }
 
 // Chip whose window kinds the 2 x 2 sets. Quirk: boards of more than four channels set a single
@@ -74,10 +73,6 @@ WindowRect CentredPicture() {
 
 // ---- Single steps -----------------------------------------------------------------------------
 
-void WriteDisplayToAll(std::uint8_t reg, std::uint8_t value) {
-  TW_WriteRegister(kChipAll, kPage1, reg, value);
-}
-
 void ShowDecodedChannels() { WriteChannelDisplayToAll(kDecodedShown); }
 
 void BringToFront(std::uint8_t channels, std::uint8_t channel) {
@@ -87,7 +82,7 @@ void BringToFront(std::uint8_t channels, std::uint8_t channel) {
 }
 
 void BeginPlayLayout(std::uint8_t mode) {
-  WriteDisplayToAll(kDisplayMode, mode == kSplitFull ? kModeSingle : kModeSplit);
+  Write(kChipAll, kDisplayMode, mode == kSplitFull ? kModeSingle : kModeSplit);
   // All four chip codes, whatever the board has.
   for (std::uint8_t p = 0; p < kChipsMax; ++p) {
     WriteFirstPath(kChipByPosition[p], FirstChannelOf(p), kPathDecoded);
@@ -105,8 +100,7 @@ void FinishPlayLayout(std::uint8_t mode) {
 
 void WriteDecodedPaths(std::uint8_t chip, std::uint8_t first_channel) {
   for (unsigned i = 1; i < kChannelsPerChip; ++i) {
-    TW_WriteRegister(chip, kPage1, RegisterAt(kChannelPath, kDisplayStride, i),
-                     static_cast<std::uint8_t>(kPathDecoded | (first_channel + i)));
+    Write(chip, kChannelPath, i, static_cast<std::uint8_t>(kPathDecoded | (first_channel + i)));
   }
 }
 
@@ -116,7 +110,7 @@ void OpenDecodedInput(std::uint8_t chip, std::uint8_t first_channel) {
 
 void WriteOverlays(std::uint8_t value) {
   for (unsigned i = 0; i < kChannelsPerChip; ++i) {
-    WriteDisplayToAll(RegisterAt(kChannelOverlay, kDisplayStride, i), value);
+    Write(kChipAll, kChannelOverlay, i, value);
   }
 }
 

@@ -20,9 +20,6 @@ WindowRect CentredPicture();
 
 // ---- Single steps -----------------------------------------------------------------------------
 
-// Writes a register of page 1 of all chips.
-void WriteDisplayToAll(std::uint8_t reg, std::uint8_t value);
-
 // Enables all channels for decoded pictures, none in front.
 void ShowDecodedChannels();
 
@@ -45,7 +42,6 @@ inline constexpr std::uint8_t kSourceDefault = 0x02;
 inline constexpr std::uint8_t kModeSingle = 0x00;
 inline constexpr std::uint8_t kModeSplit = 0x04;
 inline constexpr std::uint8_t kOverlaySingle = 0x00;
-inline constexpr std::uint8_t kOverlaySplit = 0x20;
 
 // Writes the channel overlay register of all channels.
 void WriteOverlays(std::uint8_t value);

@@ -21,7 +21,7 @@ std::int32_t SetPlaybackMode(const BoardVariant& board, const std::uint8_t* reco
   for (std::uint8_t p = 0; p < board.chips; ++p) {
     WriteDecodedPaths(kChipByPosition[p], FirstChannelOf(p));
   }
-  WriteDisplayToAll(kDisplaySource, kSourceDefault);
+  Write(kChipAll, kDisplaySource, kSourceDefault);
   const std::int32_t result =
       SetPlaySplit(board, record[kRecordSplitMode], kNoOption, record + kRecordChannels);
   // Quirk: 16 channels keep what the split wrote.
@@ -39,7 +39,7 @@ std::int32_t TW_SetPlaybackModeInfo(const std::uint8_t* record) {
     VexoDbg_Print(u">> TW_SetPlaybackModeInfo ALREADY PLAYBACK MODE\r\n");
   }
   g_display.view = kViewPlayback;
-  WriteDisplayToAll(kZoomControl, 0x00);
+  Write(kChipAll, kZoomControl, 0x00);
   const BoardVariant* board = FindBoardVariant(g_video.max_channel);
   if (board == nullptr) return VEXO_ERROR_NOT_READY;
   // Quirk: a split that the board lacks is not reported.

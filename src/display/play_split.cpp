@@ -10,8 +10,7 @@
 namespace {
 
 constexpr std::uint8_t kZoomOff = 0x00;
-constexpr std::uint8_t kZoomFullPicture = 0xC0;
-constexpr std::uint8_t kOverlayReset = 0x60;
+constexpr std::uint8_t kZoomFullPicture = kZoomOn | kZoomDecoded;
 
 // Gives windows to the channels, lowest channel first, with the list as it comes. Quirk: an entry
 // that matches no channel any more stops the cursor.
@@ -36,9 +35,9 @@ void ShowFullPicture(const BoardVariant& board, const std::uint8_t* channels) {
   }
   BringToFront(board.channels, channels[0]);
   if (g_playback.full_picture != 0) {
-    WriteDisplayToAll(kZoomX, 0x00);
-    WriteDisplayToAll(kZoomY, 0x00);
-    WriteDisplayToAll(kZoomControl, kZoomFullPicture);
+    Write(kChipAll, kZoomX, 0x00);
+    Write(kChipAll, kZoomY, 0x00);
+    Write(kChipAll, kZoomControl, kZoomFullPicture);
   }
   // Quirk: 8 channels leave these registers alone.
   if (board.channels != 8) WriteWindowKindAndScaler(kChipAll, kSplitFull);
@@ -85,7 +84,7 @@ void Show4x4(const BoardVariant& board, const std::uint8_t* channels) {
 
 std::int32_t SetPlaySplit(const BoardVariant& board, std::uint8_t mode, std::uint8_t option,
                           const std::uint8_t* channels) {
-  if (g_playback.full_picture != 0) WriteDisplayToAll(kZoomControl, kZoomOff);
+  if (g_playback.full_picture != 0) Write(kChipAll, kZoomControl, kZoomOff);
 
   const bool single = mode == kSplitFull;
   g_playback.full_picture = single && option != 0 ? 1 : 0;
@@ -160,18 +159,16 @@ std::int32_t TW_SetPlaySplit16Ch(std::uint8_t mode, std::uint8_t option,
 }
 
 void TW_ResetPlayOverlay() {
-  const std::uint8_t overlay_2 = RegisterAt(kChannelOverlay, kDisplayStride, 2);
-  const std::uint8_t overlay_3 = RegisterAt(kChannelOverlay, kDisplayStride, 3);
   if (g_playback.full_picture != 0) {
     WriteOverlays(kOverlaySingle);
-    WriteDisplayToAll(kZoomX, 0x00);
-    WriteDisplayToAll(kZoomY, 0x00);
-    WriteDisplayToAll(overlay_2, kOverlaySingle);
-    WriteDisplayToAll(overlay_3, kOverlaySingle);
-    WriteDisplayToAll(kDisplayMode, kModeSingle);
+    Write(kChipAll, kZoomX, 0x00);
+    Write(kChipAll, kZoomY, 0x00);
+    Write(kChipAll, kChannelOverlay, 2, kOverlaySingle);
+    Write(kChipAll, kChannelOverlay, 3, kOverlaySingle);
+    Write(kChipAll, kDisplayMode, kModeSingle);
     return;
   }
-  WriteDisplayToAll(overlay_2, kOverlayReset);
-  WriteDisplayToAll(overlay_3, kOverlayReset);
-  WriteDisplayToAll(kDisplayMode, kModeSplit);
+  Write(kChipAll, kChannelOverlay, 2, kOverlayReset);
+  Write(kChipAll, kChannelOverlay, 3, kOverlayReset);
+  Write(kChipAll, kDisplayMode, kModeSplit);
 }

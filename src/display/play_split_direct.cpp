@@ -78,7 +78,7 @@ void Show2x2(const ChannelList& list) {
 // How the 3 x 3 and the 4 x 4 begin.
 void ClearPath() {
   WriteOverlays(kOverlaySplit);
-  WriteDisplayToAll(kDisplayMode, kModeSingle);
+  Write(kChipAll, kDisplayMode, kModeSingle);
   ShowDecodedChannels();
 }
 
@@ -130,16 +130,16 @@ void TW_SetPlaySetup(std::uint8_t mode, std::uint8_t /*option*/) {
   ShowDecodedChannels();
   const BoardVariant* board = FindBoardVariant(g_video.max_channel);
   if (board != nullptr) OpenPaths(*board);
-  WriteDisplayToAll(kDisplaySource, kSourceDefault);
+  Write(kChipAll, kDisplaySource, kSourceDefault);
   if (board == nullptr || mode >= kSetupModes) return;
 
   const PlaySetup& setup = SetupsOf(*board)[mode];
   if (setup.path) {
     WriteOverlays(setup.overlay);
-    WriteDisplayToAll(kDisplayMode, kModeSingle);
+    Write(kChipAll, kDisplayMode, kModeSingle);
   }
   WritePatternToAll(setup.pattern);
-  if (setup.source != kSourceDefault) WriteDisplayToAll(kDisplaySource, setup.source);
+  if (setup.source != kSourceDefault) Write(kChipAll, kDisplaySource, setup.source);
 }
 
 void TW_SetPlaySplitDirect(std::uint8_t mode, std::uint8_t channel) {
@@ -149,7 +149,7 @@ void TW_SetPlaySplitDirect(std::uint8_t mode, std::uint8_t channel) {
   }
   const bool single = mode == kSplitFull;
   g_playback.centred_picture = single ? 1 : 0;
-  if (!single && g_video.max_channel == 4) WriteDisplayToAll(kZoomControl, 0x00);
+  if (!single && g_video.max_channel == 4) Write(kChipAll, kZoomControl, 0x00);
   // A centred picture is one window of the 2 x 2.
   g_display.play_split = single ? kSplit4 : mode;
   // A board without channels has none to count around; these two begin or do without counting.

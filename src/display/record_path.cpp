@@ -30,12 +30,6 @@ constexpr std::array<RecordRow, 3> kRecordRows = {{
 constexpr std::array<std::uint8_t, 4> kQueueSwitched = {0x00, 0x00, 0x00, 0x80};
 constexpr std::uint8_t kQueueQuad = 0x80;
 constexpr std::uint8_t kRecordPositionQuad = 0x20;
-constexpr std::uint8_t kRecordControlOn = 0x80;
-constexpr std::uint8_t kRecordOutputOn = 0x20;
-
-void WriteAll(std::uint8_t reg, std::uint8_t value) {
-  TW_WriteRegister(kChipAll, kPage1, reg, value);
-}
 
 // Value of kRecordSwitching, 0 for a switching mode that is refused (and printed).
 std::uint8_t SwitchingValue(std::uint8_t switching_mode) {
@@ -51,40 +45,39 @@ void WriteSwitchedQueues(std::uint8_t switching) {
   for (std::uint8_t p = 0; p < board->chips; ++p) {
     const std::uint8_t chip = kChipByPosition[p];
     for (unsigned i = 0; i < kQueueSwitched.size(); ++i) {
-      TW_WriteRegister(chip, kPage1, RegisterAt(kRecordQueue, 1, i), kQueueSwitched[i]);
+      Write(chip, kRecordQueue.At(i), kQueueSwitched[i]);
     }
-    TW_WriteRegister(chip, kPage1, kRecordSwitching, switching);
+    Write(chip, kRecordSwitching, switching);
   }
 }
 
 void WriteQuadQueues() {
   // Quirk: all four chip codes on every board, whatever is fitted.
   for (const std::uint8_t chip : kChipByPosition) {
-    TW_WriteRegister(chip, kPage1, kRecordQueue, kQueueQuad);
+    Write(chip, kRecordQueue.At(0), kQueueQuad);
   }
   for (unsigned i = 0; i < kChannelsPerChip; ++i) {
-    WriteAll(RegisterAt(kRecordPosition, kRecordStride, i), kRecordPositionQuad);
+    Write(kChipAll, kRecordPosition, i, kRecordPositionQuad);
   }
 }
 
 void ProgramRecordPath(std::uint8_t record_mode, std::uint8_t switching) {
   const RecordRow& row = kRecordRows[record_mode];
-  WriteAll(kRecordMode, row.mode);
+  Write(kChipAll, kRecordMode, row.mode);
   for (std::uint8_t n = 0; n < g_video.max_channel; ++n) TW_SetLiveScaleY(n, record_mode);
 
   if (record_mode == kRecordModeSwitched) WriteSwitchedQueues(switching);
   if (record_mode == kRecordModeQuad) WriteQuadQueues();
 
   for (unsigned i = 0; i < kChannelsPerChip; ++i) {
-    WriteAll(RegisterAt(kRecordControl, kRecordStride, i),
-             static_cast<std::uint8_t>(kRecordControlOn | row.control | i));
+    Write(kChipAll, kRecordControl, i,
+          static_cast<std::uint8_t>(kRecordControlOn | row.control | i));
   }
-  WriteAll(kRecordEnable, row.enable);
-  WriteAll(kRecordOrder, row.order);
-  WriteAll(kRecordOutput, kRecordOutputOn);
+  Write(kChipAll, kRecordEnable, row.enable);
+  Write(kChipAll, kRecordOrder, row.order);
+  Write(kChipAll, kRecordOutput, kRecordOutputOn);
   for (std::uint8_t n = 0; n < g_video.max_channel; ++n) {
-    TW_WriteRegister(TW_GetChipSelect(n), kPage1,
-                     RegisterAt(kRecordChannel, kRecordStride, ChannelPosition(n)), 0x00);
+    Write(TW_GetChipSelect(n), kRecordChannel, ChannelPosition(n), 0x00);
   }
 }
 

@@ -9,8 +9,7 @@ std::uint8_t ChannelAfter(unsigned first, unsigned offset) {
 }
 
 void WriteScalerControl(std::uint8_t chip, std::uint8_t position, std::uint8_t layout) {
-  TW_WriteRegister(chip, kPage0, RegisterAt(kScalerControl, kScalerStride, position),
-                   static_cast<std::uint8_t>((position << 6) | layout));
+  Write(chip, kScalerControl, position, static_cast<std::uint8_t>((position << 6) | layout));
 }
 
 void ScaleEveryChannel(std::uint8_t mode) {

@@ -163,11 +163,10 @@ void SetWindowOffset(WindowTable& table, std::uint8_t mode, std::uint8_t window,
 }
 
 void WriteWindow(std::uint8_t chip, std::uint8_t position, const WindowRect& rect) {
-  const std::uint8_t first = RegisterAt(kWindow, kWindowStride, position);
-  TW_WriteRegister(chip, kPage1, first, rect.x_start);
-  TW_WriteRegister(chip, kPage1, static_cast<std::uint8_t>(first + 1), rect.x_end);
-  TW_WriteRegister(chip, kPage1, static_cast<std::uint8_t>(first + 2), rect.y_start);
-  TW_WriteRegister(chip, kPage1, static_cast<std::uint8_t>(first + 3), rect.y_end);
+  Write(chip, kWindow.At(position, 0), rect.x_start);
+  Write(chip, kWindow.At(position, 1), rect.x_end);
+  Write(chip, kWindow.At(position, 2), rect.y_start);
+  Write(chip, kWindow.At(position, 3), rect.y_end);
 }
 
 void WriteChannelWindow(std::uint8_t channel, const WindowRect& rect) {

@@ -40,9 +40,8 @@ constexpr CellGrid kGrid4 = {0x09, 0x09, 0x0A, 0, 0};
 constexpr CellGrid kGrid9 = {0x05, 0x05, 0x06, 3, 2};
 constexpr CellGrid kGrid16 = {0x04, 0x04, 0x05, 0, 0};
 
-void WriteBox(std::uint8_t chip, std::uint8_t reg, unsigned position, unsigned value) {
-  TW_WriteRegister(chip, kPage2, RegisterAt(reg, kBoxStride, position),
-                   static_cast<std::uint8_t>(value));
+void WriteBox(std::uint8_t chip, const ChannelRegister<1>& of, unsigned position, unsigned value) {
+  Write(chip, of, position, static_cast<std::uint8_t>(value));
 }
 
 // Box control to its rest value on all chips; the attribute of position p to p or to 0.
@@ -70,9 +69,8 @@ void DrawGrid(std::uint8_t channel, const BoxLook& look, const CellGrid& grid,
 
 void DrawSinglePicture(const BoxLook& look, std::uint8_t channel) {
   if (!HasChannel(g_display.live_mask, channel)) return;
-  for (unsigned i = 0; i < 4; ++i) {
-    TW_WriteRegister(TW_GetChipSelect(channel), kPage2, RegisterAt(kMotionTiming, 1, i),
-                     g_motion.timing);
+  for (unsigned i = 0; i < kMotionTiming.length; ++i) {
+    Write(TW_GetChipSelect(channel), kMotionTiming.At(i), g_motion.timing);
   }
   const BoxLook single = {static_cast<std::uint8_t>(look.control | kSinglePictureBits.control),
                           static_cast<std::uint8_t>(look.attribute | kSinglePictureBits.attribute)};

@@ -28,19 +28,14 @@ constexpr unsigned kRecordChannelByte = 0;
 constexpr unsigned kRecordLevelByte = 1;
 constexpr unsigned kRecordMask = 2;
 
-constexpr std::uint8_t MaskRegister(std::uint8_t channel) {
-  return RegisterAt(kMotionMask, kMotionStride, ChannelPosition(channel));
-}
-
 void WriteMask(std::uint8_t channel, const std::uint8_t* mask) {
-  TW_WriteReg_Table(TW_GetChipSelect(channel), kPage2, MaskRegister(channel), mask,
-                    kMotionMaskBytes);
+  WriteRun(TW_GetChipSelect(channel), kMotionMask.At(ChannelPosition(channel), 0), mask,
+           kMotionMaskBytes);
 }
 
 void WriteMaskByte(std::uint8_t channel, unsigned index) {
-  TW_WriteRegister(TW_GetChipSelect(channel), kPage2,
-                   static_cast<std::uint8_t>(MaskRegister(channel) + index),
-                   g_motion.mask[channel][index]);
+  Write(TW_GetChipSelect(channel), kMotionMask.At(ChannelPosition(channel), index),
+        g_motion.mask[channel][index]);
 }
 
 constexpr std::uint8_t ReverseBits(std::uint8_t value) {
@@ -100,10 +95,9 @@ void StoreMotionInfo(std::uint8_t channel, std::uint8_t level, const std::uint8_
 // Quirk: the level table stays. A preview goes through here and must not be kept.
 void TW_SetMotionLevel(std::uint8_t channel, std::uint8_t level) {
   if (level >= kLevels.size()) return;
-  const std::uint8_t first = RegisterAt(kMotionLevel, kMotionStride, ChannelPosition(channel));
   for (unsigned i = 0; i < kLevels[level].size(); ++i) {
-    TW_WriteRegister(TW_GetChipSelect(channel), kPage2, static_cast<std::uint8_t>(first + i),
-                     kLevels[level][i]);
+    Write(TW_GetChipSelect(channel), kMotionLevel.At(ChannelPosition(channel), i),
+          kLevels[level][i]);
   }
 }
 
@@ -127,10 +121,10 @@ void TW_SetMotionTiming(std::uint8_t low, std::uint8_t high) {
   if (low > 11) low = kTimingDefault;
   if (high > 11) high = 9;
   g_motion.timing = static_cast<std::uint8_t>((high << 4) | low);
-  for (unsigned i = 0; i < 4; ++i) {
-    TW_WriteRegister(kChipAll, kPage2, RegisterAt(kMotionTiming, 1, i), g_motion.timing);
+  for (unsigned i = 0; i < kMotionTiming.length; ++i) {
+    Write(kChipAll, kMotionTiming.At(i), g_motion.timing);
   }
-  TW_WriteRegister(kChipAll, kPage2, kMotionTimingEnable, kTimingEnable);
+  Write(kChipAll, kMotionTimingEnable, kTimingEnable);
 }
 
 std::int32_t TW_SetMotionMask(std::uint8_t* record) {

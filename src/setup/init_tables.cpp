@@ -6,20 +6,13 @@
 
 namespace {
 
-template <std::size_t N>
-void WriteTable(std::uint8_t chip, std::uint8_t page, std::uint8_t first,
-                const std::array<std::uint8_t, N>& table) {
-  static_assert(N <= 255, "a table write counts in 8 bits");
-  TW_WriteReg_Table(chip, page, first, table.data(), static_cast<std::uint8_t>(N));
-}
-
 // Bits 7:6 of several registers carry the channel's position.
 constexpr std::uint8_t AtPosition(unsigned position, std::uint8_t low_bits) {
   return static_cast<std::uint8_t>((position << 6) | low_bits);
 }
 
 struct RegisterValue {
-  std::uint8_t reg;
+  RegisterAddress at;
   std::uint8_t value;
 };
 
@@ -109,27 +102,25 @@ const Page1Board* FindPage1Board() {
 
 void InitPage1Board(const Page1Board& board) {
   const unsigned standard = IsNtsc() ? 0u : 1u;
-  WriteTable(kChipAll, kPage1, kDisplayBlock, *board.display);
-  WriteTable(kChipAll, kPage1, kRecordBlock, *board.record);
+  WriteTable(kChipAll, kDisplayBlock, *board.display);
+  WriteTable(kChipAll, kRecordBlock, *board.record);
   for (unsigned i = 0; i < board.chip_count; ++i) {
-    WriteTable(board.chips[i].chip, kPage1, kWindow, *board.chips[i].windows[standard]);
+    WriteTable(board.chips[i].chip, kWindowBlock, *board.chips[i].windows[standard]);
   }
   for (unsigned i = 0; i < board.chip_count; ++i) {
-    WriteTable(board.chips[i].chip, kPage1, kOutputBlock, *board.chips[i].output[standard]);
+    WriteTable(board.chips[i].chip, kOutputBlock, *board.chips[i].output[standard]);
   }
   for (unsigned i = 0; i < board.chip_count; ++i) {
-    TW_WriteRegister(board.chips[i].chip, kPage1, kSystemControl, board.chips[i].system[standard]);
+    Write(board.chips[i].chip, kSystemControl, board.chips[i].system[standard]);
   }
   for (unsigned i = 0; i < board.chip_count; ++i) {
-    TW_WriteRegister(board.chips[i].cascade_chip, kPage1, kCascadeControl, board.chips[i].cascade);
+    Write(board.chips[i].cascade_chip, kCascadeControl, board.chips[i].cascade);
   }
 }
 
 // A register of all four input positions, all chips.
-void WriteInputs(std::uint8_t reg, std::uint8_t value) {
-  for (unsigned c = 0; c < kChannelsPerChip; ++c) {
-    TW_WriteRegister(g_video.broadcast_select, kPage0, RegisterAt(reg, kInputStride, c), value);
-  }
+void WriteInputs(const ChannelRegister<1>& of, std::uint8_t value) {
+  for (unsigned c = 0; c < kChannelsPerChip; ++c) Write(g_video.broadcast_select, of, c, value);
 }
 
 }  // namespace
@@ -138,20 +129,19 @@ void TW_InitPage0Tables() {
   const bool ntsc = IsNtsc();
   const std::uint8_t all = g_video.broadcast_select;
   for (unsigned c = 0; c < kChannelsPerChip; ++c) {
-    const std::uint8_t scaler = RegisterAt(kScalerControl, kScalerStride, c);
-    WriteTable(all, kPage0, RegisterAt(kInputBlock, kInputStride, c), ntsc ? kInputN : kInputP);
-    TW_WriteRegister(all, kPage0, RegisterAt(kInputPath, kInputStride, c), AtPosition(c, 0x06));
-    WriteTable(all, kPage0, scaler, ntsc ? kScalerN : kScalerP);
-    TW_WriteRegister(all, kPage0, scaler, AtPosition(c, 0x00));
-    TW_WriteRegister(all, kPage0, RegisterAt(kRecordLayout, kScalerStride, c), AtPosition(c, 0x31));
+    WriteTable(all, kInputBlock, c, ntsc ? kInputN : kInputP);
+    Write(all, kInputPath, c, AtPosition(c, 0x06));
+    WriteTable(all, kScalerBlock, c, ntsc ? kScalerN : kScalerP);
+    Write(all, kScalerControl, c, AtPosition(c, 0x00));
+    Write(all, kRecordLayout, c, AtPosition(c, 0x31));
   }
-  WriteTable(all, kPage0, kDecoderBlock, kDecoderInit);
-  WriteTable(all, kPage0, kAudioBlock, ntsc && g_video.max_channel != 4 ? kAudioLargerN : kAudio);
-  WriteTable(all, kPage0, kVideoBlock, kVideoInit);
+  WriteTable(all, kDecoderBlock, kDecoderInit);
+  WriteTable(all, kAudioBlock, ntsc && g_video.max_channel != 4 ? kAudioLargerN : kAudio);
+  WriteTable(all, kVideoBlock, kVideoInit);
 
   // Written ahead of the final delay below, for P alone.
   if (!ntsc) WriteInputs(kInputDelay, 0x28);
-  TW_WriteRegister(all, kPage0, kDecoderOutput, 0x30);
+  Write(all, kDecoderOutput, 0x30);
   WriteInputs(kInputDelay, ntsc ? 0x20 : 0x32);
   WriteInputs(kInputActive, 0xD0);
   WriteInputs(kInputFieldOffset, 0x09);
@@ -164,40 +154,32 @@ void TW_InitPage1Tables() {
   const RegisterValue common[] = {
       {kOutputStart, 0x0D},
       {kOutputDelay, 0x20},
-      {kEncoderBlock + 0, 0xE1},
-      {kEncoderBlock + 1, 0x00},
-      {kEncoderBlock + 2, 0x92},
-      {kEncoderBlock + 3, ntsc ? std::uint8_t{0x0F} : std::uint8_t{0x16}},
-      {kEncoderBlock + 4, 0xEB},
-      {kEncoderBlock + 5, 0x10},
-      {kEncoderBlock + 6, 0x20},
-      {kEncoderBlock + 7, 0x00},
-      {kEncoderBlock + 8, 0xB2},
-      {kEncoderBlock + 9, ntsc ? std::uint8_t{0x0F} : std::uint8_t{0x14}},
-      {kEncoderBlock + 10, 0x80},
+      {kEncoderBlock.At(0), 0xE1},
+      {kEncoderBlock.At(1), 0x00},
+      {kEncoderBlock.At(2), 0x92},
+      {kEncoderBlock.At(3), ntsc ? std::uint8_t{0x0F} : std::uint8_t{0x16}},
+      {kEncoderBlock.At(4), 0xEB},
+      {kEncoderBlock.At(5), 0x10},
+      {kEncoderBlock.At(6), 0x20},
+      {kEncoderBlock.At(7), 0x00},
+      {kEncoderBlock.At(8), 0xB2},
+      {kEncoderBlock.At(9), ntsc ? std::uint8_t{0x0F} : std::uint8_t{0x14}},
+      {kEncoderBlock.At(10), 0x80},
   };
-  for (const RegisterValue& each : common) {
-    TW_WriteRegister(kChipAll, kPage1, each.reg, each.value);
-  }
+  for (const RegisterValue& each : common) Write(kChipAll, each.at, each.value);
 
   for (unsigned c = 0; c < kChannelsPerChip; ++c) {
     const std::uint8_t crop[] = {0x00, 0x68, 0x02, ntsc ? std::uint8_t{0x78} : std::uint8_t{0x90},
                                  0x04};
-    for (unsigned i = 0; i < sizeof crop; ++i) {
-      TW_WriteRegister(kChipAll, kPage0,
-                       static_cast<std::uint8_t>(RegisterAt(kRecordCrop, kScalerStride, c) + i),
-                       crop[i]);
-    }
+    for (unsigned i = 0; i < sizeof crop; ++i) Write(kChipAll, kRecordCrop.At(c, i), crop[i]);
   }
-  TW_WriteRegister(kChipAll, kPage0, kVideoBlock, 0x08);
+  Write(kChipAll, kVideoBlock.At(0), 0x08);
 }
 
 void TW_InitPage2Tables() {
   const MotionTable& motion = g_video.max_channel == 4 ? kMotion4Ch : kMotionLarger;
-  WriteTable(kChipAll, kPage2, kOverlayBlock, kOverlayInit);
-  WriteTable(kChipAll, kPage2, kBoxBlock, kBoxInit);
-  for (unsigned c = 0; c < kChannelsPerChip; ++c) {
-    WriteTable(kChipAll, kPage2, RegisterAt(kMotionBlock, kMotionStride, c), motion);
-  }
-  TW_WriteRegister(kChipAll, kPage2, kOverlayBlock, 0x00);
+  WriteTable(kChipAll, kOverlayBlock, kOverlayInit);
+  WriteTable(kChipAll, kBoxBlock, kBoxInit);
+  for (unsigned c = 0; c < kChannelsPerChip; ++c) WriteTable(kChipAll, kMotionBlock, c, motion);
+  Write(kChipAll, kOverlayBlock.At(0), 0x00);
 }

@@ -29,7 +29,6 @@ constexpr std::uint8_t kOutputModeLive = 0x45;
 
 // Hosts with this second number in their version (1.5.x.x) expect a different cascade adjustment.
 constexpr std::uint16_t kAdjustedHostVersion = 5;
-constexpr std::uint8_t kCascadeAdjustKept = 0xCF;
 constexpr std::uint8_t kCascadeAdjusted = 0x20;
 
 // Takes over what is stored. The stored standard overrides the detected one; a channel count that
@@ -49,9 +48,9 @@ void ReconcileStoredSettings() {
 void AdjustForHostVersion() {
   if (TW_GetHostAppVersion() != kAdjustedHostVersion) return;
   for (std::uint8_t p = 0; p < g_video.chip_count; ++p) {
-    const std::uint8_t old = TW_ReadRegister(kChipByPosition[p], kPage1, kCascadeAdjust);
-    TW_WriteRegister(kChipByPosition[p], kPage1, kCascadeAdjust,
-                     static_cast<std::uint8_t>((old & kCascadeAdjustKept) | kCascadeAdjusted));
+    const std::uint8_t old = Read(kChipByPosition[p], kCascadeAdjust);
+    Write(kChipByPosition[p], kCascadeAdjust,
+          static_cast<std::uint8_t>((old & ~kCascadeAdjustStep) | kCascadeAdjusted));
   }
 }
 
@@ -104,9 +103,9 @@ std::uint8_t TW_DetectChips() {
   // over chips takes the first ones.
   std::uint8_t count = 0;
   for (std::uint8_t p = 0; p < kChipsMax; ++p) {
-    const std::uint8_t id = TW_ReadRegister(kChipByPosition[p], kPage0, kChipId);
+    const std::uint8_t id = Read(kChipByPosition[p], kChipId);
     g_video.report.chip_id[p] = id;
-    g_video.chip_present[p] = (id & kChipIdMask) == kChipIdTw2835 ? 1 : 0;
+    g_video.chip_present[p] = (id & kChipIdFamily) == kChipIdTw2835 ? 1 : 0;
     count = static_cast<std::uint8_t>(count + g_video.chip_present[p]);
   }
   g_video.chip_count = count;
@@ -146,7 +145,7 @@ std::int32_t TW_InitializeSetup(std::uint16_t /*reserved1*/, std::uint16_t /*res
   TW_BuildPlayLayout();
   PrintStandard();
 
-  TW_WriteRegister(kChipMaster, kPage1, kOutputMode, kOutputModeLive);
+  Write(kChipMaster, kOutputMode, kOutputModeLive);
   ShowLive();
   Plat_Sleep(kLiveSettleMs);
   TW_SetRecordSetupDefault(0);

@@ -9,37 +9,31 @@
 namespace {
 
 constexpr std::uint8_t kFillStart = 0xC0;
-constexpr std::uint8_t kFillBusy = 0x80;
-constexpr std::uint8_t kFillHighAlways = 0x02;
 constexpr unsigned kLinesPerUnit = 10;
 
 constexpr std::uint8_t kScreenWidth = 45;   // units of four columns
 constexpr std::uint8_t kScreenHeight = 31;  // units of ten lines
 
 constexpr unsigned kOverlayEntries = 16;
-constexpr std::uint8_t kOverlayEntryBytes = 5;
+constexpr unsigned kOverlayEntryBytes = 5;
 
 // The low byte goes into the register, whatever is above it.
-void WriteFill(std::uint8_t chip, std::uint8_t reg, unsigned value) {
-  TW_WriteRegister(chip, kPage2, reg, static_cast<std::uint8_t>(value & 0xFFu));
+void WriteFill(std::uint8_t chip, RegisterAddress at, unsigned value) {
+  Write(chip, at, static_cast<std::uint8_t>(value & 0xFFu));
 }
 
 void FillColumns(std::uint8_t chip, unsigned left, unsigned right) {
   WriteFill(chip, kFillLeft, left);
   WriteFill(chip, kFillRight, right);
   WriteFill(chip, kFillControl, kFillStart);
-  while ((TW_ReadRegister(chip, kPage2, kFillControl) & kFillBusy) != 0) {
+  while ((Read(chip, kFillControl) & kFillBusy) != 0) {
   }
 }
 
 void WriteColorBar(const char16_t* announcement, std::uint8_t value) {
   Plat_KernelDebugOutput(announcement);
   // Quirk: the whole register, though the sync flag lives in it.
-  TW_WriteRegister(kChipAll, kPage1, kStatusFlags, value);
-}
-
-constexpr std::uint8_t AttributeOf(unsigned i) {
-  return RegisterAt(kChannelAttribute, kDisplayStride, i);
+  Write(kChipAll, kStatusFlags, value);
 }
 
 }  // namespace
@@ -49,10 +43,7 @@ void TW_ColorBarOff() { WriteColorBar(u"==>> TW2835 COLOR BAR OFF\r\n", 0x00); }
 
 void TW_FillRect(std::uint8_t chip, std::uint8_t x, std::uint8_t y, std::uint8_t w,
                  std::uint8_t h) {
-  constexpr std::uint8_t kFillDataBytes = 4;
-  for (std::uint8_t i = 0; i < kFillDataBytes; ++i) {
-    WriteFill(chip, static_cast<std::uint8_t>(kFillData + i), 0xFF);
-  }
+  for (unsigned i = 0; i < kFillData.length; ++i) WriteFill(chip, kFillData.At(i), 0xFF);
 
   const unsigned top = kLinesPerUnit * y;
   const unsigned bottom = y + h == 0 ? 0 : kLinesPerUnit * (y + unsigned{h}) - 1;
@@ -73,11 +64,11 @@ void TW_FillFullRect() { TW_FillRect(kChipMaster, 0, 0, kScreenWidth, kScreenHei
 void TW_BlueScreenInit() {
   TW_SetLiveSplitDirect(kSplitFull, 0, 0);
   for (unsigned i = 0; i < kChannelsPerChip; ++i) {
-    TW_WriteRegister(kChipAll, kPage1, AttributeOf(i), kAttributeBlank);
+    Write(kChipAll, kChannelAttribute, i, kAttributeBlank);
   }
   TW_FillFullRect();
   for (unsigned k = 0; k < kOverlayEntries; ++k) {
-    TW_WriteRegister(kChipMaster, kPage2, RegisterAt(kOverlayBlock, kOverlayEntryBytes, k), 0x00);
+    Write(kChipMaster, kOverlayBlock.At(kOverlayEntryBytes * k), 0x00);
   }
 }
 
@@ -85,7 +76,7 @@ void TW_BlueScreenClear() {
   TW_FillFullRect();
   const DisplayTable& table = g_video.max_channel == 4 ? kDisplay4Ch : kDisplayLarger;
   for (unsigned i = 0; i < kChannelsPerChip; ++i) {
-    const std::uint8_t reg = AttributeOf(i);
-    TW_WriteRegister(kChipAll, kPage1, reg, table[static_cast<std::size_t>(reg - kDisplayBlock)]);
+    const unsigned place = kChannelAttribute.At(i).number - kDisplayBlock.first;
+    Write(kChipAll, kChannelAttribute, i, table[place]);
   }
 }

@@ -10,8 +10,7 @@ VideoDetectState g_video_detect;
 namespace {
 
 std::uint8_t ReadChannelStandard(std::uint8_t position, unsigned c) {
-  const std::uint8_t status =
-      TW_ReadRegister(kChipByPosition[position], kPage0, RegisterAt(kInputStatus, kInputStride, c));
+  const std::uint8_t status = Read(kChipByPosition[position], kInputStatus, c);
   return (status & kInputIsNtsc) != 0 ? kStandardNtsc : kStandardPal;
 }
 
@@ -34,8 +33,8 @@ void TW_DetectVideoStandard() {
   std::uint8_t status[kChipsMax] = {};
   for (std::uint8_t p = 0; p < g_video.chip_count; ++p) {
     // Read before the loss status, its value dropped.
-    TW_ReadRegister(kChipByPosition[p], kPage1, kEventStatus);
-    status[p] = TW_ReadRegister(kChipByPosition[p], kPage1, kLossStatus);
+    Read(kChipByPosition[p], kEventStatus);
+    status[p] = Read(kChipByPosition[p], kLossStatus);
   }
 
   VideoDetectState& detect = g_video_detect;
@@ -76,7 +75,7 @@ void TW_ReadVideoDetect(VideoDetectRecord* record) {
 
   std::uint8_t status[kChipsMax] = {};
   for (std::uint8_t p = 0; p < g_video.chip_count; ++p) {
-    status[p] = TW_ReadRegister(kChipByPosition[p], kPage1, kLossStatus);
+    status[p] = Read(kChipByPosition[p], kLossStatus);
     g_video.g_vid_loss_mask |= ChipBits(status[p], p);
   }
   for (std::uint8_t p = 0; p < g_video.chip_count; ++p) {
@@ -101,18 +100,14 @@ std::uint32_t TW_ReadMotionStatus() {
   if (g_motion.ready == 0) return 0;
   std::uint32_t mask = 0;
   for (std::uint8_t p = 0; p < g_video.chip_count; ++p) {
-    mask |= ChipBits(TW_ReadRegister(kChipByPosition[p], kPage1, kMotionStatus), p);
+    mask |= ChipBits(Read(kChipByPosition[p], kMotionStatus), p);
   }
   return mask;
 }
 
-std::uint8_t TW_ReadStatusFlags() {
-  return TW_ReadRegister(kChipMaster, kPage1, kStatusFlags) & kStatusFlagBits;
-}
+std::uint8_t TW_ReadStatusFlags() { return Read(kChipMaster, kStatusFlags) & kStatusFlagBits; }
 
-std::uint8_t TW_ReadStatusRef() {
-  return TW_ReadRegister(kChipMaster, kPage1, kStatusRef) & kStatusRefEdge;
-}
+std::uint8_t TW_ReadStatusRef() { return Read(kChipMaster, kStatusRef) & kStatusRefEdge; }
 
 void VexoProc_ReadVideoDetect(VideoDetectRecord* record) {
   if (g_video.g_chip_ready == 1) TW_ReadVideoDetect(record);

@@ -101,7 +101,7 @@ class RandomCommands : public test::LibraryTest, public ::testing::WithParamInte
       world().board.SetId(Pick(4),
                           OneIn(2) ? static_cast<std::uint8_t>(0x28 + Pick(8)) : PickByte());
     for (unsigned position = 0; position < kChipsMax; ++position) {
-      model_.chip_ids[position] = world().board.Peek(position, kPage0, kChipId);
+      model_.chip_ids[position] = world().board.Peek(position, kChipId);
     }
   }
 

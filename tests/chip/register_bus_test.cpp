@@ -71,9 +71,10 @@ TEST(RegisterBusChannels, PositionsRepeatWithTheirStride) {
   EXPECT_EQ(ChannelPosition(0), 0);
   EXPECT_EQ(ChannelPosition(7), 3);
   EXPECT_EQ(ChannelPosition(14), 2);
-  EXPECT_EQ(RegisterAt(0x80, 0x10, 3), 0xB0);
-  EXPECT_EQ(RegisterAt(0x11, 8, 2), 0x21);
-  EXPECT_EQ(RegisterAt(0x86, 0x20, 1), 0xA6);
+  EXPECT_EQ(kScalerControl.At(3).number, 0xB0);
+  EXPECT_EQ(kChannelAttribute.At(2).number, 0x21);
+  EXPECT_EQ(kMotionMask.At(1, 0).number, 0xA6);
+  EXPECT_EQ(kMotionMask.At(3, 23).number, 0xFD);
 }
 
 // ---- Select and release ----------------------------------------------------------------------

@@ -41,7 +41,7 @@ TEST_F(RegisterCommands, AWriteIsPrinted) {
 
 TEST_F(RegisterCommands, NothingHappensWhileTheChipsAreNotReady) {
   g_video.g_chip_ready = 0;
-  EXPECT_EQ(VexoProc_ReadRegister(kChipMaster, 0, kChipId), 0);
+  EXPECT_EQ(VexoProc_ReadRegister(kChipMaster, 0, kChipId.first), 0);
   VexoProc_WriteRegister(kChipMaster, 2, 0x67, 0xA5);
   EXPECT_EQ(Events(), Lines{});
 }
@@ -49,7 +49,7 @@ TEST_F(RegisterCommands, NothingHappensWhileTheChipsAreNotReady) {
 // The read asks for "not 0" and the write for "1".
 TEST_F(RegisterCommands, AReadyFlagOfTwoReadsButDoesNotWrite) {
   g_video.g_chip_ready = 2;
-  EXPECT_EQ(VexoProc_ReadRegister(kChipMaster, 0, kChipId), 0x28);
+  EXPECT_EQ(VexoProc_ReadRegister(kChipMaster, 0, kChipId.first), 0x28);
   Mark();
   VexoProc_WriteRegister(kChipMaster, 2, 0x67, 0xA5);
   EXPECT_EQ(Cycles(), 0u);
@@ -69,15 +69,15 @@ TEST_F(RegisterCommands, AWindowThatWritesToTheRecordChangesNoResult) {
   world().windows.procedure = [](std::uint32_t, std::uintptr_t wparam) {
     reinterpret_cast<VexoRegRecord*>(wparam)->value = 0x99;
   };
-  EXPECT_EQ(VexoProc_ReadRegister(kChipMaster, 0, kChipId), 0x28);
-  EXPECT_EQ(Command(VEXO_CMD_READ_REG, {kChipMaster, 0, kChipId}), 0);
+  EXPECT_EQ(VexoProc_ReadRegister(kChipMaster, 0, kChipId.first), 0x28);
+  EXPECT_EQ(Command(VEXO_CMD_READ_REG, {kChipMaster, 0, kChipId.first}), 0);
   EXPECT_EQ(last_record[3], 0x28);
   EXPECT_EQ(Messages(), (std::vector<std::uint32_t>{VEXO_MSG_REG_VALUE, VEXO_MSG_REG_VALUE}));
 }
 
 TEST_F(RegisterCommands, AFailedSendLosesNoValue) {
   world().faults.Set(sim::Fault::Send, true);
-  EXPECT_EQ(VexoProc_ReadRegister(kChipMaster, 0, kChipId), 0x28);
+  EXPECT_EQ(VexoProc_ReadRegister(kChipMaster, 0, kChipId.first), 0x28);
   EXPECT_EQ(world().faults.Hits(sim::Fault::Send), 1u);
   EXPECT_EQ(DebugText(),
             "[VexoCtrlSDK]: >> VEXO READ REG 0x03 0x00 0xFE 0x28 \r\n"

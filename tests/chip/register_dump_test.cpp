@@ -171,7 +171,7 @@ TEST_P(RegisterDumps, ListsWhatTheBusReturnsForAChipThatIsNotFitted) {
   const Lines values = Events("data->");
   ASSERT_EQ(values.size(), kReads);
   for (std::size_t reg = 0; reg < values.size(); ++reg) {
-    const bool identification = dump.page == kPage0 && reg == kChipId;
+    const bool identification = dump.page == kPage0 && reg == kChipId.first;
     EXPECT_EQ(values[reg], identification ? "data->00" : "data->FF") << reg;
   }
 }

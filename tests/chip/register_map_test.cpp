@@ -6,7 +6,9 @@
 #include <iomanip>
 #include <sstream>
 #include <string>
+#include <utility>
 
+#include "chip/register_bus.h"
 #include "chip/registers.h"
 
 namespace {
@@ -17,13 +19,25 @@ std::string Hex(unsigned value) {
   return out.str();
 }
 
+// "0xC0 position: whose picture; 0x03 filter x: samples averaged, less one".
+std::string FieldsInWords(const Register& of) {
+  std::string text;
+  for (const Field& field : of.fields) {
+    if (field.name == nullptr) continue;
+    if (!text.empty()) text += "<br>";
+    text += Hex(field.bits) + " " + field.name + ": " + field.meaning;
+  }
+  return text;
+}
+
 // The table of docs/register-map.md.
 std::string RegisterMapTable() {
   std::ostringstream out;
-  out << "| page | register | bytes | per channel | name |\n|---|---|---|---|---|\n";
-  for (const RegisterName& run : kRegisterNames) {
-    out << "| " << +run.page << " | " << Hex(run.base) << " | " << +run.length << " | "
-        << (run.count > 1 ? "+ " + Hex(run.stride) : std::string()) << " | " << run.name << " |\n";
+  out << "| page | register | bytes | per channel | name | fields |\n|---|---|---|---|---|---|\n";
+  for (const Register& run : kRegisters) {
+    out << "| " << +run.page << " | " << Hex(run.first) << " | " << +run.length << " | "
+        << (run.count > 1 ? "+ " + Hex(run.stride) : std::string()) << " | " << run.name << " | "
+        << FieldsInWords(run) << " |\n";
   }
   return out.str();
 }
@@ -39,12 +53,54 @@ TEST(RegisterMap, IsWhatItsDocumentSays) {
 }
 
 TEST(RegisterMap, NamesStayOnTheirPage) {
-  for (const RegisterName& run : kRegisterNames) {
+  for (const Register& run : kRegisters) {
     EXPECT_LT(run.page, kPageCount) << run.name;
-    EXPECT_LE(run.base + run.stride * (run.count - 1) + run.length, kRegistersPerPage) << run.name;
+    EXPECT_LE(run.first + run.stride * (run.count - 1) + run.length, kRegistersPerPage) << run.name;
     EXPECT_TRUE(run.count == 1 || run.stride >= run.length) << run.name;
   }
 }
+
+// Fields share no bit, but for one that is a part of the one before it.
+TEST(RegisterMap, FieldsHaveTheirOwnBits) {
+  for (const Register& run : kRegisters) {
+    unsigned taken = 0;
+    for (const Field& field : run.fields) {
+      if (field.name == nullptr) continue;
+      EXPECT_NE(field.bits, 0) << run.name << ": " << field.name;
+      const unsigned shared = taken & field.bits;
+      EXPECT_TRUE(shared == 0 || shared == field.bits) << run.name << ": " << field.name;
+      taken |= field.bits;
+    }
+  }
+}
+
+TEST(RegisterMap, CoversEachPositionAndNothingBetween) {
+  EXPECT_TRUE(kBoxColor.Covers(2, 0x77));
+  EXPECT_FALSE(kBoxColor.Covers(1, 0x77));
+  EXPECT_FALSE(kBoxColor.Covers(2, 0x78));
+  EXPECT_FALSE(kBoxColor.Covers(2, 0x87));  // there are four
+  EXPECT_TRUE(kMotionLevel.Covers(2, 0xE5));
+  EXPECT_FALSE(kMotionLevel.Covers(2, 0xE6));
+  EXPECT_TRUE(kZoomX.Covers(1, 0x0D));
+  EXPECT_FALSE(kZoomX.Covers(1, 0x0E));
+}
+
+// What must not compile: the wrong shape of a register in an access.
+template <typename... Arguments>
+constexpr bool CanWrite(decltype(Write(std::declval<Arguments>()...))*) {
+  return true;
+}
+template <typename... Arguments>
+constexpr bool CanWrite(...) {
+  return false;
+}
+using Byte = std::uint8_t;
+static_assert(CanWrite<Byte, decltype(kZoomX), Byte>(nullptr));
+static_assert(CanWrite<Byte, decltype(kBoxColor), unsigned, Byte>(nullptr));
+static_assert(!CanWrite<Byte, decltype(kBoxColor), Byte>(nullptr));          // which of the four?
+static_assert(!CanWrite<Byte, decltype(kZoomX), unsigned, Byte>(nullptr));   // there is one
+static_assert(!CanWrite<Byte, decltype(kWindow), unsigned, Byte>(nullptr));  // which of its bytes?
+static_assert(!CanWrite<Byte, Byte, Byte>(nullptr));                         // of which page?
 
 TEST(RegisterMap, GivesTheNarrowestNameOfARegister) {
   EXPECT_STREQ(RegisterNameOf(0, 0x91), "scaler vertical ratio");

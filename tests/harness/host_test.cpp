@@ -65,7 +65,7 @@ TEST_F(Host, RemembersTheRegistersAsEachAttachFindsThem) {
   ASSERT_TRUE(world.at_attach.has_value());
   ASSERT_TRUE(world.at_attach->chips[1].has_value());
   EXPECT_EQ((*world.at_attach->chips[1])[kPage2][0x86], 0x12);
-  EXPECT_EQ((*world.at_attach->chips[1])[kPage0][kChipId], 0x28);
+  EXPECT_EQ((*world.at_attach->chips[1])[kPage0][kChipId.first], 0x28);
   EXPECT_FALSE(world.at_attach->chips[2].has_value());
   world.board.Poke(1, kPage2, 0x86, 0x34);
   Entry(0);

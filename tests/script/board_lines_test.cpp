@@ -31,9 +31,9 @@ TEST_F(BoardLine, DefaultsAreFourChipsWithNtscCamerasAndNoFault) {
   sim::World& world = After("");
   EXPECT_EQ(world.board.FittedCount(), 4U);
   for (unsigned position = 0; position < 4; ++position) {
-    EXPECT_EQ(world.board.Peek(position, kPage0, kChipId), 0x28);
-    EXPECT_EQ(world.board.Peek(position, kPage1, kLossStatus), 0x00);
-    EXPECT_EQ(world.board.Peek(position, kPage0, kInputStatus) & kInputIsNtsc, 1);
+    EXPECT_EQ(world.board.Peek(position, kChipId), 0x28);
+    EXPECT_EQ(world.board.Peek(position, kLossStatus), 0x00);
+    EXPECT_EQ(world.board.Peek(position, kInputStatus.At(0)) & kInputIsNtsc, 1);
   }
   EXPECT_FALSE(world.windows.deaf);
   EXPECT_EQ(world.drivers.Get("CAM1:"), sim::Drivers::State::Present);
@@ -47,27 +47,27 @@ TEST_F(BoardLine, ChipsFitsTheFirstPositions) {
 }
 
 TEST_F(BoardLine, IdSetsTheIdentificationOfOnePositionOrAll) {
-  EXPECT_EQ(After("board id slave1 0x2B").board.Peek(kSlave1, kPage0, kChipId), 0x2B);
+  EXPECT_EQ(After("board id slave1 0x2B").board.Peek(kSlave1, kChipId), 0x2B);
   EXPECT_FALSE(After("board id slave1 0x30").board.Fitted(kSlave1));
   EXPECT_EQ(After("board id all 0x00").board.FittedCount(), 0U);
 }
 
 TEST_F(BoardLine, CameraSetsLossAndStandard) {
   sim::World& world = After("camera 5 off\ncamera 6 pal");
-  EXPECT_EQ(world.board.Peek(kSlave1, kPage1, kLossStatus), 0x02);
+  EXPECT_EQ(world.board.Peek(kSlave1, kLossStatus), 0x02);
   EXPECT_EQ(world.board.Peek(kSlave1, kPage0, 0x21) & kInputIsNtsc, 0);
-  EXPECT_EQ(After("camera all off").board.Peek(kSlave3, kPage1, kLossStatus), 0x0F);
-  EXPECT_EQ(After("camera all off\ncamera all ntsc").board.Peek(kMaster, kPage1, kLossStatus), 0);
+  EXPECT_EQ(After("camera all off").board.Peek(kSlave3, kLossStatus), 0x0F);
+  EXPECT_EQ(After("camera all off\ncamera all ntsc").board.Peek(kMaster, kLossStatus), 0);
 }
 
 TEST_F(BoardLine, WeakSetsTheSecondLossBit) {
-  EXPECT_EQ(After("weak 0 on").board.Peek(kMaster, kPage1, kLossStatus), 0x10);
-  EXPECT_EQ(After("weak all on\nweak 0 off").board.Peek(kMaster, kPage1, kLossStatus), 0xE0);
+  EXPECT_EQ(After("weak 0 on").board.Peek(kMaster, kLossStatus), 0x10);
+  EXPECT_EQ(After("weak all on\nweak 0 off").board.Peek(kMaster, kLossStatus), 0xE0);
 }
 
 TEST_F(BoardLine, MotionSetsTheMotionBit) {
-  EXPECT_EQ(After("motion 15 on").board.Peek(kSlave3, kPage1, kMotionStatus), 0x08);
-  EXPECT_EQ(After("motion all on\nmotion 15 off").board.Peek(kSlave3, kPage1, kMotionStatus), 0x07);
+  EXPECT_EQ(After("motion 15 on").board.Peek(kSlave3, kMotionStatus), 0x08);
+  EXPECT_EQ(After("motion all on\nmotion 15 off").board.Peek(kSlave3, kMotionStatus), 0x07);
 }
 
 TEST_F(BoardLine, PokeSetsAStoredByteWithoutABusCycle) {
@@ -82,11 +82,11 @@ TEST_F(BoardLine, PokeSetsAStoredByteWithoutABusCycle) {
 // Status reads that are busy after a hold, ten at most.
 unsigned BusyReads(sim::Board& board) {
   board.Store(sim::BusWindow::Select, 0xFD);  // master, page 1
-  board.Store(sim::BusWindow::Address, kChannelDisplay);
+  board.Store(sim::BusWindow::Address, kChannelDisplay.first);
   board.Store(sim::BusWindow::Data, kDisplayHold);
   unsigned busy = 0;
   for (int i = 0; i < 10; ++i) {
-    board.Store(sim::BusWindow::Address, kSettleStatus);
+    board.Store(sim::BusWindow::Address, kSettleStatus.first);
     busy += board.Load(sim::BusWindow::Data) & kSettleBits ? 1U : 0U;
   }
   return busy;

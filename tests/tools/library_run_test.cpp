@@ -186,9 +186,7 @@ TEST_F(LibraryRun, DemoReturnsToTheLivePicture) {
   const sim::Board& board = sim::TheWorld().board;
   for (unsigned chip = 0; chip < kChipsMax; ++chip) {
     for (unsigned p = 0; p < kChannelsPerChip; ++p) {
-      const auto display = [&](unsigned base) {
-        return board.Peek(chip, kPage1, static_cast<std::uint8_t>(base + kDisplayStride * p));
-      };
+      const auto display = [&](const ChannelRegister<1>& of) { return board.Peek(chip, of.At(p)); };
       EXPECT_EQ(display(kChannelPath), p) << chip;
       EXPECT_EQ(display(kChannelAttribute), kAttributeLive) << chip << ' ' << p;
       EXPECT_EQ(display(kChannelDisplay), kDisplayEnable | kDisplayFront | p) << chip;
@@ -228,8 +226,8 @@ Windows WindowsAfter(const std::vector<sim::RegisterAccess>& accesses, std::size
   Windows windows;
   for (const auto& registers : page1) {
     for (unsigned p = 0; p < kChannelsPerChip; ++p) {
-      const auto* const window = registers.begin() + kWindow + kWindowStride * p;
-      windows.emplace(window, window + kWindowStride);
+      const auto* const window = registers.begin() + kWindow.At(p, 0).number;
+      windows.emplace(window, window + kWindow.length);
     }
   }
   windows.erase({0, 0, 0, 0});

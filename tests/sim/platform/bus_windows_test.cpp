@@ -35,13 +35,13 @@ TEST_F(BusWindowAccess, CyclesReachTheBoardAndTheTrace) {
   PlatBusWindow address = Plat_MapBusWindow(0x06400000, 4, false);
   PlatBusWindow data = Plat_MapBusWindow(0x06200000, 4, false);
   Plat_StoreByte(select, 0xFC);
-  Plat_StoreByte(address, kChipId);
+  Plat_StoreByte(address, kChipId.first);
   EXPECT_EQ(Plat_LoadByte(data), kChipIdTw2835);
   Plat_StoreByte(select, 0xFF);
   const auto accesses = DecodeAccesses(world().trace);
   ASSERT_EQ(accesses.size(), 1u);
   EXPECT_TRUE(accesses[0].read);
-  EXPECT_EQ(accesses[0].reg, kChipId);
+  EXPECT_EQ(accesses[0].reg, kChipId.first);
   EXPECT_EQ(accesses[0].value, kChipIdTw2835);
   EXPECT_EQ(kernel().Now(), 0u);  // cycles take no time
 }

@@ -23,10 +23,10 @@ std::string Padded(std::string text, std::size_t columns) {
 
 // " 2" for the third of a name that repeats, else nothing.
 std::string ChannelOf(std::uint8_t page, unsigned reg, const char* name) {
-  const auto* row =
-      std::find_if(kRegisterNames.begin(), kRegisterNames.end(),
-                   [&](const RegisterName& r) { return r.page == page && r.name == name; });
-  return row->count == 1 ? "" : ' ' + std::to_string((reg - row->base) / row->stride);
+  const auto* row = std::find_if(kRegisters.begin(), kRegisters.end(), [&](const Register& r) {
+    return r.page == page && r.name == name;
+  });
+  return row->count == 1 ? "" : ' ' + std::to_string((reg - row->first) / row->stride);
 }
 
 // One page now and, when it is known, as it was.
@@ -86,7 +86,7 @@ class PageListing {
     const std::vector<Piece> pieces = Pieces();
     std::string changed;
     std::string same;
-    for (const RegisterName& row : kRegisterNames) {
+    for (const Register& row : kRegisters) {
       if (row.page != page_) continue;
       std::vector<Piece> places;
       for (const Piece& piece : pieces) {
@@ -164,8 +164,7 @@ std::string ListRegisters(const sim::Board& board, unsigned position,
                           const std::optional<sim::RegisterSnapshot>& at_attach, bool colour) {
   const std::string chip(script::ChipWords()[position]);
   if (!board.Fitted(position)) {
-    return chip + ": not fitted, identification " +
-           sim::Hex(board.Peek(position, kPage0, kChipId)) + '\n';
+    return chip + ": not fitted, identification " + sim::Hex(board.Peek(position, kChipId)) + '\n';
   }
   const sim::RegisterSnapshot::Pages* before = nullptr;
   if (at_attach && at_attach->chips[position]) before = &*at_attach->chips[position];
