@@ -33,7 +33,7 @@ constexpr FaultCase kCases[] = {
     {Fault::Post, "post", "attach\nwindow\ntext \"vexo init \""},
     {Fault::Allocate, "allocate", "attach"},
     {Fault::Terminate, "terminate",
-     "sync period 300\nattach\nwindow\ncommand 0xF001\ncommand 0xF002"},
+     "sync period 600\nattach\nwindow\ncommand 0xF001\ncommand 0xF002"},
 };
 static_assert(std::size(kCases) == kFaults.size(), "a case for each fault");
 
@@ -60,8 +60,8 @@ TEST_P(FaultInScripts, FiresWhenItIsOn) {
   EXPECT_EQ(HitsAfter(fault + " on\n" + fault + " off\n" + GetParam().lines), 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Words, FaultInScripts, testing::ValuesIn(kCases), [](const auto& info) {
-  std::string name(info.param.word);
+INSTANTIATE_TEST_SUITE_P(Words, FaultInScripts, testing::ValuesIn(kCases), [](const auto& row) {
+  std::string name(row.param.word);
   std::erase(name, '-');
   return name;
 });
