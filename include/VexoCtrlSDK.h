@@ -119,12 +119,12 @@ typedef void* VexoWindow;
 
 /* VEXO_CMD_INIT. Read: bytes 0-3. Written: bytes 12-23 (all zero when initialization fails). */
 typedef struct VexoInitRecord {
-  uint16_t reserved1;      /*  0 in: passed on, ignored                                        */
-  uint16_t reserved2;      /*  2 in: passed on, ignored                                        */
-  uint8_t reserved3[8];    /*  4                                                               */
-  uint32_t chip_count;     /* 12 out: chips found, 1-4; four channels each                     */
-  uint32_t video_standard; /* 16 out: VEXO_VIDEO_..., or another stored byte: treated as PAL   */
-  uint8_t chip_id[4];      /* 20 out: identification of master, slave 1, slave 2, slave 3      */
+  uint16_t reserved1;              /*  0 in: passed on, ignored                                */
+  uint16_t reserved2;              /*  2 in: passed on, ignored                                */
+  uint8_t reserved3[8];            /*  4                                                       */
+  uint32_t chip_count;             /* 12 out: chips found, 1-4; four channels each             */
+  uint32_t video_standard;         /* 16 out: VEXO_VIDEO_..., or a stored byte treated as PAL  */
+  uint8_t chip_id[VEXO_MAX_CHIPS]; /* 20 out: identification of master, slave 1, 2, 3          */
 } VexoInitRecord;
 
 /* VEXO_CMD_READ_REG (reads bytes 0-2, writes byte 3), VEXO_CMD_WRITE_REG (reads bytes 0-3) and
@@ -145,19 +145,19 @@ typedef struct VexoRegRecord {
  * through the channels from 0 up, and an entry out of order or without a channel empties its window
  * and all later ones. Only the 3 x 3 page of 16 channels that begins with 9 may end in 0 and 1. */
 typedef struct VexoSplitRecord {
-  uint8_t reserved[4];  /* 0                                       */
-  uint8_t mode;         /* 4 VEXO_SPLIT_...                        */
-  uint8_t option;       /* 5 playback only: full picture in mode 0 */
-  uint8_t channels[16]; /* 6 channel of each window, 0-15          */
+  uint8_t reserved[4];                 /* 0                                       */
+  uint8_t mode;                        /* 4 VEXO_SPLIT_...                        */
+  uint8_t option;                      /* 5 playback only: full picture in mode 0 */
+  uint8_t channels[VEXO_MAX_CHANNELS]; /* 6 channel of each window, 0-15          */
 } VexoSplitRecord;
 
 /* VEXO_CMD_MOTION_MASK and VEXO_CMD_MOTION_MASK_PREVIEW. Read: all 26 bytes (byte 0 alone when the
  * channel is refused). Written: the mask, left as it was sent to the chip: the bits of each byte
  * reversed, then the two bytes of each row exchanged. */
 typedef struct VexoMotionMaskRecord {
-  uint8_t channel;  /*  0 below the channel count                   */
-  uint8_t level;    /*  1 sensitivity, 0-3                          */
-  uint8_t mask[24]; /*  2 12 rows of 16 cells, two bytes a row      */
+  uint8_t channel;                      /*  0 below the channel count                   */
+  uint8_t level;                        /*  1 sensitivity, 0-3                          */
+  uint8_t mask[VEXO_MOTION_MASK_BYTES]; /*  2 12 rows of 16 cells, two bytes a row      */
 } VexoMotionMaskRecord;
 
 /* VEXO_CMD_CHANNEL_MASKS. Read: all 12 bytes. Bit n stands for channel n. */
@@ -170,18 +170,18 @@ typedef struct VexoChannelMasksRecord {
 /* VEXO_CMD_LIVE_MODE. Read: byte 4 and, from byte 5, one byte a window of the mode. Answers VEXO_OK
  * also when the board lacks the mode: the view is then changed and the split is not. */
 typedef struct VexoLiveModeRecord {
-  uint8_t reserved[4];  /* 0                                */
-  uint8_t mode;         /* 4 VEXO_SPLIT_...                 */
-  uint8_t channels[16]; /* 5 channel of each window, 0-15   */
+  uint8_t reserved[4];                 /* 0                                */
+  uint8_t mode;                        /* 4 VEXO_SPLIT_...                 */
+  uint8_t channels[VEXO_MAX_CHANNELS]; /* 5 channel of each window, 0-15   */
 } VexoLiveModeRecord;
 
 /* VEXO_CMD_PLAY_MODE. Read: byte 5 and, from byte 6, one byte a window of the mode (in mode 0,
  * which shows a centred picture, up to as many as the board has channels). Answers VEXO_OK also
  * when the board lacks the mode: the view is then changed and the split is not. */
 typedef struct VexoPlayModeRecord {
-  uint8_t reserved[5];  /* 0                                */
-  uint8_t mode;         /* 5 VEXO_SPLIT_...                 */
-  uint8_t channels[16]; /* 6 channel of each window, 0-15   */
+  uint8_t reserved[5];                 /* 0                                */
+  uint8_t mode;                        /* 5 VEXO_SPLIT_...                 */
+  uint8_t channels[VEXO_MAX_CHANNELS]; /* 6 channel of each window, 0-15   */
 } VexoPlayModeRecord;
 
 /* VEXO_CMD_BLANK_MASK and VEXO_CMD_BIT0_MASK. Read: all 4 bytes. */
@@ -222,15 +222,15 @@ typedef struct VexoMotionRegRecord {
 
 /* VEXO_MSG_INIT_RESULT: the same as bytes 12-23 of VexoInitRecord. */
 typedef struct VideoState {
-  uint32_t chip_count;     /* 0 chips found                                              */
-  uint32_t video_standard; /* 4 VEXO_VIDEO_..., or another stored byte: treated as PAL   */
-  uint8_t chip_id[4];      /* 8 identification of master, slave 1, slave 2, slave 3      */
+  uint32_t chip_count;             /* 0 chips found                                              */
+  uint32_t video_standard;         /* 4 VEXO_VIDEO_..., or another stored byte: treated as PAL   */
+  uint8_t chip_id[VEXO_MAX_CHIPS]; /* 8 identification of master, slave 1, slave 2, slave 3      */
 } VideoState;
 
 /* VEXO_MSG_VIDEO_INFO. Go by loss_mask: a channel in it may still show NTSC or PAL. */
 typedef struct VideoDetectRecord {
-  uint32_t loss_mask;   /* 0 bit n: channel n has no video                   */
-  uint8_t standard[16]; /* 4 VEXO_VIDEO_... of each channel; 0 where no chip */
+  uint32_t loss_mask;                  /* 0 bit n: channel n has no video                   */
+  uint8_t standard[VEXO_MAX_CHANNELS]; /* 4 VEXO_VIDEO_... of each channel; 0 where no chip */
 } VideoDetectRecord;
 
 VEXO_ASSERT_SIZE(VexoInitRecord, 24);

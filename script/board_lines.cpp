@@ -4,11 +4,10 @@
 #include <optional>
 
 #include "script/line.h"
+#include "sim/text.h"
 
 namespace script {
 namespace {
-
-using sim::Fault;
 
 Step ParseChips(Arguments& arguments) {
   const std::uint32_t count = arguments.Number("a chip count 0 to 4", 0, kChipsMax);
@@ -136,22 +135,16 @@ Step ParseFile(Arguments& arguments) {
 }
 
 Step ParseDriver(Arguments& arguments) {
-  static constexpr std::array<std::string_view, 2> kNames = {"CAM1:", "VBE1:"};
   static constexpr std::array<std::string_view, 3> kWords = {"present", "absent", "null"};
   using State = sim::Drivers::State;
   static constexpr std::array kStates = {State::Present, State::Absent, State::Null};
-  const std::string name(kNames[arguments.Choice(kNames)]);
+  const std::string name(sim::kDriverNames[arguments.Choice(sim::kDriverNames)]);
   const State state = kStates[arguments.Choice(kWords)];
   return [=](Session& session) { session.World().drivers.Set(name, state); };
 }
 
 Step ParseFault(Arguments& arguments) {
-  static constexpr std::array<std::string_view, 8> kWords = {
-      "mutex", "event-exists", "map-select", "map-address", "map-data", "thread", "send", "post"};
-  static constexpr std::array kFaults = {Fault::Mutex,      Fault::EventExists, Fault::MapSelect,
-                                         Fault::MapAddress, Fault::MapData,     Fault::Thread,
-                                         Fault::Send,       Fault::Post};
-  const Fault fault = kFaults[arguments.Choice(kWords)];
+  const auto fault = static_cast<sim::Fault>(arguments.Choice(FaultWords()));
   const bool on = arguments.OnOff();
   return [=](Session& session) { session.World().faults.Set(fault, on); };
 }
@@ -166,7 +159,11 @@ Step ParseWindowHearing(Arguments&) {
 
 constexpr LineGroup kBoard = LineGroup::Board;
 
-constexpr std::array kBoardLines = {
+const std::string kDriverHelp =
+    sim::OneOf(sim::kDriverNames) + "; absent gives the invalid handle, null gives 0 (present)";
+const std::string kFaultHelp = sim::OneOf(FaultWords()) + " (off)";
+
+const std::array kBoardLines = {
     LineKind{kBoard, "board chips", "N", "fits chips at positions 0 to N-1, empties the rest (4)",
              ParseChips},
     LineKind{kBoard, "board id", "CHIP BYTE",
@@ -190,12 +187,8 @@ constexpr std::array kBoardLines = {
              ParseNvramFail},
     LineKind{kBoard, "file", "PATH VERSION|absent|unreadable|noroot",
              "version resource of a file, such as 1.0.1.6, or what is wrong with it", ParseFile},
-    LineKind{kBoard, "driver", "NAME present|absent|null",
-             "CAM1: or VBE1:; absent gives the invalid handle, null gives 0 (present)",
-             ParseDriver},
-    LineKind{kBoard, "fault", "NAME on|off",
-             "mutex, event-exists, map-select, map-address, map-data, thread, send, post (off)",
-             ParseFault},
+    LineKind{kBoard, "driver", "DRIVER present|absent|null", kDriverHelp, ParseDriver},
+    LineKind{kBoard, "fault", "FAULT on|off", kFaultHelp, ParseFault},
     LineKind{kBoard, "window deaf", "", "the host window answers no sent message", ParseWindowDeaf},
     LineKind{kBoard, "window hearing", "", "it answers again", ParseWindowHearing},
 };

@@ -1,11 +1,16 @@
 #include "script/message_words.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
+#include <cstddef>
+#include <cstring>
 #include <span>
 
 #include "VexoCtrlSDK.h"
 #include "chip/registers.h"
+#include "script/words.h"
+#include "sim/kernel/message_records.h"
 #include "sim/text.h"
 
 namespace script {
@@ -27,44 +32,58 @@ std::uint32_t Below(unsigned channels) {
   return channels >= 32 ? 0xFFFFFFFFU : (1U << channels) - 1;
 }
 
-std::string Status(std::uint32_t code) {
-  std::string text = "status: " + sim::Hex(code, 4);
-  switch (code) {
-    case VEXO_STATUS_DETECT_ERROR:
-      return text + " chip initialization found no chip";
-    case VEXO_STATUS_DEVICE_PROBLEM:
-      return text + " chip initialization met a device problem";
-    case VEXO_STATUS_NOT_DETECTED:
-      return text + " chip initialization gave no channel";
-    case VEXO_STATUS_VBE_OPEN_FAILED:
-      return text + " the video back-end driver could not be opened";
-    case VEXO_STATUS_VBE_ALREADY_OPEN:
-      return text + " the video back-end driver was open already";
-    default:
-      return text + " (unknown)";
+// What a message says.
+struct Content {
+  std::uint32_t wparam;
+  const sim::Bytes& record;
+  unsigned channels;  // of the board
+};
+
+struct StatusWords {
+  std::uint32_t code;
+  const char* words;
+};
+
+constexpr std::array kStatuses = {
+    StatusWords{VEXO_STATUS_DETECT_ERROR, "chip initialization found no chip"},
+    StatusWords{VEXO_STATUS_DEVICE_PROBLEM, "chip initialization met a device problem"},
+    StatusWords{VEXO_STATUS_NOT_DETECTED, "chip initialization gave no channel"},
+    StatusWords{VEXO_STATUS_VBE_OPEN_FAILED, "the video back-end driver could not be opened"},
+    StatusWords{VEXO_STATUS_VBE_ALREADY_OPEN, "the video back-end driver was open already"},
+};
+
+std::string Status(const Content& content) {
+  const std::string text = sim::Hex(content.wparam, 4) + ' ';
+  for (const StatusWords& status : kStatuses) {
+    if (status.code == content.wparam) return text + status.words;
   }
+  return text + "(unknown)";
 }
 
-std::string InitResult(const sim::Bytes& record) {
-  const std::uint32_t chips = Word(record, 0);
-  return "init result: " + std::to_string(chips) + (chips == 1 ? " chip, " : " chips, ") +
-         StandardInWords(Word(record, 4)) + ", identification " +
-         sim::HexBytes(std::span(record).subspan(8, 4), " ");
+std::string InitResult(const Content& content) {
+  const std::uint32_t chips = Word(content.record, offsetof(VideoState, chip_count));
+  return std::to_string(chips) + (chips == 1 ? " chip, " : " chips, ") +
+         StandardInWords(Word(content.record, offsetof(VideoState, video_standard))) +
+         ", identification " +
+         sim::HexBytes(std::span(content.record)
+                           .subspan(offsetof(VideoState, chip_id), sizeof(VideoState::chip_id)),
+                       " ");
 }
 
-std::string VideoInfo(const sim::Bytes& record, unsigned channels) {
-  const std::uint32_t lost = Word(record, 0);
-  std::string text = "video info: loss mask " + sim::Hex(lost, 4) + ": ";
-  text += lost == 0 ? "no channel lost"
-                    : ChannelList(lost, std::max(channels, unsigned{kChannelsMax})) + " lost";
+std::string VideoInfo(const Content& content) {
+  const std::uint8_t* standards = &content.record[offsetof(VideoDetectRecord, standard)];
+  const std::uint32_t lost = Word(content.record, offsetof(VideoDetectRecord, loss_mask));
+  std::string text = "loss mask " + sim::Hex(lost, 4) + ": ";
+  text += lost == 0
+              ? "no channel lost"
+              : ChannelList(lost, std::max(content.channels, unsigned{kChannelsMax})) + " lost";
   // A lost channel may still carry the standard it had; it says nothing about a picture.
-  std::uint32_t left = Below(std::min(channels, unsigned{kChannelsMax})) & ~lost;
+  std::uint32_t left = Below(std::min(content.channels, unsigned{kChannelsMax})) & ~lost;
   while (left != 0) {
-    const auto lowest = static_cast<unsigned>(std::countr_zero(left));
-    const std::uint8_t standard = record[4 + lowest];
+    const std::uint8_t standard = standards[std::countr_zero(left)];
     std::uint32_t same = 0;
-    for (unsigned channel = lowest; channel < kChannelsMax; ++channel) {
-      if (((left >> channel) & 1U) != 0 && record[4 + channel] == standard) same |= 1U << channel;
+    for (unsigned channel = 0; channel < kChannelsMax; ++channel) {
+      if (((left >> channel) & 1U) != 0 && standards[channel] == standard) same |= 1U << channel;
     }
     text += "; " + StandardInWords(standard) + " on " + sim::BitList(same, kChannelsMax);
     left &= ~same;
@@ -72,60 +91,53 @@ std::string VideoInfo(const sim::Bytes& record, unsigned channels) {
   return text;
 }
 
-std::string MotionStatus(std::uint32_t mask) {
-  return "motion status: mask " + sim::Hex(mask, 4) + ": " +
-         (mask == 0 ? "no motion" : "motion on " + ChannelList(mask, 32));
+std::string MotionStatus(const Content& content) {
+  return "mask " + sim::Hex(content.wparam, 4) + ": " +
+         (content.wparam == 0 ? "no motion" : "motion on " + ChannelList(content.wparam, 32));
 }
 
-std::string RegisterValue(const sim::Bytes& record) {
-  std::string chip = sim::Hex(record[0]);
-  switch (record[0]) {
-    case kChipMaster:
-      chip = "master";
-      break;
-    case kChipSlave1:
-      chip = "slave1";
-      break;
-    case kChipSlave2:
-      chip = "slave2";
-      break;
-    case kChipSlave3:
-      chip = "slave3";
-      break;
-    case kChipAll:
-      chip = "all chips";
-      break;
-    default:
-      break;
+std::string ChipVersion(const Content& content) { return sim::Hex(content.wparam, 8); }
+
+std::string ChipInWords(std::uint8_t select) {
+  if (select == kChipAll) return "all chips";
+  for (std::size_t position = 0; position < kChipByPosition.size(); ++position) {
+    if (kChipByPosition[position] == select) return std::string(ChipWords()[position]);
   }
-  std::string text = "register value: " + chip + " page " + std::to_string(record[1]) +
-                     " register " + sim::Hex(record[2]);
-  if (const char* name = RegisterNameOf(record[1], record[2]))
+  return sim::Hex(select);
+}
+
+std::string RegisterValue(const Content& content) {
+  VexoRegRecord record;
+  std::memcpy(&record, content.record.data(), sizeof record);
+  std::string text = ChipInWords(record.chip_select) + " page " + std::to_string(record.page) +
+                     " register " + sim::Hex(record.reg);
+  if (const char* name = RegisterNameOf(record.page, record.reg))
     text += " (" + std::string(name) + ')';
-  return text + " = " + sim::Hex(record[3]);
+  return text + " = " + sim::Hex(record.value);
 }
 
-std::string Meaning(std::uint32_t message, std::uint32_t wparam, const sim::Bytes& record,
-                    unsigned channels) {
-  switch (message) {
-    case VEXO_MSG_STATUS:
-      return Status(wparam);
-    case VEXO_MSG_INIT_RESULT:
-      if (record.size() >= sizeof(VideoState)) return InitResult(record);
-      return "init result without its record";
-    case VEXO_MSG_VIDEO_INFO:
-      if (record.size() >= sizeof(VideoDetectRecord)) return VideoInfo(record, channels);
-      return "video info without its record";
-    case VEXO_MSG_MOTION_STATUS:
-      return MotionStatus(wparam);
-    case VEXO_MSG_CHIP_VERSION:
-      return "chip version: " + sim::Hex(wparam, 8);
-    case VEXO_MSG_REG_VALUE:
-      if (record.size() >= sizeof(VexoRegRecord)) return RegisterValue(record);
-      return "register value without its record";
-    default:
-      return "no message of the library, wParam " + sim::Hex(wparam, 8);
+struct MessageWords {
+  std::uint32_t message;
+  const char* name;
+  std::string (*words)(const Content& content);
+};
+
+constexpr std::array kMessages = {
+    MessageWords{VEXO_MSG_STATUS, "status", Status},
+    MessageWords{VEXO_MSG_INIT_RESULT, "init result", InitResult},
+    MessageWords{VEXO_MSG_VIDEO_INFO, "video info", VideoInfo},
+    MessageWords{VEXO_MSG_MOTION_STATUS, "motion status", MotionStatus},
+    MessageWords{VEXO_MSG_CHIP_VERSION, "chip version", ChipVersion},
+    MessageWords{VEXO_MSG_REG_VALUE, "register value", RegisterValue},
+};
+
+std::string Meaning(std::uint32_t message, const Content& content) {
+  for (const MessageWords& row : kMessages) {
+    if (row.message != message) continue;
+    const bool whole = content.record.size() >= sim::MessageRecordBytes(message);
+    return row.name + (whole ? ": " + row.words(content) : " without its record");
   }
+  return "no message of the library, wParam " + sim::Hex(content.wparam, 8);
 }
 
 }  // namespace
@@ -145,7 +157,7 @@ std::string StandardInWords(std::uint32_t standard) {
 
 std::string MessageInWords(std::uint32_t message, std::uint32_t wparam, const sim::Bytes& record,
                            unsigned channels) {
-  return sim::Hex(message, 4) + ' ' + Meaning(message, wparam, record, channels);
+  return sim::Hex(message, 4) + ' ' + Meaning(message, {wparam, record, channels});
 }
 
 std::string MessageInWords(const sim::MessageEvent& event, unsigned channels) {

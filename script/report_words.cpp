@@ -1,46 +1,65 @@
 #include "script/report_words.h"
 
-#include <optional>
-#include <string_view>
+#include <array>
 
 #include "sim/text.h"
 
 namespace script {
 namespace {
 
-// Reports with the same words of registers first to last.
-struct Run {
-  std::string access;  // "read of MASTER page 1"
-  unsigned long first = 0;
-  unsigned long last = 0;
-  unsigned count = 0;
-};
+using sim::Hex;
+using sim::Report;
+using Access = Report::Access;
 
-constexpr std::string_view kRegister = " register 0x";
-constexpr std::string_view kNoName = ", which has no name";
-constexpr std::size_t kDigits = 2;
+constexpr std::array kPositionNames = {"MASTER", "SLAVE1", "SLAVE2", "SLAVE3"};
+constexpr std::array kWindowNames = {"select", "address", "data"};
 
-// None for a report of another kind.
-std::optional<Run> RunOf(const sim::Report& report) {
-  const std::string& text = report.text;
-  const std::size_t at = text.find(kRegister);
-  if (report.kind != sim::ReportKind::UnnamedRegister || at == std::string::npos ||
-      text.substr(at + kRegister.size() + kDigits) != kNoName) {
-    return std::nullopt;
+std::string Contention(const Report& report) {
+  return "read of register " + Hex(report.reg) + " with " + std::to_string(report.chips) +
+         " chips selected (" + Hex(report.select) + ')';
+}
+
+std::string UnmappedAccess(const Report& report) {
+  static constexpr std::array kAccess = {"a load from", "a store to", "unmapping"};
+  return kAccess.at(static_cast<std::size_t>(report.access)) +
+         std::string(" a window that is not mapped");
+}
+
+std::string WideAccess(const Report& report) {
+  return std::to_string(report.bytes) +
+         (report.access == Access::Read ? "-byte load from the " : "-byte store to the ") +
+         kWindowNames.at(static_cast<std::size_t>(report.window)) + " window";
+}
+
+// Of registers that follow each other.
+std::string UnnamedRegisters(const Report& first, const Report& last) {
+  const std::string text = std::string(first.access == Access::Read ? "read of " : "write to ") +
+                           kPositionNames.at(first.position) + " page " +
+                           std::to_string(first.page);
+  if (first.reg == last.reg) return text + " register " + Hex(first.reg) + ", which has no name";
+  return text + " registers " + Hex(first.reg) + " to " + Hex(last.reg) + ", which have no name";
+}
+
+std::string InWords(const Report& first, const Report& last) {
+  switch (first.kind) {
+    case sim::ReportKind::Contention:
+      return Contention(first);
+    case sim::ReportKind::UnmappedAccess:
+      return UnmappedAccess(first);
+    case sim::ReportKind::WideAccess:
+      return WideAccess(first);
+    case sim::ReportKind::UnnamedRegister:
+      break;
   }
-  const unsigned long reg = std::stoul(text.substr(at + kRegister.size(), kDigits), nullptr, 16);
-  return Run{text.substr(0, at), reg, reg, report.count};
+  return UnnamedRegisters(first, last);
 }
 
-std::string InWords(const Run& run) {
-  if (run.first == run.last)
-    return run.access + " register " + sim::Hex(run.first) + std::string(kNoName);
-  return run.access + " registers " + sim::Hex(run.first) + " to " + sim::Hex(run.last) +
-         ", which have no name";
-}
-
-std::string Times(unsigned count) {
-  return count > 1 ? " (" + std::to_string(count) + " times)" : "";
+// Whether a report is the same as another but for its register, the one behind that of the other.
+bool Continues(const Report& report, const Report& before) {
+  Report expected = before;
+  ++expected.reg;
+  return before.kind == sim::ReportKind::UnnamedRegister && before.reg != 0xFF &&
+         report == expected;
 }
 
 }  // namespace
@@ -48,20 +67,11 @@ std::string Times(unsigned count) {
 std::vector<std::string> WarningsInWords(std::span<const sim::Report> reports) {
   std::vector<std::string> warnings;
   for (std::size_t i = 0; i < reports.size(); ++i) {
-    std::optional<Run> run = RunOf(reports[i]);
-    if (!run) {
-      warnings.push_back(reports[i].text + Times(reports[i].count));
-      continue;
-    }
-    for (; i + 1 < reports.size(); ++i) {
-      const std::optional<Run> next = RunOf(reports[i + 1]);
-      if (!next || next->access != run->access || next->first != run->last + 1 ||
-          next->count != run->count) {
-        break;
-      }
-      run->last = next->first;
-    }
-    warnings.push_back(InWords(*run) + Times(run->count));
+    const Report& first = reports[i];
+    while (i + 1 < reports.size() && Continues(reports[i + 1], reports[i])) ++i;
+    std::string text = InWords(first, reports[i]);
+    if (first.count > 1) text += " (" + std::to_string(first.count) + " times)";
+    warnings.push_back(std::move(text));
   }
   return warnings;
 }

@@ -1,9 +1,12 @@
 #include "script/words.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <optional>
 
+#include "sim/board/drivers.h"
+#include "sim/faults.h"
 #include "sim/text.h"
 
 namespace script {
@@ -90,9 +93,24 @@ std::string ReadQuoted(std::string_view line, std::size_t& at) {
 constexpr std::array<std::string_view, kChipsMax + 1> kChipWords = {"master", "slave1", "slave2",
                                                                     "slave3", "all"};
 
+constexpr auto kFaultWords = [] {
+  std::array<std::string_view, sim::kFaults.size()> words;
+  std::transform(sim::kFaults.begin(), sim::kFaults.end(), words.begin(),
+                 [](const sim::FaultWords& fault) { return fault.word; });
+  return words;
+}();
+
 }  // namespace
 
 std::span<const std::string_view> ChipWords() { return kChipWords; }
+std::span<const std::string_view> FaultWords() { return kFaultWords; }
+
+std::span<const std::string_view> WordsOf(std::string_view argument) {
+  if (argument == "CHIP") return kChipWords;
+  if (argument == "DRIVER") return sim::kDriverNames;
+  if (argument == "FAULT") return kFaultWords;
+  return {};
+}
 
 std::vector<std::string> SplitWords(std::string_view line) {
   std::vector<std::string> words;

@@ -24,6 +24,12 @@ std::vector<std::string> SplitWords(std::string_view line);
 // Names of the chips by position, and behind them "all".
 std::span<const std::string_view> ChipWords();
 
+// Faults, by number.
+std::span<const std::string_view> FaultWords();
+
+// What an argument of a line stands for, such as CHIP; none for numbers and texts.
+std::span<const std::string_view> WordsOf(std::string_view argument);
+
 // The chips that CHIP stands for.
 struct ChipChoice {
   bool all = false;

@@ -1,6 +1,6 @@
 // Kernel objects, threads, time, memory, window messages.
-#include "VexoCtrlSDK.h"
 #include "device/emulator/imports.h"
+#include "sim/kernel/message_records.h"
 #include "sim/text.h"
 #include "sim/world.h"
 
@@ -135,23 +135,9 @@ std::uint32_t LocalFree(ArmCpu& cpu) {
 
 // ---- Window messages --------------------------------------------------------------------------
 
-// Size of the record that a message's wParam points to; 0 where it is a number.
-std::uint32_t RecordBytes(std::uint32_t message) {
-  switch (message) {
-    case VEXO_MSG_INIT_RESULT:
-      return sizeof(VideoState);
-    case VEXO_MSG_VIDEO_INFO:
-      return sizeof(VideoDetectRecord);
-    case VEXO_MSG_REG_VALUE:
-      return sizeof(VexoRegRecord);
-    default:
-      return 0;
-  }
-}
-
 // What a message's wParam is for the host: the number, or the memory that it points to.
 std::uintptr_t HostWparam(const ArmCpu& cpu, std::uint32_t message, std::uint32_t wparam) {
-  const std::uint32_t bytes = RecordBytes(message);
+  const auto bytes = static_cast<std::uint32_t>(sim::MessageRecordBytes(message));
   if (bytes == 0 || wparam == 0) return wparam;
   return reinterpret_cast<std::uintptr_t>(cpu.Read(wparam, bytes));
 }

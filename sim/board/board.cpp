@@ -1,14 +1,10 @@
 #include "sim/board/board.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <stdexcept>
 
 namespace sim {
 namespace {
-
-constexpr std::array kPositionNames = {"MASTER", "SLAVE1", "SLAVE2", "SLAVE3"};
-constexpr std::array kWindowNames = {"select", "address", "data"};
 
 using PageFlags = std::array<std::array<bool, kRegistersPerPage>, kPageCount>;
 
@@ -110,7 +106,7 @@ const Frozen& Board::FrozenState(unsigned channel) const {
 const Bitmap& Board::BitmapOf(unsigned position) const { return chips_.at(position).DrawnBitmap(); }
 
 void Board::Store(BusWindow window, std::uint32_t value, unsigned bytes) {
-  if (bytes != 1) ReportWide("store to", window, bytes);
+  CheckWidth(Report::Access::Write, window, bytes);
   const std::uint8_t byte = value & 0xFF;
   switch (window) {
     case BusWindow::Select:
@@ -128,7 +124,7 @@ void Board::Store(BusWindow window, std::uint32_t value, unsigned bytes) {
 }
 
 std::uint8_t Board::Load(BusWindow window, unsigned bytes) {
-  if (bytes != 1) ReportWide("load from", window, bytes);
+  CheckWidth(Report::Access::Read, window, bytes);
   return window == BusWindow::Data ? LoadData() : 0xFF;  // the other two windows only take
 }
 
@@ -137,7 +133,7 @@ void Board::StoreData(std::uint8_t value) {
     const std::uint8_t page = SelectedPage(position);
     if (page >= kPageCount) continue;
     Chip& chip = chips_[position];
-    CheckNamed(position, page, chip.address, "write to");
+    CheckNamed(position, page, chip.address, Report::Access::Write);
     chip.Write(page, chip.address, value, settle_reads_, now_ms_);
     ++chip.address;
   }
@@ -151,34 +147,33 @@ std::uint8_t Board::LoadData() {
     const std::uint8_t page = SelectedPage(position);
     if (page >= kPageCount) continue;
     Chip& chip = chips_[position];
-    CheckNamed(position, page, chip.address, "read of");
+    CheckNamed(position, page, chip.address, Report::Access::Read);
     reg = chip.address;
     value &= chip.Read(page, reg, position == 0 && Sync());
     ++chip.address;
     ++selected;
   }
   if (selected > 1) {
-    char text[96];
-    std::snprintf(text, sizeof text, "read of register 0x%02X with %u chips selected (0x%02X)", reg,
-                  selected, select_);
-    reports_.Add(ReportKind::Contention, text);
+    reports_.Add(
+        {.kind = ReportKind::Contention, .select = select_, .chips = selected, .reg = reg});
   }
   return value;
 }
 
-void Board::CheckNamed(unsigned position, std::uint8_t page, std::uint8_t reg, const char* access) {
+void Board::CheckNamed(unsigned position, std::uint8_t page, std::uint8_t reg,
+                       Report::Access access) {
   if (kNamed[page][reg] || !chips_[position].Fitted()) return;
-  char text[96];
-  std::snprintf(text, sizeof text, "%s %s page %u register 0x%02X, which has no name", access,
-                kPositionNames[position], page, reg);
-  reports_.Add(ReportKind::UnnamedRegister, text);
+  reports_.Add({.kind = ReportKind::UnnamedRegister,
+                .access = access,
+                .position = position,
+                .page = page,
+                .reg = reg});
 }
 
-void Board::ReportWide(const char* access, BusWindow window, unsigned bytes) {
-  char text[96];
-  std::snprintf(text, sizeof text, "%u-byte %s the %s window", bytes, access,
-                kWindowNames[static_cast<std::size_t>(window)]);
-  reports_.Add(ReportKind::WideAccess, text);
+void Board::CheckWidth(Report::Access access, BusWindow window, unsigned bytes) {
+  if (bytes == 1) return;
+  reports_.Add(
+      {.kind = ReportKind::WideAccess, .access = access, .window = window, .bytes = bytes});
 }
 
 }  // namespace sim

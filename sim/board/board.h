@@ -7,12 +7,11 @@
 #include <cstdint>
 
 #include "chip/registers.h"
+#include "sim/board/bus_windows.h"
 #include "sim/board/chip.h"
 #include "sim/board/reports.h"
 
 namespace sim {
-
-enum class BusWindow : std::uint8_t { Select, Address, Data };
 
 enum class Camera { Ntsc, Pal, Off };
 
@@ -64,8 +63,8 @@ class Board {
   }
   void StoreData(std::uint8_t value);
   std::uint8_t LoadData();
-  void CheckNamed(unsigned position, std::uint8_t page, std::uint8_t reg, const char* access);
-  void ReportWide(const char* access, BusWindow window, unsigned bytes);
+  void CheckNamed(unsigned position, std::uint8_t page, std::uint8_t reg, Report::Access access);
+  void CheckWidth(Report::Access access, BusWindow window, unsigned bytes);
 
   std::array<Chip, kChipsMax> chips_;
   Reports& reports_;

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <optional>
 
-#include "sim/board/board.h"
-
 namespace sim {
+
+enum class BusWindow : std::uint8_t { Select, Address, Data };
 
 // The three bus windows as the processor sees them. Each has an address of its own; mapped twice,
 // it must be unmapped twice.

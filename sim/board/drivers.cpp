@@ -1,5 +1,7 @@
 #include "sim/board/drivers.h"
 
+#include <algorithm>
+
 #include "sim/text.h"
 
 namespace sim {
@@ -10,7 +12,9 @@ Drivers::State Drivers::Get(const std::string& name) const {
   const std::string key = ToLower(name);
   const auto found = states_.find(key);
   if (found != states_.end()) return found->second;
-  return key == "cam1:" || key == "vbe1:" ? State::Present : State::Absent;
+  const bool known = std::any_of(kDriverNames.begin(), kDriverNames.end(),
+                                 [&](auto driver) { return ToLower(std::string(driver)) == key; });
+  return known ? State::Present : State::Absent;
 }
 
 PlatHandle Drivers::Open(const std::string& name, PlatHandle fresh) {

@@ -1,16 +1,20 @@
 // The drivers that the library opens.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/platform.h"
 
 namespace sim {
 
-// Stream drivers "CAM1:" and "VBE1:".
+// The stream drivers of a recorder.
+inline constexpr std::array<std::string_view, 2> kDriverNames = {"CAM1:", "VBE1:"};
+
 class Drivers {
  public:
   enum class State { Present, Absent, Null };  // absent: invalid handle, null: zero handle

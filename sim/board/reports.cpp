@@ -2,10 +2,10 @@
 
 namespace sim {
 
-void Reports::Add(ReportKind kind, const std::string& text) {
-  const auto [place, fresh] = places_.try_emplace({kind, text}, reports_.size());
+void Reports::Add(const Report& report) {
+  const auto [place, fresh] = places_.try_emplace(report, reports_.size());
   if (fresh) {
-    reports_.push_back({kind, text, 1});
+    reports_.push_back(report);
   } else {
     ++reports_[place->second].count;
   }

@@ -4,26 +4,13 @@
 #include <utility>
 
 #include "sim/kernel/kernel_impl.h"
+#include "sim/kernel/message_records.h"
 
 namespace sim {
 namespace {
 
-// Size of the record that a message's wParam points to; 0 where it is a number.
-std::size_t RecordBytes(std::uint32_t message) {
-  switch (message) {
-    case 0x2402:
-      return 12;
-    case 0x2403:
-      return 20;
-    case 0x2406:
-      return 4;
-    default:
-      return 0;
-  }
-}
-
 Bytes TakeRecord(std::uint32_t message, std::uintptr_t wparam) {
-  const std::size_t bytes = RecordBytes(message);
+  const std::size_t bytes = MessageRecordBytes(message);
   if (wparam == 0 || bytes == 0) return {};
   Bytes record(bytes);
   std::memcpy(record.data(), reinterpret_cast<const void*>(wparam), bytes);
@@ -39,7 +26,7 @@ void Kernel::Impl::TraceMessage(const Thread& sender, bool post, bool ok,
   event.message = message.message;
   event.lparam = static_cast<std::uint32_t>(message.lparam);
   event.ok = ok;
-  if (RecordBytes(message.message) == 0) {
+  if (MessageRecordBytes(message.message) == 0) {
     event.wparam = static_cast<std::uint32_t>(message.wparam);
   } else {
     event.record = TakeRecord(message.message, message.wparam);
@@ -48,7 +35,7 @@ void Kernel::Impl::TraceMessage(const Thread& sender, bool post, bool ok,
 }
 
 void Kernel::Impl::Handle(const PostedMessage& message, bool posted) {
-  const bool number = RecordBytes(message.message) == 0;
+  const bool number = MessageRecordBytes(message.message) == 0;
   world.windows.received.push_back({kernel.now_ms_, message.message,
                                     number ? static_cast<std::uint32_t>(message.wparam) : 0,
                                     TakeRecord(message.message, message.wparam), posted});

@@ -1,4 +1,6 @@
 // The bus windows: mapping, and byte access as cycles of the simulated bus.
+#include <array>
+
 #include "platform/platform.h"
 #include "sim/world.h"
 
@@ -6,15 +8,17 @@ namespace {
 
 constexpr std::uint32_t kErrorInvalidAddress = 487;
 
-sim::Fault MappingFault(sim::BusWindow window) {
-  switch (window) {
-    case sim::BusWindow::Select:
-      return sim::Fault::MapSelect;
-    case sim::BusWindow::Address:
-      return sim::Fault::MapAddress;
-    default:
-      return sim::Fault::MapData;
-  }
+// By window.
+constexpr std::array kMappingFaults = {sim::Fault::MapSelect, sim::Fault::MapAddress,
+                                       sim::Fault::MapData};
+static_assert(kMappingFaults.size() == sim::BusWindows::kCount);
+
+bool CanBeMapped(sim::BusWindow window) {
+  return !sim::TheWorld().faults.Fires(kMappingFaults.at(static_cast<std::size_t>(window)));
+}
+
+void ReportUnmapped(sim::Report::Access access) {
+  sim::TheWorld().reports.Add({.kind = sim::ReportKind::UnmappedAccess, .access = access});
 }
 
 }  // namespace
@@ -22,7 +26,7 @@ sim::Fault MappingFault(sim::BusWindow window) {
 PlatBusWindow Plat_MapBusWindow(std::uint32_t physical, std::uint32_t length_bytes, bool cached) {
   sim::World& world = sim::TheWorld();
   const auto window = sim::BusWindows::AtPhysical(physical);
-  const bool ok = window && !world.faults.Fires(MappingFault(*window));
+  const bool ok = window && CanBeMapped(*window);
   world.Record(sim::MapEvent{physical, length_bytes, cached, ok});
   if (!ok) {
     world.kernel.SetLastError(kErrorInvalidAddress);
@@ -36,7 +40,7 @@ void Plat_UnmapBusWindow(PlatBusWindow window, std::uint32_t) {
   sim::World& world = sim::TheWorld();
   const auto found = world.bus_windows.Find(window);
   if (!found) {
-    world.reports.Add(sim::ReportKind::UnmappedAccess, "unmapping a window that is not mapped");
+    ReportUnmapped(sim::Report::Access::Unmap);
     return;
   }
   world.bus_windows.Unmap(*found);
@@ -47,7 +51,7 @@ void Plat_StoreByte(PlatBusWindow window, std::uint8_t value) {
   sim::World& world = sim::TheWorld();
   const auto found = world.bus_windows.Find(window);
   if (!found) {
-    world.reports.Add(sim::ReportKind::UnmappedAccess, "a store to a window that is not mapped");
+    ReportUnmapped(sim::Report::Access::Write);
     return;
   }
   world.trace.AddCycle(world.kernel.Now(), world.kernel.Current(), false, *found, value);
@@ -59,7 +63,7 @@ std::uint8_t Plat_LoadByte(PlatBusWindow window) {
   sim::World& world = sim::TheWorld();
   const auto found = world.bus_windows.Find(window);
   if (!found) {
-    world.reports.Add(sim::ReportKind::UnmappedAccess, "a load from a window that is not mapped");
+    ReportUnmapped(sim::Report::Access::Read);
     return 0xFF;
   }
   const std::uint8_t value = world.board.Load(*found);

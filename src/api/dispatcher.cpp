@@ -1,6 +1,6 @@
 // The binary commands: one table, one lock.
 
-#include <array>
+#include <cstddef>
 #include <cstring>
 
 #include "VexoCtrlSDK.h"
@@ -23,160 +23,201 @@
 
 namespace {
 
-using Record = std::uint8_t*;
-
 void Lock() { Plat_Wait(g_library.g_cs4_lock, kPlatForever); }
 void Unlock() { Plat_ReleaseMutex(g_library.g_cs4_lock); }
 
-std::uint16_t ReadU16(const std::uint8_t* bytes) {
-  return static_cast<std::uint16_t>(bytes[0] | (bytes[1] << 8));
-}
-
-std::uint32_t ReadU32(const std::uint8_t* bytes) {
-  return ReadU16(bytes) | (static_cast<std::uint32_t>(ReadU16(bytes + 2)) << 16);
-}
-
 // ---- Operations, each on its record -----------------------------------------------------------
 
-std::int32_t StopMonitor(Record) {
+// A record is the caller's, at any address, and no longer than what the public header says is read.
+// So it is a pointer, never a reference, which would promise all of it to the compiler.
+
+// Only its first two fields are read, and its state written.
+std::int32_t Initialize(std::uint8_t* record) {
+  constexpr std::size_t kState = offsetof(VexoInitRecord, chip_count);
+  static_assert(sizeof(VexoInitRecord) - kState == sizeof(VideoState));
+
+  VexoProc_CameraControl(0);
+  std::uint16_t arguments[2];
+  std::memcpy(arguments, record, sizeof arguments);
+  if (TW_InitializeSetup(arguments[0], arguments[1]) <= 0) {
+    std::memset(record + kState, 0, sizeof(VideoState));
+    VexoProc_CameraControl(1);
+    return VEXO_ERROR_FAILED;
+  }
+  std::memcpy(record + kState, &g_video.report, sizeof(VideoState));
+  VexoSDK_StartWorker();
+  VexoProc_CameraControl(1);
+  return VEXO_OK;
+}
+
+std::int32_t StopMonitor() {
   VexoSDK_StopWorker();
   return VEXO_OK;
 }
 
-std::int32_t ReadReg(Record record) {
-  record[3] = VexoProc_ReadRegister(record[0], record[1], record[2]);
+std::int32_t ReadReg(VexoRegRecord* record) {
+  record->value = VexoProc_ReadRegister(record->chip_select, record->page, record->reg);
   return VEXO_OK;
 }
 
-std::int32_t WriteReg(Record record) {
-  VexoProc_WriteRegister(record[0], record[1], record[2], record[3]);
+std::int32_t WriteReg(const VexoRegRecord* record) {
+  VexoProc_WriteRegister(record->chip_select, record->page, record->reg, record->value);
   return VEXO_OK;
 }
 
-std::int32_t LiveSplit(Record record) { return TW_SetLiveSplitMode(record[4], record + 6); }
-
-std::int32_t PlaySplit(Record record) {
-  return TW_SetPlaySplitMode(record[4], record[5], record + 6);
+std::int32_t LiveSplit(const VexoSplitRecord* record) {
+  return TW_SetLiveSplitMode(record->mode, record->channels);
 }
 
-std::int32_t ChannelMasks(Record record) { return TW_SetChannelMaskInfo(record); }
+std::int32_t PlaySplit(const VexoSplitRecord* record) {
+  return TW_SetPlaySplitMode(record->mode, record->option, record->channels);
+}
 
-std::int32_t LiveMode(Record record) {
+std::int32_t LiveMode(const VexoLiveModeRecord* record) {
   g_display.g_view_mode = 0;
   return TW_SetLiveModeInfo(record);
 }
 
-std::int32_t PlayMode(Record record) {
+std::int32_t PlayMode(const VexoPlayModeRecord* record) {
   g_display.g_view_mode = 1;
   return TW_SetPlaybackModeInfo(record);
 }
 
-std::int32_t BlankMask(Record record) { return TW_SetChannelBlankMask(ReadU32(record)); }
+std::int32_t BlankMask(VexoMaskRecord record) { return TW_SetChannelBlankMask(record.mask); }
 
-std::int32_t Bit0Mask(Record record) { return TW_SetChannelBit0Mask(ReadU32(record)); }
+std::int32_t Bit0Mask(VexoMaskRecord record) { return TW_SetChannelBit0Mask(record.mask); }
 
-std::int32_t RestoreBlank(Record) { return TW_RestoreChannelBlankMask(); }
-
-std::int32_t MotionSetup(Record record) {
+std::int32_t MotionSetup(const VexoMotionSetupRecord* record) {
   TW_HideMotionCells();
-  const std::uint8_t channels[] = {record[3]};  // mode 0 has one window
+  const std::uint8_t channels[] = {record->channel};  // mode 0 has one window
   TW_SetLiveSplitMode(VEXO_SPLIT_FULL, channels);
-  VexoDbg_Print(u"==>> VEXO MOTDET CELL TYPE %d \r\n", record[0]);
-  TW_SetMotionTiming(record[1], record[2]);
-  TW_ShowMotionCells(record[0], VEXO_SPLIT_FULL, record[3]);
+  VexoDbg_Print(u"==>> VEXO MOTDET CELL TYPE %d \r\n", record->cell_type);
+  TW_SetMotionTiming(record->timing_low, record->timing_high);
+  TW_ShowMotionCells(record->cell_type, VEXO_SPLIT_FULL, record->channel);
   return VEXO_OK;
 }
 
-std::int32_t MotionClear(Record) {
+std::int32_t MotionClear() {
   TW_HideMotionCells();
   return VEXO_OK;
 }
 
-std::int32_t MotionReg(Record record) {
-  TW_SetMotionBoxAttr(record[0], record[1], record[2]);
-  return VEXO_OK;
-}
-
-// ---- The table ----------------------------------------------------------------------------------
-
-// What a command needs, and where it runs.
-constexpr unsigned kNothing = 0x0;
-constexpr unsigned kRecord = 0x1;   // needs a record
-constexpr unsigned kChips = 0x2;    // needs initialized chips
-constexpr unsigned kOutside = 0x4;  // runs after the lock is released
-
-struct Command {
-  unsigned needs;
-  std::int32_t (*run)(Record record);
-};
-
-constexpr std::uint16_t kFirstCommand = VEXO_CMD_STOP_MONITOR;
-
-// From kFirstCommand on. VEXO_CMD_INIT has rules of its own, below.
-constexpr std::array<Command, 16> kCommands = {{
-    {kNothing, StopMonitor},                   // 0xF002
-    {kRecord, ReadReg},                        // 0xF003
-    {kRecord, WriteReg},                       // 0xF004
-    {kRecord | kChips, LiveSplit},             // 0xF005
-    {kRecord | kChips, PlaySplit},             // 0xF006
-    {kRecord | kChips, TW_SetMotionMask},      // 0xF007
-    {kRecord | kChips, ChannelMasks},          // 0xF008
-    {kRecord | kChips, LiveMode},              // 0xF009
-    {kRecord | kChips, PlayMode},              // 0xF00A
-    {kRecord | kChips | kOutside, BlankMask},  // 0xF00B
-    {kRecord | kChips, Bit0Mask},              // 0xF00C
-    {kChips, RestoreBlank},                    // 0xF00D
-    {kRecord | kChips, MotionSetup},           // 0xF00E
-    {kChips, MotionClear},                     // 0xF00F
-    {kRecord | kChips, TW_PreviewMotionMask},  // 0xF010
-    {kRecord | kChips, MotionReg},             // 0xF011
-}};
-
-std::int32_t Run(const Command& command, Record record) {
-  if ((command.needs & kRecord) != 0 && record == nullptr) {
-    Unlock();
-    return VEXO_ERROR_PARAMETER;
-  }
-  if ((command.needs & kChips) != 0 && g_video.g_chip_ready == 0) {
-    Unlock();
-    return VEXO_ERROR_NOT_READY;
-  }
-  if ((command.needs & kOutside) != 0) {
-    Unlock();
-    return command.run(record);
-  }
-  const std::int32_t result = command.run(record);
-  Unlock();
-  return result;
-}
-
-// Quirk: a missing record and a failed initialization return with the lock kept.
-std::int32_t Initialize(Record record) {
-  if (record == nullptr) return VEXO_ERROR_PARAMETER;
-  constexpr std::size_t kResultOffset = 12;
-
-  VexoProc_CameraControl(0);
-  const std::int32_t channels = TW_InitializeSetup(ReadU16(record), ReadU16(record + 2));
-  if (channels <= 0) {
-    std::memset(record + kResultOffset, 0, sizeof(VideoState));
-    VexoProc_CameraControl(1);
-    return VEXO_ERROR_FAILED;
-  }
-  std::memcpy(record + kResultOffset, &g_video.report, sizeof(VideoState));
-  VexoSDK_StartWorker();
-  VexoProc_CameraControl(1);
-  Unlock();
+std::int32_t MotionReg(const VexoMotionRegRecord* record) {
+  TW_SetMotionBoxAttr(record->channel, record->high, record->low);
   return VEXO_OK;
 }
 
 // index: 4 * page + chip position.
 std::int32_t Dump(unsigned index) {
-  std::int32_t result = VEXO_ERROR_NOT_READY;
-  if (g_video.g_chip_ready != 0) {
-    result = TW_DumpRegisters(static_cast<std::uint8_t>(index % kChipsMax),
-                              static_cast<std::uint8_t>(index / kChipsMax));
+  return TW_DumpRegisters(static_cast<std::uint8_t>(index % kChipsMax),
+                          static_cast<std::uint8_t>(index / kChipsMax));
+}
+
+// ---- The table ----------------------------------------------------------------------------------
+
+// What a command needs beside its record, and how it goes about the lock.
+constexpr std::uint8_t kNothing = 0x0;
+constexpr std::uint8_t kRecord = 0x1;   // needs a record: what the operation takes says so
+constexpr std::uint8_t kChips = 0x2;    // needs initialized chips
+constexpr std::uint8_t kOutside = 0x4;  // runs after the lock is released
+constexpr std::uint8_t kKeeps = 0x8;    // Quirk: keeps the lock unless it succeeds
+
+struct Command {
+  std::uint16_t code;  // the first of `count`
+  std::uint8_t count;
+  std::uint8_t needs;
+  std::int32_t (*run)(void* record, unsigned index);  // index: of its code, from 0
+};
+
+// What an operation takes: its record where it lies; a copy of it, when it has fields that an odd
+// address has no room for; the index; or nothing.
+template <class T>
+struct Argument {
+  static constexpr std::uint8_t kNeeds = kRecord;
+  static T From(const void* record, unsigned) {
+    T copy;
+    std::memcpy(&copy, record, sizeof copy);
+    return copy;
   }
-  Unlock();
+};
+
+template <class T>
+struct Argument<T*> {
+  static_assert(alignof(T) == 1, "take a copy of this record");
+  static constexpr std::uint8_t kNeeds = kRecord;
+  static T* From(void* record, unsigned) { return static_cast<T*>(record); }
+};
+
+template <>
+struct Argument<unsigned> {
+  static constexpr std::uint8_t kNeeds = kNothing;
+  static unsigned From(const void*, unsigned index) { return index; }
+};
+
+template <auto kOperation>
+struct Operation;
+
+template <class... T, std::int32_t (*kOperation)(T...)>
+struct Operation<kOperation> {
+  static constexpr std::uint8_t kNeeds = (kNothing | ... | Argument<T>::kNeeds);
+  static std::int32_t Run([[maybe_unused]] void* record, [[maybe_unused]] unsigned index) {
+    return kOperation(Argument<T>::From(record, index)...);
+  }
+};
+
+template <auto kOperation>
+constexpr Command Row(std::uint16_t code, std::uint8_t needs, std::uint8_t count = 1) {
+  using As = Operation<kOperation>;
+  return {code, count, static_cast<std::uint8_t>(As::kNeeds | needs), As::Run};
+}
+
+constexpr std::uint8_t kDumps = VEXO_CMD_DUMP_SLAVE3_P2 - VEXO_CMD_DUMP_MASTER_P0 + 1;
+
+constexpr Command kCommands[] = {
+    Row<Initialize>(VEXO_CMD_INIT, kKeeps),
+    Row<StopMonitor>(VEXO_CMD_STOP_MONITOR, kNothing),
+    Row<ReadReg>(VEXO_CMD_READ_REG, kNothing),
+    Row<WriteReg>(VEXO_CMD_WRITE_REG, kNothing),
+    Row<LiveSplit>(VEXO_CMD_LIVE_SPLIT, kChips),
+    Row<PlaySplit>(VEXO_CMD_PLAY_SPLIT, kChips),
+    Row<TW_SetMotionMask>(VEXO_CMD_MOTION_MASK, kChips),
+    Row<TW_SetChannelMaskInfo>(VEXO_CMD_CHANNEL_MASKS, kChips),
+    Row<LiveMode>(VEXO_CMD_LIVE_MODE, kChips),
+    Row<PlayMode>(VEXO_CMD_PLAY_MODE, kChips),
+    Row<BlankMask>(VEXO_CMD_BLANK_MASK, kChips | kOutside),
+    Row<Bit0Mask>(VEXO_CMD_BIT0_MASK, kChips),
+    Row<TW_RestoreChannelBlankMask>(VEXO_CMD_RESTORE_BLANK, kChips),
+    Row<MotionSetup>(VEXO_CMD_MOTION_SETUP, kChips),
+    Row<MotionClear>(VEXO_CMD_MOTION_CLEAR, kChips),
+    Row<TW_PreviewMotionMask>(VEXO_CMD_MOTION_MASK_PREVIEW, kChips),
+    Row<MotionReg>(VEXO_CMD_MOTION_REG, kChips),
+    Row<Dump>(VEXO_CMD_DUMP_MASTER_P0, kChips, kDumps),
+};
+
+constexpr bool EachCodeHasOneRow() {
+  unsigned next = 0;
+  for (const Command& command : kCommands) {
+    if (command.code < next) return false;
+    next = command.code + command.count;
+  }
+  return true;
+}
+static_assert(EachCodeHasOneRow(), "rows go by their codes");
+static_assert(kDumps == kPageCount * kChipsMax);
+
+std::int32_t Run(const Command& command, void* record, unsigned index) {
+  std::int32_t result = VEXO_OK;
+  if ((command.needs & kRecord) != 0 && record == nullptr) {
+    result = VEXO_ERROR_PARAMETER;
+  } else if ((command.needs & kChips) != 0 && g_video.g_chip_ready == 0) {
+    result = VEXO_ERROR_NOT_READY;
+  } else if ((command.needs & kOutside) != 0) {
+    Unlock();
+    return command.run(record, index);
+  } else {
+    result = command.run(record, index);
+  }
+  if (result == VEXO_OK || (command.needs & kKeeps) == 0) Unlock();
   return result;
 }
 
@@ -185,15 +226,9 @@ std::int32_t Dump(unsigned index) {
 int VEXOAPI_CommandProc(std::uint32_t code, void* parameter) {
   if (g_library.g_initialized == 0 || g_library.g_host_wnd == 0) return VEXO_ERROR_NOT_READY;
   Lock();
-  const auto command = static_cast<std::uint16_t>(code & 0xFFFFu);
-  auto* record = static_cast<Record>(parameter);
-
-  if (command >= VEXO_CMD_DUMP_MASTER_P0 && command <= VEXO_CMD_DUMP_SLAVE3_P2) {
-    return Dump(command - VEXO_CMD_DUMP_MASTER_P0);
-  }
-  if (command == VEXO_CMD_INIT) return Initialize(record);
-  if (command >= kFirstCommand && command <= VEXO_CMD_MOTION_REG) {
-    return Run(kCommands[static_cast<std::size_t>(command - kFirstCommand)], record);
+  for (const Command& command : kCommands) {
+    const unsigned index = (code & 0xFFFFu) - command.code;
+    if (index < command.count) return Run(command, parameter, index);
   }
   // Quirk: an unknown code keeps the lock.
   return VEXO_ERROR_FAILED;

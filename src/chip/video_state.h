@@ -6,6 +6,13 @@
 #include "VexoCtrlSDK.h"
 #include "chip/registers.h"
 
+// What hosts name too.
+static_assert(kChipsMax == VEXO_MAX_CHIPS && kChannelsMax == VEXO_MAX_CHANNELS);
+static_assert(kChipMaster == VEXO_CHIP_MASTER && kChipSlave1 == VEXO_CHIP_SLAVE1 &&
+              kChipSlave2 == VEXO_CHIP_SLAVE2 && kChipSlave3 == VEXO_CHIP_SLAVE3 &&
+              kChipAll == VEXO_CHIP_ALL);
+static_assert(kMotionMaskBytes == VEXO_MOTION_MASK_BYTES);
+
 inline constexpr std::uint8_t kStandardNtsc = VEXO_VIDEO_NTSC;
 inline constexpr std::uint8_t kStandardPal = VEXO_VIDEO_PAL;
 inline constexpr std::uint8_t kStandardNone = VEXO_VIDEO_NONE;

@@ -1,5 +1,8 @@
 #include "display/channel_masks.h"
 
+#include <cstring>
+
+#include "VexoCtrlSDK.h"
 #include "chip/register_bus.h"
 #include "display/display_state.h"
 
@@ -46,12 +49,6 @@ void WriteMaskByChip(std::uint16_t mask, std::uint8_t bit) {
   }
 }
 
-std::uint32_t ReadMask(const std::uint8_t* bytes) {
-  return static_cast<std::uint32_t>(bytes[0]) | (static_cast<std::uint32_t>(bytes[1]) << 8) |
-         (static_cast<std::uint32_t>(bytes[2]) << 16) |
-         (static_cast<std::uint32_t>(bytes[3]) << 24);
-}
-
 }  // namespace
 
 void UpdateChannelAttribute(std::uint8_t chip, unsigned i, std::uint8_t keep, std::uint8_t set) {
@@ -61,9 +58,11 @@ void UpdateChannelAttribute(std::uint8_t chip, unsigned i, std::uint8_t keep, st
 
 std::int32_t TW_SetChannelMaskInfo(const std::uint8_t* record) {
   if (record == nullptr) return VEXO_ERROR_PARAMETER;
-  g_display.live_mask = ReadMask(record);
-  g_display.record_mask = ReadMask(record + 4);
-  g_display.play_mask = ReadMask(record + 8);
+  VexoChannelMasksRecord masks;
+  std::memcpy(&masks, record, sizeof masks);
+  g_display.live_mask = masks.live_display;
+  g_display.record_mask = masks.record;
+  g_display.play_mask = masks.play_display;
   if (g_display.view == kViewLive) {
     TW_SetChannelBlankMask(~g_display.live_mask);
   } else if (g_display.view == kViewPlayback) {

@@ -11,10 +11,6 @@
 
 namespace {
 
-// Offsets in a live mode record.
-constexpr unsigned kRecordSplitMode = 4;
-constexpr unsigned kRecordChannels = 5;
-
 // Live pictures in the attribute register: the overlay bit goes, the live bit comes.
 constexpr std::uint8_t kAttributeKept = 0xFF & ~(kAttributeOverlay | kAttributeLive);
 
@@ -68,18 +64,18 @@ void SetLiveAttributes(std::uint8_t chips) {
   }
 }
 
-std::int32_t SetLiveMode(const BoardVariant& board, const std::uint8_t* record) {
+std::int32_t SetLiveMode(const BoardVariant& board, const VexoLiveModeRecord* record) {
   if (record == nullptr) return VEXO_ERROR_PARAMETER;
   ProgramLivePath();
   const std::uint8_t mode = Read(kChipMaster, kDisplayMode);
   Write(kChipAll, kDisplayMode, static_cast<std::uint8_t>(mode & kDisplayModeKept));
   SetLiveAttributes(board.chips);
-  return SetLiveSplit(board, record[kRecordSplitMode], record + kRecordChannels);
+  return SetLiveSplit(board, record->mode, record->channels);
 }
 
 }  // namespace
 
-std::int32_t TW_SetLiveModeInfo(const std::uint8_t* record) {
+std::int32_t TW_SetLiveModeInfo(const VexoLiveModeRecord* record) {
   if (record == nullptr) return VEXO_ERROR_PARAMETER;
   if (g_display.view == kViewLive) {
     // Redone all the same, on purpose: this is how a host programs the display anew.
@@ -99,15 +95,15 @@ std::int32_t TW_SetLiveModeInfo(const std::uint8_t* record) {
   return VEXO_OK;
 }
 
-std::int32_t TW_SetLiveModeInfo4Ch(const std::uint8_t* record) {
+std::int32_t TW_SetLiveModeInfo4Ch(const VexoLiveModeRecord* record) {
   return SetLiveMode(kBoard4Ch, record);
 }
 
-std::int32_t TW_SetLiveModeInfo8Ch(const std::uint8_t* record) {
+std::int32_t TW_SetLiveModeInfo8Ch(const VexoLiveModeRecord* record) {
   return SetLiveMode(kBoard8Ch, record);
 }
 
-std::int32_t TW_SetLiveModeInfo16Ch(const std::uint8_t* record) {
+std::int32_t TW_SetLiveModeInfo16Ch(const VexoLiveModeRecord* record) {
   return SetLiveMode(kBoard16Ch, record);
 }
 

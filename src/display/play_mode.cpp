@@ -9,21 +9,16 @@
 
 namespace {
 
-// Offsets in a playback mode record.
-constexpr unsigned kRecordSplitMode = 5;
-constexpr unsigned kRecordChannels = 6;
-
 constexpr std::uint8_t kNoOption = 0;
 constexpr std::uint32_t kSwitchMs = 50;
 
-std::int32_t SetPlaybackMode(const BoardVariant& board, const std::uint8_t* record) {
+std::int32_t SetPlaybackMode(const BoardVariant& board, const VexoPlayModeRecord* record) {
   if (record == nullptr) return VEXO_ERROR_PARAMETER;
   for (std::uint8_t p = 0; p < board.chips; ++p) {
     WriteDecodedPaths(kChipByPosition[p], FirstChannelOf(p));
   }
   Write(kChipAll, kDisplaySource, kSourceDefault);
-  const std::int32_t result =
-      SetPlaySplit(board, record[kRecordSplitMode], kNoOption, record + kRecordChannels);
+  const std::int32_t result = SetPlaySplit(board, record->mode, kNoOption, record->channels);
   // Quirk: 16 channels keep what the split wrote.
   if (board.channels != 16) TW_ResetPlayOverlay();
   if (result != VEXO_OK) return result;
@@ -32,7 +27,7 @@ std::int32_t SetPlaybackMode(const BoardVariant& board, const std::uint8_t* reco
 
 }  // namespace
 
-std::int32_t TW_SetPlaybackModeInfo(const std::uint8_t* record) {
+std::int32_t TW_SetPlaybackModeInfo(const VexoPlayModeRecord* record) {
   if (record == nullptr) return VEXO_ERROR_PARAMETER;
   if (g_display.view == kViewPlayback) {
     // Redone all the same, on purpose.
@@ -48,14 +43,14 @@ std::int32_t TW_SetPlaybackModeInfo(const std::uint8_t* record) {
   return VEXO_OK;
 }
 
-std::int32_t TW_SetPlaybackModeInfo4Ch(const std::uint8_t* record) {
+std::int32_t TW_SetPlaybackModeInfo4Ch(const VexoPlayModeRecord* record) {
   return SetPlaybackMode(kBoard4Ch, record);
 }
 
-std::int32_t TW_SetPlaybackModeInfo8Ch(const std::uint8_t* record) {
+std::int32_t TW_SetPlaybackModeInfo8Ch(const VexoPlayModeRecord* record) {
   return SetPlaybackMode(kBoard8Ch, record);
 }
 
-std::int32_t TW_SetPlaybackModeInfo16Ch(const std::uint8_t* record) {
+std::int32_t TW_SetPlaybackModeInfo16Ch(const VexoPlayModeRecord* record) {
   return SetPlaybackMode(kBoard16Ch, record);
 }

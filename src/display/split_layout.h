@@ -4,16 +4,18 @@
 #include <array>
 #include <cstdint>
 
+#include "VexoCtrlSDK.h"
 #include "display/live_scale.h"
 #include "display/window_tables.h"
 
-inline constexpr std::uint8_t kSplitFull = 0;
-inline constexpr std::uint8_t kSplit4 = 1;
-inline constexpr std::uint8_t kSplit6 = 2;
-inline constexpr std::uint8_t kSplit8 = 3;
-inline constexpr std::uint8_t kSplit9 = 4;
-inline constexpr std::uint8_t kSplit13 = 5;
-inline constexpr std::uint8_t kSplit16 = 6;
+inline constexpr std::uint8_t kSplitFull = VEXO_SPLIT_FULL;
+inline constexpr std::uint8_t kSplit4 = VEXO_SPLIT_4;
+inline constexpr std::uint8_t kSplit6 = VEXO_SPLIT_6;
+inline constexpr std::uint8_t kSplit8 = VEXO_SPLIT_8;
+inline constexpr std::uint8_t kSplit9 = VEXO_SPLIT_9;
+inline constexpr std::uint8_t kSplit13 = VEXO_SPLIT_13;
+inline constexpr std::uint8_t kSplit16 = VEXO_SPLIT_16;
+static_assert(kSplitModes == kSplit16 + 1, "the tables by mode have a row for each");
 
 // Layout code (of the scaler control register) and scale code of a window.
 struct WindowScale {

@@ -23,11 +23,6 @@ constexpr std::array<std::array<std::uint8_t, 3>, 4> kLevels = {{
 constexpr std::uint8_t kTimingDefault = 3;
 constexpr std::uint8_t kTimingEnable = 0xAA;
 
-// Offsets in a motion mask record.
-constexpr unsigned kRecordChannelByte = 0;
-constexpr unsigned kRecordLevelByte = 1;
-constexpr unsigned kRecordMask = 2;
-
 void WriteMask(std::uint8_t channel, const std::uint8_t* mask) {
   WriteRun(TW_GetChipSelect(channel), kMotionMask.At(ChannelPosition(channel), 0), mask,
            kMotionMaskBytes);
@@ -57,12 +52,12 @@ void TransformMask(std::uint8_t* mask) {
 }
 
 // Transforms the record's mask and programs it with the level.
-std::int32_t ProgramMotionRecord(std::uint8_t* record) {
-  const std::uint8_t channel = record[kRecordChannelByte];
+std::int32_t ProgramMotionRecord(VexoMotionMaskRecord* record) {
+  const std::uint8_t channel = record->channel;
   if (channel >= g_video.max_channel) return VEXO_ERROR_PARAMETER;
-  TransformMask(record + kRecordMask);
-  WriteMask(channel, record + kRecordMask);
-  TW_SetMotionLevel(channel, record[kRecordLevelByte]);
+  TransformMask(record->mask);
+  WriteMask(channel, record->mask);
+  TW_SetMotionLevel(channel, record->level);
   return VEXO_OK;
 }
 
@@ -127,12 +122,14 @@ void TW_SetMotionTiming(std::uint8_t low, std::uint8_t high) {
   Write(kChipAll, kMotionTimingEnable, kTimingEnable);
 }
 
-std::int32_t TW_SetMotionMask(std::uint8_t* record) {
+std::int32_t TW_SetMotionMask(VexoMotionMaskRecord* record) {
   const std::int32_t result = ProgramMotionRecord(record);
   if (result == VEXO_OK) {
-    KeepMotionInfo(record[kRecordChannelByte], record[kRecordLevelByte], record + kRecordMask);
+    KeepMotionInfo(record->channel, record->level, record->mask);
   }
   return result;
 }
 
-std::int32_t TW_PreviewMotionMask(std::uint8_t* record) { return ProgramMotionRecord(record); }
+std::int32_t TW_PreviewMotionMask(VexoMotionMaskRecord* record) {
+  return ProgramMotionRecord(record);
+}

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include "VexoCtrlSDK.h"
+
 // Programs every channel from the tables and the shared parameters; marks motion detection ready.
 void TW_InitMotionDetect();
 
@@ -32,5 +34,5 @@ void TW_SetMotionTiming(std::uint8_t low, std::uint8_t high);
 // bits of each byte reversed, then the two bytes of each row exchanged; so it goes to the chip,
 // with the level. TW_SetMotionMask keeps both, TW_PreviewMotionMask does not. Returns 0, or -5
 // with nothing changed when the channel is not on the board.
-std::int32_t TW_SetMotionMask(std::uint8_t* record);
-std::int32_t TW_PreviewMotionMask(std::uint8_t* record);
+std::int32_t TW_SetMotionMask(VexoMotionMaskRecord* record);
+std::int32_t TW_PreviewMotionMask(VexoMotionMaskRecord* record);

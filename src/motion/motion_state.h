@@ -7,6 +7,7 @@
 
 inline constexpr std::uint8_t kMotionRows = 12;
 inline constexpr std::uint8_t kMotionColumns = 16;
+static_assert(kMotionMaskBytes == kMotionRows * kMotionColumns / 8);
 
 struct MotionState {
   // Two bytes a row: columns 8 to 15, then columns 0 to 7; bit n is column 8 + n, or n.

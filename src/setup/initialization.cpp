@@ -79,7 +79,7 @@ void ShowLive() {
   VexoLiveModeRecord record = {};
   record.mode = g_video.default_live_split;
   for (std::uint8_t n = 0; n < kChannelsMax; ++n) record.channels[n] = n;
-  TW_SetLiveModeInfo(reinterpret_cast<const std::uint8_t*>(&record));
+  TW_SetLiveModeInfo(&record);
 }
 
 void ReportSuccess(std::int32_t channels) {

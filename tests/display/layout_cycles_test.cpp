@@ -194,7 +194,7 @@ TEST_F(LayoutCycles, OfTheLiveModeSwitchWithEachBoardsDefaultSplit) {
     Channels record = {0, 0, 0, 0, static_cast<std::uint8_t>(row.mode)};
     for (std::uint8_t n = 0; n < 16; ++n) record.push_back(n);
     UseBoard(row.channels, 0);
-    EXPECT_EQ(TW_SetLiveModeInfo(record.data()), 0);
+    EXPECT_EQ(TW_SetLiveModeInfo(reinterpret_cast<const VexoLiveModeRecord*>(record.data())), 0);
     EXPECT_EQ(Cycles(), row.cycles);
   }
 }

@@ -58,7 +58,7 @@ void Switch(DisplayModel& model, int mode, const Channels& list, std::uint32_t l
   model.RecordMask(record_mask);
 }
 
-std::int32_t CallVariant(int channels, const std::uint8_t* record) {
+std::int32_t CallVariant(int channels, const VexoLiveModeRecord* record) {
   if (channels == 4) return TW_SetLiveModeInfo4Ch(record);
   return channels == 8 ? TW_SetLiveModeInfo8Ch(record) : TW_SetLiveModeInfo16Ch(record);
 }
@@ -68,6 +68,10 @@ Channels RecordOf(int mode, const Channels& list) {
   Channels record = {0xEE, 0xDE, 0xAD, 0xBE, 0xEF, static_cast<std::uint8_t>(mode)};
   record.insert(record.end(), list.begin(), list.end());
   return record;
+}
+
+const VexoLiveModeRecord* RecordIn(const Channels& bytes) {
+  return reinterpret_cast<const VexoLiveModeRecord*>(bytes.data() + 1);
 }
 
 Channels Ascending(std::size_t count) {
@@ -96,7 +100,7 @@ TEST_P(LiveMode, SwitchMakesExactlyTheAccessesOfItsSteps) {
       Scribble(seed++);
       DisplayModel model = Model();
       Switch(model, mode, Ascending(windows), 0xFFFF9BD3u, 0x0000A5C6u);
-      EXPECT_EQ(TW_SetLiveModeInfo(record.data() + 1), 0);
+      EXPECT_EQ(TW_SetLiveModeInfo(RecordIn(record)), 0);
       ExpectLike(model);
       EXPECT_EQ(g_display.view, 1);
       EXPECT_EQ(DebugText(), was_live ? std::string("[VexoCtrlSDK]: ") + kAlreadyLive : "");
@@ -125,7 +129,7 @@ TEST_P(LiveModeVariant, ClearsOnlyBit2OfTheDisplayModeAndKeepsWhatElseTheMasterH
     const Channels record = RecordOf(1, Ascending(4));
     DisplayModel model = Model();
     Variant(model, 1, Ascending(4));
-    EXPECT_EQ(CallVariant(GetParam(), record.data() + 1), 0);
+    EXPECT_EQ(CallVariant(GetParam(), RecordIn(record)), 0);
     ExpectLike(model);
     EXPECT_EQ(Register(GetParam() / 4 - 1, 1, 0x06), old & 0xFB);
   }
@@ -136,7 +140,7 @@ TEST_P(LiveModeVariant, HandsThroughTheRefusalOfAModeThatTheBoardLacks) {
   const Channels record = RecordOf(7, Ascending(16));
   DisplayModel model = Model();
   Variant(model, 7, Ascending(16));
-  EXPECT_EQ(CallVariant(GetParam(), record.data() + 1), -5);
+  EXPECT_EQ(CallVariant(GetParam(), RecordIn(record)), -5);
   ExpectLike(model);
   EXPECT_EQ(g_display.live_split, 7);
 }
@@ -182,11 +186,11 @@ class LiveModeEdges : public DisplayTest {};
 TEST_F(LiveModeEdges, WhileAlreadyLiveTellsSoAndReprogramsEverything) {
   UseBoard(8);
   const Channels record = RecordOf(4, Ascending(9));
-  EXPECT_EQ(TW_SetLiveModeInfo(record.data() + 1), 0);
+  EXPECT_EQ(TW_SetLiveModeInfo(RecordIn(record)), 0);
   ExpectPrinted(kAlreadyLive);
   const std::vector<Access> first = Writes();
   Mark();
-  EXPECT_EQ(TW_SetLiveModeInfo(record.data() + 1), 0);
+  EXPECT_EQ(TW_SetLiveModeInfo(RecordIn(record)), 0);
   ExpectPrinted(kAlreadyLive);
   EXPECT_EQ(Writes().size(), first.size());
   EXPECT_GT(first.size(), 100u);
@@ -198,7 +202,7 @@ TEST_F(LiveModeEdges, AModeThatTheBoardLacksStillGives0AndProgramsAllButTheSplit
   const Channels record = RecordOf(5, Ascending(13));
   DisplayModel model = Model();
   Switch(model, 5, {}, 0xFFFFFFFFu, 0xFFFFFFFFu);
-  EXPECT_EQ(TW_SetLiveModeInfo(record.data() + 1), 0);
+  EXPECT_EQ(TW_SetLiveModeInfo(RecordIn(record)), 0);
   ExpectLike(model);
   EXPECT_EQ(g_display.live_split, 4);
   for (int n = 0; n < 8; ++n) EXPECT_EQ(Register(n / 4, 1, 0x61 + 3 * (n % 4)), 0x00);
@@ -208,7 +212,7 @@ TEST_F(LiveModeEdges, ATwelveChannelBoardSkipsVariantAndBlankMask) {
   UseBoard(12);
   const Channels record = RecordOf(1, Ascending(4));
   g_display.record_mask = 0x00000FF0u;
-  EXPECT_EQ(TW_SetLiveModeInfo(record.data() + 1), 0);
+  EXPECT_EQ(TW_SetLiveModeInfo(RecordIn(record)), 0);
   std::vector<Access> expected = {W(kAll, 1, 0x12, 0), W(kAll, 1, 0x1A, 0), W(kAll, 1, 0x22, 0),
                                   W(kAll, 1, 0x2A, 0), W(kAll, 1, 0x06, 0), W(kAll, 1, 0x0C, 0)};
   for (const int reg : {0x61, 0x64, 0x67, 0x6A}) expected.push_back(W(kMaster, 1, reg, 0x04));

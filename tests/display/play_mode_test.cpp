@@ -22,6 +22,10 @@ Channels RecordOf(int mode, const Channels& list) {
   return record;
 }
 
+const VexoPlayModeRecord* RecordIn(const Channels& bytes) {
+  return reinterpret_cast<const VexoPlayModeRecord*>(bytes.data());
+}
+
 Channels Ascending() {
   Channels list;
   for (std::uint8_t c = 0; c < 16; ++c) list.push_back(c);
@@ -38,7 +42,7 @@ std::vector<Channels> Lists() {
           Channels(16, 0xFF)};
 }
 
-std::int32_t CallVariant(int channels, const std::uint8_t* record) {
+std::int32_t CallVariant(int channels, const VexoPlayModeRecord* record) {
   if (channels == 4) return TW_SetPlaybackModeInfo4Ch(record);
   return channels == 8 ? TW_SetPlaybackModeInfo8Ch(record) : TW_SetPlaybackModeInfo16Ch(record);
 }
@@ -64,7 +68,7 @@ TEST_P(PlayMode, SwitchMakesExactlyTheAccessesOfItsStepsInEveryModeFromBothViews
           g_display.play_split = 7;
           PlayModel model = Begin();
           EXPECT_EQ(model.SwitchToPlayback(mode, list), 0);
-          EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+          EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
           ExpectPlayed(model);
           if (HasFailure()) return;
         }
@@ -82,7 +86,7 @@ TEST_P(PlayMode, VariantGivesTheResultOfItsSplitAndBlanksNothingAfterARefusal) {
     const std::uint8_t before = g_display.play_split;
     PlayModel model = Begin();
     model.SwitchVariant(mode, Ascending());
-    EXPECT_EQ(CallVariant(GetParam().channels, record.data()), mode <= highest ? 0 : -5);
+    EXPECT_EQ(CallVariant(GetParam().channels, RecordIn(record)), mode <= highest ? 0 : -5);
     ExpectPlayed(model);
     if (mode > highest) {
       EXPECT_EQ(g_display.play_split, before);
@@ -96,7 +100,7 @@ TEST_P(PlayMode, VariantLeavesTheViewAloneAndWritesNoZoomOfItsOwn) {
   g_display.view = kLive;
   PlayModel model = Begin();
   model.SwitchVariant(1, Ascending());
-  EXPECT_EQ(CallVariant(GetParam().channels, record.data()), 0);
+  EXPECT_EQ(CallVariant(GetParam().channels, RecordIn(record)), 0);
   ExpectPlayed(model);
   EXPECT_EQ(g_display.view, kLive);
   // In live view the mask is kept for live pictures.
@@ -127,11 +131,11 @@ TEST_P(PlayMode, CalledTwiceTellsSoAndWritesEverythingAgainAndGives0BothTimes) {
   const Channels record = RecordOf(1, Ascending());
   g_display.view = kLive;
   Begin();
-  EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+  EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
   EXPECT_EQ(DebugText(), "");
   const std::vector<Access> first = Writes();
   Begin();
-  EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+  EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
   ExpectPrinted(kAlreadyPlayback);
   const std::vector<Access> second = Writes();
   ASSERT_EQ(second.size(), first.size());
@@ -146,7 +150,7 @@ TEST_P(PlayMode, ShowsMode0AsTheCentredPictureWhateverElseTheRecordHolds) {
     const Channels record = {other, other, other, other, other, 0,    2,    3,    0xFF, 0xFF, 0xFF,
                              0xFF,  0xFF,  0xFF,  0xFF,  0xFF,  0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
     Begin();
-    EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+    EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
     EXPECT_EQ(g_display.play_split, 1);
     EXPECT_EQ(g_playback.centred_picture, 1);
     EXPECT_EQ(g_playback.full_picture, 0);
@@ -168,7 +172,7 @@ TEST_P(PlayMode, EndsWithEveryChannelOfTheBoardBlankedAndKeepsTheLiveMask) {
   for (int mode = 0; mode <= HighestPlayMode(channels); ++mode) {
     const Channels record = RecordOf(mode, Ascending());
     const PlayModel before = Begin();
-    EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+    EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
     EXPECT_EQ(g_display.blank_mask.playback, all);
     EXPECT_EQ(g_display.blank_mask.live, before.live_blank);
     for (int c = 0; c < channels; ++c) {
@@ -184,7 +188,7 @@ TEST_P(PlayMode, AModeThatTheBoardLacksGives0AndBlanksNoChannel) {
   for (const int mode : {HighestPlayMode(GetParam().channels) + 1, 7, 128, 255}) {
     const Channels record = RecordOf(mode, Ascending());
     const PlayModel before = Begin();
-    EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+    EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
     EXPECT_EQ(g_display.blank_mask.playback, before.play_blank);
     EXPECT_EQ(g_display.play_split, before.split);
     EXPECT_EQ(g_display.view, kPlayback);
@@ -201,7 +205,7 @@ TEST_P(PlayMode, TakesTheSettlingTimeOfTheSplitAnd50MsAtItsEnd) {
         mode <= HighestPlayMode(GetParam().channels) && mode != 2 && mode != 3 && mode != 5;
     const Channels record = RecordOf(mode, Ascending());
     Begin();
-    EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+    EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
     EXPECT_EQ(Elapsed(), settles ? 100u : 50u);
     const std::vector<Pause> pauses = Pauses();
     ASSERT_EQ(pauses.size(), settles ? 2u : 1u);
@@ -232,7 +236,7 @@ TEST_F(PlayModeEdges, WritesTheSourcesOfEveryChipThatTheBoardHasBeforeTheSplit) 
   for (const int channels : {4, 8, 16}) {
     UsePlayback(channels);
     const Channels record = RecordOf(1, Ascending());
-    EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+    EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
     std::vector<Access> expected = {W(0xFF, 1, 0x0C, 0x00)};
     expected.insert(expected.end(), rows.begin(), rows.begin() + 3 * (channels / 4));
     expected.push_back(W(0xFF, 1, 0x01, 0x02));
@@ -254,7 +258,7 @@ TEST_F(PlayModeEdges, WritesTheSourcesOfEveryChipThatTheBoardHasBeforeTheSplit) 
 TEST_F(PlayModeEdges, Mode6OnFourChannelsGives0AndStillResetsTheOverlay) {
   UsePlayback(4);
   const Channels record = RecordOf(6, Ascending());
-  EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+  EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
   EXPECT_EQ(Accesses(), (std::vector<Access>{W(0xFF, 1, 0x0C, 0x00), W(0x03, 1, 0x1E, 0x11),
                                              W(0x03, 1, 0x26, 0x12), W(0x03, 1, 0x2E, 0x13),
                                              W(0xFF, 1, 0x01, 0x02), W(0xFF, 1, 0x22, 0x60),
@@ -267,7 +271,7 @@ TEST_F(PlayModeEdges, Mode5OnEightChannelsGives0AndStillResetsTheOverlay) {
   UsePlayback(8);
   g_display.view = kLive;
   const Channels record = RecordOf(5, Ascending());
-  EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+  EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
   EXPECT_EQ(Accesses(), (std::vector<Access>{
                             W(0xFF, 1, 0x0C, 0x00), W(0x03, 1, 0x1E, 0x11), W(0x03, 1, 0x26, 0x12),
                             W(0x03, 1, 0x2E, 0x13), W(0x0C, 1, 0x1E, 0x15), W(0x0C, 1, 0x26, 0x16),
@@ -279,7 +283,7 @@ TEST_F(PlayModeEdges, Mode5OnEightChannelsGives0AndStillResetsTheOverlay) {
 TEST_F(PlayModeEdges, Mode7On16ChannelsGives0AndResetsNoOverlay) {
   UsePlayback(16);
   const Channels record = RecordOf(7, Ascending());
-  EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+  EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
   const std::vector<Access> accesses = Accesses();
   ASSERT_EQ(accesses.size(), 14u);
   EXPECT_EQ(accesses.front(), W(0xFF, 1, 0x0C, 0x00));
@@ -303,7 +307,7 @@ TEST_F(PlayModeEdges, OverlayRegistersEndResetOn4And8ChannelsAndAsTheSplitWroteT
       const bool reset = channels != 16;
       const Channels record = RecordOf(row.mode, Ascending());
       const RegisterImage before = Image();
-      EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+      EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
       for (int p = 0; p < channels / 4; ++p) {
         EXPECT_EQ(Register(p, 1, 0x12), row.overlay);
         EXPECT_EQ(Register(p, 1, 0x1A), row.overlay);
@@ -329,7 +333,7 @@ TEST_F(PlayModeEdges, AfterAFullPictureTheZoomGoesTwiceAndTheOverlayIsResetForAS
     ASSERT_EQ(Register(0, 1, 0x0C), 0xC0);
     const Channels record = RecordOf(mode, list);
     Mark();
-    EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+    EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
     EXPECT_EQ(g_playback.full_picture, 0);
     const std::vector<Access> accesses = Accesses();
     EXPECT_EQ(accesses.at(0), W(0xFF, 1, 0x0C, 0x00));
@@ -373,7 +377,7 @@ TEST_F(PlayModeEdges, ABoardOfAnotherSizeGivesMinus8AfterTheZoomWriteAndStaysInP
       g_playback = {1, 1};
       const Channels record = RecordOf(1, Ascending());
       const PlayModel before = Next();
-      EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), -8);
+      EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), -8);
       EXPECT_EQ(Accesses(), (std::vector<Access>{W(0xFF, 1, 0x0C, 0x00)}));
       EXPECT_EQ(Elapsed(), 0u);
       EXPECT_EQ(DebugText(),
@@ -392,7 +396,7 @@ TEST_F(PlayModeEdges, AVariantGivesTheResultOfTheBlankMaskAfterASplit) {
     UsePlayback(channels);
     g_video.max_channel = 12;  // masks are refused, the variant's split is not
     const Channels record = RecordOf(1, Ascending());
-    EXPECT_EQ(CallVariant(channels, record.data()), -1) << channels;
+    EXPECT_EQ(CallVariant(channels, RecordIn(record)), -1) << channels;
     EXPECT_EQ(g_display.play_split, 1);
   }
 }
@@ -420,7 +424,7 @@ TEST_F(PlayModeEdges, CostsTheCyclesOfItsStepsOnEveryBoardInEveryMode) {
     for (const int standard : {0, 1}) {
       UsePlayback(row.channels, standard);
       const Channels record = RecordOf(row.mode, Ascending());
-      EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+      EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
       EXPECT_EQ(Cycles(), row.cycles);
     }
   }
@@ -428,7 +432,7 @@ TEST_F(PlayModeEdges, CostsTheCyclesOfItsStepsOnEveryBoardInEveryMode) {
        {std::array{4, 2, 4 * 8}, std::array{8, 5, 4 * 11}, std::array{16, 7, 4 * 14}}) {
     UsePlayback(channels);
     const Channels record = RecordOf(mode, Ascending());
-    EXPECT_EQ(TW_SetPlaybackModeInfo(record.data()), 0);
+    EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
     EXPECT_EQ(Cycles(), static_cast<std::uint64_t>(cycles));
   }
 }

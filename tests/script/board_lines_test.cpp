@@ -149,27 +149,28 @@ TEST_F(BoardLine, DriverSetsWhatAnOpenGives) {
   EXPECT_EQ(After("driver VBE1: null\ndriver VBE1: present").drivers.Get("VBE1:"), State::Present);
 }
 
+TEST_F(BoardLine, DriverKnowsEachDriver) {
+  using State = sim::Drivers::State;
+  for (const std::string_view name : sim::kDriverNames) {
+    const std::string driver(name);
+    EXPECT_EQ(After("").drivers.Get(driver), State::Present) << driver;
+    EXPECT_EQ(After("driver " + driver + " absent").drivers.Get(driver), State::Absent) << driver;
+  }
+}
+
 std::string FaultLine(const std::string& name, bool on) {
   return "fault " + name + (on ? " on\n" : " off\n");
 }
 
-TEST_F(BoardLine, FaultSwitchesEachFailure) {
-  using sim::Fault;
-  const std::vector<std::pair<std::string, Fault>> faults = {{"mutex", Fault::Mutex},
-                                                             {"event-exists", Fault::EventExists},
-                                                             {"map-select", Fault::MapSelect},
-                                                             {"map-address", Fault::MapAddress},
-                                                             {"map-data", Fault::MapData},
-                                                             {"thread", Fault::Thread},
-                                                             {"send", Fault::Send},
-                                                             {"post", Fault::Post}};
-  for (const auto& [name, fault] : faults) {
+TEST_F(BoardLine, FaultSwitchesEachFailureAndNoOther) {
+  for (std::size_t i = 0; i < sim::kFaults.size(); ++i) {
+    const std::string name(sim::kFaults[i].word);
     const std::string on = FaultLine(name, true);
     sim::World& world = After(on);
-    for (const auto& [other_name, other] : faults) {
-      EXPECT_EQ(world.faults.Fires(other), other == fault) << name << ", " << other_name;
+    for (std::size_t k = 0; k < sim::kFaults.size(); ++k) {
+      EXPECT_EQ(world.faults.Fires(static_cast<sim::Fault>(k)), k == i) << name << ", " << k;
     }
-    EXPECT_FALSE(After(on + FaultLine(name, false)).faults.Fires(fault));
+    EXPECT_FALSE(After(on + FaultLine(name, false)).faults.Fires(static_cast<sim::Fault>(i)));
   }
 }
 

@@ -5,6 +5,8 @@
 
 #include <sstream>
 
+#include "sim/text.h"
+
 namespace script {
 namespace {
 
@@ -117,7 +119,7 @@ TEST(ScriptParsing, CoversTheWholeTableOfLines) {
 
 struct Wrong {
   const char* line;
-  const char* mistake;
+  std::string mistake;
 };
 
 TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
@@ -167,12 +169,11 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
        "expected a version (1.0.1.6), absent, unreadable or noroot, found the end of the "
        "line (file PATH VERSION|absent|unreadable|noroot)"},
       {"driver COM1: null",
-       "expected CAM1: or VBE1:, found 'COM1:' (driver NAME present|absent|null)"},
+       "expected CAM1: or VBE1:, found 'COM1:' (driver DRIVER present|absent|null)"},
       {"driver CAM1: off",
-       "expected present, absent or null, found 'off' (driver NAME present|absent|null)"},
+       "expected present, absent or null, found 'off' (driver DRIVER present|absent|null)"},
       {"fault power on",
-       "expected mutex, event-exists, map-select, map-address, map-data, thread, "
-       "send or post, found 'power' (fault NAME on|off)"},
+       "expected " + sim::OneOf(FaultWords()) + ", found 'power' (fault FAULT on|off)"},
       {"window blind",
        "expected the end of the line, found 'blind' (window deaf | window hearing | "
        "window | window invalid)"},
@@ -202,7 +203,7 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
       {"text \"vexo", "expected a closing quote, found the end of the line"},
   };
   for (const Wrong& wrong : cases) {
-    EXPECT_EQ(MistakeOf(wrong.line), std::string("s.vexo:1: ") + wrong.mistake) << wrong.line;
+    EXPECT_EQ(MistakeOf(wrong.line), "s.vexo:1: " + wrong.mistake) << wrong.line;
   }
 }
 

@@ -10,6 +10,7 @@
 #include "display/window_tables.h"
 #include "harness/host.h"
 #include "report/library_state.h"
+#include "script/report_words.h"
 
 namespace test {
 
@@ -26,8 +27,8 @@ LibraryTest::LibraryTest() { harness::Restart(); }
 
 LibraryTest::~LibraryTest() {
   if (!reports_expected_) {
-    for (const sim::Report& report : world().reports.All()) {
-      ADD_FAILURE() << "the board reports: " << report.text;
+    for (const std::string& warning : script::WarningsInWords(world().reports.All())) {
+      ADD_FAILURE() << "the board reports: " << warning;
     }
   }
   harness::Restart();

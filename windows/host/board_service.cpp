@@ -50,13 +50,12 @@ void Unmap(int window) {
 
 // The window of an access, none when nothing is mapped there.
 std::optional<sim::BusWindow> Count(sim::World& world, int window, unsigned bytes,
-                                    const char* access) {
+                                    sim::Report::Access access) {
   ++g_accesses;
   if (bytes != 1) ++g_wide_accesses;
   const auto found = window < 0 ? std::nullopt : world.bus_windows.Find(Address(window));
   if (!found) {
-    world.reports.Add(sim::ReportKind::UnmappedAccess,
-                      std::string(access) + " a window that is not mapped");
+    world.reports.Add({.kind = sim::ReportKind::UnmappedAccess, .access = access});
   }
   return found;
 }
@@ -64,7 +63,7 @@ std::optional<sim::BusWindow> Count(sim::World& world, int window, unsigned byte
 void Store(int window, std::uint32_t value, unsigned bytes) {
   const BoardLock lock;
   sim::World& world = sim::TheWorld();
-  const auto found = Count(world, window, bytes, "a store to");
+  const auto found = Count(world, window, bytes, sim::Report::Access::Write);
   if (g_tap != nullptr) return g_tap->store(window, value, bytes);
   if (!found) return;
   const AccessStamp stamp = g_stamp();
@@ -77,7 +76,7 @@ void Store(int window, std::uint32_t value, unsigned bytes) {
 std::uint8_t Load(int window, unsigned bytes) {
   const BoardLock lock;
   sim::World& world = sim::TheWorld();
-  const auto found = Count(world, window, bytes, "a load from");
+  const auto found = Count(world, window, bytes, sim::Report::Access::Read);
   if (g_tap != nullptr) return g_tap->load(window, bytes);
   if (!found) return 0xFF;
   const AccessStamp stamp = g_stamp();

@@ -135,13 +135,7 @@ class Comparison {
 
   // What the board noticed: reads of several chips at once, accesses without a window.
   void Reports() {
-    const auto same = [](const sim::Report& x, const sim::Report& y) {
-      return x.kind == y.kind && x.text == y.text && x.count == y.count;
-    };
-    if (!std::equal(pc_.reports.begin(), pc_.reports.end(), dll_.reports.begin(),
-                    dll_.reports.end(), same)) {
-      Add("the board noticed something else");
-    }
+    if (pc_.reports != dll_.reports) Add("the board noticed something else");
   }
 
   static constexpr std::size_t kMost = 5;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "board_service.h"
+#include "sim/kernel/message_records.h"
 #include "sim/world.h"
 #include "turns.h"
 #include "window.h"
@@ -217,6 +218,7 @@ BOOL WINAPI Terminate(HANDLE thread, DWORD code) {
   Turns::Thread* turn = g_turns.Find(thread);
   if (turn == nullptr) return TerminateThread(thread, code);
   Note(sim::ThreadEvent{"terminate", static_cast<std::uint32_t>(code)});
+  if (Fires(sim::Fault::Terminate)) return TRUE;
   const BOOL ok = TerminateThread(thread, code);
   WaitForSingleObject(thread, INFINITE);
   g_turns.Remove(turn);
@@ -237,9 +239,18 @@ void WINAPI KernelDebugOutput(const char* text) { Note(sim::DebugEvent{true, tex
 
 // ---- Versions: of the simulated PC's files ------------------------------------------------------
 
+DWORD g_version_bytes = 0;  // as it was told last
+
 DWORD WINAPI VersionSize(const wchar_t* path, DWORD*) {
   const BoardLock lock;
-  return Plat_VersionInfoSize(Units(path));
+  return g_version_bytes = Plat_VersionInfoSize(Units(path));
+}
+
+// The 32-bit library has other allocations too: of a thread's start.
+HLOCAL WINAPI Allocate(UINT flags, SIZE_T bytes) {
+  if (bytes != g_version_bytes || !Fires(sim::Fault::Allocate)) return LocalAlloc(flags, bytes);
+  SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+  return nullptr;
 }
 
 BOOL WINAPI ReadVersion(const wchar_t* path, DWORD, DWORD bytes, void* buffer) {
@@ -262,21 +273,8 @@ BOOL WINAPI QueryVersion(const void* buffer, const wchar_t* block, void** value,
 
 // ---- Messages -----------------------------------------------------------------------------------
 
-std::size_t RecordBytes(UINT message) {
-  switch (message) {
-    case VEXO_MSG_INIT_RESULT:
-      return 12;
-    case VEXO_MSG_VIDEO_INFO:
-      return 20;
-    case VEXO_MSG_REG_VALUE:
-      return 4;
-    default:
-      return 0;
-  }
-}
-
 sim::Bytes TakeRecord(UINT message, std::uintptr_t wparam) {
-  sim::Bytes record(wparam == 0 ? 0 : RecordBytes(message));
+  sim::Bytes record(wparam == 0 ? 0 : sim::MessageRecordBytes(message));
   if (!record.empty()) {
     std::memcpy(record.data(), reinterpret_cast<const void*>(wparam), record.size());
   }
@@ -289,7 +287,7 @@ void NoteMessage(bool post, bool ok, UINT message, WPARAM wparam, LPARAM lparam)
   event.message = message;
   event.lparam = static_cast<std::uint32_t>(lparam);
   event.ok = ok;
-  if (RecordBytes(message) == 0) {
+  if (sim::MessageRecordBytes(message) == 0) {
     event.wparam = static_cast<std::uint32_t>(wparam);
   } else {
     event.record = TakeRecord(message, wparam);
@@ -309,7 +307,7 @@ void Receive(std::uint32_t message, std::uintptr_t wparam, Origin origin) {
     sender->handled = true;
   }
   const BoardLock lock;
-  const bool number = RecordBytes(message) == 0;
+  const bool number = sim::MessageRecordBytes(message) == 0;
   sim::TheWorld().windows.received.push_back(
       {g_turns.Now(), message, number ? static_cast<std::uint32_t>(wparam) : 0,
        TakeRecord(message, wparam), origin == Origin::Queue});
@@ -388,6 +386,7 @@ std::span<const Import> ScriptImports() {
       Replace("TerminateThread", Terminate),
       Replace("Sleep", Pause),
       Replace("GetTickCount", Ticks),
+      Replace("LocalAlloc", Allocate),
       Replace("CreateFileW", OpenDriver),
       Replace("DeviceIoControl", ControlDriver),
       Replace("OutputDebugStringW", DebugOutput),

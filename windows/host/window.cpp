@@ -1,6 +1,6 @@
 #include "window.h"
 
-#include "VexoCtrlSDK.h"
+#include "sim/kernel/message_records.h"
 
 namespace host {
 namespace {
@@ -11,7 +11,7 @@ MessageSink g_sink;
 bool g_from_queue = false;
 
 LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  if (message < VEXO_MSG_STATUS || message > VEXO_MSG_REG_VALUE) {
+  if (sim::FindHostMessage(message) == nullptr) {
     return DefWindowProcW(window, message, wparam, lparam);
   }
   const Origin origin = InSendMessage() ? Origin::OtherThread

@@ -125,7 +125,8 @@ TEST(Board, ReportsAReadWithSeveralChipsSelected) {
   EXPECT_EQ(bus.board.Load(BusWindow::Data), 0x3C & 0x66);
   EXPECT_EQ(bus.board.Load(BusWindow::Data), 0x01) << "both addresses advance";
   EXPECT_EQ(bus.reports.Count(ReportKind::Contention), 2u);
-  EXPECT_EQ(bus.reports.All()[0].text, "read of register 0x30 with 2 chips selected (0xDD)");
+  EXPECT_EQ(bus.reports.All()[0],
+            (Report{.kind = ReportKind::Contention, .select = 0xDD, .chips = 2, .reg = 0x30}));
 }
 
 TEST(Board, ReportsABroadcastReadEvenWhereOneChipIsFitted) {
@@ -145,8 +146,12 @@ TEST(Board, ReportsAccessesWiderThanAByteAndTakesTheLowByte) {
   EXPECT_EQ(bus.board.Load(BusWindow::Data, 4), 0xCD);
   ASSERT_EQ(bus.reports.All().size(), 4u);
   for (const Report& report : bus.reports.All()) EXPECT_EQ(report.kind, ReportKind::WideAccess);
-  EXPECT_EQ(bus.reports.All()[0].text, "4-byte store to the select window");
-  EXPECT_EQ(bus.reports.All()[3].text, "4-byte load from the data window");
+  EXPECT_EQ(bus.reports.All()[0], (Report{.kind = ReportKind::WideAccess,
+                                          .access = Report::Access::Write,
+                                          .window = BusWindow::Select,
+                                          .bytes = 4}));
+  EXPECT_EQ(bus.reports.All()[3],
+            (Report{.kind = ReportKind::WideAccess, .window = BusWindow::Data, .bytes = 4}));
 }
 
 TEST(Board, ReportsRegistersWithoutANameAndNoOthers) {
@@ -168,10 +173,17 @@ TEST(Board, TellsWhichUnnamedRegisterWasTouched) {
   BoardOnBus bus(2);
   bus.Write(kChipAll, 0, 0xF0, 1);  // the two empty positions have no registers to name
   bus.Read(kChipSlave1, 0, 0xF0);
-  ASSERT_EQ(bus.reports.All().size(), 3u);
-  EXPECT_EQ(bus.reports.All()[0].text, "write to MASTER page 0 register 0xF0, which has no name");
-  EXPECT_EQ(bus.reports.All()[1].text, "write to SLAVE1 page 0 register 0xF0, which has no name");
-  EXPECT_EQ(bus.reports.All()[2].text, "read of SLAVE1 page 0 register 0xF0, which has no name");
+  using Access = Report::Access;
+  const auto touched = [](Access access, unsigned position) {
+    return Report{.kind = ReportKind::UnnamedRegister,
+                  .access = access,
+                  .position = position,
+                  .page = 0,
+                  .reg = 0xF0};
+  };
+  EXPECT_EQ(bus.reports.All(),
+            (std::vector<Report>{touched(Access::Write, 0), touched(Access::Write, 1),
+                                 touched(Access::Read, 1)}));
 }
 
 TEST(Board, ReportsNothingOnTheBackSide) {

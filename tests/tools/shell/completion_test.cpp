@@ -124,6 +124,10 @@ TEST(Completion, OffersTheWordsAmongScriptArguments) {
       {"expect no ", {"debug", "message"}},
       {"nvram fail ", {"none", "read", "write"}},
       {"settle ", {"never"}},
+      {"driver ", {"CAM1:", "VBE1:"}},
+      {"driver VBE1: ", {"present", "absent", "null"}},
+      {"fault map-", {"map-select", "map-address", "map-data"}},
+      {"fault terminate ", {"on", "off"}},
       {"sync ", {"period", "hold"}},
       {"window ", {"deaf", "hearing", "invalid"}},
   };

@@ -100,7 +100,7 @@ void TextWords(Choice& choice, const TextGrammar& grammar, const std::vector<std
 
 // The words among the alternatives of an argument, such as "ntsc|pal|off".
 void Alternatives(Choice& choice, std::string_view argument) {
-  if (argument == "CHIP") return choice.Words(script::ChipWords());
+  choice.Words(script::WordsOf(argument));
   while (!argument.empty()) {
     const std::size_t end = std::min(argument.find('|'), argument.size());
     const std::string_view word = argument.substr(0, end);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "script/line.h"
+#include "sim/faults.h"
 #include "tools/vexosim/grammar/pattern_walk.h"
 #include "tools/vexosim/grammar/text_help.h"
 #include "tools/vexosim/shell/words.h"
@@ -42,6 +43,17 @@ std::string HelpOnHeader(const TextGrammar& grammar) {
   return text;
 }
 
+std::string HelpOnFaults() {
+  constexpr std::size_t kColumn = 18;
+  std::string text;
+  for (const sim::FaultWords& fault : sim::kFaults) {
+    std::string line = "    " + std::string(fault.word);
+    line.resize(kColumn, ' ');
+    text += line + std::string(fault.help) + '\n';
+  }
+  return text;
+}
+
 std::string HelpOnScriptWord(std::string_view word) {
   std::string text;
   for (const script::LineKind* kind : script::AllLines()) {
@@ -49,6 +61,7 @@ std::string HelpOnScriptWord(std::string_view word) {
       text += kind->Usage() + "\n    " + std::string(kind->help) + '\n';
     }
   }
+  if (word == "fault") text += HelpOnFaults();
   return text;
 }
 
