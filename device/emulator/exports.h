@@ -10,7 +10,7 @@ namespace emulator {
 // in the image, and with them the simulated PC.
 class ImageInUse {
  public:
-  explicit ImageInUse(ArmMachine& machine);
+  explicit ImageInUse(Machine& machine);
   ~ImageInUse();
   ImageInUse(const ImageInUse&) = delete;
   ImageInUse& operator=(const ImageInUse&) = delete;

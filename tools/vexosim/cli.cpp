@@ -112,7 +112,7 @@ int WithImage(const ImageArguments& arguments, Function run) {
   try {
     emulator::MachineOptions options;
     options.base = arguments.base;
-    emulator::ArmMachine machine(emulator::PeImage::Load(arguments.file), options);
+    emulator::Machine machine(emulator::PeImage::Load(arguments.file), options);
     const emulator::ImageInUse in_use(machine);
     return run(&machine);
   } catch (const emulator::BadImage& error) {
@@ -121,7 +121,7 @@ int WithImage(const ImageArguments& arguments, Function run) {
   }
 }
 
-int RunCommand(const RunArguments& arguments, const emulator::ArmMachine* machine) {
+int RunCommand(const RunArguments& arguments, const emulator::Machine* machine) {
   script::RunOptions options;
   options.machine = machine;
   options.quiet = arguments.quiet;
@@ -270,7 +270,7 @@ int Main(int argc, const char* const* argv) {
   }
   if (*demo) {
     demo_options.style = StandardOutputStyle(kColourChoices.at(demo_colour));
-    return WithImage(demo_image, [&](const emulator::ArmMachine* machine) {
+    return WithImage(demo_image, [&](const emulator::Machine* machine) {
       demo_options.machine = machine;
       return RunDemo(demo_options, std::cout, std::cerr);
     });
@@ -284,7 +284,7 @@ int Main(int argc, const char* const* argv) {
     std::cout << TextCommandManual() << std::flush;
     return script::kExitDone;
   }
-  return WithImage(run_arguments.image, [&](const emulator::ArmMachine* machine) {
+  return WithImage(run_arguments.image, [&](const emulator::Machine* machine) {
     return RunCommand(run_arguments, machine);
   });
 }

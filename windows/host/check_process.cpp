@@ -5,7 +5,7 @@
 
 #include "VexoCtrlSDK.h"
 #include "checks.h"
-#include "live.h"
+#include "real_time.h"
 
 namespace host {
 namespace {
@@ -43,26 +43,26 @@ class FileOfTheBoard {
 };
 
 void Initialized(bool wanted) {
-  LiveWindow window;
-  Live live;
-  const bool refused = LiveTexts().find(kRefused) != std::string::npos;
+  RealTimeWindow window;
+  RealTimeLibrary library;
+  const bool refused = RealTimeTexts().find(kRefused) != std::string::npos;
   RequireEqual(refused, !wanted, "the refusal");
-  RequireEqual(live.exports.initialize(window.Handle()),
+  RequireEqual(library.exports.initialize(window.Handle()),
                wanted ? VEXO_OK : VEXO_ERROR_UNINITIALIZED, "VEXOAPI_Initialize");
   VexoChar16 text[20] = {u'?'};
-  RequireEqual(live.exports.get_version(text) != 0, wanted, "a version");
+  RequireEqual(library.exports.get_version(text) != 0, wanted, "a version");
   RequireEqual(text[0] == u'?', !wanted, "an untouched version text");
-  RequireEqual(live.exports.text_command_proc("vexo rr ") == VEXO_ERROR_UNINITIALIZED, !wanted,
+  RequireEqual(library.exports.text_command_proc("vexo rr ") == VEXO_ERROR_UNINITIALIZED, !wanted,
                "the refusal of VEXOAPI_TextCommandProc");
   std::array<std::uint8_t, 64> record{};
-  RequireEqual(live.exports.command_proc(VEXO_CMD_INIT, record.data()),
+  RequireEqual(library.exports.command_proc(VEXO_CMD_INIT, record.data()),
                wanted ? VEXO_OK : VEXO_ERROR_NOT_READY, "VEXOAPI_CommandProc");
-  if (wanted) live.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr);
-  live.exports.set_enable_output_msg(0);
-  const std::size_t before = LiveTexts().size();
-  live.exports.set_enable_debug(0);
-  live.exports.uninitialize();
-  RequireEqual(LiveTexts().size(), before, "the length of all texts");
+  if (wanted) library.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr);
+  library.exports.set_enable_output_msg(0);
+  const std::size_t before = RealTimeTexts().size();
+  library.exports.set_enable_debug(0);
+  library.exports.uninitialize();
+  RequireEqual(RealTimeTexts().size(), before, "the length of all texts");
 }
 
 void SecondProcess() {
@@ -82,9 +82,9 @@ void SecondProcess() {
 // The version is read from the library's own file where the board has it.
 void OwnVersion() {
   const FileOfTheBoard file;
-  Live live;
+  RealTimeLibrary library;
   VexoChar16 text[20] = {};
-  const int length = live.exports.get_version(text);
+  const int length = library.exports.get_version(text);
   const std::string version = Utf8(reinterpret_cast<const wchar_t*>(text));
   Require(version == "1. 0. 1. 6", "the version is \"" + version + "\"");
   RequireEqual(length, 10, "its length");
@@ -93,7 +93,7 @@ void OwnVersion() {
 int StayLoaded() {
   Signal loaded(L"VexoTestLoaded");
   Signal end(L"VexoTestEnd");
-  Live live;
+  RealTimeLibrary library;
   loaded.Set();
   end.Await();
   return 0;
@@ -101,21 +101,21 @@ int StayLoaded() {
 
 int KeepLock() {
   Signal ready(L"VexoTestLockKept");
-  LiveWindow window;
-  Live live;
-  live.exports.initialize(window.Handle());
-  live.exports.command_proc(0xF012, nullptr);
+  RealTimeWindow window;
+  RealTimeLibrary library;
+  library.exports.initialize(window.Handle());
+  library.exports.command_proc(0xF012, nullptr);
   ready.Set();
   Sleep(60'000);  // it is killed before
   return 1;
 }
 
 int AfterKilled() {
-  LiveWindow window;
-  Live live;
-  live.exports.initialize(window.Handle());
-  RequireEqual(live.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr), VEXO_OK, "the result");
-  RequireEqual(LiveLockWaits().front(), static_cast<std::uint32_t>(WAIT_ABANDONED),
+  RealTimeWindow window;
+  RealTimeLibrary library;
+  library.exports.initialize(window.Handle());
+  RequireEqual(library.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr), VEXO_OK, "the result");
+  RequireEqual(RealTimeLockWaits().front(), static_cast<std::uint32_t>(WAIT_ABANDONED),
                "the first wait's result");
   return 0;
 }
