@@ -1,7 +1,7 @@
-// What the binary for the board costs: instructions of each operation on the emulated processor,
-// which are the same on every run, the deepest stack, and how fast the emulation is.
+// What the image costs: instructions of each operation on the emulated processor, which are the
+// same on every run, the deepest stack, and how fast the emulation is.
 //
-// The binary is build/device/VexoCtrlSDK.DLL, or what VEXO_IMAGE names; its linker map lies beside.
+// The image is build/device/VexoCtrlSDK.DLL, or what VEXO_IMAGE names; its linker map lies beside.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>

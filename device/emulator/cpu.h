@@ -1,4 +1,4 @@
-// One processor of the emulated board: an engine with a stack of its own.
+// One processor of the emulated device: an engine with a stack of its own.
 //
 // Threads of the simulator each run on their own processor, all over the same image and heap.
 // Code runs until it calls what is outside of the image; that is then done outside of the engine,

@@ -1,4 +1,4 @@
-// The exports of the binary for the board in the place of the linked library's.
+// The exports of the image in the place of the linked library's.
 #pragma once
 
 #include "device/emulator/machine.h"

@@ -1,4 +1,4 @@
-// What the binary's imports do: each reads its arguments as the system would and calls the
+// What the image's imports do: each reads its arguments as the system would and calls the
 // platform's function that the library on the PC calls.
 #pragma once
 

@@ -1,5 +1,5 @@
-// The board's processor side: the library's binary loaded into memory, and the system that it calls
-// played by the simulated platform.
+// The emulated device: the image loaded into memory, and the system that it calls played by the
+// simulated platform.
 #pragma once
 
 #include <cstdint>

@@ -103,7 +103,7 @@ std::int32_t MotionReg(Record record) {
 constexpr unsigned kNothing = 0x0;
 constexpr unsigned kRecord = 0x1;   // needs a record
 constexpr unsigned kChips = 0x2;    // needs initialized chips
-constexpr unsigned kOutside = 0x4;  // runs after the lock is released
+constexpr unsigned kOutside = 0x4;  // Quirk: runs after the lock is released
 
 struct Command {
   unsigned needs;

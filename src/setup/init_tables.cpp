@@ -149,7 +149,7 @@ void TW_InitPage0Tables() {
   WriteTable(all, kPage0, kAudioBlock, ntsc && g_video.max_channel != 4 ? kAudioLargerN : kAudio);
   WriteTable(all, kPage0, kVideoBlock, kVideoInit);
 
-  // Written ahead of the final delay below, for P alone.
+  // Quirk: written ahead of the final delay below, for P alone.
   if (!ntsc) WriteInputs(kInputDelay, 0x28);
   TW_WriteRegister(all, kPage0, kDecoderOutput, 0x30);
   WriteInputs(kInputDelay, ntsc ? 0x20 : 0x32);

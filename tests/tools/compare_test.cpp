@@ -1,4 +1,4 @@
-// Comparing runs of the board's binary with runs of the library, and the tool's options for it.
+// Comparing runs of the image with runs of the library, and the tool's options for it.
 #include "tools/vexosim/compare.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-// The binary for the board against the linked library: the same script must give the same trace.
+// The image against the linked library: the same script must give the same trace.
 #pragma once
 
 #include <cstdint>

@@ -14,11 +14,11 @@ namespace fs = std::filesystem;
 
 constexpr const char* kRefused = "[VexoCtrlSDK]: >> Error Load DLL, Already Register !! \r\n";
 
-// While one lives, the library's file is also where the board has it. Paths of the library have no
+// While one lives, the library's file is also where the device has it. Paths of the library have no
 // drive: the current folder is on the system's.
-class FileOfTheBoard {
+class FileOfTheDevice {
  public:
-  FileOfTheBoard() : before_(fs::current_path()) {
+  FileOfTheDevice() : before_(fs::current_path()) {
     wchar_t name[MAX_PATH];
     GetModuleFileNameW(nullptr, name, MAX_PATH);
     const fs::path library = fs::path(name).parent_path() / L"VexoCtrlSDK.dll";
@@ -29,13 +29,13 @@ class FileOfTheBoard {
     fs::create_directories(folder);
     fs::copy_file(library, folder / L"VexoCtrlSDK.DLL", fs::copy_options::overwrite_existing);
   }
-  ~FileOfTheBoard() {
+  ~FileOfTheDevice() {
     std::error_code ignored;
     fs::remove_all(root_ / L"NAND FLASH", ignored);
     fs::current_path(before_, ignored);
   }
-  FileOfTheBoard(const FileOfTheBoard&) = delete;
-  FileOfTheBoard& operator=(const FileOfTheBoard&) = delete;
+  FileOfTheDevice(const FileOfTheDevice&) = delete;
+  FileOfTheDevice& operator=(const FileOfTheDevice&) = delete;
 
  private:
   fs::path before_;
@@ -66,7 +66,7 @@ void Initialized(bool wanted) {
 }
 
 void SecondProcess() {
-  const FileOfTheBoard file;
+  const FileOfTheDevice file;
   Signal loaded(L"VexoTestLoaded");
   Signal end(L"VexoTestEnd");
   Child first(L"stay-loaded");
@@ -79,9 +79,9 @@ void SecondProcess() {
   RequireEqual(third.Wait(), 0u, "the third process's exit status");
 }
 
-// The version is read from the library's own file where the board has it.
+// The version is read from the library's own file where the device has it.
 void OwnVersion() {
-  const FileOfTheBoard file;
+  const FileOfTheDevice file;
   RealTimeLibrary library;
   VexoChar16 text[20] = {};
   const int length = library.exports.get_version(text);

@@ -107,7 +107,7 @@ LRESULT WINAPI SendTo(HWND window, UINT message, WPARAM wparam, LPARAM lparam, U
 }
 
 // A thread that is ended inside the handler of a bus access, or inside the system's way to it,
-// keeps locks of this process for ever. On the board there is neither, so the moment is chosen: in
+// keeps locks of this process for ever. On the device there is neither, so the moment is chosen: in
 // the library's own code, or in a wait. While it is suspended nothing may be called that takes a
 // lock of the process.
 BOOL WINAPI Terminate(HANDLE thread, DWORD code) {

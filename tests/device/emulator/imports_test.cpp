@@ -1,4 +1,4 @@
-// Texts and C functions as the board's system has them.
+// Texts and C functions as the device's system has them.
 #include "device/emulator/imports.h"
 
 #include <gtest/gtest.h>

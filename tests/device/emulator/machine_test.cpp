@@ -1,4 +1,4 @@
-// The emulated board on toy images: calls, imports, bus windows, threads, and every fault it
+// The emulated device on toy images: calls, imports, bus windows, threads, and every fault it
 // reports.
 #include "device/emulator/machine.h"
 

@@ -1,4 +1,4 @@
-// Reading the board's binary: what is in it, where it goes, and what is refused.
+// Reading an image: what is in it, where it goes, and what is refused.
 #include "device/emulator/pe_image.h"
 
 #include <gmock/gmock.h>
