@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds vexosim, and runs it: the demo, or with the arguments given.
-# ./run.sh --image builds the recorder's own binary too and shows the demo with it, on an emulated
-# ARM.
+# ./run.sh --image builds the image for the device too and shows the demo with it, on the emulated
+# device.
 # Everything but vexosim's own output goes to standard error.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"

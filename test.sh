@@ -141,8 +141,8 @@ stage "fuzzers (clang++, sanitizers)" run_fuzzers
 stage "lint (clang-tidy)" scripts/build.sh sanitize -k 0 tidy
 stage "DLL (MinGW-w64, 64 and 32 bits)" windows/build.sh
 stage "DLL in a host (Wine)" run_hosts
-stage "image for the board (ARM)" device/build.sh
-stage "image on an emulated ARM" device/run_tests.sh
+stage "image for the device (ARM)" device/build.sh
+stage "image on the emulated device" device/run_tests.sh
 stage "benchmarks (g++)" run_benchmarks
 stage "demo" run_demo
 

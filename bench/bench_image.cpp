@@ -1,7 +1,7 @@
-// What the binary for the board costs: instructions of each operation on the emulated processor,
-// which are the same on every run, the deepest stack, and how fast the emulation is.
+// What the image costs: instructions of each operation on the emulated processor, which are the
+// same on every run, the deepest stack, and how fast the emulation is.
 //
-// The binary is build/device/VexoCtrlSDK.DLL, or what VEXO_IMAGE names; its linker map lies beside.
+// The image is build/device/VexoCtrlSDK.DLL, or what VEXO_IMAGE names; its linker map lies beside.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -29,7 +29,7 @@ constexpr std::uint32_t kAttach = 1;
 //   ldr r0, [r3, #8]; strb r2, [r0]; mov r0, #0xFF; strb r0, [ip]; bx lr
 constexpr int kRegisterWriteByHand = 10;
 
-emulator::ArmMachine* g_machine = nullptr;
+emulator::Machine* g_machine = nullptr;
 std::optional<emulator::LinkerMap> g_map;
 
 // A fresh 16-channel board, attached and initialized, its worker stopped.
@@ -188,7 +188,7 @@ int main(int argc, char** argv) {
   const std::filesystem::path path = named != nullptr ? named : VEXO_DEFAULT_IMAGE;
   try {
     g_map = emulator::LinkerMap::Beside(path.string());
-    emulator::ArmMachine machine(emulator::PeImage::Load(path.string()));
+    emulator::Machine machine(emulator::PeImage::Load(path.string()));
     const emulator::ImageInUse in_use(machine);
     g_machine = &machine;
     benchmark::RunSpecifiedBenchmarks();

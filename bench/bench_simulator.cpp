@@ -1,4 +1,4 @@
-// How fast the simulated recorder is: bus cycles, initialization, and virtual time against real.
+// How fast the simulated board is: bus cycles, initialization, and virtual time against real.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>

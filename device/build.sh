@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the recorder's library, VexoCtrlSDK.DLL for Windows CE 5 on ARM, with its map, into
+# Builds the image, VexoCtrlSDK.DLL for Windows CE 5 on ARM, with its map, into
 # build/device, and checks it: device/build.sh [arm|thumb]
 #
 # The argument is what the image calls its processor: arm (0x01C0, the default) or thumb (0x01C2),

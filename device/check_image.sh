@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Checks the recorder's library beside the ELF file that it was made of, with other tools than the
+# Checks the image beside the ELF file that it was made of, with other tools than the
 # one that made it: device/check_image.sh DIRECTORY [arm|thumb]
 #
 # The directory holds VexoCtrlSDK.DLL, VexoCtrlSDK.elf and version.res.

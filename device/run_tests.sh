@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs every script and the demo on the binary for the board, on an emulated ARM, and compares with
-# the library in the tool: device/run_tests.sh [VEXOSIM [IMAGE]]
+# Runs every script and the demo on the image, on the emulated device, and compares with the library
+# in the tool: device/run_tests.sh [VEXOSIM [IMAGE]]
 #
 # The image is loaded at two bases; every trace must be the same, event for event, also when a seed
 # chooses among threads that could run. Each base relocation is left out in turn, and those that no

@@ -1,4 +1,4 @@
-// What a run tells of a binary that takes the place of the linked library, whatever executes it.
+// What a run tells of an image that takes the place of the linked library, whatever executes it.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace harness {
 
-// The binary did what would be an error on the board, or what no healthy binary does. Ends the run.
+// The image did what would be an error on the device, or what no healthy image does. Ends the run.
 struct ImageFault : std::runtime_error {
   using std::runtime_error::runtime_error;
 };

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Checks that the library asks nothing of a C++ runtime: scripts/check_library.sh ARCHIVE
 #
-# The recorder loads it as a DLL: no code may run before its entry, and all that it may need from
+# The device loads it as a DLL: no code may run before its entry, and all that it may need from
 # outside is the platform layer and the memory and string routines that the compiler itself calls.
 set -euo pipefail
 archive="$1"

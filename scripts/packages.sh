@@ -12,8 +12,8 @@ build_packages=(
   binutils cmake g++ gcc libbenchmark-dev libc6-dev libcli11-dev libedit-dev libgmock-dev
   libgtest-dev libpng-dev libunicorn-dev ninja-build nlohmann-json3-dev pkgconf
 )
-# The recorder's library: the ARM compiler with the headers of its C and C++ libraries (none of
-# their code is used), and llvm, which compiles the version resource and reads the image.
+# The image: the ARM compiler with the headers of its C and C++ libraries (none of their code is
+# used), and llvm, which compiles the version resource and reads the image.
 device_packages=(
   "${build_packages[@]}" gcc-arm-none-eabi libnewlib-dev libstdc++-arm-none-eabi-dev llvm
 )

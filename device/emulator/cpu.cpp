@@ -43,7 +43,7 @@ const char* Verb(uc_mem_type type) {
 
 }  // namespace
 
-ArmCpu::ArmCpu(ArmMachine& machine, unsigned number)
+Cpu::Cpu(Machine& machine, unsigned number)
     : machine_(machine),
       number_(number),
       stack_pages_(kStackBytes),
@@ -78,7 +78,7 @@ ArmCpu::ArmCpu(ArmMachine& machine, unsigned number)
   }
   for (unsigned page = 0; page < ports_.size(); ++page) {
     ports_[page] = {this, page};
-    MapPort(ArmMachine::PortAddress(page), ports_[page]);
+    MapPort(Machine::PortAddress(page), ports_[page]);
   }
 
   const auto hook = [this](int kind, auto function) {
@@ -94,14 +94,14 @@ ArmCpu::ArmCpu(ArmMachine& machine, unsigned number)
   SetRegister(UC_ARM_REG_CPSR, kUserMode);
 }
 
-void ArmCpu::MapPort(std::uint32_t address, Port& port) {
+void Cpu::MapPort(std::uint32_t address, Port& port) {
   Check(uc_mmio_map(engine_, address, kGuestPage, OnBusLoad, &port, OnBusStore, &port),
         "mapping a bus window");
 }
 
 // ---- Calls ------------------------------------------------------------------------------------
 
-std::uint32_t ArmCpu::Call(std::uint32_t address, std::span<const std::uint32_t> arguments) {
+std::uint32_t Cpu::Call(std::uint32_t address, std::span<const std::uint32_t> arguments) {
   fault_.reset();
   thrown_ = nullptr;
   const std::uint32_t thread = Plat_CurrentThreadId();
@@ -118,7 +118,7 @@ std::uint32_t ArmCpu::Call(std::uint32_t address, std::span<const std::uint32_t>
   for (unsigned i = 0; i < kSavedRegisters.size(); ++i) SetRegister(kSavedRegisters[i], kJunk + i);
   SetRegister(UC_ARM_REG_R12, kJunk);
   SetRegister(UC_ARM_REG_SP, stack);
-  SetRegister(UC_ARM_REG_LR, ArmMachine::TrapAddress(kReturnTrap));
+  SetRegister(UC_ARM_REG_LR, Machine::TrapAddress(kReturnTrap));
 
   for (RunUntilTrap(address); *trap_ != kReturnTrap;) {
     const unsigned trap = *trap_;
@@ -128,7 +128,7 @@ std::uint32_t ArmCpu::Call(std::uint32_t address, std::span<const std::uint32_t>
       SetRegister(id, kJunk);
     }
     SetRegister(UC_ARM_REG_R0, result);
-    RunUntilTrap(ArmMachine::TrapAddress(trap) + 4);
+    RunUntilTrap(Machine::TrapAddress(trap) + 4);
   }
   for (unsigned i = 0; i < kSavedRegisters.size(); ++i) {
     if (Register(kSavedRegisters[i]) != kJunk + i) {
@@ -139,7 +139,7 @@ std::uint32_t ArmCpu::Call(std::uint32_t address, std::span<const std::uint32_t>
   return Register(UC_ARM_REG_R0);
 }
 
-void ArmCpu::RunUntilTrap(std::uint32_t address) {
+void Cpu::RunUntilTrap(std::uint32_t address) {
   trap_.reset();
   const uc_err error = uc_emu_start(engine_, address, kNowhere, 0, 0);
   if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
@@ -148,8 +148,7 @@ void ArmCpu::RunUntilTrap(std::uint32_t address) {
   if (!trap_) Fault("the processor stopped");
 }
 
-std::uint32_t ArmCpu::Lend(const void* data, std::uint32_t bytes, bool writable,
-                           unsigned misalign) {
+std::uint32_t Cpu::Lend(const void* data, std::uint32_t bytes, bool writable, unsigned misalign) {
   constexpr std::uint32_t kGap = 64;  // on both sides, in bounds of nothing
   const std::uint32_t offset = (caller_used_ + kGap + 7) / 8 * 8 + misalign;
   if (loan_count_ == loans_.size() || bytes > kCallerBytes - kGap ||
@@ -163,27 +162,27 @@ std::uint32_t ArmCpu::Lend(const void* data, std::uint32_t bytes, bool writable,
   return caller_address_ + offset;
 }
 
-void ArmCpu::TakeBack(std::uint32_t address, void* data, std::uint32_t bytes) const {
+void Cpu::TakeBack(std::uint32_t address, void* data, std::uint32_t bytes) const {
   std::memcpy(data, Read(address, bytes), bytes);
 }
 
-void ArmCpu::ForgetLoans() {
+void Cpu::ForgetLoans() {
   loan_count_ = 0;
   caller_used_ = 0;
 }
 
 // ---- Arguments and memory -----------------------------------------------------------------------
 
-std::uint32_t ArmCpu::StackSlot(unsigned index) const {
+std::uint32_t Cpu::StackSlot(unsigned index) const {
   return Register(UC_ARM_REG_SP) + 4 * (index - kRegisterArguments);
 }
 
-std::uint32_t ArmCpu::Argument(unsigned index) {
+std::uint32_t Cpu::Argument(unsigned index) {
   if (index < kRegisterArguments) return Register(UC_ARM_REG_R0 + static_cast<int>(index));
   return ReadWord(StackSlot(index));
 }
 
-const Extent* ArmCpu::Find(std::uint32_t address) const {
+const Extent* Cpu::Find(std::uint32_t address) const {
   if (stack_.Holds(address, 1)) return &stack_;
   for (const MappedSection& section : machine_.Sections()) {
     if (section.extent.Holds(address, 1)) return &section.extent;
@@ -195,7 +194,7 @@ const Extent* ArmCpu::Find(std::uint32_t address) const {
   return machine_.Heap().Find(address);
 }
 
-const std::uint8_t* ArmCpu::Read(std::uint32_t address, std::uint32_t bytes) const {
+const std::uint8_t* Cpu::Read(std::uint32_t address, std::uint32_t bytes) const {
   const Extent* extent = Find(address);
   if (extent == nullptr || !extent->Holds(address, bytes)) {
     Fault("the system is told to read " + std::to_string(bytes) + " bytes at " +
@@ -204,7 +203,7 @@ const std::uint8_t* ArmCpu::Read(std::uint32_t address, std::uint32_t bytes) con
   return extent->host + (address - extent->address);
 }
 
-std::uint8_t* ArmCpu::Write(std::uint32_t address, std::uint32_t bytes) const {
+std::uint8_t* Cpu::Write(std::uint32_t address, std::uint32_t bytes) const {
   const Extent* extent = Find(address);
   if (extent == nullptr || !extent->writable || !extent->Holds(address, bytes)) {
     Fault("the system is told to write " + std::to_string(bytes) + " bytes at " +
@@ -213,19 +212,19 @@ std::uint8_t* ArmCpu::Write(std::uint32_t address, std::uint32_t bytes) const {
   return extent->host + (address - extent->address);
 }
 
-std::uint32_t ArmCpu::ReadWord(std::uint32_t address) const {
+std::uint32_t Cpu::ReadWord(std::uint32_t address) const {
   if (address % 4 != 0) Fault("the system is told to read a word at " + sim::Hex(address, 8));
   std::uint32_t value = 0;
   std::memcpy(&value, Read(address, sizeof(value)), sizeof(value));
   return value;
 }
 
-void ArmCpu::WriteWord(std::uint32_t address, std::uint32_t value) const {
+void Cpu::WriteWord(std::uint32_t address, std::uint32_t value) const {
   if (address % 4 != 0) Fault("the system is told to write a word at " + sim::Hex(address, 8));
   std::memcpy(Write(address, sizeof(value)), &value, sizeof(value));
 }
 
-std::string ArmCpu::Text(std::uint32_t address, std::size_t most) const {
+std::string Cpu::Text(std::uint32_t address, std::size_t most) const {
   std::string text;
   while (text.size() < most) {
     const char c = static_cast<char>(*Read(address++, 1));
@@ -235,7 +234,7 @@ std::string ArmCpu::Text(std::uint32_t address, std::size_t most) const {
   return text;
 }
 
-std::u16string ArmCpu::WideText(std::uint32_t address, std::size_t most) const {
+std::u16string Cpu::WideText(std::uint32_t address, std::size_t most) const {
   if (address % 2 != 0) Fault("a wide text at " + sim::Hex(address, 8));
   std::u16string text;
   for (; text.size() < most; address += 2) {
@@ -250,14 +249,14 @@ std::u16string ArmCpu::WideText(std::uint32_t address, std::size_t most) const {
 // ---- Inside of the engine ---------------------------------------------------------------------
 // Nothing here may throw: the engine's frames cannot be unwound.
 
-void ArmCpu::OnBlock(uc_engine*, std::uint64_t address, std::uint32_t bytes, void* self) {
-  ArmCpu& cpu = *static_cast<ArmCpu*>(self);
+void Cpu::OnBlock(uc_engine*, std::uint64_t address, std::uint32_t bytes, void* self) {
+  Cpu& cpu = *static_cast<Cpu*>(self);
   cpu.block_ = static_cast<std::uint32_t>(address);
   if (address < kTrapAddress) cpu.instructions_ += bytes / 4;
 }
 
-void ArmCpu::OnInterrupt(uc_engine* engine, std::uint32_t number, void* self) {
-  ArmCpu& cpu = *static_cast<ArmCpu*>(self);
+void Cpu::OnInterrupt(uc_engine* engine, std::uint32_t number, void* self) {
+  Cpu& cpu = *static_cast<Cpu*>(self);
   const std::uint32_t offset = cpu.Register(UC_ARM_REG_PC) - kTrapAddress;
   if (number == kSoftwareInterrupt && offset < cpu.machine_.Traps().Bytes()) {
     cpu.trap_ = offset / kTrapBytes;
@@ -267,13 +266,13 @@ void ArmCpu::OnInterrupt(uc_engine* engine, std::uint32_t number, void* self) {
   }
 }
 
-void ArmCpu::OnAccess(uc_engine*, uc_mem_type type, std::uint64_t address, int bytes, std::int64_t,
-                      void* self) {
-  static_cast<ArmCpu*>(self)->CheckAccess(type == UC_MEM_WRITE, static_cast<std::uint32_t>(address),
-                                          static_cast<std::uint32_t>(bytes));
+void Cpu::OnAccess(uc_engine*, uc_mem_type type, std::uint64_t address, int bytes, std::int64_t,
+                   void* self) {
+  static_cast<Cpu*>(self)->CheckAccess(type == UC_MEM_WRITE, static_cast<std::uint32_t>(address),
+                                       static_cast<std::uint32_t>(bytes));
 }
 
-void ArmCpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes) {
+void Cpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes) {
   if ((address & (bytes - 1)) != 0) {
     Note("an unaligned access of " + std::to_string(bytes) + " bytes at " + sim::Hex(address, 8));
     return;
@@ -291,7 +290,7 @@ void ArmCpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes)
     Note(std::string(write ? "a store to" : "a load from") + " the caller's stack");
     return;
   }
-  if (ArmMachine::PortAt(address)) return;  // has its own checks
+  if (Machine::PortAt(address)) return;  // has its own checks
   const Extent* extent = Find(address);
   if (extent == nullptr || !extent->Holds(address, bytes)) {
     Note(std::string(write ? "a store to " : "a load from ") + sim::Hex(address, 8) +
@@ -303,9 +302,9 @@ void ArmCpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes)
   }
 }
 
-bool ArmCpu::OnBadAccess(uc_engine*, uc_mem_type type, std::uint64_t address, int, std::int64_t,
-                         void* self) {
-  ArmCpu& cpu = *static_cast<ArmCpu*>(self);
+bool Cpu::OnBadAccess(uc_engine*, uc_mem_type type, std::uint64_t address, int, std::int64_t,
+                      void* self) {
+  Cpu& cpu = *static_cast<Cpu*>(self);
   const bool rights =
       type == UC_MEM_WRITE_PROT || type == UC_MEM_READ_PROT || type == UC_MEM_FETCH_PROT;
   cpu.Note(Verb(type) + sim::Hex(address, 8) +
@@ -313,7 +312,7 @@ bool ArmCpu::OnBadAccess(uc_engine*, uc_mem_type type, std::uint64_t address, in
   return false;
 }
 
-bool ArmCpu::PortRefuses(std::uint64_t offset, unsigned bytes, const char* what) {
+bool Cpu::PortRefuses(std::uint64_t offset, unsigned bytes, const char* what) {
   // After a stop the engine may go on to the end of its block.
   if (thrown_ || fault_) return true;
   if (bytes == 1 && offset == 0) return false;
@@ -322,12 +321,11 @@ bool ArmCpu::PortRefuses(std::uint64_t offset, unsigned bytes, const char* what)
   return true;
 }
 
-std::uint64_t ArmCpu::OnBusLoad(uc_engine* engine, std::uint64_t offset, unsigned bytes,
-                                void* port) {
+std::uint64_t Cpu::OnBusLoad(uc_engine* engine, std::uint64_t offset, unsigned bytes, void* port) {
   const Port& at = *static_cast<Port*>(port);
   if (at.cpu->PortRefuses(offset, bytes, "a load of ")) return 0xFF;
   try {
-    return ArmMachine::LoadByte(at.page);
+    return Machine::LoadByte(at.page);
   } catch (...) {
     at.cpu->thrown_ = std::current_exception();
     uc_emu_stop(engine);
@@ -335,44 +333,44 @@ std::uint64_t ArmCpu::OnBusLoad(uc_engine* engine, std::uint64_t offset, unsigne
   }
 }
 
-void ArmCpu::OnBusStore(uc_engine* engine, std::uint64_t offset, unsigned bytes,
-                        std::uint64_t value, void* port) {
+void Cpu::OnBusStore(uc_engine* engine, std::uint64_t offset, unsigned bytes, std::uint64_t value,
+                     void* port) {
   const Port& at = *static_cast<Port*>(port);
   if (at.cpu->PortRefuses(offset, bytes, "a store of ")) return;
   try {
-    ArmMachine::StoreByte(at.page, static_cast<std::uint8_t>(value));
+    Machine::StoreByte(at.page, static_cast<std::uint8_t>(value));
   } catch (...) {
     at.cpu->thrown_ = std::current_exception();
     uc_emu_stop(engine);
   }
 }
 
-void ArmCpu::Note(const std::string& fault) {
+void Cpu::Note(const std::string& fault) {
   if (!fault_ && !thrown_) fault_ = fault;
   uc_emu_stop(engine_);
 }
 
 // ---- Faults -----------------------------------------------------------------------------------
 
-std::string ArmCpu::Place() const {
+std::string Cpu::Place() const {
   return " (in the block at " + machine_.Place(block_) + ", called from " +
          machine_.Place(Register(UC_ARM_REG_LR)) + ')';
 }
 
-void ArmCpu::Fault(const std::string& what) const {
+void Cpu::Fault(const std::string& what) const {
   const std::string text = what + Place();
   machine_.Remember(text);
   throw harness::ImageFault(text);
 }
 
-std::uint32_t ArmCpu::DeepestStack() const { return stack_.address + kEntryStack - lowest_stack_; }
+std::uint32_t Cpu::DeepestStack() const { return stack_.address + kEntryStack - lowest_stack_; }
 
-std::uint32_t ArmCpu::Register(int id) const {
+std::uint32_t Cpu::Register(int id) const {
   std::uint32_t value = 0;
   uc_reg_read(engine_, id, &value);
   return value;
 }
 
-void ArmCpu::SetRegister(int id, std::uint32_t value) { uc_reg_write(engine_, id, &value); }
+void Cpu::SetRegister(int id, std::uint32_t value) { uc_reg_write(engine_, id, &value); }
 
 }  // namespace emulator

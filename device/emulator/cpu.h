@@ -1,4 +1,4 @@
-// One processor of the emulated board: an engine with a stack of its own.
+// One processor of the emulated device: an engine with a stack of its own.
 //
 // Threads of the simulator each run on their own processor, all over the same image and heap.
 // Code runs until it calls what is outside of the image; that is then done outside of the engine,
@@ -19,14 +19,14 @@
 
 namespace emulator {
 
-class ArmMachine;
+class Machine;
 
-class ArmCpu {
+class Cpu {
  public:
   // Which stack and caller's area it has.
-  ArmCpu(ArmMachine& machine, unsigned number);
-  ArmCpu(const ArmCpu&) = delete;
-  ArmCpu& operator=(const ArmCpu&) = delete;
+  Cpu(Machine& machine, unsigned number);
+  Cpu(const Cpu&) = delete;
+  Cpu& operator=(const Cpu&) = delete;
 
   // Calls a function as the system does, and returns its result. Throws ImageFault for anything
   // that must not happen, and whatever the platform throws.
@@ -58,7 +58,7 @@ class ArmCpu {
   std::u16string WideText(std::uint32_t address, std::size_t most = ~std::size_t{0}) const;
 
   [[noreturn]] void Fault(const std::string& what) const;
-  ArmMachine& Machine() const { return machine_; }
+  Machine& Owner() const { return machine_; }
   unsigned Number() const { return number_; }
 
   // ---- What it did so far -------------------------------------------------------------------
@@ -82,7 +82,7 @@ class ArmCpu {
   };
   // A page of byte-wide device memory.
   struct Port {
-    ArmCpu* cpu = nullptr;
+    Cpu* cpu = nullptr;
     unsigned page = 0;
   };
 
@@ -96,7 +96,7 @@ class ArmCpu {
   void SetRegister(int id, std::uint32_t value);
   void RunUntilTrap(std::uint32_t address);
 
-  ArmMachine& machine_;
+  Machine& machine_;
   unsigned number_;
   std::unique_ptr<uc_engine, CloseEngine> engine_holder_;
   uc_engine* engine_ = nullptr;

@@ -18,27 +18,27 @@ constexpr const char* kNvramDll = "extrtcnvramctl.dll";
 constexpr std::uint32_t kMapOrdinal = 8;
 constexpr std::uint32_t kUnmapOrdinal = 9;
 
-std::uint32_t MapIoSpace(ArmCpu& cpu) {
+std::uint32_t MapIoSpace(Cpu& cpu) {
   if (cpu.Argument(1) != 0) cpu.Fault("a physical address beyond 4 GB");
   volatile std::uint8_t* const window =
       Plat_MapBusWindow(cpu.Argument(0), cpu.Argument(2), (cpu.Argument(3) & 0xFF) != 0);
   if (window == nullptr) return 0;
   for (unsigned page = 0; page < sim::BusWindows::kCount; ++page) {
-    if (ArmMachine::WindowAt(ArmMachine::PortAddress(page)) == window) {
-      return ArmMachine::PortAddress(page);
+    if (Machine::WindowAt(Machine::PortAddress(page)) == window) {
+      return Machine::PortAddress(page);
     }
   }
   cpu.Fault("a bus window without a page");
 }
 
-std::uint32_t UnmapIoSpace(ArmCpu& cpu) {
-  Plat_UnmapBusWindow(ArmMachine::WindowAt(cpu.Argument(0)), cpu.Argument(1));
+std::uint32_t UnmapIoSpace(Cpu& cpu) {
+  Plat_UnmapBusWindow(Machine::WindowAt(cpu.Argument(0)), cpu.Argument(1));
   return 0;
 }
 
 // ---- NVRAM ------------------------------------------------------------------------------------
 
-std::uint32_t Transfer(ArmCpu& cpu, std::uint32_t (*transfer)(std::uint32_t, PlatNvramRequest*),
+std::uint32_t Transfer(Cpu& cpu, std::uint32_t (*transfer)(std::uint32_t, PlatNvramRequest*),
                        bool write) {
   const std::uint32_t block = cpu.Argument(0);
   const std::uint32_t address = cpu.Argument(1);
@@ -54,14 +54,14 @@ std::uint32_t Transfer(ArmCpu& cpu, std::uint32_t (*transfer)(std::uint32_t, Pla
   return transfer(block, &request);
 }
 
-std::uint32_t NvramInit(ArmCpu&) { return Plat_NvramInit(); }
-std::uint32_t NvramDeinit(ArmCpu&) { return Plat_NvramDeinit(); }
-std::uint32_t NvramRead(ArmCpu& cpu) { return Transfer(cpu, Plat_NvramRead, false); }
-std::uint32_t NvramWrite(ArmCpu& cpu) { return Transfer(cpu, Plat_NvramWrite, true); }
+std::uint32_t NvramInit(Cpu&) { return Plat_NvramInit(); }
+std::uint32_t NvramDeinit(Cpu&) { return Plat_NvramDeinit(); }
+std::uint32_t NvramRead(Cpu& cpu) { return Transfer(cpu, Plat_NvramRead, false); }
+std::uint32_t NvramWrite(Cpu& cpu) { return Transfer(cpu, Plat_NvramWrite, true); }
 
 // ---- Stream drivers ---------------------------------------------------------------------------
 
-std::uint32_t CreateFile(ArmCpu& cpu) {
+std::uint32_t CreateFile(Cpu& cpu) {
   if (cpu.Argument(3) != 0 || cpu.Argument(5) != 0 || cpu.Argument(6) != 0) {
     cpu.Fault("a driver opened with security, attributes or a model");
   }
@@ -69,12 +69,12 @@ std::uint32_t CreateFile(ArmCpu& cpu) {
   const PlatHandle handle =
       Plat_OpenDriver(name.c_str(), cpu.Argument(1), cpu.Argument(2), cpu.Argument(4));
   if (handle != kPlatNoHandle && handle != kPlatInvalidHandle) {
-    cpu.Machine().drivers.insert(handle);
+    cpu.Owner().drivers.insert(handle);
   }
   return GuestHandle(cpu, handle);
 }
 
-std::uint32_t ControlDriver(ArmCpu& cpu) {
+std::uint32_t ControlDriver(Cpu& cpu) {
   const std::uint32_t input = cpu.Argument(2);
   const std::uint32_t input_bytes = cpu.Argument(3);
   const std::uint32_t returned = cpu.Argument(6);
@@ -89,13 +89,13 @@ std::uint32_t ControlDriver(ArmCpu& cpu) {
                                                                                                : 0;
 }
 
-std::uint32_t LoadLibrary(ArmCpu& cpu) {
+std::uint32_t LoadLibrary(Cpu& cpu) {
   constexpr std::uint32_t kDataAlone = 1;
   if (cpu.Argument(1) != 0 || cpu.Argument(2) != kDataAlone) cpu.Fault("a module loaded to be run");
   return GuestHandle(cpu, Plat_LoadDataModule(cpu.WideText(cpu.Argument(0)).c_str()));
 }
 
-std::uint32_t FreeLibrary(ArmCpu& cpu) {
+std::uint32_t FreeLibrary(Cpu& cpu) {
   Plat_FreeModule(HostHandle(cpu.Argument(0)));
   return 1;
 }
@@ -107,19 +107,19 @@ constexpr std::uint32_t kFixedInfoOffset = 0x28;
 constexpr std::uint32_t kFixedInfoSignature = 0xFEEF04BD;
 constexpr std::uint32_t kFixedInfoBytes = 52;
 
-std::uint32_t VersionInfoSize(ArmCpu& cpu) {
+std::uint32_t VersionInfoSize(Cpu& cpu) {
   const std::u16string path = cpu.WideText(cpu.Argument(0));
   if (cpu.Argument(1) != 0) cpu.WriteWord(cpu.Argument(1), 0);
   return Plat_VersionInfoSize(path.c_str());
 }
 
-std::uint32_t ReadVersionInfo(ArmCpu& cpu) {
+std::uint32_t ReadVersionInfo(Cpu& cpu) {
   const std::u16string path = cpu.WideText(cpu.Argument(0));
   const std::uint32_t bytes = cpu.Argument(2);
   return Plat_ReadVersionInfo(path.c_str(), bytes, cpu.Write(cpu.Argument(3), bytes)) ? 1 : 0;
 }
 
-std::uint32_t QueryVersion(ArmCpu& cpu) {
+std::uint32_t QueryVersion(Cpu& cpu) {
   const std::uint32_t buffer = cpu.Argument(0);
   if (cpu.WideText(cpu.Argument(1)) != u"\\") cpu.Fault("a version block other than the root");
   std::uint8_t* const info = cpu.Write(buffer, kFixedInfoOffset + kFixedInfoBytes);

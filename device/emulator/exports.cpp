@@ -17,36 +17,36 @@ constexpr unsigned kUnitsMisalign = 2;
 constexpr unsigned kBytesMisalign = 1;
 constexpr std::uint32_t kVersionBytes = 2 * 20;  // what a host must give
 
-ArmMachine* g_machine = nullptr;
+Machine* g_machine = nullptr;
 std::optional<std::size_t> g_left_out;
 
-ArmMachine& Machine() {
+Machine& InUse() {
   if (g_machine == nullptr) throw std::logic_error("no image is in use");
   return *g_machine;
 }
 
-int Call(ArmCpu& cpu, const char* name, std::initializer_list<std::uint32_t> arguments) {
-  return static_cast<int>(cpu.Call(Machine().AddressOf(name), arguments));
+int Call(Cpu& cpu, const char* name, std::initializer_list<std::uint32_t> arguments) {
+  return static_cast<int>(cpu.Call(InUse().AddressOf(name), arguments));
 }
 
 // A byte argument in a register whose other bits are anything.
 std::uint32_t Byte(std::uint8_t value) { return 0xA5A5A500u | value; }
 
-int ArmDllEntry(PlatHandle module, std::uint32_t reason, void*) {
-  const ArmMachine::Lease cpu(Machine());
+int DllEntry(PlatHandle module, std::uint32_t reason, void*) {
+  const Machine::Lease cpu(InUse());
   return Call(*cpu, "", {GuestHandle(*cpu, module), reason, 0});
 }
 
-int ArmInitialize(VexoWindow window) {
-  const ArmMachine::Lease cpu(Machine());
+int Initialize(VexoWindow window) {
+  const Machine::Lease cpu(InUse());
   return Call(*cpu, "VEXOAPI_Initialize",
               {GuestHandle(*cpu, reinterpret_cast<PlatWindow>(window))});
 }
 
-void ArmUninitialize() { Call(*ArmMachine::Lease(Machine()), "VEXOAPI_Uninitialize", {}); }
+void Uninitialize() { Call(*Machine::Lease(InUse()), "VEXOAPI_Uninitialize", {}); }
 
-int ArmGetVersion(VexoChar16* buffer) {
-  const ArmMachine::Lease cpu(Machine());
+int GetVersion(VexoChar16* buffer) {
+  const Machine::Lease cpu(InUse());
   if (buffer == nullptr) return Call(*cpu, "VEXOAPI_GetVersion", {0});
   const std::uint32_t text = cpu->Lend(buffer, kVersionBytes, true, kUnitsMisalign);
   const int result = Call(*cpu, "VEXOAPI_GetVersion", {text});
@@ -54,16 +54,16 @@ int ArmGetVersion(VexoChar16* buffer) {
   return result;
 }
 
-void ArmSetEnableDebug(std::uint32_t enable) {
-  Call(*ArmMachine::Lease(Machine()), "VEXOAPI_SetEnableDebug", {enable});
+void SetEnableDebug(std::uint32_t enable) {
+  Call(*Machine::Lease(InUse()), "VEXOAPI_SetEnableDebug", {enable});
 }
 
-void ArmSetEnableOutputMsg(std::uint32_t enable) {
-  Call(*ArmMachine::Lease(Machine()), "VEXOAPI_SetEnableOutputMsg", {enable});
+void SetEnableOutputMsg(std::uint32_t enable) {
+  Call(*Machine::Lease(InUse()), "VEXOAPI_SetEnableOutputMsg", {enable});
 }
 
-int ArmCommandProc(std::uint32_t code, void* parameter) {
-  const ArmMachine::Lease cpu(Machine());
+int CommandProc(std::uint32_t code, void* parameter) {
+  const Machine::Lease cpu(InUse());
   if (parameter == nullptr) return Call(*cpu, "VEXOAPI_CommandProc", {code, 0});
   const std::uint32_t record =
       cpu->Lend(parameter, harness::kCommandRecordBytes, true, kRecordMisalign);
@@ -72,16 +72,16 @@ int ArmCommandProc(std::uint32_t code, void* parameter) {
   return result;
 }
 
-int ArmSetMotionInfo(std::uint8_t channel, std::uint8_t level, std::uint8_t* mask) {
+int SetMotionInfo(std::uint8_t channel, std::uint8_t level, std::uint8_t* mask) {
   constexpr const char* kDecorated = "?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z";
-  const ArmMachine::Lease cpu(Machine());
+  const Machine::Lease cpu(InUse());
   const std::uint32_t lent =
       mask == nullptr ? 0 : cpu->Lend(mask, VEXO_MOTION_MASK_BYTES, false, kBytesMisalign);
   return Call(*cpu, kDecorated, {Byte(channel), Byte(level), lent});
 }
 
-int ArmTextCommandProc(const char* line) {
-  const ArmMachine::Lease cpu(Machine());
+int TextCommandProc(const char* line) {
+  const Machine::Lease cpu(InUse());
   const std::uint32_t lent =
       line == nullptr ? 0
                       : cpu->Lend(line, static_cast<std::uint32_t>(std::strlen(line) + 1), false,
@@ -89,17 +89,16 @@ int ArmTextCommandProc(const char* line) {
   return Call(*cpu, "VEXOAPI_TextCommandProc", {lent});
 }
 
-void ArmReset() { Machine().Reload(g_left_out); }
+void Reload() { InUse().Reload(g_left_out); }
 
 }  // namespace
 
-ImageInUse::ImageInUse(ArmMachine& machine) {
+ImageInUse::ImageInUse(Machine& machine) {
   if (g_machine != nullptr) throw std::logic_error("an image is in use already");
   g_machine = &machine;
   g_left_out.reset();
-  harness::UseExports({ArmDllEntry, ArmInitialize, ArmUninitialize, ArmGetVersion,
-                       ArmSetEnableDebug, ArmSetEnableOutputMsg, ArmCommandProc, ArmSetMotionInfo,
-                       ArmTextCommandProc, ArmReset});
+  harness::UseExports({DllEntry, Initialize, Uninitialize, GetVersion, SetEnableDebug,
+                       SetEnableOutputMsg, CommandProc, SetMotionInfo, TextCommandProc, Reload});
 }
 
 ImageInUse::~ImageInUse() {

@@ -1,4 +1,4 @@
-// The exports of the binary for the board in the place of the linked library's.
+// The exports of the image in the place of the linked library's.
 #pragma once
 
 #include "device/emulator/machine.h"
@@ -10,7 +10,7 @@ namespace emulator {
 // in the image, and with them the simulated PC.
 class ImageInUse {
  public:
-  explicit ImageInUse(ArmMachine& machine);
+  explicit ImageInUse(Machine& machine);
   ~ImageInUse();
   ImageInUse(const ImageInUse&) = delete;
   ImageInUse& operator=(const ImageInUse&) = delete;

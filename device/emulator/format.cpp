@@ -98,7 +98,7 @@ class Reader {
 
 }  // namespace
 
-std::u16string FormatForGuest(const ArmCpu& cpu, const std::u16string& format,
+std::u16string FormatForGuest(const Cpu& cpu, const std::u16string& format,
                               const std::function<std::uint32_t()>& next) {
   std::u16string out;
   Reader reader(format, next);

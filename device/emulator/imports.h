@@ -1,4 +1,4 @@
-// What the binary's imports do: each reads its arguments as the system would and calls the
+// What the image's imports do: each reads its arguments as the system would and calls the
 // platform's function that the library on the PC calls.
 #pragma once
 
@@ -25,7 +25,7 @@ std::span<const Import> DeviceImports();
 std::span<const Import> TextImports();
 
 // Handles of the platform are wider than the guest's; its two bad ones stay the bad ones.
-std::uint32_t GuestHandle(const ArmCpu& cpu, PlatHandle handle);
+std::uint32_t GuestHandle(const Cpu& cpu, PlatHandle handle);
 PlatHandle HostHandle(std::uint32_t handle);
 // The argument as the name of an object; none for 0.
 inline const char16_t* OrNull(std::uint32_t address, const std::u16string& text) {
@@ -34,7 +34,7 @@ inline const char16_t* OrNull(std::uint32_t address, const std::u16string& text)
 
 // The platform's wide printf with arguments from the guest. `next` gives a word of the argument
 // list after the other.
-std::u16string FormatForGuest(const ArmCpu& cpu, const std::u16string& format,
+std::u16string FormatForGuest(const Cpu& cpu, const std::u16string& format,
                               const std::function<std::uint32_t()>& next);
 
 }  // namespace emulator

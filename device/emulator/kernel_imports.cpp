@@ -13,18 +13,18 @@ constexpr std::uint32_t kErrorNotEnoughMemory = 8;
 sim::Kernel& Kernel() { return sim::TheWorld().kernel; }
 
 // A call of the guest with an argument that the library never has: its meaning would be lost.
-void Expect(const ArmCpu& cpu, bool met, const char* what) {
+void Expect(const Cpu& cpu, bool met, const char* what) {
   if (!met) cpu.Fault(std::string("a call with ") + what);
 }
 
-std::uint32_t CreateMutex(ArmCpu& cpu) {
+std::uint32_t CreateMutex(Cpu& cpu) {
   Expect(cpu, cpu.Argument(0) == 0 && cpu.Argument(1) == 0, "an owned or secured mutex");
   const std::uint32_t name = cpu.Argument(2);
   const std::u16string text = name == 0 ? std::u16string() : cpu.WideText(name);
   return GuestHandle(cpu, Plat_CreateMutex(OrNull(name, text)));
 }
 
-std::uint32_t CreateEvent(ArmCpu& cpu) {
+std::uint32_t CreateEvent(Cpu& cpu) {
   Expect(cpu, cpu.Argument(0) == 0, "a secured event");
   const std::uint32_t name = cpu.Argument(3);
   const std::u16string text = name == 0 ? std::u16string() : cpu.WideText(name);
@@ -32,33 +32,33 @@ std::uint32_t CreateEvent(ArmCpu& cpu) {
       cpu, Plat_CreateEvent(OrNull(name, text), cpu.Argument(1) != 0, cpu.Argument(2) != 0));
 }
 
-std::uint32_t WaitForSingleObject(ArmCpu& cpu) {
+std::uint32_t WaitForSingleObject(Cpu& cpu) {
   return Plat_Wait(HostHandle(cpu.Argument(0)), cpu.Argument(1));
 }
 
-std::uint32_t ReleaseMutex(ArmCpu& cpu) {
+std::uint32_t ReleaseMutex(Cpu& cpu) {
   return Plat_ReleaseMutex(HostHandle(cpu.Argument(0))) ? 1 : 0;
 }
 
 // The system has one close for all; the platform tells drivers apart. A driver that could not be
 // opened is closed by its bad handle.
-std::uint32_t CloseHandle(ArmCpu& cpu) {
+std::uint32_t CloseHandle(Cpu& cpu) {
   const PlatHandle handle = HostHandle(cpu.Argument(0));
   const bool driver = handle == kPlatNoHandle || handle == kPlatInvalidHandle ||
-                      cpu.Machine().drivers.contains(handle);
+                      cpu.Owner().drivers.contains(handle);
   return (driver ? Plat_CloseDriver(handle) : Plat_CloseHandle(handle)) ? 1 : 0;
 }
 
 std::uint32_t RunThread(void* argument) {
-  const auto start = *static_cast<const ArmMachine::ThreadStart*>(argument);
+  const auto start = *static_cast<const Machine::ThreadStart*>(argument);
   const std::uint32_t arguments[] = {start.argument};
   return start.machine->Call(start.proc, arguments);
 }
 
-std::uint32_t CreateThread(ArmCpu& cpu) {
+std::uint32_t CreateThread(Cpu& cpu) {
   Expect(cpu, cpu.Argument(0) == 0 && cpu.Argument(1) == 0 && cpu.Argument(4) == 0,
          "a secured, suspended or sized thread");
-  ArmMachine& machine = cpu.Machine();
+  Machine& machine = cpu.Owner();
   machine.thread_starts.push_back({&machine, cpu.Argument(2), cpu.Argument(3)});
   std::uint32_t id = 0;
   const PlatHandle handle = Plat_CreateThread(RunThread, &machine.thread_starts.back(), &id);
@@ -66,61 +66,61 @@ std::uint32_t CreateThread(ArmCpu& cpu) {
   return GuestHandle(cpu, handle);
 }
 
-std::uint32_t GetExitCodeThread(ArmCpu& cpu) {
+std::uint32_t GetExitCodeThread(Cpu& cpu) {
   std::uint32_t code = 0;
   if (!Plat_GetExitCodeThread(HostHandle(cpu.Argument(0)), &code)) return 0;
   cpu.WriteWord(cpu.Argument(1), code);
   return 1;
 }
 
-std::uint32_t TerminateThread(ArmCpu& cpu) {
+std::uint32_t TerminateThread(Cpu& cpu) {
   return Plat_TerminateThread(HostHandle(cpu.Argument(0)), cpu.Argument(1)) ? 1 : 0;
 }
 
-std::uint32_t SetThreadQuantum(ArmCpu& cpu) {
+std::uint32_t SetThreadQuantum(Cpu& cpu) {
   return Plat_SetThreadQuantum(HostHandle(cpu.Argument(0)), cpu.Argument(1)) ? 1 : 0;
 }
 
-std::uint32_t Sleep(ArmCpu& cpu) {
+std::uint32_t Sleep(Cpu& cpu) {
   Plat_Sleep(cpu.Argument(0));
   return 0;
 }
 
-std::uint32_t GetTickCount(ArmCpu&) { return Plat_TickCount(); }
-std::uint32_t GetLastError(ArmCpu&) { return Plat_LastError(); }
+std::uint32_t GetTickCount(Cpu&) { return Plat_TickCount(); }
+std::uint32_t GetLastError(Cpu&) { return Plat_LastError(); }
 
-std::uint32_t SetLastError(ArmCpu& cpu) {
+std::uint32_t SetLastError(Cpu& cpu) {
   Kernel().SetLastError(cpu.Argument(0));
   return 0;
 }
 
-std::uint32_t DisableThreadLibraryCalls(ArmCpu& cpu) {
+std::uint32_t DisableThreadLibraryCalls(Cpu& cpu) {
   Plat_DisableThreadCalls(HostHandle(cpu.Argument(0)));
   return 1;
 }
 
 // ---- Memory -----------------------------------------------------------------------------------
 
-std::uint32_t LocalAlloc(ArmCpu& cpu) {
+std::uint32_t LocalAlloc(Cpu& cpu) {
   Expect(cpu, cpu.Argument(0) == 0, "memory that may move or is to be zeros");
   const std::uint32_t bytes = cpu.Argument(1);
   void* memory = Plat_Allocate(bytes);
   if (memory == nullptr) return 0;
-  const std::uint32_t address = cpu.Machine().Heap().Allocate(bytes);
+  const std::uint32_t address = cpu.Owner().Heap().Allocate(bytes);
   if (address == 0) {
     Plat_Free(memory);
     Kernel().SetLastError(kErrorNotEnoughMemory);
     return 0;
   }
-  cpu.Machine().loans[address] = {memory, false};
+  cpu.Owner().loans[address] = {memory, false};
   return address;
 }
 
-std::uint32_t LocalFree(ArmCpu& cpu) {
+std::uint32_t LocalFree(Cpu& cpu) {
   const std::uint32_t address = cpu.Argument(0);
   if (address == 0) return 0;
-  const auto found = cpu.Machine().loans.find(address);
-  if (found == cpu.Machine().loans.end()) {
+  const auto found = cpu.Owner().loans.find(address);
+  if (found == cpu.Owner().loans.end()) {
     cpu.Fault("freeing " + sim::Hex(address, 8) + ", where no memory was allocated");
   }
   if (found->second.system_text) {
@@ -128,15 +128,15 @@ std::uint32_t LocalFree(ArmCpu& cpu) {
   } else {
     Plat_Free(found->second.memory);
   }
-  cpu.Machine().loans.erase(found);
-  cpu.Machine().Heap().Free(address);
+  cpu.Owner().loans.erase(found);
+  cpu.Owner().Heap().Free(address);
   return 0;
 }
 
 // ---- Window messages --------------------------------------------------------------------------
 
 // What a message's wParam is for the host: the number, or the memory that it points to.
-std::uintptr_t HostWparam(const ArmCpu& cpu, std::uint32_t message, std::uint32_t wparam) {
+std::uintptr_t HostWparam(const Cpu& cpu, std::uint32_t message, std::uint32_t wparam) {
   const auto bytes = static_cast<std::uint32_t>(sim::MessageRecordBytes(message));
   if (bytes == 0 || wparam == 0) return wparam;
   return reinterpret_cast<std::uintptr_t>(cpu.Read(wparam, bytes));
@@ -144,9 +144,9 @@ std::uintptr_t HostWparam(const ArmCpu& cpu, std::uint32_t message, std::uint32_
 
 std::intptr_t HostLparam(std::uint32_t lparam) { return static_cast<std::int32_t>(lparam); }
 
-std::uint32_t IsWindow(ArmCpu& cpu) { return Plat_IsWindow(cpu.Argument(0)) ? 1 : 0; }
+std::uint32_t IsWindow(Cpu& cpu) { return Plat_IsWindow(cpu.Argument(0)) ? 1 : 0; }
 
-std::uint32_t PostMessage(ArmCpu& cpu) {
+std::uint32_t PostMessage(Cpu& cpu) {
   const std::uint32_t message = cpu.Argument(1);
   return Plat_PostMessage(cpu.Argument(0), message, HostWparam(cpu, message, cpu.Argument(2)),
                           HostLparam(cpu.Argument(3)))
@@ -154,7 +154,7 @@ std::uint32_t PostMessage(ArmCpu& cpu) {
              : 0;
 }
 
-std::uint32_t SendMessageTimeout(ArmCpu& cpu) {
+std::uint32_t SendMessageTimeout(Cpu& cpu) {
   Expect(cpu, cpu.Argument(4) == 0, "send flags");
   const std::uint32_t message = cpu.Argument(1);
   const std::uint32_t answer = cpu.Argument(6);
@@ -191,7 +191,7 @@ constexpr Import kImports[] = {
 
 std::span<const Import> KernelImports() { return kImports; }
 
-std::uint32_t GuestHandle(const ArmCpu& cpu, PlatHandle handle) {
+std::uint32_t GuestHandle(const Cpu& cpu, PlatHandle handle) {
   if (handle == kPlatInvalidHandle) return 0xFFFFFFFF;
   if (handle >= 0xFFFFFFFF) cpu.Fault("a handle that is wider than 32 bits");
   return static_cast<std::uint32_t>(handle);

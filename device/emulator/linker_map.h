@@ -1,5 +1,4 @@
-// The map that the linker wrote beside the library's binary for the board: names of what lies
-// where.
+// The map that the linker wrote beside the image: names of what lies where.
 #pragma once
 
 #include <cstdint>

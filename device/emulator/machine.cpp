@@ -24,7 +24,7 @@ std::uint32_t GetWord(const std::uint8_t* at) {
 
 }  // namespace
 
-ArmMachine::ArmMachine(PeImage image, const MachineOptions& options)
+Machine::Machine(PeImage image, const MachineOptions& options)
     : image_(std::move(image)),
       options_(options),
       base_(options.base.value_or(image_.PreferredBase())),
@@ -55,18 +55,18 @@ ArmMachine::ArmMachine(PeImage image, const MachineOptions& options)
   Reload();
 }
 
-ArmMachine::~ArmMachine() {
+Machine::~Machine() {
   for (const auto& [address, loan] : loans) std::free(loan.memory);
 }
 
-std::uint32_t ArmMachine::AddressOf(const std::string& name) const {
+std::uint32_t Machine::AddressOf(const std::string& name) const {
   if (name.empty()) return base_ + image_.EntryRva();
   const auto found = image_.Exports().find(name);
   if (found == image_.Exports().end()) throw BadImage("the image does not export " + name);
   return base_ + found->second;
 }
 
-void ArmMachine::Reload(std::optional<std::size_t> without) {
+void Machine::Reload(std::optional<std::size_t> without) {
   const std::vector<std::uint8_t> memory = image_.At(base_, without);
   std::memcpy(image_pages_.Data(), memory.data(), memory.size());
   for (unsigned i = 0; i < image_.Imports().size(); ++i) {
@@ -82,7 +82,7 @@ void ArmMachine::Reload(std::optional<std::size_t> without) {
   CheckFunctionTable();
 }
 
-void ArmMachine::CheckFunctionTable() {
+void Machine::CheckFunctionTable() {
   constexpr std::uint32_t kEntryBytes = 8;
   constexpr std::uint32_t kPrologBits = 8;
   constexpr std::uint32_t kLengthMask = (1u << 22) - 1;
@@ -107,67 +107,65 @@ void ArmMachine::CheckFunctionTable() {
 
 // ---- Processors -------------------------------------------------------------------------------
 
-ArmMachine::Lease::Lease(ArmMachine& machine)
-    : machine_(machine), cpu_([&machine]() -> ArmCpu& {
+Machine::Lease::Lease(Machine& machine)
+    : machine_(machine), cpu_([&machine]() -> Cpu& {
         if (machine.idle_.empty()) {
           const auto number = static_cast<unsigned>(machine.cpus_.size());
-          machine.cpus_.push_back(std::make_unique<ArmCpu>(machine, number));
+          machine.cpus_.push_back(std::make_unique<Cpu>(machine, number));
           machine.idle_.insert(number);
         }
         return *machine.cpus_[machine.idle_.extract(machine.idle_.begin()).value()];
       }()) {}
 
-ArmMachine::Lease::~Lease() {
+Machine::Lease::~Lease() {
   cpu_.ForgetLoans();
   machine_.idle_.insert(cpu_.Number());
 }
 
-std::uint32_t ArmMachine::Call(std::uint32_t address, std::span<const std::uint32_t> arguments) {
+std::uint32_t Machine::Call(std::uint32_t address, std::span<const std::uint32_t> arguments) {
   return Lease(*this)->Call(address, arguments);
 }
 
-std::uint64_t ArmMachine::Instructions() const {
+std::uint64_t Machine::Instructions() const {
   std::uint64_t sum = 0;
   for (const auto& cpu : cpus_) sum += cpu->Instructions();
   return sum;
 }
 
-std::uint32_t ArmMachine::DeepestStack() const {
+std::uint32_t Machine::DeepestStack() const {
   std::uint32_t deepest = 0;
   for (const auto& cpu : cpus_) deepest = std::max(deepest, cpu->DeepestStack());
   return deepest;
 }
 
-void ArmMachine::Remember(const std::string& fault) {
+void Machine::Remember(const std::string& fault) {
   if (!first_fault_) first_fault_ = fault;
 }
 
-std::string ArmMachine::Place(std::uint32_t address) const {
+std::string Machine::Place(std::uint32_t address) const {
   if (address < base_ || address - base_ >= image_.Bytes()) return sim::Hex(address, 8);
   return "image+" + sim::Hex(address - base_, 4);
 }
 
 // ---- Bus windows ------------------------------------------------------------------------------
 
-std::optional<unsigned> ArmMachine::PortAt(std::uint32_t address) {
+std::optional<unsigned> Machine::PortAt(std::uint32_t address) {
   if (address < kGuestPage) return kNullPort;
   const std::uint32_t page = (address - kBusAddress) / kGuestPage;
   if (page >= sim::BusWindows::kCount) return std::nullopt;
   return page;
 }
 
-PlatBusWindow ArmMachine::WindowAt(std::uint32_t address) {
+PlatBusWindow Machine::WindowAt(std::uint32_t address) {
   const auto page = PortAt(address);
   if (!page || *page == kNullPort || address != PortAddress(*page)) return nullptr;
   return sim::BusWindows::Address(static_cast<sim::BusWindow>(*page));
 }
 
-void ArmMachine::StoreByte(unsigned page, std::uint8_t value) {
+void Machine::StoreByte(unsigned page, std::uint8_t value) {
   Plat_StoreByte(WindowAt(PortAddress(page)), value);
 }
 
-std::uint8_t ArmMachine::LoadByte(unsigned page) {
-  return Plat_LoadByte(WindowAt(PortAddress(page)));
-}
+std::uint8_t Machine::LoadByte(unsigned page) { return Plat_LoadByte(WindowAt(PortAddress(page))); }
 
 }  // namespace emulator

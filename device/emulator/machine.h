@@ -1,5 +1,5 @@
-// The board's processor side: the library's binary loaded into memory, and the system that it calls
-// played by the simulated platform.
+// The emulated device: the image loaded into memory, and the system that it calls played by the
+// simulated platform.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +31,7 @@ struct MappedSection {
 };
 
 // Answers a call of the system; the result goes into r0.
-using ImportHandler = std::uint32_t (*)(ArmCpu& cpu);
+using ImportHandler = std::uint32_t (*)(Cpu& cpu);
 // The one for an import, null when there is none.
 ImportHandler FindImport(const ImageImport& import);
 
@@ -40,13 +40,13 @@ ImportHandler FindImport(const ImageImport& import);
 inline constexpr unsigned kReturnTrap = 0;
 inline constexpr std::uint32_t kTrapBytes = 8;
 
-class ArmMachine : public harness::ImageRun {
+class Machine : public harness::ImageRun {
  public:
   // Throws BadImage for an image that does not fit or imports what the system does not have.
-  explicit ArmMachine(PeImage image, const MachineOptions& options = {});
-  ~ArmMachine() override;
-  ArmMachine(const ArmMachine&) = delete;
-  ArmMachine& operator=(const ArmMachine&) = delete;
+  explicit Machine(PeImage image, const MachineOptions& options = {});
+  ~Machine() override;
+  Machine(const Machine&) = delete;
+  Machine& operator=(const Machine&) = delete;
 
   const PeImage& Image() const { return image_; }
   std::uint32_t Base() const { return base_; }
@@ -59,16 +59,16 @@ class ArmMachine : public harness::ImageRun {
   // A processor that nobody uses, for as long as the lease lives.
   class Lease {
    public:
-    explicit Lease(ArmMachine& machine);
+    explicit Lease(Machine& machine);
     ~Lease();
     Lease(const Lease&) = delete;
     Lease& operator=(const Lease&) = delete;
-    ArmCpu* operator->() const { return &cpu_; }
-    ArmCpu& operator*() const { return cpu_; }
+    Cpu* operator->() const { return &cpu_; }
+    Cpu& operator*() const { return cpu_; }
 
    private:
-    ArmMachine& machine_;
-    ArmCpu& cpu_;
+    Machine& machine_;
+    Cpu& cpu_;
   };
 
   // Calls a function without lent memory.
@@ -100,7 +100,7 @@ class ArmMachine : public harness::ImageRun {
   }
   static std::uint32_t TrapAddress(unsigned trap) { return kTrapAddress + trap * kTrapBytes; }
   const GuestPages& Traps() const { return traps_; }
-  std::uint32_t Answer(unsigned trap, ArmCpu& cpu) { return handlers_[trap](cpu); }
+  std::uint32_t Answer(unsigned trap, Cpu& cpu) { return handlers_[trap](cpu); }
   const std::vector<MappedSection>& Sections() const { return sections_; }
   GuestHeap& Heap() { return heap_; }
   std::uint32_t StackLimit() const { return options_.stack_limit; }
@@ -127,7 +127,7 @@ class ArmMachine : public harness::ImageRun {
   std::set<PlatHandle> drivers;         // handles that were driver handles
   // What started threads begin with; they stay for as long as the machine.
   struct ThreadStart {
-    ArmMachine* machine = nullptr;
+    Machine* machine = nullptr;
     std::uint32_t proc = 0;
     std::uint32_t argument = 0;
   };
@@ -145,7 +145,7 @@ class ArmMachine : public harness::ImageRun {
   GuestHeap heap_;
   std::vector<MappedSection> sections_;
   std::vector<ImportHandler> handlers_;  // by trap
-  std::vector<std::unique_ptr<ArmCpu>> cpus_;
+  std::vector<std::unique_ptr<Cpu>> cpus_;
   std::set<unsigned> idle_;   // the lowest number is taken first
   std::vector<bool> loaded_;  // by word of the image
   std::optional<std::string> first_fault_;

@@ -1,4 +1,4 @@
-// Memory of the emulated board as this process holds it.
+// Memory of the emulated device as this process holds it.
 #pragma once
 
 #include <cstddef>

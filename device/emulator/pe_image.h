@@ -1,4 +1,4 @@
-// The library's binary for the board: a PE32 file for Windows CE on ARM, read and checked.
+// The image: a PE32 file for Windows CE on ARM, read and checked.
 #pragma once
 
 #include <cstdint>

@@ -15,12 +15,12 @@ std::uint32_t Word(std::int64_t value) { return static_cast<std::uint32_t>(value
 
 // ---- Debug outputs and formatting ---------------------------------------------------------------
 
-std::uint32_t OutputDebugString(ArmCpu& cpu) {
+std::uint32_t OutputDebugString(Cpu& cpu) {
   Plat_DebugOutput(cpu.WideText(cpu.Argument(0)).c_str());
   return 0;
 }
 
-std::uint32_t KernelDebugPrint(ArmCpu& cpu) {
+std::uint32_t KernelDebugPrint(Cpu& cpu) {
   unsigned index = 1;
   const auto next = [&cpu, &index] { return cpu.Argument(index++); };
   const std::u16string text = FormatForGuest(cpu, cpu.WideText(cpu.Argument(0)), next);
@@ -30,7 +30,7 @@ std::uint32_t KernelDebugPrint(ArmCpu& cpu) {
 
 // The system's way: a text that does not fit is cut, has no terminator and the result is -1; one
 // that just fits has no terminator either.
-std::uint32_t FormatWide(ArmCpu& cpu) {
+std::uint32_t FormatWide(Cpu& cpu) {
   const std::uint32_t buffer = cpu.Argument(0);
   const std::uint32_t units = cpu.Argument(1);
   std::uint32_t list = cpu.Argument(3);
@@ -54,9 +54,9 @@ std::uint32_t FormatWide(ArmCpu& cpu) {
 constexpr std::uint32_t kLanguage = 0x0409;
 
 // 16 bits; the rest of the register is anything.
-std::uint32_t SystemLanguage(ArmCpu&) { return 0xA5A50000 | kLanguage; }
+std::uint32_t SystemLanguage(Cpu&) { return 0xA5A50000 | kLanguage; }
 
-std::uint32_t FormatMessage(ArmCpu& cpu) {
+std::uint32_t FormatMessage(Cpu& cpu) {
   constexpr std::uint32_t kAllocated = 0x0100 | 0x1000;  // in the system's memory, its own texts
   if (cpu.Argument(0) != kAllocated || cpu.Argument(3) != kLanguage || cpu.Argument(6) != 0) {
     cpu.Fault("an error text asked for in another way than the system's own");
@@ -65,18 +65,18 @@ std::uint32_t FormatMessage(ArmCpu& cpu) {
   if (text == nullptr) return 0;
   const auto units = static_cast<std::uint32_t>(std::char_traits<char16_t>::length(text));
   const std::uint32_t bytes = (units + 1) * static_cast<std::uint32_t>(sizeof(char16_t));
-  const std::uint32_t address = cpu.Machine().Heap().Allocate(bytes);
+  const std::uint32_t address = cpu.Owner().Heap().Allocate(bytes);
   if (address == 0) {
     Plat_FreeSystemText(text);
     return 0;
   }
-  cpu.Machine().loans[address] = {text, true};
+  cpu.Owner().loans[address] = {text, true};
   std::memcpy(cpu.Write(address, bytes), text, bytes);
   cpu.WriteWord(cpu.Argument(4), address);
   return units;
 }
 
-std::uint32_t WidenAnsi(ArmCpu& cpu) {
+std::uint32_t WidenAnsi(Cpu& cpu) {
   constexpr std::uint32_t kWholeText = ~std::uint32_t{0};
   if (cpu.Argument(0) != 0 || cpu.Argument(1) != 0 || cpu.Argument(3) != kWholeText) {
     cpu.Fault("a conversion of something else than a whole ANSI text");
@@ -93,31 +93,31 @@ std::uint32_t WidenAnsi(ArmCpu& cpu) {
 
 // ---- C functions --------------------------------------------------------------------------------
 
-std::uint32_t StringLength(ArmCpu& cpu) { return Word(std::ssize(cpu.Text(cpu.Argument(0)))); }
+std::uint32_t StringLength(Cpu& cpu) { return Word(std::ssize(cpu.Text(cpu.Argument(0)))); }
 
-std::uint32_t CompareStrings(ArmCpu& cpu) {
+std::uint32_t CompareStrings(Cpu& cpu) {
   return Word(std::strcmp(cpu.Text(cpu.Argument(0)).c_str(), cpu.Text(cpu.Argument(1)).c_str()));
 }
 
-std::uint32_t CompareStringStarts(ArmCpu& cpu) {
+std::uint32_t CompareStringStarts(Cpu& cpu) {
   const std::uint32_t most = cpu.Argument(2);
   return Word(std::strncmp(cpu.Text(cpu.Argument(0), most).c_str(),
                            cpu.Text(cpu.Argument(1), most).c_str(), most));
 }
 
-std::uint32_t FindString(ArmCpu& cpu) {
+std::uint32_t FindString(Cpu& cpu) {
   const std::uint32_t begin = cpu.Argument(0);
   const std::size_t at = cpu.Text(begin).find(cpu.Text(cpu.Argument(1)));
   return at == std::string::npos ? 0 : begin + static_cast<std::uint32_t>(at);
 }
 
 // Decimal digits after blanks and a sign; what does not fit wraps.
-std::uint32_t TextToInt(ArmCpu& cpu) {
+std::uint32_t TextToInt(Cpu& cpu) {
   const std::string text = cpu.Text(cpu.Argument(0));
   return static_cast<std::uint32_t>(std::atoi(text.c_str()));
 }
 
-std::uint32_t CopyMemory(ArmCpu& cpu) {
+std::uint32_t CopyMemory(Cpu& cpu) {
   const std::uint32_t bytes = cpu.Argument(2);
   if (bytes != 0) {
     std::memmove(cpu.Write(cpu.Argument(0), bytes), cpu.Read(cpu.Argument(1), bytes), bytes);
@@ -125,7 +125,7 @@ std::uint32_t CopyMemory(ArmCpu& cpu) {
   return cpu.Argument(0);
 }
 
-std::uint32_t FillMemory(ArmCpu& cpu) {
+std::uint32_t FillMemory(Cpu& cpu) {
   const std::uint32_t bytes = cpu.Argument(2);
   if (bytes != 0) {
     std::memset(cpu.Write(cpu.Argument(0), bytes), static_cast<int>(cpu.Argument(1) & 0xFF), bytes);
@@ -133,7 +133,7 @@ std::uint32_t FillMemory(ArmCpu& cpu) {
   return cpu.Argument(0);
 }
 
-std::uint32_t CompareMemory(ArmCpu& cpu) {
+std::uint32_t CompareMemory(Cpu& cpu) {
   const std::uint32_t bytes = cpu.Argument(2);
   if (bytes == 0) return 0;
   return Word(

@@ -1,4 +1,4 @@
-# Debian's ARM compiler, for the recorder's processor. No library but the compiler's own libgcc.
+# Debian's ARM compiler, for the device's processor. No library but the compiler's own libgcc.
 set(CMAKE_SYSTEM_NAME Generic)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 set(CMAKE_CXX_COMPILER arm-none-eabi-g++)

@@ -119,7 +119,7 @@ std::int32_t Dump(unsigned index) {
 constexpr std::uint8_t kNothing = 0x0;
 constexpr std::uint8_t kRecord = 0x1;   // needs a record: what the operation takes says so
 constexpr std::uint8_t kChips = 0x2;    // needs initialized chips
-constexpr std::uint8_t kOutside = 0x4;  // runs after the lock is released
+constexpr std::uint8_t kOutside = 0x4;  // Quirk: runs after the lock is released
 constexpr std::uint8_t kKeeps = 0x8;    // Quirk: keeps the lock unless it succeeds
 
 struct Command {

@@ -12,7 +12,7 @@ int VEXOAPI_Initialize(VexoWindow window) {
   if (g_library.g_initialized == 0) return VEXO_ERROR_UNINITIALIZED;
   const PlatWindow handle = reinterpret_cast<PlatWindow>(window);
   if (!Plat_IsWindow(handle)) {
-    // Answers "done" all the same: hosts rely on it and notice by the commands' -8.
+    // Quirk: answers "done" all the same; hosts rely on it and notice by the commands' -8.
     VexoDbg_PrintLevel(kLevelInvalidWindow, u">> VEXOAPI_Initialize Invalid window handle \r\n");
     return VEXO_OK;
   }

@@ -83,7 +83,7 @@ void VexoSDK_Attach() {
   if (g_library.g_cs4_lock == kPlatNoHandle) {
     g_library.g_cs4_lock = Plat_CreateMutex(kLockName);
     if (g_library.g_cs4_lock == kPlatNoHandle) {
-      // Says "RTC mutex", and is looked for so.
+      // Quirk: the text says "RTC mutex"; hosts may look for it.
       Plat_KernelDebugOutput(u"<VexoCtrlSDK.DLL> Error : Failed to create RTC mutex.\r\n");
     }
   }
@@ -92,7 +92,8 @@ void VexoSDK_Attach() {
   g_library.g_instance_event = Plat_CreateEvent(kInstanceName, true, false);
   if (Plat_LastError() == kPlatErrorAlreadyExists) {
     VexoDbg_Print(u">> Error Load DLL, Already Register !! \r\n");
-    g_library.g_instance_event = kPlatNoHandle;  // not closed: the mark outlives its first owner
+    // Quirk: not closed, so that the mark outlives its first owner.
+    g_library.g_instance_event = kPlatNoHandle;
     return;
   }
   g_library.g_initialized = 1;
@@ -128,7 +129,7 @@ void VexoSDK_Detach() {
   UnmapWindow(g_bus.select);
   UnmapWindow(g_bus.address);
   UnmapWindow(g_bus.data);
-  // The stale value stays on purpose: an attach without a new load takes no new lock.
+  // Quirk: the stale value stays: an attach without a new load takes no new lock.
   if (g_library.g_cs4_lock != kPlatNoHandle) Plat_CloseHandle(g_library.g_cs4_lock);
   Plat_NvramDeinit();
   ClearVersionText();

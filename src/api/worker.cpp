@@ -44,8 +44,8 @@ void ReportVideo(Reported& reported) {
   reported.loss_mask = loss_mask;
 }
 
-// A changed mask is told at once, an unchanged one every 900 ms. Only the repeat clears the stamp,
-// so after a change it may come early.
+// A changed mask is told at once, an unchanged one every 900 ms. Quirk: only the repeat clears the
+// stamp, so after a change it may come early.
 void ReportMotion(Reported& reported) {
   const std::uint32_t mask = VexoProc_ReadMotionStatus();
   if (mask != reported.motion_mask) {
@@ -95,7 +95,7 @@ void VexoSDK_StopWorker() {
 }
 
 std::uint32_t VexoSDK_WorkerProc(void* block) {
-  // Never signalled and never closed: its time-outs pace the thread.
+  // Never signalled: its time-outs pace the thread. Quirk: never closed.
   const PlatHandle pause = Plat_CreateEvent(nullptr, false, false);
   if (block == nullptr) return kExitNoBlock;
   auto* worker = static_cast<WorkerBlock*>(block);

@@ -33,5 +33,5 @@ struct VideoStateBlock {
 };
 extern VideoStateBlock g_video;
 
-// Whether the board shows NTSC; everything else is laid out as PAL.
+// Whether the board shows NTSC. Quirk: everything else, "no video" too, is laid out as PAL.
 inline bool IsNtsc() { return g_video.video_standard == kStandardNtsc; }

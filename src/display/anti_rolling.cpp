@@ -39,6 +39,7 @@ void TW_ApplyAntiRolling() {
           static_cast<std::uint8_t>((old & kDisplayKept) | kDisplayHold | i));
   }
   if (!WaitUntilSettled(kSettlePolls)) {
+    // Quirk: the text is spelled so; hosts may look for it.
     Plat_KernelDebugOutput(u"<VEXOCtrlSDK.DLL> : ERROR : fail to apply anti-rolling !!! \r\n");
   }
 }

@@ -100,7 +100,7 @@ std::uint8_t TextPathChips() {
 void TW_BlankAllChannels() {
   const BoardVariant* board = FindBoardVariant(g_video.max_channel);
   if (board != nullptr) g_display.blank_mask.playback = board->all_channels;
-  // The repeated write is wanted.
+  // Quirk: each register is written twice.
   WriteBlankBits(true, 2);
 }
 

@@ -24,7 +24,7 @@ constexpr DecoderTable kDecoderLive = {
     // 0x50
     0x00, 0x80, 0x06, 0x00, 0x00};
 
-// Chosen by board and standard. Wanted, though all four hold the same bytes.
+// Chosen by board and standard, though all four hold the same bytes.
 struct DecoderChoice {
   const DecoderTable* ntsc;
   const DecoderTable* other;
@@ -78,7 +78,7 @@ std::int32_t SetLiveMode(const BoardVariant& board, const VexoLiveModeRecord* re
 std::int32_t TW_SetLiveModeInfo(const VexoLiveModeRecord* record) {
   if (record == nullptr) return VEXO_ERROR_PARAMETER;
   if (g_display.view == kViewLive) {
-    // Redone all the same, on purpose: this is how a host programs the display anew.
+    // Quirk: redone all the same; this is how a host programs the display anew.
     VexoDbg_Print(u">> TW_SetLiveModeInfo ALREADY LIVE MODE\r\n");
   }
   g_display.view = kViewLive;
@@ -88,6 +88,7 @@ std::int32_t TW_SetLiveModeInfo(const VexoLiveModeRecord* record) {
 
   // Boards that have no variant skip these two.
   if (const BoardVariant* board = FindBoardVariant(g_video.max_channel)) {
+    // Quirk: a split that the board lacks is not reported.
     SetLiveMode(*board, record);
     TW_SetChannelBlankMask(~g_display.live_mask);
   }

@@ -49,7 +49,8 @@ void ProgramWindows4Ch(std::uint8_t mode, const std::uint8_t* channels) {
       HideChannel(n);
     }
   }
-  // The release sets the front bit of all four anyway; what hides the others is the zero rectangle.
+  // Quirk: the release sets the front bit of all four anyway; what hides the others is the zero
+  // rectangle.
   for (std::uint8_t n = 0; n < kBoard4Ch.channels; ++n) {
     const std::uint8_t front = n == channels[0] ? kDisplayFront.bits : std::uint8_t{0};
     WriteChannelDisplay(kChipAll, n, kDisplayEnable | front);
@@ -69,7 +70,7 @@ void ProgramWindowsByScan(const BoardVariant& board, std::uint8_t mode,
   for (std::uint8_t n = 0; n < board.channels && window < kWindowsOfMode[mode]; ++n) {
     if (n == channels[window]) {
       PlaceChannel(n, mode, window++);
-    } else if (second_page && n < kSecondPageWrapped) {
+    } else if (second_page && n < kSecondPageWrapped) {  // Quirk: whatever the list says of 0 and 1
       PlaceChannel(n, mode, static_cast<std::uint8_t>(kSecondPageWrapWindow + n));
     } else {
       HideChannel(n);
@@ -101,6 +102,7 @@ std::int32_t SetLiveSplit(const BoardVariant& board, std::uint8_t mode,
 
 std::int32_t TW_SetLiveSplitMode(std::uint8_t mode, const std::uint8_t* channels) {
   if (g_display.view != kViewLive) {
+    // Quirk: the text is spelled so; hosts may look for it.
     VexoDbg_Print(u">> ERROR TW_SetLiveSplitMode CURREENT PLAYBACK MODE!!");
     return VEXO_ERROR_FAILED;
   }

@@ -123,6 +123,7 @@ void ReleaseHeld(std::uint8_t mode) {
 
 void TW_SetLiveSplitDirect(std::uint8_t mode, std::uint8_t first_channel, std::uint8_t option) {
   if (mode >= kSplitModes) {
+    // Quirk: the text is spelled so; hosts may look for it.
     VexoDbg_Print(u">> Invlaid Live Split Mode !!");
     return;
   }
@@ -130,6 +131,7 @@ void TW_SetLiveSplitDirect(std::uint8_t mode, std::uint8_t first_channel, std::u
   g_display.split_option = option;
 
   WriteChannelDisplayToAll(kDisplayEnable | kDisplayHold);
+  // Quirk: waits without a limit, where the binary command gives up after a second.
   WaitUntilSettled(kPollWithoutLimit);
   // A board without channels has none to count around; the full screen asks for no counting.
   if (g_video.max_channel != 0 || mode == kSplitFull) ShowSplit(mode, first_channel, option);

@@ -83,7 +83,7 @@ void BringToFront(std::uint8_t channels, std::uint8_t channel) {
 
 void BeginPlayLayout(std::uint8_t mode) {
   Write(kChipAll, kDisplayMode, mode == kSplitFull ? kModeSingle : kModeSplit);
-  // All four chip codes, whatever the board has.
+  // Quirk: all four chip codes, whatever the board has.
   for (std::uint8_t p = 0; p < kChipsMax; ++p) {
     WriteFirstPath(kChipByPosition[p], FirstChannelOf(p), kPathDecoded);
   }

@@ -30,7 +30,7 @@ std::int32_t SetPlaybackMode(const BoardVariant& board, const VexoPlayModeRecord
 std::int32_t TW_SetPlaybackModeInfo(const VexoPlayModeRecord* record) {
   if (record == nullptr) return VEXO_ERROR_PARAMETER;
   if (g_display.view == kViewPlayback) {
-    // Redone all the same, on purpose.
+    // Quirk: redone all the same.
     VexoDbg_Print(u">> TW_SetPlaybackModeInfo ALREADY PLAYBACK MODE\r\n");
   }
   g_display.view = kViewPlayback;

@@ -45,7 +45,7 @@ void ShowFullPicture(const BoardVariant& board, const std::uint8_t* channels) {
 }
 
 void Show2x2(const BoardVariant& board, const std::uint8_t* channels) {
-  // Every channel that the list meets may share the one centred window.
+  // Quirk: every channel that the list meets may share the one centred window.
   const std::uint8_t windows =
       g_playback.centred_picture != 0 ? board.channels : kWindowsOfMode[kSplit4];
   ShowPlay2x2(board.channels, channels, MatchAscending(board.channels, channels, windows));
@@ -89,7 +89,7 @@ std::int32_t SetPlaySplit(const BoardVariant& board, std::uint8_t mode, std::uin
   const bool single = mode == kSplitFull;
   g_playback.full_picture = single && option != 0 ? 1 : 0;
   g_playback.centred_picture = single && option == 0 ? 1 : 0;
-  // A centred picture is one window of the 2 x 2.
+  // Quirk: a single picture without the option is one centred window of the 2 x 2.
   if (g_playback.centred_picture != 0) mode = kSplit4;
   if (mode > board.highest_split_mode) return VEXO_ERROR_PARAMETER;
 
@@ -117,6 +117,7 @@ std::int32_t SetPlaySplit(const BoardVariant& board, std::uint8_t mode, std::uin
 std::int32_t TW_SetPlaySplitMode(std::uint8_t mode, std::uint8_t option,
                                  const std::uint8_t* channels) {
   if (g_display.view != kViewPlayback) {
+    // Quirk: the text is spelled so; hosts may look for it.
     VexoDbg_Print(u">> ERROR TW_SetPlaySplitMode CURREENT LIVE MODE!!");
     return VEXO_ERROR_FAILED;
   }
@@ -124,6 +125,7 @@ std::int32_t TW_SetPlaySplitMode(std::uint8_t mode, std::uint8_t option,
     VexoDbg_Print(u">> ERROR TW_SetPlaySplitMode INVALID PARAM!!");
     return VEXO_ERROR_PARAMETER;
   }
+  // Quirk: only the switch into playback lays these out.
   if (HasLargeWindow(mode)) {
     VexoDbg_Print(u">> ERROR TW_SetPlaySplitMode NOT SUPPORT SPLIT MODE(%d)!!", mode);
     return VEXO_ERROR_PARAMETER;

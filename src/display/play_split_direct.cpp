@@ -144,6 +144,7 @@ void TW_SetPlaySetup(std::uint8_t mode, std::uint8_t /*option*/) {
 
 void TW_SetPlaySplitDirect(std::uint8_t mode, std::uint8_t channel) {
   if (mode >= kSplitModes) {
+    // Quirk: the text is spelled so; hosts may look for it.
     VexoDbg_Print(u">> Invlaid Play Split Mode !!");
     return;
   }

@@ -51,7 +51,7 @@ void TransformMask(std::uint8_t* mask) {
   }
 }
 
-// Transforms the record's mask and programs it with the level.
+// Transforms the record's mask and programs it with the level. Quirk: the host gets it back so.
 std::int32_t ProgramMotionRecord(VexoMotionMaskRecord* record) {
   const std::uint8_t channel = record->channel;
   if (channel >= g_video.max_channel) return VEXO_ERROR_PARAMETER;

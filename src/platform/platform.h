@@ -1,7 +1,7 @@
 // The thin layer over the operating system: everything the library asks of the world outside.
 //
-// One folder per implementation: ce/ calls the system, sim/ forwards to the simulated board. Which
-// one is compiled is decided by the build; nothing above this file knows.
+// One folder per implementation: ce/ calls the system, sim/platform/ of the project forwards to the
+// simulated board. Which one is compiled is decided by the build; nothing above this file knows.
 //
 // Texts are UTF-16 and zero-terminated. Times are milliseconds. Operations that can fail say how;
 // Plat_LastError() then gives the system's reason.
@@ -179,7 +179,7 @@ void Plat_WidenAnsi(const char* text, char16_t* buffer, std::size_t capacity);
 // ---- Shared data --------------------------------------------------------------------------------
 
 // One word in a data section that all processes share. Nothing reads or writes it; other programs
-// of the board know that it is there.
+// of the device know that it is there.
 extern std::uint32_t g_shared_word;
 
 // ---- What the platform calls --------------------------------------------------------------------

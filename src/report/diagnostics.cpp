@@ -68,8 +68,8 @@ void VexoDbg_PrintLastError(std::uint32_t error_code) {
 std::uint32_t VexoDbg_GetErrorText(std::uint32_t error_code, char16_t* buffer) {
   char16_t* text = Plat_SystemText(error_code, kPlatNoHandle);
   if (text == nullptr) {
-    // The module is handed over but the system is not told to search it, so this asks the same
-    // question again. Kept: network errors have always gone without a text.
+    // Quirk: the module is handed over but the system is not told to search it, so this asks the
+    // same question again. Network errors have always gone without a text.
     const PlatHandle module = Plat_LoadDataModule(kMessageModule);
     text = Plat_SystemText(error_code, module);
     if (module != kPlatNoHandle) Plat_FreeModule(module);

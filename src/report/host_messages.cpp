@@ -8,6 +8,7 @@ namespace {
 constexpr std::uint32_t kSendLimitMs = 5000;
 }
 
+// Quirk: the failures' texts are spelled so; hosts may look for them.
 void VexoSDK_SendHostMessage(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
   if (Plat_SendMessage(g_library.g_host_wnd, message, wparam, lparam, kSendLimitMs)) return;
   VexoDbg_Print(u">> SendMessage Error occure 0x%08X 0x%08X \r\n", message, Plat_LastError());

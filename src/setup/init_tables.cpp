@@ -139,7 +139,7 @@ void TW_InitPage0Tables() {
   WriteTable(all, kAudioBlock, ntsc && g_video.max_channel != 4 ? kAudioLargerN : kAudio);
   WriteTable(all, kVideoBlock, kVideoInit);
 
-  // Written ahead of the final delay below, for P alone.
+  // Quirk: written ahead of the final delay below, for P alone.
   if (!ntsc) WriteInputs(kInputDelay, 0x28);
   Write(all, kDecoderOutput, 0x30);
   WriteInputs(kInputDelay, ntsc ? 0x20 : 0x32);

@@ -31,8 +31,8 @@ constexpr std::uint8_t kOutputModeLive = 0x45;
 constexpr std::uint16_t kAdjustedHostVersion = 5;
 constexpr std::uint8_t kCascadeAdjusted = 0x20;
 
-// Takes over what is stored. The stored standard overrides the detected one; a channel count that
-// differs is only told.
+// Takes over what is stored. Quirk: the stored standard overrides the detected one; a channel count
+// that differs is only told. Quirk: the texts are spelled so; hosts may look for them.
 void ReconcileStoredSettings() {
   const StoredSettings stored = ReadStoredSettings({g_video.video_standard, g_video.max_channel});
   if (stored.max_channel != g_video.max_channel) {
@@ -99,8 +99,8 @@ void ReportFailure(const char16_t* text, std::uint32_t status) {
 }  // namespace
 
 std::uint8_t TW_DetectChips() {
-  // Chips are counted, not placed: a gap in the fitting is not compensated. Wanted; every loop
-  // over chips takes the first ones.
+  // Quirk: chips are counted, not placed: a gap in the fitting is not compensated, every loop over
+  // chips takes the first ones.
   std::uint8_t count = 0;
   for (std::uint8_t p = 0; p < kChipsMax; ++p) {
     const std::uint8_t id = Read(kChipByPosition[p], kChipId);
@@ -127,6 +127,7 @@ std::int32_t TW_InitializeSetup(std::uint16_t /*reserved1*/, std::uint16_t /*res
   g_display.wait_event = Plat_CreateEvent(nullptr, false, false);
   TW_ReleaseChip(kChipAll);
   g_video.broadcast_select = kChipAll;
+  // Quirk: chips that were ready stay ready, though none answers any more.
   if (TW_DetectChips() == 0) return kInitNoChip;
   TW_DetectVideoStandard();
   ReconcileStoredSettings();

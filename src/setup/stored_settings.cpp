@@ -29,6 +29,7 @@ StoredSettings ReadStoredSettings(const StoredSettings& detected) {
   // Quirk: an unreadable record overrides the detected standard with "no video".
   if (!ReadNvram(0, record, kRecordBytes)) return {kStandardNone, 0};
   if (std::memcmp(record, kMagic, kMagicBytes) != 0) {
+    // Quirk: says "write" for what was read, and has no number to show.
     VexoDbg_Print(u"[TW2835] ERROR WRITE DATA NVRAM DRIVER 0x%08X\r\n\r\n", 0u);
     return detected;
   }

@@ -26,6 +26,7 @@ void FillColumns(std::uint8_t chip, unsigned left, unsigned right) {
   WriteFill(chip, kFillLeft, left);
   WriteFill(chip, kFillRight, right);
   WriteFill(chip, kFillControl, kFillStart);
+  // Quirk: without a limit; the engine ends within a few bus cycles.
   while ((Read(chip, kFillControl) & kFillBusy) != 0) {
   }
 }
@@ -72,6 +73,8 @@ void TW_BlueScreenInit() {
   }
 }
 
+// Quirk: neither the overlay entries nor the layout of before come back; the next layout brings
+// them.
 void TW_BlueScreenClear() {
   TW_FillFullRect();
   const DisplayTable& table = g_video.max_channel == 4 ? kDisplay4Ch : kDisplayLarger;

@@ -41,8 +41,8 @@ void TW_DetectVideoStandard() {
   detect.ntsc_count = 0;
   detect.pal_count = 0;
   for (std::uint8_t p = 0; p < g_video.chip_count; ++p) {
-    // Added to what is there: only TW_ReadVideoDetect starts the mask anew. And only the low
-    // nibble counts here. Both are wanted.
+    // Quirk: added to what is there; only TW_ReadVideoDetect starts the mask anew. And only the low
+    // nibble counts here.
     g_video.g_vid_loss_mask |= ChipBits(status[p], p);
     for (unsigned c = 0; c < kChannelsPerChip; ++c) {
       std::uint8_t& standard = detect.channel_standard[kChannelsPerChip * p + c];
@@ -60,7 +60,7 @@ void TW_DetectVideoStandard() {
   } else if (detect.ntsc_count < detect.pal_count) {
     g_video.video_standard = kStandardPal;
   } else {
-    // A tie goes to neither: the stored setting decides.
+    // Quirk: a tie goes to neither; the stored setting decides.
     VexoDbg_Print(u"\r\n VIDEO DET : %d %d \r\n", detect.ntsc_count, detect.pal_count);
     g_video.video_standard = kStandardNone;
   }
@@ -79,7 +79,7 @@ void TW_ReadVideoDetect(VideoDetectRecord* record) {
     g_video.g_vid_loss_mask |= ChipBits(status[p], p);
   }
   for (std::uint8_t p = 0; p < g_video.chip_count; ++p) {
-    // Either nibble makes a channel lost; only the high one makes its standard "no video". Wanted.
+    // Quirk: either nibble makes a channel lost; only the high one makes its standard "no video".
     const auto high = static_cast<std::uint8_t>(status[p] >> 4);
     g_video.g_vid_loss_mask |= ChipBits(high, p);
     for (unsigned c = 0; c < kChannelsPerChip; ++c) {

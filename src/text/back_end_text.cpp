@@ -40,7 +40,7 @@ struct BackEndCommand {
   Slot slots[kSlotsMax];
 };
 
-// The slot orders are the driver's; they are not the order typed.
+// Quirk: the slot orders are the driver's; they are not the order typed.
 constexpr std::array kBackEndCommands = {
     BackEndCommand{"init", kOpenDriver, 0, {}},
     BackEndCommand{"uninit", kCloseDriver, 0, {}},

@@ -33,7 +33,7 @@ constexpr std::uint8_t kFirstPage = 0;  // of the channels of a live split
 
 // ---- System -------------------------------------------------------------------------------------
 
-void Nothing(const Numbers&) {}
+void Nothing(const Numbers&) {}  // Quirk: words that are accepted and ask for nothing
 
 void Init(const Numbers& n) {
   constexpr std::uint16_t kNoNumber = 0xFFFF;
@@ -257,6 +257,7 @@ std::int32_t VexoText_Parse(const char* line) {
   result = ReadArguments(kChipGrammar, match);
   if (result == TextResult::kRejected) return 0;
 
+  // Quirk: an unknown word behind a known keyword is accepted and does nothing.
   const ChipCommand& command = kChipCommands[match.row];
   const bool runs = command.chips == Chips::kNotNeeded || g_video.g_chip_ready != 0;
   if (result == TextResult::kMatched && runs) command.run(match.numbers);

@@ -28,6 +28,7 @@ int VEXOAPI_TextCommandProc(const char* line) {
     return VEXO_ERROR_FAILED;
   }
   std::int32_t tokens = 0;
+  // Quirk: the header is looked for anywhere in the line; the parser then wants it first.
   if (line != nullptr && std::strstr(line, kChipHeader) != nullptr) {
     tokens = VexoText_Parse(line);
   } else if (line != nullptr && std::strstr(line, kBackEndHeader) != nullptr) {

@@ -32,7 +32,8 @@ const char* VexoTok_Next(const char* line, const char* separators) {
     std::memcpy(state.line, line, state.length);
     state.position = 0;
   }
-  // A token that runs into the end of the line is dropped: hosts end lines with a separator.
+  // Quirk: a token that runs into the end of the line is dropped (hosts end lines with a
+  // separator), and an empty token ends the line.
   for (std::uint32_t count = 0; state.position < state.length; ++count) {
     const char character = state.line[state.position++];
     if (IsSeparator(character, separators)) {

@@ -1,4 +1,4 @@
-// Comparing runs of the board's binary with runs of the library, and the tool's options for it.
+// Comparing runs of the image with runs of the library, and the tool's options for it.
 #include "tools/vexosim/compare.h"
 
 #include <gmock/gmock.h>
@@ -24,11 +24,11 @@ using testing::IsEmpty;
 
 ScriptOutcome Outcome() { return {0, "", {R"({"ev":"a"})", R"({"ev":"b"})"}}; }
 
-TEST(ArmCompare, FindsNoDifferenceBetweenEqualOutcomes) {
+TEST(Compare, FindsNoDifferenceBetweenEqualOutcomes) {
   EXPECT_THAT(Difference(Outcome(), Outcome()), IsEmpty());
 }
 
-TEST(ArmCompare, ShowsTheFirstEventThatDiffers) {
+TEST(Compare, ShowsTheFirstEventThatDiffers) {
   ScriptOutcome other = Outcome();
   other.trace[1] = R"({"ev":"c"})";
   EXPECT_THAT(
@@ -36,14 +36,14 @@ TEST(ArmCompare, ShowsTheFirstEventThatDiffers) {
       testing::AllOf(HasSubstr("event 2"), HasSubstr(R"({"ev":"b"})"), HasSubstr(R"({"ev":"c"})")));
 }
 
-TEST(ArmCompare, ShowsAnEventThatIsMissingOrTooMany) {
+TEST(Compare, ShowsAnEventThatIsMissingOrTooMany) {
   ScriptOutcome other = Outcome();
   other.trace.pop_back();
   EXPECT_THAT(Difference(Outcome(), other), HasSubstr("image:   none"));
   EXPECT_THAT(Difference(other, Outcome()), HasSubstr("library: none"));
 }
 
-TEST(ArmCompare, ShowsOtherComplaintsAndAnotherStatus) {
+TEST(Compare, ShowsOtherComplaintsAndAnotherStatus) {
   ScriptOutcome other = Outcome();
   other.status = 1;
   other.complaints = "warning: contention";
@@ -52,7 +52,7 @@ TEST(ArmCompare, ShowsOtherComplaintsAndAnotherStatus) {
 }
 
 // An image whose every function returns 1.
-class ArmTool : public testing::Test {
+class ImageCompareTest : public testing::Test {
  protected:
   static constexpr const char* kExports[] = {"?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z",
                                              "VEXOAPI_CommandProc",
@@ -96,19 +96,19 @@ class ArmTool : public testing::Test {
   std::ostringstream err_;
 };
 
-TEST_F(ArmTool, FindsAnImageEqualInWhatAScriptTouches) {
+TEST_F(ImageCompareTest, FindsAnImageEqualInWhatAScriptTouches) {
   // Before an attach the switches do nothing.
   EXPECT_EQ(Compare(Toy(), "debug 1\noutput 1\nunbind\n"), script::kExitDone) << out_.str();
   EXPECT_THAT(out_.str(), HasSubstr("1 scripts with 6 events at 2 bases: the same traces"));
 }
 
-TEST_F(ArmTool, FindsAnImageThatDoesLess) {
+TEST_F(ImageCompareTest, FindsAnImageThatDoesLess) {
   EXPECT_EQ(Compare(Toy(), "attach\n"), script::kExitUnmet);
   EXPECT_THAT(out_.str(), HasSubstr("loaded at 0x10000000: event 2"));
   EXPECT_THAT(out_.str(), HasSubstr("loaded at 0x01E40000: event 2"));
 }
 
-TEST_F(ArmTool, ListsRelocationsThatDoNotMatter) {
+TEST_F(ImageCompareTest, ListsRelocationsThatDoNotMatter) {
   // Loads a word through a relocated address; a second relocated word is never loaded.
   emulator::ToyImage toy = Toy();
   toy.code = {0xE59F1008,
@@ -123,7 +123,7 @@ TEST_F(ArmTool, ListsRelocationsThatDoNotMatter) {
   EXPECT_THAT(out_.str(), HasSubstr("2 relocations: 1 matter, 1 belong"));
 }
 
-TEST_F(ArmTool, NamesRelocationsThatDoNotMatterWhenThereIsAMap) {
+TEST_F(ImageCompareTest, NamesRelocationsThatDoNotMatterWhenThereIsAMap) {
   emulator::ToyImage toy = Toy();
   toy.code.push_back(emulator::ToyImage::kBase + emulator::ToyImage::kWord);
   toy.relocations = {emulator::ToyImage::kCode + 8};
@@ -137,7 +137,7 @@ TEST_F(ArmTool, NamesRelocationsThatDoNotMatterWhenThereIsAMap) {
               HasSubstr("relocation 0 at image+0x1008, One() -> g_word: no script loads its word"));
 }
 
-TEST_F(ArmTool, RefusesAFileThatIsNoImage) {
+TEST_F(ImageCompareTest, RefusesAFileThatIsNoImage) {
   Write(image_, "MZ");
   CompareOptions options;
   options.image = image_;
@@ -145,13 +145,13 @@ TEST_F(ArmTool, RefusesAFileThatIsNoImage) {
   EXPECT_THAT(err_.str(), HasSubstr("ends before"));
 }
 
-TEST_F(ArmTool, RefusesAScriptThatIsWrong) {
+TEST_F(ImageCompareTest, RefusesAScriptThatIsWrong) {
   EXPECT_EQ(Compare(Toy(), "debug 1\nfly\n"), script::kExitWrong);
   EXPECT_THAT(err_.str(), HasSubstr("toy.vexo:2: expected "));
   EXPECT_THAT(out_.str(), IsEmpty());
 }
 
-TEST_F(ArmTool, RefusesAScriptThatItCannotRead) {
+TEST_F(ImageCompareTest, RefusesAScriptThatItCannotRead) {
   const std::vector<std::uint8_t> bytes = Toy().Bytes();
   Write(image_, std::string(bytes.begin(), bytes.end()));
   CompareOptions options;
@@ -163,19 +163,19 @@ TEST_F(ArmTool, RefusesAScriptThatItCannotRead) {
   }
 }
 
-TEST_F(ArmTool, LendsARecordAtAnOddAddress) {
+TEST_F(ImageCompareTest, LendsARecordAtAnOddAddress) {
   emulator::ToyImage toy = Toy();
   toy.code = {0xE2010007, 0xE12FFF1E};  // and r0, r1, #7; bx lr
-  emulator::ArmMachine machine(emulator::PeImage::Parse(toy.Bytes()));
+  emulator::Machine machine(emulator::PeImage::Parse(toy.Bytes()));
   const emulator::ImageInUse in_use(machine);
   harness::Restart();
   sim::Bytes record(4);
   EXPECT_EQ(harness::CommandProc(0xF001, &record), 1);
 }
 
-TEST_F(ArmTool, ReturnsToTheLinkedLibraryAfterTheImage) {
+TEST_F(ImageCompareTest, ReturnsToTheLinkedLibraryAfterTheImage) {
   {
-    emulator::ArmMachine machine(emulator::PeImage::Parse(Toy().Bytes()));
+    emulator::Machine machine(emulator::PeImage::Parse(Toy().Bytes()));
     const emulator::ImageInUse in_use(machine);
     harness::Restart();
     EXPECT_EQ(harness::TextCommandProc("x"), 1);
@@ -185,10 +185,10 @@ TEST_F(ArmTool, ReturnsToTheLinkedLibraryAfterTheImage) {
   EXPECT_NE(harness::TextCommandProc("x"), 1);
 }
 
-TEST_F(ArmTool, FailsTheRunOfAScriptForAFault) {
+TEST_F(ImageCompareTest, FailsTheRunOfAScriptForAFault) {
   emulator::ToyImage toy = Toy();
   toy.code = {0xE3A00209, 0xE5900000, 0xE12FFF1E};  // loads from nowhere
-  emulator::ArmMachine machine(emulator::PeImage::Parse(toy.Bytes()));
+  emulator::Machine machine(emulator::PeImage::Parse(toy.Bytes()));
   const emulator::ImageInUse in_use(machine);
   script::RunOptions options;
   options.machine = &machine;
@@ -199,7 +199,7 @@ TEST_F(ArmTool, FailsTheRunOfAScriptForAFault) {
 }
 
 // The command line, on the toy and a script of one line.
-class ArmCommandLine : public ArmTool {
+class ImageOptionsTest : public ImageCompareTest {
  protected:
   void SetUp() override {
     const std::vector<std::uint8_t> bytes = Toy().Bytes();
@@ -218,14 +218,14 @@ class ArmCommandLine : public ArmTool {
   }
 };
 
-TEST_F(ArmCommandLine, RunsAScriptOnTheImage) {
+TEST_F(ImageOptionsTest, RunsAScriptOnTheImage) {
   EXPECT_EQ(Main({"run", script_.c_str()}), script::kExitUnmet);
   EXPECT_EQ(Main({"run", "--image", image_.c_str(), script_.c_str()}), script::kExitDone)
       << err_.str();
   EXPECT_THAT(out_.str(), HasSubstr("image: 2 instructions, 0 bytes of stack"));
 }
 
-TEST_F(ArmCommandLine, LoadsTheImageWhereItIsTold) {
+TEST_F(ImageOptionsTest, LoadsTheImageWhereItIsTold) {
   EXPECT_EQ(Main({"run", "--image", image_.c_str(), "--image-base", "0x01E40000", script_.c_str()}),
             script::kExitDone)
       << err_.str();
@@ -234,12 +234,12 @@ TEST_F(ArmCommandLine, LoadsTheImageWhereItIsTold) {
   EXPECT_THAT(err_.str(), HasSubstr("cannot be loaded at 0x00000100"));
 }
 
-TEST_F(ArmCommandLine, RefusesAnImageThatIsNotThere) {
+TEST_F(ImageOptionsTest, RefusesAnImageThatIsNotThere) {
   EXPECT_EQ(Main({"run", "--image", "/nonexistent.dll", script_.c_str()}), script::kExitWrong);
   EXPECT_THAT(err_.str(), HasSubstr("cannot read /nonexistent.dll"));
 }
 
-TEST_F(ArmCommandLine, ComparesTheImageWithTheLibrary) {
+TEST_F(ImageOptionsTest, ComparesTheImageWithTheLibrary) {
   EXPECT_EQ(Main({"compare", image_.c_str(), script_.c_str()}), script::kExitUnmet);
   EXPECT_THAT(out_.str(), HasSubstr("exit status: 1 and 0"));
 }

@@ -17,7 +17,7 @@ namespace vexosim {
 namespace {
 
 constexpr const char* kDescription =
-    "Runs VexoCtrlSDK on a simulated recorder board: up to four TW2835 chips, sixteen cameras,\n"
+    "Runs VexoCtrlSDK on a simulated board: up to four TW2835 chips, sixteen cameras,\n"
     "a host window, and virtual time, so that every run is the same run.";
 
 constexpr const char* kFooter =
@@ -59,8 +59,7 @@ constexpr const char* kRunIntroduction =
 const std::map<std::string, ColourChoice> kColourChoices = {
     {"auto", ColourChoice::Auto}, {"always", ColourChoice::Always}, {"never", ColourChoice::Never}};
 
-// The library's binary for the board, run instruction by instruction in the place of the linked
-// one.
+// The image, run instruction by instruction in the place of the linked library.
 struct ImageArguments {
   std::string file;  // empty: the linked library
   std::optional<std::uint32_t> base;
@@ -96,11 +95,12 @@ void AddColour(CLI::App& app, std::string& colour) {
 
 void AddImage(CLI::App& app, ImageArguments& image) {
   CLI::Option* file =
-      app.add_option("--image", image.file,
-                     "Runs this binary for the board, VexoCtrlSDK.DLL for Windows CE on ARM, on an "
-                     "emulated\nprocessor instead of the library in this program")
+      app.add_option(
+             "--image", image.file,
+             "Runs this image, VexoCtrlSDK.DLL for Windows CE on ARM, on an emulated device\n"
+             "instead of the library in this program")
           ->type_name("FILE.DLL");
-  app.add_option("--image-base", image.base, "Where the binary is loaded; default: where it wants")
+  app.add_option("--image-base", image.base, "Where the image is loaded; default: where it wants")
       ->type_name("ADDRESS")
       ->needs(file);
 }
@@ -112,7 +112,7 @@ int WithImage(const ImageArguments& arguments, Function run) {
   try {
     emulator::MachineOptions options;
     options.base = arguments.base;
-    emulator::ArmMachine machine(emulator::PeImage::Load(arguments.file), options);
+    emulator::Machine machine(emulator::PeImage::Load(arguments.file), options);
     const emulator::ImageInUse in_use(machine);
     return run(&machine);
   } catch (const emulator::BadImage& error) {
@@ -121,7 +121,7 @@ int WithImage(const ImageArguments& arguments, Function run) {
   }
 }
 
-int RunCommand(const RunArguments& arguments, const emulator::ArmMachine* machine) {
+int RunCommand(const RunArguments& arguments, const emulator::Machine* machine) {
   script::RunOptions options;
   options.machine = machine;
   options.quiet = arguments.quiet;
@@ -238,14 +238,14 @@ int Main(int argc, const char* const* argv) {
 
   CompareOptions compare_options;
   CLI::App* compare =
-      app.add_subcommand("compare", "Runs scripts on the library and on its binary for the board");
+      app.add_subcommand("compare", "Runs scripts on the library and on its image for the device");
   compare->add_option("IMAGE", compare_options.image, "VexoCtrlSDK.DLL for Windows CE on ARM")
       ->required()
       ->type_name("");
   compare->add_option("SCRIPT", compare_options.scripts, "Script files")->required()->type_name("");
   compare
       ->add_option("--image-base", compare_options.bases,
-                   "Where the binary is loaded; default: where it wants, and elsewhere")
+                   "Where the image is loaded; default: where it wants, and elsewhere")
       ->type_name("ADDRESS");
   compare
       ->add_option("--seed", compare_options.seed,
@@ -270,7 +270,7 @@ int Main(int argc, const char* const* argv) {
   }
   if (*demo) {
     demo_options.style = StandardOutputStyle(kColourChoices.at(demo_colour));
-    return WithImage(demo_image, [&](const emulator::ArmMachine* machine) {
+    return WithImage(demo_image, [&](const emulator::Machine* machine) {
       demo_options.machine = machine;
       return RunDemo(demo_options, std::cout, std::cerr);
     });
@@ -284,7 +284,7 @@ int Main(int argc, const char* const* argv) {
     std::cout << TextCommandManual() << std::flush;
     return script::kExitDone;
   }
-  return WithImage(run_arguments.image, [&](const emulator::ArmMachine* machine) {
+  return WithImage(run_arguments.image, [&](const emulator::Machine* machine) {
     return RunCommand(run_arguments, machine);
   });
 }

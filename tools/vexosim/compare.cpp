@@ -67,7 +67,7 @@ class Comparison {
   void OneBase(const emulator::PeImage& image, std::uint32_t base) {
     emulator::MachineOptions machine_options;
     machine_options.base = base;
-    emulator::ArmMachine machine(image, machine_options);
+    emulator::Machine machine(image, machine_options);
     const emulator::ImageInUse in_use(machine);
     const auto begin = std::chrono::steady_clock::now();
     for (std::size_t i = 0; i < options_.scripts.size(); ++i) {
@@ -86,7 +86,7 @@ class Comparison {
   void Relocations(const emulator::PeImage& image) {
     emulator::MachineOptions machine_options;
     machine_options.base = kOtherBase;
-    emulator::ArmMachine machine(image, machine_options);
+    emulator::Machine machine(image, machine_options);
     const emulator::ImageInUse in_use(machine);
     const std::size_t count = image.Relocations().size();
     std::vector<std::vector<std::size_t>> scripts_of(count);
@@ -131,7 +131,7 @@ class Comparison {
 
 }  // namespace
 
-ScriptOutcome RunForComparison(const std::string& path, const emulator::ArmMachine* machine,
+ScriptOutcome RunForComparison(const std::string& path, const emulator::Machine* machine,
                                std::uint64_t seed) {
   std::ifstream script(path);
   // A folder opens but cannot be read.

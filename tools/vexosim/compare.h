@@ -1,4 +1,4 @@
-// The binary for the board against the linked library: the same script must give the same trace.
+// The image against the linked library: the same script must give the same trace.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +22,7 @@ struct ScriptOutcome {
 };
 
 // Runs a script on the machine, or on the linked library. The machine's image must be in use.
-ScriptOutcome RunForComparison(const std::string& path, const emulator::ArmMachine* machine,
+ScriptOutcome RunForComparison(const std::string& path, const emulator::Machine* machine,
                                std::uint64_t seed = 0);
 
 // Where two outcomes differ, in words; empty when they do not.

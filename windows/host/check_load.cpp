@@ -6,7 +6,7 @@
 
 #include "VexoCtrlSDK.h"
 #include "checks.h"
-#include "live.h"
+#include "real_time.h"
 
 namespace host {
 namespace {
@@ -86,40 +86,40 @@ void Leaves(int times, int events_each, const Action& action) {
 }
 
 void NothingLeft() {
-  Leaves(1000, 0, [] { const Live live; });
+  Leaves(1000, 0, [] { const RealTimeLibrary library; });
 }
 
 void CommandsLeaveNothing() {
-  LiveWindow window;
+  RealTimeWindow window;
   Leaves(100, 0, [&] {
-    const Live live;
-    live.exports.initialize(window.Handle());
-    live.exports.text_command_proc("vexo rver ");
-    live.exports.text_command_proc("vpb init ");
-    live.exports.text_command_proc("vpb uninit ");
-    live.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr);
+    const RealTimeLibrary library;
+    library.exports.initialize(window.Handle());
+    library.exports.text_command_proc("vexo rver ");
+    library.exports.text_command_proc("vpb init ");
+    library.exports.text_command_proc("vpb uninit ");
+    library.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr);
   });
 }
 
 // Two events are never closed: the one that paces the splits, made at each initialization, and the
 // one that paces the worker.
 void InitializationLeavesTwoEvents() {
-  LiveWindow window;
+  RealTimeWindow window;
   Leaves(30, 2, [&] {
-    const Live live;
+    const RealTimeLibrary library;
     std::array<std::uint8_t, 64> record{};
-    live.exports.initialize(window.Handle());
-    RequireEqual(live.exports.command_proc(VEXO_CMD_INIT, record.data()), VEXO_OK, "0xF001");
+    library.exports.initialize(window.Handle());
+    RequireEqual(library.exports.command_proc(VEXO_CMD_INIT, record.data()), VEXO_OK, "0xF001");
     RequireSoon([] { return g_worker_waits > 1; }, "the worker's first waits");
-    RequireEqual(live.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr), VEXO_OK, "0xF002");
-    Require(LiveTerminations().empty(), "the worker did not end by itself");
+    RequireEqual(library.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr), VEXO_OK, "0xF002");
+    Require(RealTimeTerminations().empty(), "the worker did not end by itself");
   });
 }
 
 // The second process's handle of the mark is dropped without being closed.
 void RefusedLoadLeavesTheMark() {
   const Signal mark(L"VEXOSDK");
-  Leaves(100, 1, [] { const Live live; });
+  Leaves(100, 1, [] { const RealTimeLibrary library; });
 }
 
 constexpr std::array kChecks = {

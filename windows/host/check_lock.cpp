@@ -5,7 +5,7 @@
 
 #include "VexoCtrlSDK.h"
 #include "checks.h"
-#include "live.h"
+#include "real_time.h"
 #include "sim/world.h"
 
 namespace host {
@@ -48,23 +48,23 @@ void HandsOn(const Keep& keep, const Next& next) {
   CloseHandle(kept);
   Require(!free, "the lock was not kept");
   Require(!early, "the other thread did not wait");
-  const std::vector<std::uint32_t> waits = LiveLockWaits();
+  const std::vector<std::uint32_t> waits = RealTimeLockWaits();
   RequireEqual(waits.back(), static_cast<std::uint32_t>(WAIT_ABANDONED), "the last wait's result");
 }
 
 // A command that keeps the lock, and its result.
 void CommandKeeps(std::uint32_t code, bool with_record, unsigned chips, int result) {
-  LiveWindow window;
-  Live live(chips);
-  live.exports.initialize(window.Handle());
+  RealTimeWindow window;
+  RealTimeLibrary library(chips);
+  library.exports.initialize(window.Handle());
   int found = 0;
   int next = 1;
   HandsOn(
       [&] {
         std::array<std::uint8_t, 64> record{};
-        found = live.exports.command_proc(code, with_record ? record.data() : nullptr);
+        found = library.exports.command_proc(code, with_record ? record.data() : nullptr);
       },
-      [&] { next = live.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr); });
+      [&] { next = library.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr); });
   RequireEqual(found, result, "the result of the command that keeps the lock");
   RequireEqual(next, VEXO_OK, "the result of the next");
   // The next one gave it back.
@@ -115,12 +115,12 @@ constexpr std::array kChecks = {
 std::span<const Check> LockChecks() { return kChecks; }
 
 int MotionSetterKeepsLock() {
-  Live live;
+  RealTimeLibrary library;
   std::array<std::uint8_t, VEXO_MOTION_MASK_BYTES> mask{};
   int first = 0;
   int second = 0;
-  HandsOn([&] { first = live.exports.set_motion_info(0, 1, mask.data()); },
-          [&] { second = live.exports.set_motion_info(0, 1, mask.data()); });
+  HandsOn([&] { first = library.exports.set_motion_info(0, 1, mask.data()); },
+          [&] { second = library.exports.set_motion_info(0, 1, mask.data()); });
   RequireEqual(first, VEXO_ERROR_UNINITIALIZED, "the first result");
   RequireEqual(second, VEXO_ERROR_UNINITIALIZED, "the second result");
   return 0;

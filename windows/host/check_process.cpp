@@ -5,7 +5,7 @@
 
 #include "VexoCtrlSDK.h"
 #include "checks.h"
-#include "live.h"
+#include "real_time.h"
 
 namespace host {
 namespace {
@@ -14,11 +14,11 @@ namespace fs = std::filesystem;
 
 constexpr const char* kRefused = "[VexoCtrlSDK]: >> Error Load DLL, Already Register !! \r\n";
 
-// While one lives, the library's file is also where the board has it. Paths of the library have no
+// While one lives, the library's file is also where the device has it. Paths of the library have no
 // drive: the current folder is on the system's.
-class FileOfTheBoard {
+class FileOfTheDevice {
  public:
-  FileOfTheBoard() : before_(fs::current_path()) {
+  FileOfTheDevice() : before_(fs::current_path()) {
     wchar_t name[MAX_PATH];
     GetModuleFileNameW(nullptr, name, MAX_PATH);
     const fs::path library = fs::path(name).parent_path() / L"VexoCtrlSDK.dll";
@@ -29,13 +29,13 @@ class FileOfTheBoard {
     fs::create_directories(folder);
     fs::copy_file(library, folder / L"VexoCtrlSDK.DLL", fs::copy_options::overwrite_existing);
   }
-  ~FileOfTheBoard() {
+  ~FileOfTheDevice() {
     std::error_code ignored;
     fs::remove_all(root_ / L"NAND FLASH", ignored);
     fs::current_path(before_, ignored);
   }
-  FileOfTheBoard(const FileOfTheBoard&) = delete;
-  FileOfTheBoard& operator=(const FileOfTheBoard&) = delete;
+  FileOfTheDevice(const FileOfTheDevice&) = delete;
+  FileOfTheDevice& operator=(const FileOfTheDevice&) = delete;
 
  private:
   fs::path before_;
@@ -43,30 +43,30 @@ class FileOfTheBoard {
 };
 
 void Initialized(bool wanted) {
-  LiveWindow window;
-  Live live;
-  const bool refused = LiveTexts().find(kRefused) != std::string::npos;
+  RealTimeWindow window;
+  RealTimeLibrary library;
+  const bool refused = RealTimeTexts().find(kRefused) != std::string::npos;
   RequireEqual(refused, !wanted, "the refusal");
-  RequireEqual(live.exports.initialize(window.Handle()),
+  RequireEqual(library.exports.initialize(window.Handle()),
                wanted ? VEXO_OK : VEXO_ERROR_UNINITIALIZED, "VEXOAPI_Initialize");
   VexoChar16 text[20] = {u'?'};
-  RequireEqual(live.exports.get_version(text) != 0, wanted, "a version");
+  RequireEqual(library.exports.get_version(text) != 0, wanted, "a version");
   RequireEqual(text[0] == u'?', !wanted, "an untouched version text");
-  RequireEqual(live.exports.text_command_proc("vexo rr ") == VEXO_ERROR_UNINITIALIZED, !wanted,
+  RequireEqual(library.exports.text_command_proc("vexo rr ") == VEXO_ERROR_UNINITIALIZED, !wanted,
                "the refusal of VEXOAPI_TextCommandProc");
   std::array<std::uint8_t, 64> record{};
-  RequireEqual(live.exports.command_proc(VEXO_CMD_INIT, record.data()),
+  RequireEqual(library.exports.command_proc(VEXO_CMD_INIT, record.data()),
                wanted ? VEXO_OK : VEXO_ERROR_NOT_READY, "VEXOAPI_CommandProc");
-  if (wanted) live.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr);
-  live.exports.set_enable_output_msg(0);
-  const std::size_t before = LiveTexts().size();
-  live.exports.set_enable_debug(0);
-  live.exports.uninitialize();
-  RequireEqual(LiveTexts().size(), before, "the length of all texts");
+  if (wanted) library.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr);
+  library.exports.set_enable_output_msg(0);
+  const std::size_t before = RealTimeTexts().size();
+  library.exports.set_enable_debug(0);
+  library.exports.uninitialize();
+  RequireEqual(RealTimeTexts().size(), before, "the length of all texts");
 }
 
 void SecondProcess() {
-  const FileOfTheBoard file;
+  const FileOfTheDevice file;
   Signal loaded(L"VexoTestLoaded");
   Signal end(L"VexoTestEnd");
   Child first(L"stay-loaded");
@@ -79,12 +79,12 @@ void SecondProcess() {
   RequireEqual(third.Wait(), 0u, "the third process's exit status");
 }
 
-// The version is read from the library's own file where the board has it.
+// The version is read from the library's own file where the device has it.
 void OwnVersion() {
-  const FileOfTheBoard file;
-  Live live;
+  const FileOfTheDevice file;
+  RealTimeLibrary library;
   VexoChar16 text[20] = {};
-  const int length = live.exports.get_version(text);
+  const int length = library.exports.get_version(text);
   const std::string version = Utf8(reinterpret_cast<const wchar_t*>(text));
   Require(version == "1. 0. 1. 6", "the version is \"" + version + "\"");
   RequireEqual(length, 10, "its length");
@@ -93,7 +93,7 @@ void OwnVersion() {
 int StayLoaded() {
   Signal loaded(L"VexoTestLoaded");
   Signal end(L"VexoTestEnd");
-  Live live;
+  RealTimeLibrary library;
   loaded.Set();
   end.Await();
   return 0;
@@ -101,21 +101,21 @@ int StayLoaded() {
 
 int KeepLock() {
   Signal ready(L"VexoTestLockKept");
-  LiveWindow window;
-  Live live;
-  live.exports.initialize(window.Handle());
-  live.exports.command_proc(0xF012, nullptr);
+  RealTimeWindow window;
+  RealTimeLibrary library;
+  library.exports.initialize(window.Handle());
+  library.exports.command_proc(0xF012, nullptr);
   ready.Set();
   Sleep(60'000);  // it is killed before
   return 1;
 }
 
 int AfterKilled() {
-  LiveWindow window;
-  Live live;
-  live.exports.initialize(window.Handle());
-  RequireEqual(live.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr), VEXO_OK, "the result");
-  RequireEqual(LiveLockWaits().front(), static_cast<std::uint32_t>(WAIT_ABANDONED),
+  RealTimeWindow window;
+  RealTimeLibrary library;
+  library.exports.initialize(window.Handle());
+  RequireEqual(library.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr), VEXO_OK, "the result");
+  RequireEqual(RealTimeLockWaits().front(), static_cast<std::uint32_t>(WAIT_ABANDONED),
                "the first wait's result");
   return 0;
 }

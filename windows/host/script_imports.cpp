@@ -108,7 +108,7 @@ BOOL WINAPI Release(HANDLE mutex) {
 }
 
 // The library keeps the value of its closed lock, on purpose. The next handle made in this process
-// may get that very value; on the board values do not come back so soon. It is kept out of use.
+// may get that very value; on the device values do not come back so soon. It is kept out of use.
 void KeepOutOfUse(HANDLE value) {
   for (int tries = 0; tries < 16; ++tries) {
     const HANDLE filler = CreateEventW(nullptr, FALSE, FALSE, nullptr);

@@ -1,4 +1,4 @@
-// Texts and C functions as the board's system has them.
+// Texts and C functions as the device's system has them.
 #include "device/emulator/imports.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 namespace emulator {
 namespace {
 
-class ArmImports : public testing::Test {
+class EmulatorImports : public testing::Test {
  protected:
   void SetUp() override { sim::ResetWorld(); }
   void TearDown() override { sim::ResetWorld(); }
@@ -41,7 +41,7 @@ class ArmImports : public testing::Test {
   std::uint32_t Call(const std::string& name, std::initializer_list<std::uint32_t> arguments) {
     unsigned trap = 1;
     for (const ImageImport& import : machine_.Image().Imports()) {
-      if (import.name == name) return cpu_->Call(ArmMachine::TrapAddress(trap), arguments);
+      if (import.name == name) return cpu_->Call(Machine::TrapAddress(trap), arguments);
       ++trap;
     }
     throw std::logic_error("not imported: " + name);
@@ -52,11 +52,11 @@ class ArmImports : public testing::Test {
     return FormatForGuest(*cpu_, format, [&] { return words.at(next++); });
   }
 
-  ArmMachine machine_{PeImage::Parse(Toy().Bytes())};
-  ArmMachine::Lease cpu_{machine_};
+  Machine machine_{PeImage::Parse(Toy().Bytes())};
+  Machine::Lease cpu_{machine_};
 };
 
-TEST_F(ArmImports, FormatsNumbersOfTheGuest) {
+TEST_F(EmulatorImports, FormatsNumbersOfTheGuest) {
   EXPECT_EQ(Format(u"%d %u %x %08X|%3d|%-3d|%c", {0xFFFFFFFF, 0xFFFFFFFF, 0xAB, 0x12, 5, 6, 'z'}),
             u"-1 4294967295 ab 00000012|  5|6  |z");
   EXPECT_EQ(Format(u"%*d|%.*d|%%", {4, 7, 3, 7}), u"   7|007|%");
@@ -64,7 +64,7 @@ TEST_F(ArmImports, FormatsNumbersOfTheGuest) {
   EXPECT_EQ(Format(u"100%", {}), u"100%");
 }
 
-TEST_F(ArmImports, FormatsTextsOfTheGuest) {
+TEST_F(EmulatorImports, FormatsTextsOfTheGuest) {
   const std::uint32_t wide = Put(std::u16string(u"wide"));
   const std::uint32_t narrow = Put(std::string("narrow"));
   EXPECT_EQ(Format(u"[%s] [%S] [%hs] [%s]", {wide, narrow, narrow, 0}),
@@ -72,18 +72,18 @@ TEST_F(ArmImports, FormatsTextsOfTheGuest) {
   EXPECT_EQ(Format(u"[%.2s] [%6s] [%-6s]", {wide, wide, wide}), u"[wi] [  wide] [wide  ]");
 }
 
-TEST_F(ArmImports, TakesNoMoreOfATextThanItsPrecision) {
+TEST_F(EmulatorImports, TakesNoMoreOfATextThanItsPrecision) {
   const char16_t units[] = {u'a', u'b'};  // no terminator
   EXPECT_EQ(Format(u"%.2s", {Put(units, sizeof(units))}), u"ab");
   EXPECT_THROW(Format(u"%s", {Put(units, sizeof(units))}), harness::ImageFault);
 }
 
-TEST_F(ArmImports, RefusesA64BitArgumentInAFormat) {
+TEST_F(EmulatorImports, RefusesA64BitArgumentInAFormat) {
   EXPECT_THROW(Format(u"%I64d", {1, 2}), harness::ImageFault);
   EXPECT_THROW(Format(u"%lld", {1, 2}), harness::ImageFault);
 }
 
-TEST_F(ArmImports, CutsAFormattedTextAsTheSystemDoes) {
+TEST_F(EmulatorImports, CutsAFormattedTextAsTheSystemDoes) {
   const std::uint32_t format = Put(std::u16string(u"%d"));
   const std::uint32_t words[] = {12345};
   const std::uint32_t list = Put(words, sizeof(words));
@@ -100,7 +100,7 @@ TEST_F(ArmImports, CutsAFormattedTextAsTheSystemDoes) {
   }
 }
 
-TEST_F(ArmImports, PrintsToTheKernelWithArgumentsFromRegistersAndStack) {
+TEST_F(EmulatorImports, PrintsToTheKernelWithArgumentsFromRegistersAndStack) {
   const std::uint32_t format = Put(std::u16string(u"%d %d %d %d %s"));
   Call("NKDbgPrintfW", {format, 1, 2, 3, 4, Put(std::u16string(u"five"))});
   const sim::Trace& trace = sim::TheWorld().trace;
@@ -111,7 +111,7 @@ TEST_F(ArmImports, PrintsToTheKernelWithArgumentsFromRegistersAndStack) {
   EXPECT_EQ(event->text, "1 2 3 4 five");
 }
 
-TEST_F(ArmImports, WidensAnAnsiText) {
+TEST_F(EmulatorImports, WidensAnAnsiText) {
   const std::uint32_t text = Put(std::string("abc\xE9"));
   const std::uint32_t buffer = Room(16);
   EXPECT_EQ(Call("MultiByteToWideChar", {0, 0, text, 0xFFFFFFFF, buffer, 8}), 5u);
@@ -120,7 +120,7 @@ TEST_F(ArmImports, WidensAnAnsiText) {
   EXPECT_EQ(Call("MultiByteToWideChar", {0, 0, text, 0xFFFFFFFF, buffer, 2}), 0u);
 }
 
-TEST_F(ArmImports, GivesAnErrorTextInMemoryThatCanBeFreed) {
+TEST_F(EmulatorImports, GivesAnErrorTextInMemoryThatCanBeFreed) {
   const std::uint32_t where = Room(4);
   EXPECT_EQ(Call("FormatMessageW", {0x1100, 0, 5, 0x0409, where, 0, 0}), 19u);
   EXPECT_EQ(cpu_->WideText(cpu_->ReadWord(where)), u"Access is denied.\r\n");
@@ -131,7 +131,7 @@ TEST_F(ArmImports, GivesAnErrorTextInMemoryThatCanBeFreed) {
   EXPECT_EQ(Call("FormatMessageW", {0x1100, 0, 77777, 0x0409, where, 0, 0}), 0u);
 }
 
-TEST_F(ArmImports, FindsTheVersionInTheInformationThatItRead) {
+TEST_F(EmulatorImports, FindsTheVersionInTheInformationThatItRead) {
   const std::uint32_t path = Put(std::u16string(u"\\NAND FLASH\\MDVR\\VexoCtrlSDK.DLL"));
   const std::uint32_t zero = Room(4);
   const std::uint32_t bytes = Call("GetFileVersionInfoSizeW", {path, zero});
@@ -149,7 +149,7 @@ TEST_F(ArmImports, FindsTheVersionInTheInformationThatItRead) {
   EXPECT_EQ(cpu_->ReadWord(info + 12), 0x00010006u);
 }
 
-TEST_F(ArmImports, HasTheSystemsCFunctions) {
+TEST_F(EmulatorImports, HasTheSystemsCFunctions) {
   const std::uint32_t abc = Put(std::string("abc"));
   const std::uint32_t abd = Put(std::string("abd"));
   EXPECT_EQ(Call("strlen", {abc}), 3u);

@@ -1,4 +1,4 @@
-// Names of what lies where in the board's binary.
+// Names of what lies where in the image.
 #include "device/emulator/linker_map.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// The emulated board on toy images: calls, imports, bus windows, threads, and every fault it
+// The emulated device on toy images: calls, imports, bus windows, threads, and every fault it
 // reports.
 #include "device/emulator/machine.h"
 
@@ -33,22 +33,22 @@ const Code kCallImport = {
 };
 constexpr std::uint32_t kCallImportSlot = ToyImage::kCode + 0x1C;
 
-class ArmMachineTest : public testing::Test {
+class MachineTest : public testing::Test {
  protected:
   void SetUp() override { sim::ResetWorld(); }
   // First: threads that are left may be in the image.
   void TearDown() override { sim::ResetWorld(); }
 
-  ArmMachine& Make(const ToyImage& toy, const MachineOptions& options = {}) {
-    machine_ = std::make_unique<ArmMachine>(PeImage::Parse(toy.Bytes()), options);
+  Machine& Make(const ToyImage& toy, const MachineOptions& options = {}) {
+    machine_ = std::make_unique<Machine>(PeImage::Parse(toy.Bytes()), options);
     return *machine_;
   }
-  ArmMachine& MakeCode(const Code& code, const MachineOptions& options = {}) {
+  Machine& MakeCode(const Code& code, const MachineOptions& options = {}) {
     ToyImage toy;
     toy.code = code;
     return Make(toy, options);
   }
-  ArmMachine& MakeCallOf(const ToyImport& import, const MachineOptions& options = {}) {
+  Machine& MakeCallOf(const ToyImport& import, const MachineOptions& options = {}) {
     ToyImage toy;
     toy.code = kCallImport;
     toy.imports = {import};
@@ -60,42 +60,42 @@ class ArmMachineTest : public testing::Test {
   }
 
  private:
-  std::unique_ptr<ArmMachine> machine_;
+  std::unique_ptr<Machine> machine_;
 };
 
-TEST_F(ArmMachineTest, PassesArgumentsAndReturnsTheResult) {
+TEST_F(MachineTest, PassesArgumentsAndReturnsTheResult) {
   MakeCode({0xE0800001, 0xE12FFF1E});  // add r0, r0, r1; bx lr
   EXPECT_EQ(Call({30, 12}), 42u);
   EXPECT_EQ(Call({0xFFFFFFFF, 2}), 1u);
 }
 
-TEST_F(ArmMachineTest, PassesTheFifthArgumentOnTheStack) {
+TEST_F(MachineTest, PassesTheFifthArgumentOnTheStack) {
   MakeCode({0xE59D0000, 0xE12FFF1E});  // ldr r0, [sp]; bx lr
   EXPECT_EQ(Call({1, 2, 3, 4, 55}), 55u);
 }
 
-TEST_F(ArmMachineTest, LetsACallChangeItsArgumentsOnTheStackAndNothingAboveThem) {
+TEST_F(MachineTest, LetsACallChangeItsArgumentsOnTheStackAndNothingAboveThem) {
   MakeCode({0xE58D0004, 0xE59D0004, 0xE12FFF1E});  // str r0, [sp, #4]; ldr r0, [sp, #4]; bx lr
   EXPECT_EQ(Call({1, 2, 3, 4, 5, 6}), 1u);
   EXPECT_THROW(Call({1, 2, 3, 4, 5}), harness::ImageFault);
 }
 
-TEST_F(ArmMachineTest, LetsTheSystemWriteNothingToTheCallersStack) {
-  const ArmMachine::Lease cpu(MakeCode({0xE12FFF1E}));
+TEST_F(MachineTest, LetsTheSystemWriteNothingToTheCallersStack) {
+  const Machine::Lease cpu(MakeCode({0xE12FFF1E}));
   EXPECT_THROW(cpu->Write(kStackAddress + kStackBytes - 4, 4), harness::ImageFault);
   EXPECT_NO_THROW(cpu->Write(kStackAddress + kStackBytes / 2, 4));
 }
 
-TEST_F(ArmMachineTest, CountsTheInstructionsThatRan) {
+TEST_F(MachineTest, CountsTheInstructionsThatRan) {
   // mov r1, #100; 1: subs r1, r1, #1; bne 1b; bx lr
-  ArmMachine& machine = MakeCode({0xE3A01064, 0xE2511001, 0x1AFFFFFD, 0xE12FFF1E});
+  Machine& machine = MakeCode({0xE3A01064, 0xE2511001, 0x1AFFFFFD, 0xE12FFF1E});
   for (int call = 1; call <= 3; ++call) {
     Call();
     EXPECT_EQ(machine.Instructions(), 202u * static_cast<unsigned>(call));
   }
 }
 
-TEST_F(ArmMachineTest, RunsRelocatedCodeAtEachBase) {
+TEST_F(MachineTest, RunsRelocatedCodeAtEachBase) {
   // ldr r1, [pc, #12]; ldr r0, [r1]; add r2, r0, #1; str r2, [r1]; bx lr
   ToyImage toy;
   toy.code = {0xE59F100C, 0xE5910000, 0xE2802001, 0xE5812000, 0xE12FFF1E, kWordAddress};
@@ -108,30 +108,30 @@ TEST_F(ArmMachineTest, RunsRelocatedCodeAtEachBase) {
   }
 }
 
-TEST_F(ArmMachineTest, ReloadsWithTheDataOfTheFile) {
+TEST_F(MachineTest, ReloadsWithTheDataOfTheFile) {
   ToyImage toy;
   toy.code = {0xE59F100C, 0xE5910000, 0xE2802001, 0xE5812000, 0xE12FFF1E, kWordAddress};
   toy.relocations = {ToyImage::kCode + 0x14};
   toy.word = 7;
-  ArmMachine& machine = Make(toy);
+  Machine& machine = Make(toy);
   EXPECT_EQ(Call(), 7u);
   machine.Reload();
   EXPECT_EQ(Call(), 7u);
 }
 
-TEST_F(ArmMachineTest, NoticesARelocationThatIsLeftOut) {
+TEST_F(MachineTest, NoticesARelocationThatIsLeftOut) {
   ToyImage toy;
   toy.code = {0xE59F100C, 0xE5910000, 0xE2802001, 0xE5812000, 0xE12FFF1E, kWordAddress};
   toy.relocations = {ToyImage::kCode + 0x14};
-  ArmMachine& machine = Make(toy, {.base = kOtherBase});
+  Machine& machine = Make(toy, {.base = kOtherBase});
   machine.Reload(0);
   EXPECT_THROW(Call(), harness::ImageFault);
 }
 
-TEST_F(ArmMachineTest, KnowsWhichWordsCodeLoaded) {
+TEST_F(MachineTest, KnowsWhichWordsCodeLoaded) {
   ToyImage toy;
   toy.code = {0xE59F100C, 0xE5910000, 0xE2802001, 0xE5812000, 0xE12FFF1E, kWordAddress};
-  ArmMachine& machine = Make(toy);
+  Machine& machine = Make(toy);
   Call();
   EXPECT_TRUE(machine.Loaded(ToyImage::kCode + 0x14));
   EXPECT_TRUE(machine.Loaded(ToyImage::kWord));
@@ -140,41 +140,41 @@ TEST_F(ArmMachineTest, KnowsWhichWordsCodeLoaded) {
   EXPECT_FALSE(machine.Loaded(ToyImage::kWord));
 }
 
-TEST_F(ArmMachineTest, RefusesAnImageThatImportsWhatTheSystemLacks) {
+TEST_F(MachineTest, RefusesAnImageThatImportsWhatTheSystemLacks) {
   EXPECT_THROW(MakeCallOf({"COREDLL.dll", "CreateWorld"}), BadImage);
   EXPECT_THROW(MakeCallOf({"CEDDK.dll", "", 7}), BadImage);
   EXPECT_THROW(MakeCallOf({"KERNEL32.dll", "Sleep"}), BadImage);
 }
 
-TEST_F(ArmMachineTest, RefusesABaseWhereTheImageCannotBe) {
+TEST_F(MachineTest, RefusesABaseWhereTheImageCannotBe) {
   for (const std::uint32_t base : {0x00000000u, 0x10008000u, 0x3FFFF000u, 0x40000000u}) {
     EXPECT_THROW(MakeCode({0xE12FFF1E}, {.base = base}), BadImage) << std::hex << base;
   }
 }
 
-TEST_F(ArmMachineTest, RefusesAnExportThatIsNotThere) {
+TEST_F(MachineTest, RefusesAnExportThatIsNotThere) {
   EXPECT_THROW(MakeCode({0xE12FFF1E}).AddressOf("Nobody"), BadImage);
 }
 
 // ---- Imports ----------------------------------------------------------------------------------
 
-TEST_F(ArmMachineTest, AnswersAnImportThroughThePlatform) {
+TEST_F(MachineTest, AnswersAnImportThroughThePlatform) {
   MakeCallOf({"COREDLL.dll", "GetTickCount"});
   EXPECT_EQ(Call(), 0u);
   sim::TheWorld().kernel.Idle(123);
   EXPECT_EQ(Call(), 123u);
 }
 
-TEST_F(ArmMachineTest, GivesAnImportItsArguments) {
+TEST_F(MachineTest, GivesAnImportItsArguments) {
   MakeCallOf({"COREDLL.dll", "Sleep"}, {.base = kOtherBase});
   Call({250});
   EXPECT_EQ(sim::TheWorld().kernel.Now(), 250u);
 }
 
-TEST_F(ArmMachineTest, KeepsTheTwoBadHandlesApart) {
-  ArmMachine& machine = MakeCallOf({"COREDLL.dll", "CreateFileW"});
+TEST_F(MachineTest, KeepsTheTwoBadHandlesApart) {
+  Machine& machine = MakeCallOf({"COREDLL.dll", "CreateFileW"});
   const auto open = [&machine](const char16_t(&name)[6]) {
-    const ArmMachine::Lease cpu(machine);
+    const Machine::Lease cpu(machine);
     const std::uint32_t text = cpu->Lend(name, sizeof(name), false, 2);
     const std::array<std::uint32_t, 7> arguments = {text, 0xC0000000, 0, 0, 3, 0, 0};
     // The toy's own frame lies between the arguments on the stack and the import.
@@ -187,29 +187,29 @@ TEST_F(ArmMachineTest, KeepsTheTwoBadHandlesApart) {
   EXPECT_EQ(open(u"CAM1:"), 0u);
 }
 
-TEST_F(ArmMachineTest, GivesHeapMemoryThatIsAllInBounds) {
-  ArmMachine& machine = MakeCallOf({"COREDLL.dll", "LocalAlloc"});
+TEST_F(MachineTest, GivesHeapMemoryThatIsAllInBounds) {
+  Machine& machine = MakeCallOf({"COREDLL.dll", "LocalAlloc"});
   const std::uint32_t address = Call({0, 24});
-  const ArmMachine::Lease cpu(machine);
+  const Machine::Lease cpu(machine);
   EXPECT_NO_THROW(cpu->Write(address, 24));
   EXPECT_THROW(cpu->Write(address, 25), harness::ImageFault);
   EXPECT_THROW(cpu->Read(address - 1, 1), harness::ImageFault);
   EXPECT_EQ(sim::TheWorld().allocations, 1u);
 }
 
-TEST_F(ArmMachineTest, HasNoMemoryWhenThePlatformHasNone) {
+TEST_F(MachineTest, HasNoMemoryWhenThePlatformHasNone) {
   MakeCallOf({"COREDLL.dll", "LocalAlloc"});
   sim::TheWorld().faults.Set(sim::Fault::Allocate, true);
   EXPECT_EQ(Call({0, 24}), 0u);
 }
 
-TEST_F(ArmMachineTest, ReportsFreeingWhatWasNotAllocated) {
+TEST_F(MachineTest, ReportsFreeingWhatWasNotAllocated) {
   MakeCallOf({"COREDLL.dll", "LocalFree"});
   EXPECT_EQ(Call({0}), 0u);
   EXPECT_THROW(Call({kHeapAddress}), harness::ImageFault);
 }
 
-TEST_F(ArmMachineTest, ReportsAnImportThatIsGivenABadAddress) {
+TEST_F(MachineTest, ReportsAnImportThatIsGivenABadAddress) {
   MakeCallOf({"COREDLL.dll", "OutputDebugStringW"});
   EXPECT_THROW(Call({0}), harness::ImageFault);
   EXPECT_THROW(Call({0x90000000}), harness::ImageFault);
@@ -217,7 +217,7 @@ TEST_F(ArmMachineTest, ReportsAnImportThatIsGivenABadAddress) {
   EXPECT_TRUE(sim::TheWorld().trace.Events().empty());
 }
 
-TEST_F(ArmMachineTest, ShowsTheThreadsIdentifierInTheKernelsPage) {
+TEST_F(MachineTest, ShowsTheThreadsIdentifierInTheKernelsPage) {
   // ldr r1, [pc, #4]; ldr r0, [r1]; bx lr
   MakeCode({0xE59F1004, 0xE5910000, 0xE12FFF1E, kThreadIdAddress});
   EXPECT_EQ(Call(), Plat_CurrentThreadId());
@@ -230,7 +230,7 @@ const Code kMapAndStore = {0xE92D4010, 0xE1A04000, 0xE3A00666, 0xE3A01000, 0xE3A
                            0xE3A03000, 0xE59FC018, 0xE59CC000, 0xE1A0E00F, 0xE12FFF1C,
                            0xE5C04000, 0xE5D00000, 0xE8BD4010, 0xE12FFF1E, 0x10002000};
 
-TEST_F(ArmMachineTest, MakesByteAccessesToAWindowBusCycles) {
+TEST_F(MachineTest, MakesByteAccessesToAWindowBusCycles) {
   ToyImage toy;
   toy.code = kMapAndStore;
   toy.imports = {{"CEDDK.dll", "", 8}};
@@ -245,7 +245,7 @@ TEST_F(ArmMachineTest, MakesByteAccessesToAWindowBusCycles) {
   EXPECT_EQ(trace.Events()[2].kind, sim::Event::Kind::Load);
 }
 
-TEST_F(ArmMachineTest, ReportsAccessesThroughAWindowThatCouldNotBeMapped) {
+TEST_F(MachineTest, ReportsAccessesThroughAWindowThatCouldNotBeMapped) {
   ToyImage toy;
   toy.code = kMapAndStore;
   toy.imports = {{"CEDDK.dll", "", 8}};
@@ -264,12 +264,12 @@ struct Wrong {
   const char* why;
 };
 
-class ArmMachineFault : public ArmMachineTest, public testing::WithParamInterface<Wrong> {};
+class MachineFault : public MachineTest, public testing::WithParamInterface<Wrong> {};
 
-TEST_P(ArmMachineFault, EndsTheCallAndIsRemembered) {
-  ArmMachine& machine = MakeCode(GetParam().code);
+TEST_P(MachineFault, EndsTheCallAndIsRemembered) {
+  Machine& machine = MakeCode(GetParam().code);
   try {
-    const ArmMachine::Lease cpu(machine);
+    const Machine::Lease cpu(machine);
     const std::array<std::uint8_t, 4> bytes = {1, 2, 3, 4};
     const std::uint32_t lent = cpu->Lend(bytes.data(), bytes.size(), false, 4);
     cpu->Call(machine.AddressOf(""), std::array<std::uint32_t, 2>{lent, 7});
@@ -316,12 +316,12 @@ const Wrong kWrongs[] = {
     {"PairOfALaterProcessor", {0xE24D0010, 0xE1C020D0, kBxLr}, ""},  // ldrd r2, [r0]
 };
 
-INSTANTIATE_TEST_SUITE_P(Codes, ArmMachineFault, testing::ValuesIn(kWrongs),
+INSTANTIATE_TEST_SUITE_P(Codes, MachineFault, testing::ValuesIn(kWrongs),
                          [](const auto& wrong) { return std::string(wrong.param.name); });
 
-TEST_F(ArmMachineTest, RemembersTheDeepestStack) {
+TEST_F(MachineTest, RemembersTheDeepestStack) {
   // sub r1, sp, r0; str r0, [r1]; bx lr
-  ArmMachine& machine = MakeCode({0xE04D1000, 0xE5810000, kBxLr});
+  Machine& machine = MakeCode({0xE04D1000, 0xE5810000, kBxLr});
   Call({0x100});
   EXPECT_EQ(machine.DeepestStack(), 0x100u);
   Call({0x40});
@@ -330,7 +330,7 @@ TEST_F(ArmMachineTest, RemembersTheDeepestStack) {
   EXPECT_THROW(Call({0x2004}), harness::ImageFault);
 }
 
-TEST_F(ArmMachineTest, RefusesAFunctionTableThatDoesNotFit) {
+TEST_F(MachineTest, RefusesAFunctionTableThatDoesNotFit) {
   struct Table {
     std::uint32_t address;
     std::uint32_t packed;  // length in instructions from bit 8 on
@@ -346,7 +346,7 @@ TEST_F(ArmMachineTest, RefusesAFunctionTableThatDoesNotFit) {
     PutWord(file, ToyImage::kDirectories + 28, 8);
     PutWord(file, ToyImage::InFile(ToyImage::kTables + 0x700), table.address);
     PutWord(file, ToyImage::InFile(ToyImage::kTables + 0x704), table.packed);
-    EXPECT_EQ(!ArmMachine(PeImage::Parse(file)).FirstFault(), table.good)
+    EXPECT_EQ(!Machine(PeImage::Parse(file)).FirstFault(), table.good)
         << std::hex << table.address << ' ' << table.packed;
   }
 }
@@ -364,22 +364,22 @@ const Code kThreads = {0xE92D4010, 0xE24DD008, 0xE3A00000, 0xE58D0000, 0xE58D000
 constexpr std::size_t kProcWord = 16;
 constexpr std::uint32_t kEndlessProc = 0x10001080;
 
-class ArmThreadTest : public ArmMachineTest {
+class ImageThreadTest : public MachineTest {
  protected:
-  ArmMachine& MakeThreads(Code code = kThreads) {
+  Machine& MakeThreads(Code code = kThreads) {
     ToyImage toy;
     toy.code = std::move(code);
     toy.imports = {{"COREDLL.dll", "CreateThread"}, {"COREDLL.dll", "Sleep"}};
     return Make(toy);
   }
-  static std::uint32_t KeptWord(ArmMachine& machine) {
-    return ArmMachine::Lease(machine)->ReadWord(kWordAddress);
+  static std::uint32_t KeptWord(Machine& machine) {
+    return Machine::Lease(machine)->ReadWord(kWordAddress);
   }
   static sim::Kernel& Kernel() { return sim::TheWorld().kernel; }
 };
 
-TEST_F(ArmThreadTest, RunsAThreadOfTheImageInVirtualTime) {
-  ArmMachine& machine = MakeThreads();
+TEST_F(ImageThreadTest, RunsAThreadOfTheImageInVirtualTime) {
+  Machine& machine = MakeThreads();
   const PlatHandle thread = Call();
   std::uint32_t code = 0;
   EXPECT_TRUE(Plat_GetExitCodeThread(thread, &code));
@@ -392,8 +392,8 @@ TEST_F(ArmThreadTest, RunsAThreadOfTheImageInVirtualTime) {
   EXPECT_EQ(code, 9u);
 }
 
-TEST_F(ArmThreadTest, EndsAThreadThatSleeps) {
-  ArmMachine& machine = MakeThreads();
+TEST_F(ImageThreadTest, EndsAThreadThatSleeps) {
+  Machine& machine = MakeThreads();
   const PlatHandle thread = Call();
   Kernel().Idle(1);
   EXPECT_TRUE(Plat_TerminateThread(thread, 33));
@@ -407,10 +407,10 @@ TEST_F(ArmThreadTest, EndsAThreadThatSleeps) {
   EXPECT_EQ(KeptWord(machine), 7u);
 }
 
-TEST_F(ArmThreadTest, EndsAThreadInTheMiddleOfABusCycle) {
+TEST_F(ImageThreadTest, EndsAThreadInTheMiddleOfABusCycle) {
   Code code = kThreads;
   code[kProcWord] = kEndlessProc;
-  ArmMachine& machine = MakeThreads(code);
+  Machine& machine = MakeThreads(code);
   Plat_MapBusWindow(0x06600000, 4, false);
   const PlatHandle thread = Call();
   Kernel().SetSeed(1);
@@ -424,10 +424,10 @@ TEST_F(ArmThreadTest, EndsAThreadInTheMiddleOfABusCycle) {
   EXPECT_EQ(machine.FirstFault(), std::nullopt);
 }
 
-TEST_F(ArmThreadTest, BringsAFaultOfAThreadToTheHost) {
+TEST_F(ImageThreadTest, BringsAFaultOfAThreadToTheHost) {
   Code code = kThreads;
   code[kProcWord] = 0x90000000;
-  ArmMachine& machine = MakeThreads(code);
+  Machine& machine = MakeThreads(code);
   Call();
   EXPECT_THROW(Kernel().Idle(1), harness::ImageFault);
   EXPECT_NE(machine.FirstFault(), std::nullopt);

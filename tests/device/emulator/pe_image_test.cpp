@@ -1,4 +1,4 @@
-// Reading the board's binary: what is in it, where it goes, and what is refused.
+// Reading an image: what is in it, where it goes, and what is refused.
 #include "device/emulator/pe_image.h"
 
 #include <gmock/gmock.h>
@@ -35,12 +35,12 @@ std::uint32_t WordAt(const std::vector<std::uint8_t>& memory, std::size_t at) {
   return value;
 }
 
-TEST(ArmPeImage, NamesExportsWithTheirPlaces) {
+TEST(EmulatorPeImage, NamesExportsWithTheirPlaces) {
   EXPECT_THAT(PeImage::Parse(Toy().Bytes()).Exports(),
               ElementsAre(Pair("First", 0x1000), Pair("Second", 0x1004)));
 }
 
-TEST(ArmPeImage, NamesImportsByNameAndByOrdinal) {
+TEST(EmulatorPeImage, NamesImportsByNameAndByOrdinal) {
   const PeImage image = PeImage::Parse(Toy().Bytes());
   ASSERT_EQ(image.Imports().size(), 2u);
   EXPECT_EQ(image.Imports()[0].InWords(), "coredll.dll Sleep");
@@ -49,7 +49,7 @@ TEST(ArmPeImage, NamesImportsByNameAndByOrdinal) {
   EXPECT_EQ(image.Imports()[1].slot_rva, 0x2008u);
 }
 
-TEST(ArmPeImage, KnowsWhatMayBeWrittenAndRun) {
+TEST(EmulatorPeImage, KnowsWhatMayBeWrittenAndRun) {
   const PeImage image = PeImage::Parse(Toy().Bytes());
   ASSERT_EQ(image.Sections().size(), 4u);
   EXPECT_TRUE(image.Sections()[0].executable);
@@ -61,7 +61,7 @@ TEST(ArmPeImage, KnowsWhatMayBeWrittenAndRun) {
   EXPECT_FALSE(image.Sections()[2].writable);
 }
 
-TEST(ArmPeImage, MovesRelocatedWordsToEachBase) {
+TEST(EmulatorPeImage, MovesRelocatedWordsToEachBase) {
   const PeImage image = PeImage::Parse(Toy().Bytes());
   for (const std::uint32_t base : {0x10000000u, 0x01E40000u, 0x20000000u}) {
     const std::vector<std::uint8_t> memory = image.At(base);
@@ -71,14 +71,14 @@ TEST(ArmPeImage, MovesRelocatedWordsToEachBase) {
   }
 }
 
-TEST(ArmPeImage, LeavesOneRelocationOutWhenTold) {
+TEST(EmulatorPeImage, LeavesOneRelocationOutWhenTold) {
   const PeImage image = PeImage::Parse(Toy().Bytes());
   const std::vector<std::uint8_t> memory = image.At(0x01E40000, 1);
   EXPECT_EQ(WordAt(memory, 0x1008), 0x01E42100u);
   EXPECT_EQ(WordAt(memory, 0x2100), 0x10001000u);
 }
 
-TEST(ArmPeImage, RefusesAFileThatIsNotThere) {
+TEST(EmulatorPeImage, RefusesAFileThatIsNotThere) {
   EXPECT_THROW(PeImage::Load("/nonexistent/VexoCtrlSDK.DLL"), BadImage);
 }
 
@@ -90,9 +90,9 @@ struct Refusal {
   const char* why;
 };
 
-class ArmPeImageRefuses : public testing::TestWithParam<Refusal> {};
+class EmulatorPeImageRefuses : public testing::TestWithParam<Refusal> {};
 
-TEST_P(ArmPeImageRefuses, AndSaysWhy) {
+TEST_P(EmulatorPeImageRefuses, AndSaysWhy) {
   File file = Toy().Bytes();
   ASSERT_NO_THROW(PeImage::Parse(file));
   GetParam().spoil(file);
@@ -158,7 +158,7 @@ const Refusal kRefusals[] = {
      "function table"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Files, ArmPeImageRefuses, testing::ValuesIn(kRefusals),
+INSTANTIATE_TEST_SUITE_P(Files, EmulatorPeImageRefuses, testing::ValuesIn(kRefusals),
                          [](const auto& refusal) { return std::string(refusal.param.name); });
 
 }  // namespace

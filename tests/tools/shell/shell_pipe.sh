@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Lines from a pipe: tests/tools/shell_pipe.sh VEXOSIM. The lines run, nothing is kept, status 0.
+# Lines from a pipe: tests/tools/shell/shell_pipe.sh VEXOSIM. The lines run, nothing is kept, status
+# 0.
 set -euo pipefail
 vexosim="$1"
 home="$(mktemp -d)"

@@ -14,7 +14,7 @@
 namespace host {
 
 // A send by the library, as the system answered it.
-struct LiveSend {
+struct RealTimeSend {
   std::uint32_t message = 0;
   std::uint32_t limit_ms = 0;
   std::uint32_t took_ms = 0;
@@ -22,22 +22,22 @@ struct LiveSend {
 };
 
 // What the library did since it was loaded. Copies: it goes on meanwhile.
-std::string LiveTexts();
-std::vector<LiveSend> LiveSends();
-std::vector<std::uint32_t> LiveLockWaits();     // results of waits for the lock
-std::vector<std::uint32_t> LiveTerminations();  // exit codes of threads that it ended
-std::vector<std::uint32_t> LiveMessages();      // that the window's procedure got
-extern std::atomic<unsigned> g_short_sleeps;    // of 1 ms: the passes of a stop
-extern std::atomic<unsigned> g_sends_waiting;   // right now
-extern std::atomic<unsigned> g_worker_waits;    // timed waits on the pause event so far
+std::string RealTimeTexts();
+std::vector<RealTimeSend> RealTimeSends();
+std::vector<std::uint32_t> RealTimeLockWaits();     // results of waits for the lock
+std::vector<std::uint32_t> RealTimeTerminations();  // exit codes of threads that it ended
+std::vector<std::uint32_t> RealTimeMessages();      // that the window's procedure got
+extern std::atomic<unsigned> g_short_sleeps;        // of 1 ms: the passes of a stop
+extern std::atomic<unsigned> g_sends_waiting;       // right now
+extern std::atomic<unsigned> g_worker_waits;        // timed waits on the pause event so far
 
 // The library, loaded on a fresh board.
-class Live {
+class RealTimeLibrary {
  public:
-  explicit Live(unsigned chips = 1);
-  ~Live();
-  Live(const Live&) = delete;
-  Live& operator=(const Live&) = delete;
+  explicit RealTimeLibrary(unsigned chips = 1);
+  ~RealTimeLibrary();
+  RealTimeLibrary(const RealTimeLibrary&) = delete;
+  RealTimeLibrary& operator=(const RealTimeLibrary&) = delete;
 
   harness::ExportTable exports;
 
@@ -46,12 +46,12 @@ class Live {
 };
 
 // A host window with a thread of its own, which answers messages unless it is deaf.
-class LiveWindow {
+class RealTimeWindow {
  public:
-  LiveWindow();
-  ~LiveWindow();
-  LiveWindow(const LiveWindow&) = delete;
-  LiveWindow& operator=(const LiveWindow&) = delete;
+  RealTimeWindow();
+  ~RealTimeWindow();
+  RealTimeWindow(const RealTimeWindow&) = delete;
+  RealTimeWindow& operator=(const RealTimeWindow&) = delete;
 
   HWND Handle() const { return window_; }
   std::atomic<bool> deaf = false;

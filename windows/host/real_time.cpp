@@ -1,4 +1,4 @@
-#include "live.h"
+#include "real_time.h"
 
 #include <array>
 
@@ -16,7 +16,7 @@ namespace {
 
 struct Log {
   std::string texts;
-  std::vector<LiveSend> sends;
+  std::vector<RealTimeSend> sends;
   std::vector<std::uint32_t> lock_waits;
   std::vector<std::uint32_t> terminations;
   std::vector<std::uint32_t> messages;
@@ -107,7 +107,7 @@ LRESULT WINAPI SendTo(HWND window, UINT message, WPARAM wparam, LPARAM lparam, U
 }
 
 // A thread that is ended inside the handler of a bus access, or inside the system's way to it,
-// keeps locks of this process for ever. On the board there is neither, so the moment is chosen: in
+// keeps locks of this process for ever. On the device there is neither, so the moment is chosen: in
 // the library's own code, or in a wait. While it is suspended nothing may be called that takes a
 // lock of the process.
 BOOL WINAPI Terminate(HANDLE thread, DWORD code) {
@@ -152,7 +152,7 @@ BOOL WINAPI Close(HANDLE handle) {
   return handle == reinterpret_cast<HANDLE>(kDriver) ? TRUE : CloseHandle(handle);
 }
 
-std::span<const Import> LiveImports() {
+std::span<const Import> RealTimeImports() {
   static const std::array imports = {
       Replace("OutputDebugStringW", DebugOutput),
       Replace("OutputDebugStringA", KernelDebugOutput),
@@ -176,13 +176,13 @@ T Copy(const T& part) {
 
 }  // namespace
 
-std::string LiveTexts() { return Copy(g_log.texts); }
-std::vector<LiveSend> LiveSends() { return Copy(g_log.sends); }
-std::vector<std::uint32_t> LiveLockWaits() { return Copy(g_log.lock_waits); }
-std::vector<std::uint32_t> LiveTerminations() { return Copy(g_log.terminations); }
-std::vector<std::uint32_t> LiveMessages() { return Copy(g_log.messages); }
+std::string RealTimeTexts() { return Copy(g_log.texts); }
+std::vector<RealTimeSend> RealTimeSends() { return Copy(g_log.sends); }
+std::vector<std::uint32_t> RealTimeLockWaits() { return Copy(g_log.lock_waits); }
+std::vector<std::uint32_t> RealTimeTerminations() { return Copy(g_log.terminations); }
+std::vector<std::uint32_t> RealTimeMessages() { return Copy(g_log.messages); }
 
-Live::Live(unsigned chips) {
+RealTimeLibrary::RealTimeLibrary(unsigned chips) {
   {
     const BoardLock lock;
     g_log = {};
@@ -198,13 +198,13 @@ Live::Live(unsigned chips) {
   g_host_thread = GetCurrentThreadId();
   g_start = GetTickCount();
   SetAccessStamp(RealStamp);
-  library_ = LoadWithImports(LiveImports());
+  library_ = LoadWithImports(RealTimeImports());
   exports = BindExports(library_);
 }
 
-Live::~Live() { FreeLibrary(library_); }
+RealTimeLibrary::~RealTimeLibrary() { FreeLibrary(library_); }
 
-LiveWindow::LiveWindow() {
+RealTimeWindow::RealTimeWindow() {
   SetMessageSink([](std::uint32_t message, std::uintptr_t, Origin) {
     const BoardLock lock;
     g_log.messages.push_back(message);
@@ -215,12 +215,12 @@ LiveWindow::LiveWindow() {
   CloseHandle(ready);
 }
 
-LiveWindow::~LiveWindow() {
+RealTimeWindow::~RealTimeWindow() {
   end_ = true;
   thread_.join();
 }
 
-void LiveWindow::Run(HANDLE ready) {
+void RealTimeWindow::Run(HANDLE ready) {
   window_ = MakeWindow();
   SetEvent(ready);
   while (!end_) {
