@@ -41,7 +41,8 @@ struct Register {
   const char* name;
   std::array<Field, kFieldsMax> fields;  // of each register of the run; unused ones behind
 
-  constexpr RegisterAddress AddressOf(unsigned position, unsigned byte) const {
+  [[gnu::always_inline]] constexpr RegisterAddress AddressOf(unsigned position,
+                                                             unsigned byte) const {
     return {page, static_cast<std::uint8_t>(first + stride * position + byte)};
   }
   constexpr bool Covers(std::uint8_t of_page, std::uint8_t number) const {
@@ -55,23 +56,27 @@ struct Register {
 // register, or none where there are four, does not compile.
 template <unsigned kLength>
 struct ChipRegister : Register {
-  constexpr RegisterAddress At(unsigned byte) const { return AddressOf(0, byte); }
+  [[gnu::always_inline]] constexpr RegisterAddress At(unsigned byte) const {
+    return AddressOf(0, byte);
+  }
 };
 
 template <>
 struct ChipRegister<1> : Register {
   // NOLINTNEXTLINE(google-explicit-constructor): a single register is its address
-  constexpr operator RegisterAddress() const { return AddressOf(0, 0); }
+  [[gnu::always_inline]] constexpr operator RegisterAddress() const { return AddressOf(0, 0); }
 };
 
 template <unsigned kLength>
 struct ChannelRegister : Register {
-  constexpr RegisterAddress At(unsigned position, unsigned byte) const {
+  [[gnu::always_inline]] constexpr RegisterAddress At(unsigned position, unsigned byte) const {
     return AddressOf(position, byte);
   }
 };
 
 template <>
 struct ChannelRegister<1> : Register {
-  constexpr RegisterAddress At(unsigned position) const { return AddressOf(position, 0); }
+  [[gnu::always_inline]] constexpr RegisterAddress At(unsigned position) const {
+    return AddressOf(position, 0);
+  }
 };

@@ -51,41 +51,46 @@ void RunCycles(std::uint8_t chip, std::uint8_t pages, std::uint8_t number, const
 
 // ---- Registers by name --------------------------------------------------------------------------
 
+// Inline without exception: of the register nothing but its place is left then.
+
 // The library's own accesses. chip is one of the five chip select codes, which is not checked; a
 // read names one chip. Four bus cycles.
-inline std::uint8_t Read(std::uint8_t chip, RegisterAddress at) {
+[[gnu::always_inline]] inline std::uint8_t Read(std::uint8_t chip, RegisterAddress at) {
   return ReadCycles(chip, PageOfEveryChip(at.page), at.number);
 }
-inline void Write(std::uint8_t chip, RegisterAddress at, std::uint8_t value) {
+[[gnu::always_inline]] inline void Write(std::uint8_t chip, RegisterAddress at,
+                                         std::uint8_t value) {
   WriteCycles(chip, PageOfEveryChip(at.page), at.number, value);
 }
 
 // Writes count bytes (up to 255) from a register on with one address cycle: the chip advances its
 // register address after each data byte. Three bus cycles and one a byte.
-inline void WriteRun(std::uint8_t chip, RegisterAddress first, const std::uint8_t* data,
-                     unsigned count) {
+[[gnu::always_inline]] inline void WriteRun(std::uint8_t chip, RegisterAddress first,
+                                            const std::uint8_t* data, unsigned count) {
   RunCycles(chip, PageOfEveryChip(first.page), first.number, data, count);
 }
 
 // The same for the channel at a position (0-3) of the chip.
-inline std::uint8_t Read(std::uint8_t chip, const ChannelRegister<1>& of, unsigned position) {
+[[gnu::always_inline]] inline std::uint8_t Read(std::uint8_t chip, const ChannelRegister<1>& of,
+                                                unsigned position) {
   return Read(chip, of.At(position));
 }
-inline void Write(std::uint8_t chip, const ChannelRegister<1>& of, unsigned position,
-                  std::uint8_t value) {
+[[gnu::always_inline]] inline void Write(std::uint8_t chip, const ChannelRegister<1>& of,
+                                         unsigned position, std::uint8_t value) {
   Write(chip, of.At(position), value);
 }
 
 // Fills a run of registers, or as much of it as the table has.
 template <unsigned kLength, std::size_t kCount>
-void WriteTable(std::uint8_t chip, const ChipRegister<kLength>& of,
-                const std::array<std::uint8_t, kCount>& table) {
+[[gnu::always_inline]] inline void WriteTable(std::uint8_t chip, const ChipRegister<kLength>& of,
+                                              const std::array<std::uint8_t, kCount>& table) {
   static_assert(kCount <= kLength, "the table is longer than the run");
   WriteRun(chip, of.At(0), table.data(), kCount);
 }
 template <unsigned kLength, std::size_t kCount>
-void WriteTable(std::uint8_t chip, const ChannelRegister<kLength>& of, unsigned position,
-                const std::array<std::uint8_t, kCount>& table) {
+[[gnu::always_inline]] inline void WriteTable(std::uint8_t chip, const ChannelRegister<kLength>& of,
+                                              unsigned position,
+                                              const std::array<std::uint8_t, kCount>& table) {
   static_assert(kCount <= kLength, "the table is longer than the run");
   WriteRun(chip, of.At(position, 0), table.data(), kCount);
 }

@@ -33,11 +33,12 @@ const ScaleRatio* FindRatio(std::uint8_t code) {
 }
 
 // Writes a ratio to the scaler of a channel.
-void WriteRatio(std::uint8_t channel, const ChannelRegister<2>& of, const ScaleRatio& ratio) {
+template <const ChannelRegister<2>& kOf>
+void WriteRatio(std::uint8_t channel, const ScaleRatio& ratio) {
   const std::uint8_t chip = TW_GetChipSelect(channel);
   const std::uint8_t position = ChannelPosition(channel);
-  Write(chip, of.At(position, 0), ratio.high);
-  Write(chip, of.At(position, 1), ratio.low);
+  Write(chip, kOf.At(position, 0), ratio.high);
+  Write(chip, kOf.At(position, 1), ratio.low);
 }
 
 }  // namespace
@@ -49,7 +50,7 @@ void TW_SetLiveScaleX(std::uint8_t channel, std::uint8_t vertical_code,
     VexoDbg_Print(u">> TW_SetLiveScaleX INVALID V SCALE (%d)!!\r\n", vertical_code);
     return;
   }
-  WriteRatio(channel, kScalerVertical, *vertical);
+  WriteRatio<kScalerVertical>(channel, *vertical);
 
   // Quirk: a refused horizontal code does not take the vertical ratio back.
   const ScaleRatio* horizontal = FindRatio(horizontal_code);
@@ -57,7 +58,7 @@ void TW_SetLiveScaleX(std::uint8_t channel, std::uint8_t vertical_code,
     VexoDbg_Print(u">> TW_SetLiveScaleX INVALID H SCALE (%d)!!\r\n", horizontal_code);
     return;
   }
-  WriteRatio(channel, kScalerHorizontal, *horizontal);
+  WriteRatio<kScalerHorizontal>(channel, *horizontal);
 }
 
 void TW_SetLiveScaleY(std::uint8_t channel, std::uint8_t record_mode) {

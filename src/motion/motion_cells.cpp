@@ -40,15 +40,15 @@ constexpr CellGrid kGrid4 = {0x09, 0x09, 0x0A, 0, 0};
 constexpr CellGrid kGrid9 = {0x05, 0x05, 0x06, 3, 2};
 constexpr CellGrid kGrid16 = {0x04, 0x04, 0x05, 0, 0};
 
-void WriteBox(std::uint8_t chip, const ChannelRegister<1>& of, unsigned position, unsigned value) {
-  Write(chip, of, position, static_cast<std::uint8_t>(value));
+void WriteBox(std::uint8_t chip, RegisterAddress at, unsigned value) {
+  Write(chip, at, static_cast<std::uint8_t>(value));
 }
 
 // Box control to its rest value on all chips; the attribute of position p to p or to 0.
 void ResetBoxes(bool attribute_is_position) {
   for (unsigned p = 0; p < kChannelsPerChip; ++p) {
-    WriteBox(kChipAll, kBoxControl, p, p);
-    WriteBox(kChipAll, kBoxAttribute, p, attribute_is_position ? p : 0u);
+    WriteBox(kChipAll, kBoxControl.At(p), p);
+    WriteBox(kChipAll, kBoxAttribute.At(p), attribute_is_position ? p : 0u);
   }
 }
 
@@ -58,13 +58,13 @@ void DrawGrid(std::uint8_t channel, const BoxLook& look, const CellGrid& grid,
   const std::uint8_t chip = TW_GetChipSelect(channel);
   const unsigned p = ChannelPosition(channel);
   if (!HasChannel(g_display.bit6_mask, channel)) {
-    WriteBox(chip, kBoxControl, p, look.control | p);
-    WriteBox(chip, kBoxAttribute, p, look.attribute);
+    WriteBox(chip, kBoxControl.At(p), look.control | p);
+    WriteBox(chip, kBoxAttribute.At(p), look.attribute);
   }
-  WriteBox(chip, kBoxX, p, window.x_start + grid.x_inset);
-  WriteBox(chip, kBoxY, p, window.y_start + grid.y_inset);
-  WriteBox(chip, kBoxWidth, p, grid.width);
-  WriteBox(chip, kBoxHeight, p, IsNtsc() ? grid.height_ntsc : grid.height_other);
+  WriteBox(chip, kBoxX.At(p), window.x_start + grid.x_inset);
+  WriteBox(chip, kBoxY.At(p), window.y_start + grid.y_inset);
+  WriteBox(chip, kBoxWidth.At(p), grid.width);
+  WriteBox(chip, kBoxHeight.At(p), IsNtsc() ? grid.height_ntsc : grid.height_other);
 }
 
 void DrawSinglePicture(const BoxLook& look, std::uint8_t channel) {
@@ -124,6 +124,6 @@ void TW_SetMotionCellDisplay(std::uint8_t request) {
 
 void TW_SetMotionBoxAttr(std::uint8_t channel, std::uint8_t high, std::uint8_t low) {
   if (channel >= kChannelsMax) return;
-  WriteBox(TW_GetChipSelect(channel), kBoxColor, ChannelPosition(channel),
+  WriteBox(TW_GetChipSelect(channel), kBoxColor.At(ChannelPosition(channel)),
            static_cast<unsigned>(high << 4) | (low & 0x0Fu));
 }

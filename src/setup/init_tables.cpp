@@ -119,8 +119,9 @@ void InitPage1Board(const Page1Board& board) {
 }
 
 // A register of all four input positions, all chips.
-void WriteInputs(const ChannelRegister<1>& of, std::uint8_t value) {
-  for (unsigned c = 0; c < kChannelsPerChip; ++c) Write(g_video.broadcast_select, of, c, value);
+template <const ChannelRegister<1>& kOf>
+void WriteInputs(std::uint8_t value) {
+  for (unsigned c = 0; c < kChannelsPerChip; ++c) Write(g_video.broadcast_select, kOf, c, value);
 }
 
 }  // namespace
@@ -140,11 +141,11 @@ void TW_InitPage0Tables() {
   WriteTable(all, kVideoBlock, kVideoInit);
 
   // Quirk: written ahead of the final delay below, for P alone.
-  if (!ntsc) WriteInputs(kInputDelay, 0x28);
+  if (!ntsc) WriteInputs<kInputDelay>(0x28);
   Write(all, kDecoderOutput, 0x30);
-  WriteInputs(kInputDelay, ntsc ? 0x20 : 0x32);
-  WriteInputs(kInputActive, 0xD0);
-  WriteInputs(kInputFieldOffset, 0x09);
+  WriteInputs<kInputDelay>(ntsc ? 0x20 : 0x32);
+  WriteInputs<kInputActive>(0xD0);
+  WriteInputs<kInputFieldOffset>(0x09);
 }
 
 void TW_InitPage1Tables() {
