@@ -1,0 +1,158 @@
+#include "script/expect_registers.h"
+
+#include <optional>
+
+#include "sim/text.h"
+
+namespace script {
+namespace {
+
+struct NamedRegister {
+  std::uint8_t page;
+  std::uint8_t reg;
+  std::string name;      // "window"
+  std::string position;  // "window 2"; as the name when there is one position
+};
+
+// The table of names, register by register, in its order.
+std::vector<NamedRegister> ListNames() {
+  std::vector<NamedRegister> registers;
+  for (const RegisterName& run : kRegisterNames) {
+    for (unsigned k = 0; k < run.count; ++k) {
+      std::string position = run.name;
+      if (run.count > 1) position += ' ' + std::to_string(k);
+      for (unsigned i = 0; i < run.length; ++i) {
+        const auto reg = static_cast<std::uint8_t>(run.base + k * run.stride + i);
+        registers.push_back({run.page, reg, run.name, position});
+      }
+    }
+  }
+  return registers;
+}
+
+const std::vector<NamedRegister>& Names() {
+  static const std::vector<NamedRegister> names = ListNames();
+  return names;
+}
+
+struct Register {
+  std::uint8_t page;
+  std::uint8_t reg;
+};
+
+// Those of a name, at every position or at one; empty for a name that there is not.
+std::vector<Register> RegistersOf(std::string_view name) {
+  std::vector<Register> registers;
+  for (const NamedRegister& one : Names()) {
+    if (name == one.name || name == one.position) registers.push_back({one.page, one.reg});
+  }
+  return registers;
+}
+
+// "0x31 (window 0)"
+std::string InWords(const Register& at) {
+  std::string text = sim::Hex(at.reg);
+  for (const NamedRegister& one : Names()) {
+    if (one.page == at.page && one.reg == at.reg) return text + " (" + one.position + ')';
+  }
+  return text;
+}
+
+// The registers that a line is about: of a name, or of a page from one on.
+std::vector<Register> ParseWhich(Arguments& arguments, bool& named) {
+  std::vector<Register> registers = RegistersOf(arguments.Peek());
+  named = !registers.empty();
+  if (named) {
+    arguments.Text("a name");
+    return registers;
+  }
+  const std::uint8_t page = arguments.Page("a page 0 to 2 or a name of registers");
+  for (unsigned reg = arguments.Byte("a register"); reg < kRegistersPerPage; ++reg) {
+    registers.push_back({page, static_cast<std::uint8_t>(reg)});
+  }
+  return registers;
+}
+
+// What a register should read.
+struct Wanted {
+  Register at;
+  std::uint8_t value;
+};
+
+// A byte for each register of a name, or for as many of a page as there are bytes; `--` for one
+// that is not looked at.
+std::vector<Wanted> ParseWanted(Arguments& arguments) {
+  bool named = false;
+  const std::vector<Register> registers = ParseWhich(arguments, named);
+  const std::string bytes =
+      std::to_string(registers.size()) +
+      (named ? " bytes for this name" : " bytes at most, to the end of the page");
+  std::vector<Wanted> wanted;
+  for (const Register& at : registers) {
+    if (arguments.AtEnd()) {
+      if (named) arguments.Expected(bytes);
+      break;
+    }
+    if (!arguments.Take("--")) wanted.push_back({at, arguments.RecordByte()});
+  }
+  if (!arguments.AtEnd()) arguments.Expected(bytes);
+  if (wanted.empty()) arguments.Expected("a byte other than --");
+  return wanted;
+}
+
+// What the chip has instead: "has 0x5A at 0x31 (window 0), ..."; empty when all is as wanted.
+std::string Differences(const sim::Board& board, unsigned position,
+                        const std::vector<Wanted>& wanted) {
+  std::string found;
+  for (const auto& [at, value] : wanted) {
+    const std::uint8_t has = board.Peek(position, at.page, at.reg);
+    if (has == value) continue;
+    found += (found.empty() ? "has " : ", ") + sim::Hex(has) + " at " + InWords(at);
+  }
+  return found;
+}
+
+// A step that wants no difference on any of the chips; `difference` tells it of one.
+template <typename Function>
+Step OnEachChip(std::vector<ChipChoice> chips, Function difference) {
+  return [=](Session& session) {
+    const sim::Board& board = session.World().board;
+    bool any = false;
+    std::string found;
+    for (const ChipChoice& choice : chips) {
+      for (const unsigned position : choice.Fitted(board)) {
+        any = true;
+        const std::string here = difference(board, position);
+        if (here.empty()) continue;
+        if (!found.empty()) found += ", ";
+        found += std::string(ChipWords()[position]) + (board.Fitted(position) ? " " : " (empty) ") +
+                 here;
+      }
+    }
+    if (!any) throw Unmet{"no chip is fitted"};
+    if (!found.empty()) throw Unmet{found};
+  };
+}
+
+}  // namespace
+
+Step ParseRegister(Arguments& arguments) {
+  const ChipChoice chips = arguments.Chips();
+  const std::uint8_t page = arguments.Page();
+  const std::uint8_t reg = arguments.Byte("a register");
+  const std::uint8_t wanted = arguments.Byte("a value");
+  return OnEachChip({chips}, [=](const sim::Board& board, unsigned position) {
+    const std::uint8_t has = board.Peek(position, page, reg);
+    return has == wanted ? std::string() : "has " + sim::Hex(has);
+  });
+}
+
+Step ParseRegisters(Arguments& arguments) {
+  const std::vector<ChipChoice> chips = arguments.ChipList();
+  const std::vector<Wanted> wanted = ParseWanted(arguments);
+  return OnEachChip(chips, [=](const sim::Board& board, unsigned position) {
+    return Differences(board, position, wanted);
+  });
+}
+
+}  // namespace script
