@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "chip/registers.h"
 #include "sim/text.h"
 
 namespace script {
