@@ -90,11 +90,10 @@ constexpr std::array kExpectLines = {
     LineKind{kCheck, "expect return", "N", "its result", ParseReturn},
     LineKind{kCheck, "expect register", "CHIP PAGE REG VALUE",
              "a register now; all stands for every fitted chip", ParseRegister},
-    LineKind{
-        kCheck, "expect registers", "CHIP,... PAGE REG|\"NAME\" BYTE...",
-        "registers now, from REG on or of this name at all positions or one (\"window 2\"); -- "
-        "for one that is not looked at",
-        ParseRegisters},
+    LineKind{kCheck, "expect registers", "CHIP PAGE REG BYTE... | CHIP \"NAME\" BYTE...",
+             "registers from REG on, or those of a name (\"window\", \"window 2\"); -- leaves one "
+             "out; CHIP may be several (master,slave1)",
+             ParseRegisters},
     LineKind{kCheck, "expect debug", "\"TEXT\"", "occurs in its debug output, all writes joined",
              ParseDebugText},
     LineKind{kCheck, "expect message", "CODE [WPARAM]",

@@ -59,15 +59,10 @@ std::string InWords(const Register& at) {
   return text;
 }
 
-// The registers that a line is about: of a name, or of a page from one on.
-std::vector<Register> ParseWhich(Arguments& arguments, bool& named) {
-  std::vector<Register> registers = RegistersOf(arguments.Peek());
-  named = !registers.empty();
-  if (named) {
-    arguments.Text("a name");
-    return registers;
-  }
+// From REG to the end of PAGE.
+std::vector<Register> ParsePlace(Arguments& arguments) {
   const std::uint8_t page = arguments.Page("a page 0 to 2 or a name of registers");
+  std::vector<Register> registers;
   for (unsigned reg = arguments.Byte("a register"); reg < kRegistersPerPage; ++reg) {
     registers.push_back({page, static_cast<std::uint8_t>(reg)});
   }
@@ -83,8 +78,13 @@ struct Wanted {
 // A byte for each register of a name, or for as many of a page as there are bytes; `--` for one
 // that is not looked at.
 std::vector<Wanted> ParseWanted(Arguments& arguments) {
-  bool named = false;
-  const std::vector<Register> registers = ParseWhich(arguments, named);
+  std::vector<Register> registers = RegistersOf(arguments.Peek());
+  const bool named = !registers.empty();
+  if (named) {
+    arguments.Text("a name");
+  } else {
+    registers = ParsePlace(arguments);
+  }
   const std::string bytes =
       std::to_string(registers.size()) +
       (named ? " bytes for this name" : " bytes at most, to the end of the page");
