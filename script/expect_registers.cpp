@@ -115,7 +115,7 @@ std::string Differences(const sim::Board& board, unsigned position,
 
 // A step that wants no difference on any of the chips; `difference` tells it of one.
 template <typename Function>
-Step OnEachChip(std::vector<ChipChoice> chips, Function difference) {
+Step OnEachChip(const std::vector<ChipChoice>& chips, const Function& difference) {
   return [=](Session& session) {
     const sim::Board& board = session.World().board;
     bool any = false;

@@ -177,6 +177,7 @@ class Run {
 std::vector<Script> ChosenVariants(std::vector<Script> scripts, const std::string& name,
                                    const RunOptions& options) {
   std::vector<std::string_view> names;
+  names.reserve(scripts.size());
   for (const Script& script : scripts) names.push_back(script.variant);
   if (options.variant) {
     std::erase_if(scripts,

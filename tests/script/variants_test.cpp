@@ -31,6 +31,7 @@ std::string MistakeOf(const std::string& text) {
 
 std::vector<std::string> TextsOf(const Script& script) {
   std::vector<std::string> texts;
+  texts.reserve(script.statements.size());
   for (const Statement& statement : script.statements) texts.push_back(statement.text);
   return texts;
 }
