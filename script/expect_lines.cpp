@@ -4,6 +4,7 @@
 
 #include "harness/host.h"
 #include "script/action_log.h"
+#include "script/expect_registers.h"
 #include "script/line.h"
 #include "sim/text.h"
 
@@ -15,27 +16,6 @@ Step ParseReturn(Arguments& arguments) {
   return [=](Session& session) {
     if (!session.returned) throw Unmet{"'" + session.ActionName() + "' returns nothing"};
     if (*session.returned != wanted) throw Unmet{"returned " + std::to_string(*session.returned)};
-  };
-}
-
-Step ParseRegister(Arguments& arguments) {
-  const ChipChoice chips = arguments.Chips();
-  const std::uint8_t page = arguments.Page();
-  const std::uint8_t reg = arguments.Byte("a register");
-  const std::uint8_t wanted = arguments.Byte("a value");
-  return [=](Session& session) {
-    const sim::Board& board = session.World().board;
-    const std::vector<unsigned> positions = chips.Fitted(board);
-    if (positions.empty()) throw Unmet{"no chip is fitted"};
-    std::string found;
-    for (const unsigned position : positions) {
-      const std::uint8_t value = board.Peek(position, page, reg);
-      if (value == wanted) continue;
-      if (!found.empty()) found += ", ";
-      found += std::string(ChipWords()[position]) +
-               (board.Fitted(position) ? " has " : " (empty) has ") + sim::Hex(value);
-    }
-    if (!found.empty()) throw Unmet{found};
   };
 }
 
@@ -110,6 +90,10 @@ constexpr std::array kExpectLines = {
     LineKind{kCheck, "expect return", "N", "its result", ParseReturn},
     LineKind{kCheck, "expect register", "CHIP PAGE REG VALUE",
              "a register now; all stands for every fitted chip", ParseRegister},
+    LineKind{kCheck, "expect registers", "CHIP PAGE REG BYTE... | CHIP \"NAME\" BYTE...",
+             "registers from REG on, or those of a name (\"window\", \"window 2\"); -- leaves one "
+             "out; CHIP may be several (master,slave1)",
+             ParseRegisters},
     LineKind{kCheck, "expect debug", "\"TEXT\"", "occurs in its debug output, all writes joined",
              ParseDebugText},
     LineKind{kCheck, "expect message", "CODE [WPARAM]",

@@ -104,10 +104,12 @@ std::string LanguageHelp() {
   AppendGroup(text, "\nExpectations about the last action:", ExpectLines());
   AppendGroup(text, "\nOutput:", OutputLines());
   text +=
+      "\nAfter the line variants NAME NAME... a script runs once for each NAME: {a|b} reads a in\n"
+      "the first and b in the second, and only NAME LINE is a line for that one alone.\n"
       "\nWords are separated by blanks; # starts a comment; a word in double quotes may hold\n"
       "\\n \\r \\t \\\\ \\\" \\xHH. Numbers are decimal or 0x-hexadecimal. CH is 0 to 15 or all,\n"
-      "CHIP is master, slave1, slave2, slave3 or all, PAGE is 0 to 2, and the BYTEs of a record\n"
-      "have two hexadecimal digits.\n";
+      "CHIP is master, slave1, slave2, slave3 or all, PAGE is 0 to 2, and a BYTE of a record or\n"
+      "a register has two hexadecimal digits.\n";
   return text;
 }
 

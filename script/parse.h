@@ -1,4 +1,4 @@
-// Scripts read: text to statements.
+// Scripts read: text to statements, for each variant.
 #pragma once
 
 #include <istream>
@@ -27,7 +27,14 @@ struct ScriptError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The lines that do something. Throws ScriptError for the first wrong one.
-std::vector<Statement> ParseScript(std::istream& in, const std::string& name);
+// A script as one of its variants reads.
+struct Script {
+  std::string variant;                // empty when it has none
+  std::string name;                   // in messages: "live.vexo (pal)"
+  std::vector<Statement> statements;  // the lines that do something
+};
+
+// Every variant, or the one script that has none. Throws ScriptError for the first wrong line.
+std::vector<Script> ParseScript(std::istream& in, const std::string& name);
 
 }  // namespace script

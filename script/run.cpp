@@ -1,5 +1,6 @@
 #include "script/run.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <vector>
 
@@ -7,6 +8,7 @@
 #include "script/action_log.h"
 #include "script/parse.h"
 #include "script/report_words.h"
+#include "sim/text.h"
 #include "sim/trace_json.h"
 #include "sim/world.h"
 
@@ -16,9 +18,9 @@ namespace {
 // One run of a script.
 class Run {
  public:
-  Run(const std::string& name, const RunOptions& options, Surroundings& around, std::ostream& out,
+  Run(const Script& script, const RunOptions& options, Surroundings& around, std::ostream& out,
       std::ostream& err)
-      : name_(name),
+      : script_(script),
         options_(options),
         around_(around),
         out_(out),
@@ -27,14 +29,16 @@ class Run {
     if (options.trace != nullptr) trace_.emplace(*options.trace);
   }
 
-  int Statements(const std::vector<Statement>& statements) {
+  int All() {
+    const std::vector<Statement>& statements = script_.statements;
+    if (!options_.quiet && !script_.variant.empty()) out_ << "variant " << script_.variant << '\n';
     harness::Restart();
     sim::TheWorld().kernel.SetSeed(options_.seed);
     bool goes_on = true;
     for (std::size_t i = 0; i < statements.size() && goes_on; ++i) {
       if (options_.quiet) {
-        around_.ShowProgress(name_ + ": line " + std::to_string(statements[i].line) + " of " +
-                             std::to_string(statements.back().line));
+        around_.ShowProgress(script_.name + ": line " + std::to_string(statements[i].line) +
+                             " of " + std::to_string(statements.back().line));
       }
       goes_on = One(statements[i]);
       if (trace_) trace_->Write(sim::TheWorld().trace);
@@ -116,7 +120,8 @@ class Run {
   void Complain(const Statement& statement, const std::string& what) {
     around_.ClearProgress();
     out_.flush();
-    err_ << name_ << ':' << statement.line << ": " << statement.text << ": " << what << std::endl;
+    err_ << script_.name << ':' << statement.line << ": " << statement.text << ": " << what
+         << std::endl;
   }
 
   void Finish() {
@@ -131,6 +136,7 @@ class Run {
       }
     }
     if (checks_ != 0) {
+      if (!script_.variant.empty()) out_ << script_.variant << ": ";
       out_ << (unmet_ == 0 ? std::to_string(checks_)
                            : std::to_string(unmet_) + " of " + std::to_string(checks_))
            << (checks_ == 1 ? " expectation" : " expectations")
@@ -150,12 +156,12 @@ class Run {
     }
     // One in a thread comes out when the host pauses next, which may be never.
     if (machine.FirstFault() && status_ == kExitDone) {
-      err_ << name_ << ": " << *machine.FirstFault() << std::endl;
+      err_ << script_.name << ": " << *machine.FirstFault() << std::endl;
       status_ = kExitUnmet;
     }
   }
 
-  const std::string& name_;
+  const Script& script_;
   const RunOptions& options_;
   Surroundings& around_;
   std::ostream& out_;
@@ -167,13 +173,42 @@ class Run {
   int status_ = kExitDone;
 };
 
+// Of a script's variants those that are to run. Throws ScriptError.
+std::vector<Script> ChosenVariants(std::vector<Script> scripts, const std::string& name,
+                                   const RunOptions& options) {
+  std::vector<std::string_view> names;
+  names.reserve(scripts.size());
+  for (const Script& script : scripts) names.push_back(script.variant);
+  if (options.variant) {
+    std::erase_if(scripts,
+                  [&](const Script& script) { return script.variant != *options.variant; });
+    if (!scripts.empty() && !options.variant->empty()) return scripts;
+    throw ScriptError(name + ": expected " +
+                      (names.front().empty() ? "no variant, it has none" : sim::OneOf(names)) +
+                      ", found '" + *options.variant + "'");
+  }
+  if (scripts.size() > 1 && (options.trace != nullptr || options.picture)) {
+    throw ScriptError(name + ": a trace or a picture is of one variant: choose " +
+                      sim::OneOf(names) + " (--variant)");
+  }
+  return scripts;
+}
+
 }  // namespace
+
+int RunScript(const Script& script, const RunOptions& options, Surroundings& around,
+              std::ostream& out, std::ostream& err) {
+  return Run(script, options, around, out, err).All();
+}
 
 int RunScript(std::istream& in, const std::string& name, const RunOptions& options,
               Surroundings& around, std::ostream& out, std::ostream& err) {
   try {
-    const std::vector<Statement> statements = ParseScript(in, name);
-    return Run(name, options, around, out, err).Statements(statements);
+    int status = kExitDone;
+    for (const Script& script : ChosenVariants(ParseScript(in, name), name, options)) {
+      status = std::max(status, RunScript(script, options, around, out, err));
+    }
+    return status;
   } catch (const ScriptError& error) {
     err << error.what() << std::endl;
     return kExitWrong;

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "harness/image_run.h"
+#include "script/parse.h"
 #include "script/surroundings.h"
 
 namespace script {
@@ -17,6 +18,7 @@ inline constexpr int kExitUnmet = 1;  // an expectation failed, nothing could go
 inline constexpr int kExitWrong = 2;  // the script or the command line is wrong
 
 struct RunOptions {
+  std::optional<std::string> variant;  // of a script that has variants: this one alone
   bool quiet = false;  // only failed expectations, the summary and what the script prints
   std::uint64_t seed = 0;
   bool registers = false;              // print all register pages at the end
@@ -26,9 +28,14 @@ struct RunOptions {
   const harness::ImageRun* machine = nullptr;
 };
 
-// Runs a script. `name` stands in messages. The whole script is read before its first line runs.
+// Runs a script, once for each of its variants. `name` stands in messages. The whole script is read
+// before its first line runs. A trace or a picture is of one variant: for several it is refused.
 // Returns one of kExit....
 int RunScript(std::istream& in, const std::string& name, const RunOptions& options,
               Surroundings& around, std::ostream& out, std::ostream& err);
+
+// Runs one that was read.
+int RunScript(const Script& script, const RunOptions& options, Surroundings& around,
+              std::ostream& out, std::ostream& err);
 
 }  // namespace script

@@ -12,8 +12,6 @@
 namespace script {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r";
-
 bool IsBlank(char c) { return kBlanks.find(c) != std::string_view::npos; }
 
 std::optional<std::uint8_t> HexByte(std::string_view text) {
@@ -112,6 +110,16 @@ std::span<const std::string_view> WordsOf(std::string_view argument) {
   return {};
 }
 
+std::size_t CommentBegin(std::string_view line) {
+  bool quoted = false;
+  for (std::size_t at = 0; at < line.size(); ++at) {
+    if (line[at] == '#' && !quoted) return at;
+    if (line[at] == '"') quoted = !quoted;
+    if (line[at] == '\\' && quoted) ++at;  // and what it escapes
+  }
+  return line.size();
+}
+
 std::vector<std::string> SplitWords(std::string_view line) {
   std::vector<std::string> words;
   std::size_t at = 0;
@@ -142,6 +150,10 @@ std::vector<unsigned> ChipChoice::Fitted(const sim::Board& board) const {
     if (board.Fitted(p)) positions.push_back(p);
   }
   return positions;
+}
+
+std::string_view Arguments::Peek() const {
+  return words_.empty() ? std::string_view() : words_.front();
 }
 
 bool Arguments::Take(std::string_view word) {
@@ -188,8 +200,8 @@ std::uint8_t Arguments::RecordByte() {
   return *value;
 }
 
-std::uint8_t Arguments::Page() {
-  return static_cast<std::uint8_t>(Number("a page 0 to 2", 0, kPageCount - 1));
+std::uint8_t Arguments::Page(std::string_view what) {
+  return static_cast<std::uint8_t>(Number(what, 0, kPageCount - 1));
 }
 
 std::vector<unsigned> Arguments::Channels() {
@@ -202,6 +214,24 @@ std::vector<unsigned> Arguments::Channels() {
 ChipChoice Arguments::Chips() {
   const auto index = static_cast<unsigned>(Choice(kChipWords));
   return {index == kChipsMax, index};
+}
+
+std::vector<ChipChoice> Arguments::ChipList() {
+  if (Peek().find(',') == std::string_view::npos) return {Chips()};
+  std::vector<std::string> names(1);
+  for (const char c : Text("chips")) {
+    if (c == ',')
+      names.emplace_back();
+    else
+      names.back() += c;
+  }
+  std::vector<ChipChoice> chips;
+  for (Arguments list(names); !list.AtEnd();) {
+    const auto position =
+        static_cast<unsigned>(list.Choice(std::span(kChipWords).first<kChipsMax>()));
+    chips.push_back({false, position});
+  }
+  return chips;
 }
 
 bool Arguments::OnOff() {

@@ -18,6 +18,11 @@ struct Malformed : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+inline constexpr std::string_view kBlanks = " \t\r";
+
+// Where the comment of a line begins; its length when it has none.
+std::size_t CommentBegin(std::string_view line);
+
 // Blank-separated words up to a comment; a word in double quotes is unquoted. Throws Malformed.
 std::vector<std::string> SplitWords(std::string_view line);
 
@@ -46,6 +51,8 @@ class Arguments {
   explicit Arguments(std::span<const std::string> words) : words_(words) {}
 
   bool AtEnd() const { return words_.empty(); }
+  // The next word, which is left; empty at the end.
+  std::string_view Peek() const;
   // The next word is this one: takes it.
   bool Take(std::string_view word);
 
@@ -54,10 +61,11 @@ class Arguments {
                        std::uint32_t most = std::numeric_limits<std::uint32_t>::max());
   std::int32_t SignedNumber(std::string_view what);
   std::uint8_t Byte(std::string_view what);
-  std::uint8_t RecordByte();         // two hexadecimal digits
-  std::uint8_t Page();               // 0 to 2
+  std::uint8_t RecordByte();  // two hexadecimal digits
+  std::uint8_t Page(std::string_view what = "a page 0 to 2");
   std::vector<unsigned> Channels();  // 0 to 15, or all
   ChipChoice Chips();
+  std::vector<ChipChoice> ChipList();  // chips with commas between them, or all
   bool OnOff();
   std::size_t Choice(std::span<const std::string_view> words);  // index of the word
   void End();

@@ -11,6 +11,7 @@ namespace script {
 namespace {
 
 using testing::HasSubstr;
+using testing::StartsWith;
 
 std::string MistakeOf(const std::string& script) {
   std::istringstream in(script);
@@ -93,6 +94,9 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "expect return -8",
       "expect register all 1 0x10 0xC0",
       "expect register master 2 255 255",
+      "expect registers master 1 0x30 04 b0 01 77",
+      "expect registers slave1,slave3 2 255 FF",
+      "expect registers all \"window 3\" 00 -- -- 01",
       "expect debug \">> FINISH NTSC CAMERA!!\\r\\n\"",
       "expect message 0x2403",
       "expect message 0x2404 0x0004",
@@ -113,7 +117,7 @@ TEST(ScriptParsing, CoversTheWholeTableOfLines) {
   // A new kind of line needs its place in the table above.
   EXPECT_EQ(BoardLines().size(), 17U);
   EXPECT_EQ(ActionLines().size(), 15U);
-  EXPECT_EQ(ExpectLines().size(), 8U);
+  EXPECT_EQ(ExpectLines().size(), 9U);
   EXPECT_EQ(OutputLines().size(), 3U);
 }
 
@@ -238,6 +242,37 @@ TEST(ScriptParsing, RefusesMalformedExpectations) {
               HasSubstr("s.vexo:2: expected expect return N | expect register"));
 }
 
+TEST(ScriptParsing, RefusesRegistersThatDoNotFitTheirBytes) {
+  const std::vector<Wrong> cases = {
+      {"", "expected master, slave1, slave2, slave3 or all, found the end of the line"},
+      {"master,slave4 1 0 00", "expected master, slave1, slave2 or slave3, found 'slave4'"},
+      {"master,all 1 0 00", "expected master, slave1, slave2 or slave3, found 'all'"},
+      {"master, 1 0 00", "expected master, slave1, slave2 or slave3, found ''"},
+      {"master 3 0 00", "expected a page 0 to 2 or a name of registers, found '3'"},
+      {"master \"windows\" 00", "expected a page 0 to 2 or a name of registers, found 'windows'"},
+      {"master \"window 4\" 00", "expected a page 0 to 2 or a name of registers, found 'window 4'"},
+      {"master \"display mode 0\" 00",
+       "expected a page 0 to 2 or a name of registers, found 'display mode 0'"},
+      {"master", "expected a page 0 to 2 or a name of registers, found the end of the line"},
+      {"master 1 256 00", "expected a register 0 to 255, found '256'"},
+      {"master 1 0x30", "expected a byte other than --, found the end of the line"},
+      {"master 1 0x30 -- --", "expected a byte other than --, found the end of the line"},
+      {"master 1 0x30 0x00", "expected a byte of two hexadecimal digits, found '0x00'"},
+      {"master 1 0xFE 00 00 01", "expected 2 bytes at most, to the end of the page, found '01'"},
+      {"master \"window 1\" 00 01 02", "expected 4 bytes for this name, found the end of the line"},
+      {"master \"window 1\" 00 01 02 03 04", "expected 4 bytes for this name, found '04'"},
+      {"master \"window\" 00 01 02 03",
+       "expected 16 bytes for this name, found the end of the line"},
+      {"master \"display mode\" --", "expected a byte other than --, found the end of the line"},
+  };
+  for (const Wrong& wrong : cases) {
+    const std::string line = std::string("expect registers ") + wrong.line;
+    EXPECT_THAT(MistakeOf("attach\n" + line),
+                StartsWith(std::string("s.vexo:2: ") + wrong.mistake + " (expect return N | "))
+        << line;
+  }
+}
+
 TEST(ScriptParsing, TakesRecordsOfUpTo64Bytes) {
   std::string line = "command 0xF005";
   for (int i = 0; i < 64; ++i) line += " 00";
@@ -249,7 +284,11 @@ TEST(ScriptParsing, TakesRecordsOfUpTo64Bytes) {
 
 TEST(ScriptParsing, KeepsLineNumbersAndTexts) {
   std::istringstream in("# a script\n\n  attach  \r\nboard chips 1 # one\n");
-  const std::vector<Statement> statements = ParseScript(in, "s.vexo");
+  const std::vector<Script> scripts = ParseScript(in, "s.vexo");
+  ASSERT_EQ(scripts.size(), 1U);
+  EXPECT_EQ(scripts[0].variant, "");
+  EXPECT_EQ(scripts[0].name, "s.vexo");
+  const std::vector<Statement>& statements = scripts[0].statements;
   ASSERT_EQ(statements.size(), 2U);
   EXPECT_EQ(statements[0].line, 3U);
   EXPECT_EQ(statements[0].text, "attach");

@@ -11,9 +11,8 @@
 
 #include "sim/text.h"
 #include "sim/world.h"
-#include "tests/harness/fake_library.h"
+#include "tests/script/script_run.h"
 #include "tests/support/temp_path.h"
-#include "tools/vexosim/listing/terminal_surroundings.h"
 
 namespace script {
 namespace {
@@ -25,28 +24,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-class ScriptRun : public harness::FakeLibraryTest {
- protected:
-  int Run(const std::string& script) {
-    std::istringstream in(script);
-    out_.str({});
-    err_.str({});
-    harness::TheFake().calls.clear();
-    vexosim::TerminalSurroundings around(style_);
-    return RunScript(in, "s.vexo", options_, around, out_, err_);
-  }
-  // Runs attach, window and the lines.
-  int RunBound(const std::string& lines) { return Run("attach\nwindow\n" + lines); }
-  std::string Out() const { return out_.str(); }
-  std::string Err() const { return err_.str(); }
-
-  RunOptions options_;
-  vexosim::PictureStyle style_;
-
- private:
-  std::ostringstream out_;
-  std::ostringstream err_;
-};
+class ScriptRun : public ScriptRunTest {};
 
 TEST_F(ScriptRun, CallsTheExportThatEachActionNames) {
   const std::string mask =
@@ -119,6 +97,76 @@ TEST_F(ScriptRun, ExpectRegisterOfAllMeansEveryFittedChip) {
   EXPECT_THAT(Err(), HasSubstr(": no chip is fitted\n"));
   EXPECT_EQ(Run("board chips 1\nattach\nexpect register slave1 1 0 0"), kExitUnmet);
   EXPECT_THAT(Err(), HasSubstr(": slave1 (empty) has 0xFF\n"));
+}
+
+TEST_F(ScriptRun, ExpectRegistersLooksAtARunOfRegisters) {
+  const std::string pokes = "poke slave1 1 0x38 0x85\npoke slave1 1 0x3A 0x02\n";
+  EXPECT_EQ(RunBound(pokes + "expect registers slave1 1 0x38  85 00 02\n"), kExitDone) << Err();
+  EXPECT_EQ(RunBound(pokes + "expect registers slave1 1 0x38 85 B0 02 1F\n"), kExitUnmet);
+  EXPECT_EQ(Err(),
+            "s.vexo:5: expect registers slave1 1 0x38 85 B0 02 1F: "
+            "slave1 has 0x00 at 0x39 (window 2), 0x00 at 0x3B (window 2)\n");
+  // To the end of the page.
+  EXPECT_EQ(RunBound("expect registers master 0 0xFE 28 00"), kExitDone) << Err();
+}
+
+TEST_F(ScriptRun, ExpectRegistersLeavesOutWhatDashesStandFor) {
+  const std::string pokes = "poke master 2 0x60 0x11\npoke master 2 0x61 0x22\n";
+  EXPECT_EQ(RunBound(pokes + "expect registers master 2 0x60 11 --\n"), kExitDone) << Err();
+  EXPECT_EQ(RunBound(pokes + "expect registers master 2 0x60 -- 22\n"), kExitDone) << Err();
+  EXPECT_EQ(RunBound(pokes + "expect registers master 2 0x60 -- 11\n"), kExitUnmet);
+  EXPECT_THAT(Err(), EndsWith(": master has 0x22 at 0x61 (box attribute 0)\n"));
+}
+
+TEST_F(ScriptRun, ExpectRegistersGoesThroughThePositionsOfAName) {
+  const std::string pokes = "poke master 1 0x10 0xD4\npoke master 1 0x28 0x97\n";
+  EXPECT_EQ(RunBound(pokes + "expect registers master \"channel display\" D4 00 -- 97"), kExitDone)
+      << Err();
+  EXPECT_EQ(RunBound(pokes + "expect registers master \"channel display 3\" 97"), kExitDone)
+      << Err();
+  EXPECT_EQ(RunBound(pokes + "expect registers master \"channel display\" D4 95 00 96"),
+            kExitUnmet);
+  EXPECT_THAT(Err(), EndsWith(": master has 0x00 at 0x18 (channel display 1), "
+                              "0x97 at 0x28 (channel display 3)\n"));
+}
+
+TEST_F(ScriptRun, ExpectRegistersTakesAllBytesOfEachPosition) {
+  const std::string pokes =
+      "poke master 0 0x87 0x01\npoke master 0 0x96 0x02\npoke master 0 0xB9 3\n";
+  EXPECT_EQ(RunBound(pokes + "expect registers master \"playback pattern\" "
+                             "00 01 00 00 02 00 00 00 00 00 00 00 00 00 00 03"),
+            kExitDone)
+      << Err();
+  EXPECT_EQ(RunBound(pokes + "expect registers master \"playback pattern 3\" 00 00 00 03"),
+            kExitDone)
+      << Err();
+  EXPECT_EQ(RunBound(pokes + "expect registers master \"playback pattern 3\" 00 01 00 03"),
+            kExitUnmet);
+  EXPECT_THAT(Err(), EndsWith(": master has 0x00 at 0xB7 (playback pattern 3)\n"));
+}
+
+TEST_F(ScriptRun, ExpectRegistersNamesNoRegisterThatHasNone) {
+  EXPECT_EQ(RunBound("expect registers master 0 0xFF 01"), kExitUnmet);
+  EXPECT_THAT(Err(), EndsWith(": master has 0x00 at 0xFF\n"));
+}
+
+TEST_F(ScriptRun, ExpectRegistersLooksAtSeveralChips) {
+  const std::string pokes = "poke all 1 0x06 0x04\npoke slave2 1 0x06 0x05\n";
+  EXPECT_EQ(RunBound(pokes + "expect registers master,slave1,slave3 \"display mode\" 04"),
+            kExitDone)
+      << Err();
+  EXPECT_EQ(RunBound(pokes + "expect registers slave1,slave2 \"display mode\" 05"), kExitUnmet);
+  EXPECT_THAT(Err(), EndsWith(": slave1 has 0x04 at 0x06 (display mode)\n"));
+  EXPECT_EQ(RunBound(pokes + "expect registers all \"display mode\" 06"), kExitUnmet);
+  EXPECT_THAT(Err(), HasSubstr(": master has 0x04 at 0x06 (display mode), slave1 has 0x04 at"));
+  EXPECT_EQ(Run("board chips 1\nattach\nexpect registers all \"chip identification\" 28\n"
+                "expect registers slave1 0 0 00"),
+            kExitUnmet);
+  EXPECT_EQ(
+      Err(),
+      "s.vexo:4: expect registers slave1 0 0 00: slave1 (empty) has 0xFF at 0x00 (input 0)\n");
+  EXPECT_EQ(Run("board chips 0\nattach\nexpect registers all 0 0 00"), kExitUnmet);
+  EXPECT_THAT(Err(), HasSubstr(": no chip is fitted\n"));
 }
 
 TEST_F(ScriptRun, ExpectDebugLooksAcrossTheWritesOfTheLastAction) {

@@ -32,6 +32,15 @@ TEST(ScriptWords, EndAtAComment) {
   EXPECT_THAT(SplitWords("text \"# no comment\" # one"), ElementsAre("text", "# no comment"));
 }
 
+TEST(ScriptWords, HaveTheirCommentBehindThem) {
+  EXPECT_EQ(CommentBegin("# nothing"), 0U);
+  EXPECT_EQ(CommentBegin("attach # it"), 7U);
+  EXPECT_EQ(CommentBegin("attach"), 6U);
+  EXPECT_EQ(CommentBegin(R"(text "#\"#"#)"), 11U);
+  EXPECT_EQ(CommentBegin(R"(text "#\\"#)"), 10U);
+  EXPECT_EQ(CommentBegin(R"(text \x#)"), 7U);
+}
+
 TEST(ScriptWords, MayBeQuotedWithCEscapes) {
   EXPECT_THAT(SplitWords(R"(text "vexo init \n")"), ElementsAre("text", "vexo init \n"));
   EXPECT_THAT(SplitWords(R"("\r\n\t\\\"\x41\x7f")"), ElementsAre("\r\n\t\\\"A\x7f"));

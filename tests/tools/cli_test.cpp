@@ -79,6 +79,32 @@ TEST_F(CommandLine, WritesTraceAndPicture) {
   std::remove(picture.c_str());
 }
 
+TEST_F(CommandLine, RunsEveryVariantOfAScriptOrTheOneThatItIsTold) {
+  std::ofstream(script_) << "variants ntsc pal\nattach\nexpect return {7|1}\n";
+  EXPECT_EQ(Run({"run", "--quiet", script_.c_str()}), script::kExitUnmet);
+  EXPECT_THAT(err_.str(), HasSubstr(script_ + " (ntsc):3: expect return 7: returned 1"));
+  EXPECT_EQ(out_.str(), "ntsc: 1 of 1 expectation not met\npal: 1 expectation met\n");
+  EXPECT_EQ(Run({"run", "--quiet", "--variant", "pal", script_.c_str()}), script::kExitDone);
+  EXPECT_EQ(out_.str(), "pal: 1 expectation met\n");
+  EXPECT_EQ(Run({"run", "--variant", "secam", script_.c_str()}), script::kExitWrong);
+  EXPECT_THAT(err_.str(), HasSubstr("expected ntsc or pal, found 'secam'"));
+}
+
+TEST_F(CommandLine, TracesAndDrawsOneVariantAlone) {
+  std::ofstream(script_) << "variants ntsc pal\nattach\n";
+  const std::string trace = test::TempPath("vexosim_cli_test.jsonl");
+  const std::string picture = test::TempPath("vexosim_cli_test.png");
+  EXPECT_EQ(Run({"run", script_.c_str(), "--trace", trace.c_str()}), script::kExitWrong);
+  EXPECT_THAT(err_.str(), HasSubstr("choose ntsc or pal (--variant)"));
+  EXPECT_EQ(Run({"run", script_.c_str(), "--picture", picture.c_str()}), script::kExitWrong);
+  EXPECT_EQ(Run({"run", script_.c_str(), "--trace", trace.c_str(), "--picture", picture.c_str(),
+                 "--variant", "ntsc"}),
+            script::kExitDone);
+  EXPECT_TRUE(std::ifstream(picture).is_open());
+  std::remove(trace.c_str());
+  std::remove(picture.c_str());
+}
+
 TEST_F(CommandLine, GivesStatus2ForAWrongCommandLine) {
   EXPECT_EQ(Run({}), script::kExitWrong);
   EXPECT_EQ(Run({"fly"}), script::kExitWrong);

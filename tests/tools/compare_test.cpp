@@ -21,6 +21,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 ScriptOutcome Outcome() { return {0, "", {R"({"ev":"a"})", R"({"ev":"b"})"}}; }
 
@@ -106,6 +107,14 @@ TEST_F(ImageCompareTest, FindsAnImageThatDoesLess) {
   EXPECT_EQ(Compare(Toy(), "attach\n"), script::kExitUnmet);
   EXPECT_THAT(out_.str(), HasSubstr("loaded at 0x10000000: event 2"));
   EXPECT_THAT(out_.str(), HasSubstr("loaded at 0x01E40000: event 2"));
+}
+
+TEST_F(ImageCompareTest, ComparesEveryVariantOfAScript) {
+  EXPECT_EQ(Compare(Toy(), "variants a b\ndebug 1\nonly b attach\n"), script::kExitUnmet);
+  EXPECT_THAT(out_.str(), HasSubstr("toy.vexo (b): loaded at 0x10000000: event "));
+  EXPECT_THAT(out_.str(), Not(HasSubstr("toy.vexo (a)")));
+  EXPECT_EQ(Compare(Toy(), "variants a b\ndebug {1|2}\n"), script::kExitDone) << out_.str();
+  EXPECT_THAT(out_.str(), HasSubstr("1 scripts with 4 events at 2 bases: the same traces"));
 }
 
 TEST_F(ImageCompareTest, ListsRelocationsThatDoNotMatter) {

@@ -68,6 +68,7 @@ struct ImageArguments {
 struct RunArguments {
   ImageArguments image;
   std::string script;
+  std::optional<std::string> variant;
   std::string trace;
   std::string picture;
   bool registers = false;
@@ -123,6 +124,7 @@ int WithImage(const ImageArguments& arguments, Function run) {
 
 int RunCommand(const RunArguments& arguments, const emulator::Machine* machine) {
   script::RunOptions options;
+  options.variant = arguments.variant;
   options.machine = machine;
   options.quiet = arguments.quiet;
   options.seed = arguments.seed;
@@ -204,6 +206,8 @@ int Main(int argc, const char* const* argv) {
   run->add_option("SCRIPT", run_arguments.script, "Script file, or - for standard input")
       ->required()
       ->type_name("");
+  run->add_option("--variant", run_arguments.variant, "Runs this variant of the script, not all")
+      ->type_name("NAME");
   run->add_option("--trace", run_arguments.trace, "Writes the trace as JSON lines")
       ->type_name("FILE");
   run->add_option("--picture", run_arguments.picture, "Writes the screen at the end")

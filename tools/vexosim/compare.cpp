@@ -28,6 +28,14 @@ std::string WithoutBuildTime(const std::string& line) {
   return line.substr(0, begin + kBanner.size()) + line.substr(end);
 }
 
+std::vector<script::Script> ReadScript(const std::string& path) {
+  std::ifstream script(path);
+  // A folder opens but cannot be read.
+  script.peek();
+  if (!script.is_open() || script.bad()) throw std::runtime_error("cannot read " + path);
+  return script::ParseScript(script, path);
+}
+
 double Seconds(std::chrono::steady_clock::duration time) {
   return std::chrono::duration<double>(time).count();
 }
@@ -39,13 +47,16 @@ class Comparison {
   int Run() {
     const emulator::PeImage image = emulator::PeImage::Load(options_.image);
     for (const std::string& path : options_.scripts) {
-      library_.push_back(RunForComparison(path, nullptr, options_.seed));
+      for (script::Script& script : ReadScript(path)) scripts_.push_back(std::move(script));
+    }
+    for (const script::Script& script : scripts_) {
+      library_.push_back(RunForComparison(script, nullptr, options_.seed));
       const ScriptOutcome& outcome = library_.back();
       // Not run at all, or not to its end, here and there: nothing was compared.
       if (outcome.status == script::kExitWrong) throw std::runtime_error(outcome.complaints);
       // Expectations are meant for the fixed order of threads.
       if (outcome.status != script::kExitDone && options_.seed == 0) {
-        Complain(path + ": on the linked library: " + outcome.complaints);
+        Complain(script.name + ": on the linked library: " + outcome.complaints);
       }
       events_ += outcome.trace.size();
     }
@@ -70,11 +81,11 @@ class Comparison {
     emulator::Machine machine(image, machine_options);
     const emulator::ImageInUse in_use(machine);
     const auto begin = std::chrono::steady_clock::now();
-    for (std::size_t i = 0; i < options_.scripts.size(); ++i) {
+    for (std::size_t i = 0; i < scripts_.size(); ++i) {
       const std::string difference =
-          Difference(library_[i], RunForComparison(options_.scripts[i], &machine, options_.seed));
+          Difference(library_[i], RunForComparison(scripts_[i], &machine, options_.seed));
       if (!difference.empty()) {
-        Complain(options_.scripts[i] + ": loaded at " + sim::Hex(base, 8) + ": " + difference);
+        Complain(scripts_[i].name + ": loaded at " + sim::Hex(base, 8) + ": " + difference);
       }
     }
     const double seconds = Seconds(std::chrono::steady_clock::now() - begin);
@@ -90,9 +101,9 @@ class Comparison {
     const emulator::ImageInUse in_use(machine);
     const std::size_t count = image.Relocations().size();
     std::vector<std::vector<std::size_t>> scripts_of(count);
-    for (std::size_t i = 0; i < options_.scripts.size(); ++i) {
+    for (std::size_t i = 0; i < scripts_.size(); ++i) {
       machine.ForgetLoads();
-      RunForComparison(options_.scripts[i], &machine, options_.seed);
+      RunForComparison(scripts_[i], &machine, options_.seed);
       for (std::size_t k = 0; k < count; ++k) {
         if (machine.Loaded(image.Relocations()[k])) scripts_of[k].push_back(i);
       }
@@ -108,7 +119,7 @@ class Comparison {
       });
       emulator::ImageInUse::LeaveOut(k);
       const bool noticed = std::any_of(scripts.begin(), scripts.end(), [&](std::size_t i) {
-        return library_[i] != RunForComparison(options_.scripts[i], &machine, options_.seed);
+        return library_[i] != RunForComparison(scripts_[i], &machine, options_.seed);
       });
       if (noticed) continue;
       ++(scripts.empty() ? unused : unnoticed);
@@ -124,19 +135,16 @@ class Comparison {
 
   const CompareOptions& options_;
   std::ostream& out_;
-  std::vector<ScriptOutcome> library_;
+  std::vector<script::Script> scripts_;  // each variant
+  std::vector<ScriptOutcome> library_;   // of each
   std::size_t events_ = 0;
   unsigned differences_ = 0;
 };
 
 }  // namespace
 
-ScriptOutcome RunForComparison(const std::string& path, const emulator::Machine* machine,
+ScriptOutcome RunForComparison(const script::Script& script, const emulator::Machine* machine,
                                std::uint64_t seed) {
-  std::ifstream script(path);
-  // A folder opens but cannot be read.
-  script.peek();
-  if (!script.is_open() || script.bad()) throw std::runtime_error("cannot read " + path);
   std::ostringstream trace;
   std::ostringstream out;
   std::ostringstream err;
@@ -147,7 +155,7 @@ ScriptOutcome RunForComparison(const std::string& path, const emulator::Machine*
   options.seed = seed;
   TerminalSurroundings around;
   ScriptOutcome outcome;
-  outcome.status = script::RunScript(script, path, options, around, out, err);
+  outcome.status = script::RunScript(script, options, around, out, err);
   outcome.complaints = err.str();
   std::istringstream lines(trace.str());
   for (std::string line; std::getline(lines, line);) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "device/emulator/machine.h"
+#include "script/parse.h"
 
 namespace vexosim {
 
@@ -22,7 +23,7 @@ struct ScriptOutcome {
 };
 
 // Runs a script on the machine, or on the linked library. The machine's image must be in use.
-ScriptOutcome RunForComparison(const std::string& path, const emulator::Machine* machine,
+ScriptOutcome RunForComparison(const script::Script& script, const emulator::Machine* machine,
                                std::uint64_t seed = 0);
 
 // Where two outcomes differ, in words; empty when they do not.
@@ -36,8 +37,8 @@ struct CompareOptions {
   std::uint64_t seed = 0;            // chooses among threads that could run
 };
 
-// Runs every script on the library and on the image at each base. Prints what differs and a
-// summary. Returns one of kExit....
+// Runs every script, in each of its variants, on the library and on the image at each base. Prints
+// what differs and a summary. Returns one of kExit....
 int CompareImage(const CompareOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace vexosim

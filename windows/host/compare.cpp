@@ -145,26 +145,34 @@ class Comparison {
 };
 
 // Prints its line; false when something differs.
-bool CompareOne(const std::string& path) {
+bool CompareOne(const script::Script& script) {
+  const RunResult linked = RunOn(Side::Linked, script.statements);
+  const RunResult loaded = RunOn(Side::Loaded, script.statements);
+  const std::vector<std::string> differences = Comparison(linked, loaded).Differences();
+  if (differences.empty()) {
+    std::cout << script.name << ": the same: " << loaded.actions.size() << " actions, "
+              << loaded.trace.Events().size() << " events, " << loaded.checks << " expectations met"
+              << std::endl;
+    return true;
+  }
+  std::cout << script.name << ": DIFFERENT" << std::endl;
+  for (const std::string& difference : differences) std::cout << "  " << difference << std::endl;
+  return false;
+}
+
+// All variants of a script; false when something differs.
+bool CompareAll(const std::string& path) {
   std::ifstream in(path);
   if (!in) {
     std::cout << path << ": cannot be read" << std::endl;
     return false;
   }
-  const std::string name = path.substr(path.find_last_of("/\\") + 1);
-  const std::vector<script::Statement> statements = script::ParseScript(in, name);
-  const RunResult linked = RunOn(Side::Linked, statements);
-  const RunResult loaded = RunOn(Side::Loaded, statements);
-  const std::vector<std::string> differences = Comparison(linked, loaded).Differences();
-  if (differences.empty()) {
-    std::cout << name << ": the same: " << loaded.actions.size() << " actions, "
-              << loaded.trace.Events().size() << " events, " << loaded.checks << " expectations met"
-              << std::endl;
-    return true;
+  bool same = true;
+  for (const script::Script& script :
+       script::ParseScript(in, path.substr(path.find_last_of("/\\") + 1))) {
+    same = CompareOne(script) && same;
   }
-  std::cout << name << ": DIFFERENT" << std::endl;
-  for (const std::string& difference : differences) std::cout << "  " << difference << std::endl;
-  return false;
+  return same;
 }
 
 }  // namespace
@@ -173,7 +181,7 @@ int Compare(const std::vector<std::string>& scripts) {
   unsigned different = 0;
   for (const std::string& script : scripts) {
     try {
-      if (!CompareOne(script)) ++different;
+      if (!CompareAll(script)) ++different;
     } catch (const std::exception& error) {
       std::cout << script << ": " << error.what() << std::endl;
       ++different;
