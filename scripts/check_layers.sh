@@ -137,7 +137,7 @@ check() {
           close(file)
         }
         if (!includes) complain(".", 0, "there are no includes to check")
-        if (!status) print total " files, " includes " includes: all arrows go down."
+        if (!status) print total " files, " includes " includes: all as the table of rooms has it."
         exit status
       }'
 }
