@@ -4,6 +4,8 @@
 set -euo pipefail
 cd "$1"
 shift
+# Configures anew where there are new sources, so that the next line knows what there is to do.
+ninja build.ninja </dev/null >/dev/null 2>&1 || true
 [[ "$(ninja -n "$@" </dev/null 2>&1)" != *"no work to do"* ]] || exit 0
 export NINJA_STATUS="[%f/%t] "
 if [[ -t 1 ]]; then

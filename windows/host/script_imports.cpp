@@ -1,7 +1,6 @@
 #include "script_imports.h"
 
 #include <array>
-#include <cstring>
 #include <map>
 #include <vector>
 
@@ -276,11 +275,9 @@ std::size_t RecordBytes(UINT message) {
 }
 
 sim::Bytes TakeRecord(UINT message, std::uintptr_t wparam) {
-  sim::Bytes record(wparam == 0 ? 0 : RecordBytes(message));
-  if (!record.empty()) {
-    std::memcpy(record.data(), reinterpret_cast<const void*>(wparam), record.size());
-  }
-  return record;
+  if (wparam == 0) return {};
+  const auto* const record = reinterpret_cast<const std::uint8_t*>(wparam);
+  return sim::Bytes(record, record + RecordBytes(message));
 }
 
 void NoteMessage(bool post, bool ok, UINT message, WPARAM wparam, LPARAM lparam) {
