@@ -15,14 +15,14 @@ packages |                | 1   | the packages are there              | scripts/
 format   |                | 3   | format (clang-format)               | scripts/check_format.sh
 layers   |                | 1   | who includes whom                   | scripts/check_layers.sh --self-check && scripts/check_layers.sh
 header   |                | 1   | public header in C and C++          | scripts/check_header.sh
-build    |                | 130 | build (g++)                         | scripts/build.sh gcc -k 0 all
+build    |                | 125 | build (g++)                         | scripts/build.sh gcc -k 0 all
 tests    | build          | 25  | tests (g++)                         | scripts/run_tests.sh gcc
 library  | build          | 1   | library needs no runtime            | scripts/check_library.sh build/gcc/src/libvexo_library.a
-sanbuild |                | 100 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
+sanbuild |                | 110 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
 santests | sanbuild       | 100 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
 fuzz     | sanbuild       | 37  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
-lint     |                | 160 | lint (clang-tidy)                   | scripts/lint.sh
-dll      |                | 63  | DLL (MinGW-w64, 64 and 32 bits)     | windows/build.sh
+lint     |                | 150 | lint (clang-tidy)                   | scripts/lint.sh
+dll      |                | 45  | DLL (MinGW-w64, 64 and 32 bits)     | windows/build.sh
 wine64   | dll            | 55  | 64-bit DLL in a host (Wine)         | windows/run_host.sh build/windows-x86_64
 wine32   | dll            | 55  | 32-bit DLL in a host (Wine)         | windows/run_host.sh build/windows-i686
 image    | build          | 11  | image for the board (ARM)           | device/build.sh
