@@ -139,7 +139,6 @@ lint_group() {
 if [[ "${1:-}" == --group ]]; then
   findings="$(lint_group "${@:2}" 2>&1)"
   status=$?
-  [[ -z "${LINT_TIMES:-}" ]] || { echo "${*:2}"; times; } >>"$LINT_TIMES"
   [[ -z "$findings" ]] || printf '%s\n' "$findings"
   exit "$status"
 fi
