@@ -19,9 +19,9 @@ quietly() {
   fi
 }
 
-quietly "$root/scripts/build.sh" gcc ceimage
+"$root/scripts/build.sh" gcc ceimage
 quietly cmake -S "$root/device/library" -B "$build" -G Ninja \
   -DCMAKE_TOOLCHAIN_FILE="$root/device/library/toolchain.cmake" \
   -DCEIMAGE="$root/build/gcc/ceimage" -DVEXO_MACHINE="$machine"
-quietly ninja -C "$build"
+"$root/scripts/ninja.sh" "$build"
 "$root/device/check_image.sh" "$build" "$machine"

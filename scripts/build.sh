@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Configures a preset and builds targets of it, quietly: scripts/build.sh PRESET TARGET...
-# On a terminal one line counts the steps; elsewhere only what goes wrong is shown.
+# On a terminal one line counts the steps; elsewhere a line now and then, and what goes wrong.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 preset="$1"
@@ -14,12 +14,4 @@ if ! cmake --preset "$preset" </dev/null >"$log" 2>&1; then
   cat "$log"
   exit 1
 fi
-
-cd "build/$preset"
-[[ "$(ninja -n "$@" </dev/null 2>&1)" != *"no work to do"* ]] || exit 0
-quiet=(--quiet)
-if [[ -t 1 ]]; then
-  quiet=()
-  export NINJA_STATUS="[%f/%t] "
-fi
-ninja "${quiet[@]}" "$@" </dev/null
+scripts/ninja.sh "build/$preset" "$@"

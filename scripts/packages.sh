@@ -49,14 +49,14 @@ done
 as_root=()
 if ((EUID != 0)); then
   if ! command -v sudo >/dev/null; then
-    echo "Missing packages: ${missing[*]}" >&2
-    echo "Run this once as root: apt-get install ${missing[*]}" >&2
+    echo "Packages are missing. Run this line once as root:" >&2
+    echo "apt-get update && apt-get install -y --no-install-recommends ${missing[*]}" >&2
     exit 1
   fi
   as_root=(sudo)
 fi
 
-echo "Installing ${missing[*]}" >&2
+echo "Installing ${missing[*]} (some minutes)" >&2
 apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o Dpkg::Use-Pty=0)
 log="$(mktemp)"
 trap 'rm -f "$log"' EXIT

@@ -14,7 +14,7 @@ for processor in x86_64 i686; do
     cat "$log"
     exit 1
   fi
-  ninja -C "$build" --quiet </dev/null
+  "$root/scripts/ninja.sh" "$build"
   "$root/windows/check_dll.sh" "$build/VexoCtrlSDK.dll" "$processor"
   "$processor-w64-mingw32-size" "$build/VexoCtrlSDK.dll"
 done

@@ -12,10 +12,12 @@
 #include "ce_api.h"
 #include "platform/platform.h"
 
-static_assert(std::is_same_v<CeDword, DWORD> && std::is_same_v<CeLong, LPARAM> &&
-              std::is_same_v<CeLong, LRESULT> && std::is_same_v<CeUnsigned, WPARAM> &&
-              std::is_same_v<CeDwordPtr, DWORD_PTR> &&
-              std::is_same_v<CeThreadProc, LPTHREAD_START_ROUTINE>);
+static_assert(std::is_same_v<CeDword, DWORD>);
+static_assert(std::is_same_v<CeLong, LPARAM>);
+static_assert(std::is_same_v<CeLong, LRESULT>);
+static_assert(std::is_same_v<CeUnsigned, WPARAM>);
+static_assert(std::is_same_v<CeDwordPtr, DWORD_PTR>);
+static_assert(std::is_same_v<CeThreadProc, LPTHREAD_START_ROUTINE>);
 
 // The device's name for it is the same function.
 static_assert(std::is_same_v<decltype(SendMessageTimeout), decltype(SendMessageTimeoutW)>);

@@ -3,6 +3,7 @@
 # processes, threads and the bus. The Wine prefixes are the build's own, and no display is needed.
 #
 # usage: run_host.sh BUILD [SCRIPT...]    BUILD: the folder of the Windows build
+# Exit status 77: nothing was run, because this machine has no Wine for the build's processor.
 set -u
 
 here=$(cd "$(dirname "$0")" && pwd)
@@ -29,7 +30,7 @@ if grep -qx 'VEXO_PROCESSOR:.*=i686' "$build/CMakeCache.txt"; then
   WINEARCH=win32
   if WINEPREFIX=$work/none timeout 120 wine cmd /c exit 2>&1 | grep -q 'cannot support 64-bit'; then
     echo "Windows host: there is no 32-bit Wine here, so the 32-bit DLL was not run."
-    exit 0
+    exit 77  # skipped
   fi
 fi
 

@@ -1,7 +1,6 @@
 #include "script_imports.h"
 
 #include <array>
-#include <cstring>
 #include <map>
 #include <vector>
 
@@ -274,11 +273,9 @@ BOOL WINAPI QueryVersion(const void* buffer, const wchar_t* block, void** value,
 // ---- Messages -----------------------------------------------------------------------------------
 
 sim::Bytes TakeRecord(UINT message, std::uintptr_t wparam) {
-  sim::Bytes record(wparam == 0 ? 0 : sim::MessageRecordBytes(message));
-  if (!record.empty()) {
-    std::memcpy(record.data(), reinterpret_cast<const void*>(wparam), record.size());
-  }
-  return record;
+  if (wparam == 0) return {};
+  const auto* const record = reinterpret_cast<const std::uint8_t*>(wparam);
+  return sim::Bytes(record, record + sim::MessageRecordBytes(message));
 }
 
 void NoteMessage(bool post, bool ok, UINT message, WPARAM wparam, LPARAM lparam) {

@@ -33,6 +33,7 @@ inline const BoardHost& TheBoardHost() {
     if (function == nullptr) {
       OutputDebugStringA("the stand-in needs a program that has a simulated board\n");
       TerminateProcess(GetCurrentProcess(), 3);
+      __builtin_unreachable();
     }
     return reinterpret_cast<BoardHostFunction>(reinterpret_cast<void*>(function))();
   }();

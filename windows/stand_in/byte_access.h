@@ -18,4 +18,4 @@ struct ByteAccess {
 
 // mov, movzx and movsx between memory and a register, and mov of an immediate; none for any other
 // instruction. Wider ones are decoded as well, so that they can be told from what is not known.
-std::optional<ByteAccess> DecodeAccess(const std::uint8_t* code, bool long_mode);
+std::optional<ByteAccess> DecodeAccess(const std::uint8_t* bytes, bool long_mode);
