@@ -39,7 +39,7 @@ constexpr std::array<std::uint8_t, kTableBytes> kTable = {0, 1, 2,  3,  4,  5,  
 void WriteRegister(benchmark::State& state) {
   MapWindows();
   std::uint8_t value = 0;
-  for (auto _ : state) TW_WriteRegister(kChipMaster, kPage1, kReg, value++);
+  for (auto _ : state) Write(kChipMaster, RegisterAddress{kPage1, kReg}, value++);
 }
 
 void WriteRegisterByHand(benchmark::State& state) {
@@ -50,7 +50,7 @@ void WriteRegisterByHand(benchmark::State& state) {
 
 void ReadRegister(benchmark::State& state) {
   MapWindows();
-  for (auto _ : state) benchmark::DoNotOptimize(TW_ReadRegister(kChipMaster, kPage1, kReg));
+  for (auto _ : state) benchmark::DoNotOptimize(Read(kChipMaster, RegisterAddress{kPage1, kReg}));
 }
 
 void ReadRegisterByHand(benchmark::State& state) {
@@ -60,7 +60,7 @@ void ReadRegisterByHand(benchmark::State& state) {
 
 void WriteTable16(benchmark::State& state) {
   MapWindows();
-  for (auto _ : state) TW_WriteReg_Table(kChipMaster, kPage1, kReg, kTable.data(), kTableBytes);
+  for (auto _ : state) WriteRun(kChipMaster, {kPage1, kReg}, kTable.data(), kTableBytes);
 }
 
 void WriteTable16ByHand(benchmark::State& state) {

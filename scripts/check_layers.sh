@@ -37,7 +37,7 @@ device/ceimage:
 device/emulator:        +harness
 device/library:         include src/platform/ce
 tools/vexosim/terminal:
-tools/vexosim/grammar:  +script src/text src/display  tools/vexosim/shell/words.h  # goes up
+tools/vexosim/grammar:  +script src/text src/display
 tools/vexosim/listing:  +script sim/screen sim/picture tools/vexosim/terminal
 tools/vexosim/shell:    +tools/vexosim/listing tools/vexosim/grammar
 tools/vexosim:          +tools/vexosim/shell device/emulator

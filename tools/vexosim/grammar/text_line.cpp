@@ -3,8 +3,8 @@
 #include "VexoCtrlSDK.h"
 #include "sim/text.h"
 #include "text/tokenizer.h"
+#include "tools/vexosim/grammar/did_you_mean.h"
 #include "tools/vexosim/grammar/pattern_walk.h"
-#include "tools/vexosim/shell/words.h"
 
 namespace vexosim {
 namespace {

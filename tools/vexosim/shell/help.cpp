@@ -5,6 +5,7 @@
 
 #include "script/line.h"
 #include "sim/faults.h"
+#include "tools/vexosim/grammar/did_you_mean.h"
 #include "tools/vexosim/grammar/pattern_walk.h"
 #include "tools/vexosim/grammar/text_help.h"
 #include "tools/vexosim/shell/words.h"

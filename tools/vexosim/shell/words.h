@@ -2,7 +2,6 @@
 #pragma once
 
 #include <span>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -24,8 +23,5 @@ bool IsScriptWord(std::string_view word);
 // Keywords that may stand without their header: those of one family alone that are no script
 // words.
 std::vector<std::string_view> ShortKeywords();
-
-// "; did you mean a or b?" with the candidates next to a mistyped word, empty when none is near.
-std::string DidYouMean(std::string_view word, std::span<const std::string_view> candidates);
 
 }  // namespace vexosim
