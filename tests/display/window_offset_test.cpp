@@ -8,7 +8,7 @@
 #include "display/live_split_direct.h"
 #include "display/play_split_direct.h"
 #include "display/window_tables.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "chip/video_state.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
@@ -27,7 +27,7 @@ class WindowTables : public DisplayTest {
 
 TEST_F(WindowTables, AreEmptyUntilTheyAreBuilt) {
   for (const WindowTable* table : {&g_layout.live, &g_layout.play}) {
-    for (const Rect& rect : Flat(*table)) EXPECT_EQ(rect, (Rect{0, 0, 0, 0}));
+    for (const Rect& rect : Flat(*table)) EXPECT_EQ(rect, kHidden);
   }
 }
 
@@ -64,10 +64,10 @@ TEST_F(WindowTables, HoldThePalRectanglesForEveryStandardButNtsc) {
 TEST_F(WindowTables, AreBuiltEachForItself) {
   g_video.video_standard = 0;
   TW_BuildPlayLayout();
-  EXPECT_EQ(Flat(g_layout.live), std::vector<Rect>(57, Rect{0, 0, 0, 0}));
+  EXPECT_EQ(Flat(g_layout.live), std::vector<Rect>(57, kHidden));
   g_layout = {};
   TW_BuildLiveLayout();
-  EXPECT_EQ(Flat(g_layout.play), std::vector<Rect>(57, Rect{0, 0, 0, 0}));
+  EXPECT_EQ(Flat(g_layout.play), std::vector<Rect>(57, kHidden));
 }
 
 TEST_F(WindowTables, BeginFullScreenAndTheNtsc2x2AtLine1AndAllElseAtLine2) {
