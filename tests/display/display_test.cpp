@@ -121,6 +121,12 @@ std::vector<std::uint32_t> DisplayTest::Waits() {
   return waits;
 }
 
+std::vector<Rect> RectsOf(const WindowTable& table) {
+  std::vector<Rect> rects;
+  for (const WindowRect& r : table) rects.push_back({r.x_start, r.x_end, r.y_start, r.y_end});
+  return rects;
+}
+
 Channels Ascending(std::size_t count) {
   Channels list;
   for (std::size_t k = 0; k < count; ++k) list.push_back(static_cast<std::uint8_t>(k));

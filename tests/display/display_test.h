@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "display/window_tables.h"
 #include "tests/model/reference_model.h"
 #include "tests/support/library_test.h"
 
@@ -38,6 +39,9 @@ class DisplayTest : public LibraryTest {
   int standard_ = 0;
   std::size_t from_ = 0;
 };
+
+// All windows of one of the library's tables, in order.
+std::vector<Rect> RectsOf(const WindowTable& table);
 
 // A list of the first channels.
 Channels Ascending(std::size_t count = 16);

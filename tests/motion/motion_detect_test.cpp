@@ -26,8 +26,8 @@ class MotionDetect : public LibraryTest {
   static std::uint8_t MaskByte(int channel, int index) { return U8(31 * channel + 7 * index + 1); }
 
   static std::vector<std::uint8_t> MaskOf(int channel) {
-    std::vector<std::uint8_t> mask;
-    for (int i = 0; i < 24; ++i) mask.push_back(MaskByte(channel, i));
+    std::vector<std::uint8_t> mask(24);
+    for (int i = 0; i < 24; ++i) mask[static_cast<std::size_t>(i)] = MaskByte(channel, i);
     return mask;
   }
   static std::vector<Access> LevelWrites(int channel, int level) {
