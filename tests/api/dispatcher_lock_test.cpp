@@ -8,6 +8,7 @@
 #include "harness/host.h"
 #include "report/library_state.h"
 #include "tests/api/trace_lines.h"
+#include "tests/model/command_model.h"
 #include "tests/support/library_test.h"
 
 namespace {
@@ -59,15 +60,15 @@ const Path kKeeping[] = {
     {kUnknown, Scene::Live, 0x2401, kNull, -1},
     {kUnknown, Scene::Live, 0xEFFF, kNull, -1},
     {kUnknown, Scene::Live, 0xF000, kNull, -1},
-    {kUnknown, Scene::Live, 0xF012, kNull, -1},
+    {kUnknown, Scene::Live, test::kUnknownCommand, kNull, -1},
     {kUnknown, Scene::Live, 0xF0FF, kNull, -1},
     {kUnknown, Scene::Live, 0xFEFF, kNull, -1},
     {kUnknown, Scene::Live, 0xFF0C, kNull, -1},
     {kUnknown, Scene::Live, 0xFFFF, kNull, -1},
-    {kUnknown, Scene::Live, 0x1F012, Bytes(24), -1},
+    {kUnknown, Scene::Live, 0x10000 | test::kUnknownCommand, Bytes(24), -1},
     {kUnknown, Scene::Live, 0xFFFF0000, Bytes(24), -1},
     {kUnknown, Scene::Attached, 0xF000, kNull, -1},
-    {kUnknown, Scene::Attached, 0xF012, kNull, -1},
+    {kUnknown, Scene::Attached, test::kUnknownCommand, kNull, -1},
     {kUnknown, Scene::Attached, 0xFF0C, Bytes(24), -1},
     {"initialization without a record", Scene::Attached, 0xF001, kNull, -5},
     {"initialization without a record, again", Scene::Live, 0xF001, kNull, -5},
@@ -380,7 +381,7 @@ TEST_F(DispatcherLock, TheWaitHasNoTimeLimit) {
 
 TEST_F(DispatcherLock, TheThreadThatKeptItGoesOnAndKeepsIt) {
   PretendBoard(4);
-  EXPECT_EQ(CommandNull(0xF012), -1);
+  EXPECT_EQ(CommandNull(test::kUnknownCommand), -1);
   EXPECT_EQ(Command(VEXO_CMD_MOTION_REG, {0, 1, 2}), 0);
   EXPECT_EQ(LockDepth(), 1u);
   EXPECT_EQ(CommandNull(0xFF0C), -1);
@@ -409,7 +410,7 @@ TEST_F(DispatcherLock, AnotherThreadWaitsForACommandOnlyAsLongAsItRuns) {
 TEST_F(DispatcherLock, TheEndOfTheThreadThatKeptItHandsItOn) {
   AttachAndBind();
   int kept = 99;
-  CommandFromAnotherThread(0xF012, &kept);  // ends after a second
+  CommandFromAnotherThread(test::kUnknownCommand, &kept);  // ends after a second
   world().kernel.Idle(1);
   EXPECT_EQ(kept, -1);
   EXPECT_TRUE(LockHeld());

@@ -8,6 +8,7 @@
 #include "harness/host.h"
 #include "report/library_state.h"
 #include "tests/api/trace_lines.h"
+#include "tests/model/command_model.h"
 #include "tests/support/library_test.h"
 
 namespace {
@@ -35,8 +36,8 @@ constexpr Needs kCommands[] = {
     {0xFF08, false, true},  {0xFF09, false, true}, {0xFF0A, false, true}, {0xFF0B, false, true},
 };
 
-constexpr std::uint32_t kUnknownCodes[] = {0x0000, 0x0001, 0x2401, 0xEFFF, 0xF000,
-                                           0xF012, 0xF0FF, 0xFEFF, 0xFF0C, 0xFFFF};
+constexpr std::uint32_t kUnknownCodes[] = {
+    0x0000, 0x0001, 0x2401, 0xEFFF, 0xF000, test::kUnknownCommand, 0xF0FF, 0xFEFF, 0xFF0C, 0xFFFF};
 
 class Dispatcher : public test::LibraryTest {
  protected:
@@ -144,7 +145,7 @@ TEST_F(Dispatcher, AFailureHasNoTextOfItsOwn) {
   CommandNull(0xF005);
   CommandNull(0xF00D);
   CommandNull(0xFF00);
-  CommandNull(0xF012);
+  CommandNull(test::kUnknownCommand);
   CommandNull(VEXO_CMD_INIT);
   EXPECT_EQ(Debug(), Lines{});
 }
@@ -455,7 +456,7 @@ TEST_F(Dispatcher, WithoutAMutexCommandsRunUnserialized) {
   EXPECT_EQ(test::Texts(world().trace, from, "lock"), Lines{"lock  failed"});
   EXPECT_EQ(test::Texts(world().trace, from, "unlock"), Lines{"unlock  failed"});
   EXPECT_EQ(Accesses(), std::vector{W(0x03, 2, 0x6F, 0x23)});
-  EXPECT_EQ(CommandNull(0xF012), -1);
+  EXPECT_EQ(CommandNull(test::kUnknownCommand), -1);
   EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), 0);
 }
 

@@ -14,6 +14,7 @@
 #include "harness/host.h"
 #include "report/library_state.h"
 #include "tests/api/trace_lines.h"
+#include "tests/model/board.h"
 #include "tests/support/library_test.h"
 
 namespace {
@@ -55,9 +56,8 @@ class Interleavings : public test::LibraryTest {
   }
 
   Request PickRequest() {
-    const bool has_variant = channels_ != 12;
-    const std::uint8_t highest = channels_ == 4 ? 1 : channels_ == 8 ? 4 : 6;
-    const int masks = has_variant ? 0 : -1;
+    const int highest = test::HighestMode(static_cast<int>(channels_));
+    const int masks = highest >= 0 ? 0 : -1;
     switch (Pick(12)) {
       case 0:
       case 1: {
@@ -67,10 +67,7 @@ class Interleavings : public test::LibraryTest {
         for (unsigned k = 0; k < 16; ++k) {
           record.push_back(static_cast<std::uint8_t>((first + k) % 17));
         }
-        return {VEXO_CMD_LIVE_SPLIT, record,
-                mode > 6                         ? -5
-                : has_variant && mode <= highest ? 0
-                                                 : -1};
+        return {VEXO_CMD_LIVE_SPLIT, record, mode > 6 ? -5 : mode <= highest ? 0 : -1};
       }
       case 2:
         return {VEXO_CMD_READ_REG, {kChipByPosition[Pick(channels_ / 4)], 2, 0x67}, 0};

@@ -156,7 +156,8 @@ class RandomCommands : public test::LibraryTest, public ::testing::WithParamInte
     if (kind == 0) return upper | (VEXO_CMD_DUMP_MASTER_P0 + Pick(12));
     if (kind < 3) return upper | VEXO_CMD_INIT;
     if (kind < 6) {
-      constexpr std::uint32_t kNear[] = {0x0000, 0xF000, 0xF012, 0xF0FF, 0xFEFF, 0xFF0C, 0xFFFF};
+      constexpr std::uint32_t kNear[] = {0x0000, 0xF000, test::kUnknownCommand, 0xF0FF, 0xFEFF,
+                                         0xFF0C, 0xFFFF};
       const std::uint32_t code = OneIn(2) ? kNear[Pick(7)] : Pick(0x10000);
       return upper | (IsKnown(code) ? 0 : code);
     }
@@ -274,9 +275,7 @@ class RandomCommands : public test::LibraryTest, public ::testing::WithParamInte
 
   void KeepLayouts() {
     layouts_ = g_layout;
-    const int split = model_.channels == 4   ? VEXO_SPLIT_4
-                      : model_.channels == 8 ? VEXO_SPLIT_9
-                                             : VEXO_SPLIT_16;
+    const int split = test::DefaultSplitOf(model_.display.channels);
     EXPECT_EQ(g_video.default_live_split, split);
     EXPECT_EQ(g_video.default_play_split, split);
   }
@@ -285,15 +284,15 @@ class RandomCommands : public test::LibraryTest, public ::testing::WithParamInte
   void CheckState() {
     EXPECT_EQ(world().kernel.MutexDepth(u"CS4_GlobalLock"), model_.lock_depth);
     EXPECT_EQ(g_video.g_chip_ready, model_.ready ? 1 : 0);
-    EXPECT_EQ(g_video.max_channel, model_.channels);
-    EXPECT_EQ(g_video.chip_count, model_.channels / 4);
-    EXPECT_EQ(g_display.view, model_.view);
-    EXPECT_EQ(g_display.g_view_mode, model_.view_word);
-    EXPECT_EQ(g_display.live_mask, model_.live_mask);
-    EXPECT_EQ(g_display.record_mask, model_.record_mask);
-    EXPECT_EQ(g_display.play_mask, model_.play_mask);
-    EXPECT_EQ(g_display.live_split, model_.live_split);
-    EXPECT_EQ(g_display.play_split, model_.play_split);
+    EXPECT_EQ(g_video.max_channel, model_.display.channels);
+    EXPECT_EQ(g_video.chip_count, model_.display.channels / 4);
+    EXPECT_EQ(g_display.view, model_.display.view);
+    EXPECT_EQ(g_display.g_view_mode, model_.display.view_word);
+    EXPECT_EQ(g_display.live_mask, model_.display.masks.live);
+    EXPECT_EQ(g_display.record_mask, model_.display.masks.record);
+    EXPECT_EQ(g_display.play_mask, model_.display.masks.play);
+    EXPECT_EQ(g_display.live_split, model_.display.live_split);
+    EXPECT_EQ(g_display.play_split, model_.display.play_split);
     EXPECT_LE(g_playback.full_picture + g_playback.centred_picture, 1);
     for (std::size_t n = 0; n < kChannelsMax; ++n) {
       EXPECT_TRUE(

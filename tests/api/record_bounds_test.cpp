@@ -1,11 +1,12 @@
 // The records of layout commands, no longer than the public header says is read.
-#include <array>
 #include <numeric>
 
 #include "VexoCtrlSDK.h"
 #include "display/display_state.h"
 #include "harness/host.h"
 #include "tests/api/fenced_record.h"
+#include "tests/model/board.h"
+#include "tests/model/windows.h"
 #include "tests/support/library_test.h"
 
 namespace {
@@ -20,14 +21,11 @@ constexpr Side kSides[] = {Side::Left, Side::Right};
 const Bytes kModes = {0, 1, 2, 3, 4, 5, 6, 7, 8, 0x80, 0xFF};
 
 std::size_t WindowsOf(std::uint8_t mode) {
-  constexpr std::array<std::size_t, 7> kWindows = {1, 4, 6, 8, 9, 13, 16};
-  return mode < kWindows.size() ? kWindows[mode] : 0;
+  return mode < test::kWindows.size() ? static_cast<std::size_t>(test::kWindows[mode]) : 0;
 }
 
 // Whether a board lays a mode out.
-bool Has(int channels, std::uint8_t mode) {
-  return channels == 4 ? mode <= 1 : channels == 8 ? mode <= 4 : channels == 16 && mode <= 6;
-}
+bool Has(int channels, std::uint8_t mode) { return mode <= test::HighestMode(channels); }
 
 // Channel lists of a length that lead a cursor to the end, nowhere, and to places in between.
 std::vector<Bytes> ListsOf(std::size_t length) {

@@ -6,7 +6,7 @@
 #include "chip/video_state.h"
 #include "display/display_state.h"
 #include "display/live_split.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
@@ -17,7 +17,7 @@ class AntiRolling : public DisplayTest, public ::testing::WithParamInterface<int
 
 TEST_P(AntiRolling, HoldsEveryPositionAndPollsEveryChipOnceWhenAllHaveSettled) {
   UseBoard(GetParam());
-  DisplayModel model = Model();
+  ReferenceModel model = Model();
   model.ApplyAntiRolling();
   TW_ApplyAntiRolling();
   ExpectLike(model);
@@ -31,7 +31,7 @@ TEST_P(AntiRolling, PollsAgainAfter5MsUntilTheChipsHaveSettled) {
     SCOPED_TRACE(busy);
     world().board.SetSettle(busy);
     Scribble(3);
-    DisplayModel model = Model();
+    ReferenceModel model = Model();
     model.busy_polls = busy;
     model.ApplyAntiRolling();
     TW_ApplyAntiRolling();
@@ -48,7 +48,7 @@ TEST_P(AntiRolling, GivesUpAfter200PollsAnd199WaitsAndSaysSoOnTheKernelOutput) {
     SCOPED_TRACE(busy);
     world().board.SetSettle(busy);
     Scribble(4);
-    DisplayModel model = Model();
+    ReferenceModel model = Model();
     model.busy_polls = kNever;
     model.ApplyAntiRolling();
     ASSERT_EQ(model.accesses.size(), 8u + 200u * static_cast<unsigned>(GetParam()) / 4u);
@@ -63,7 +63,7 @@ TEST_P(AntiRolling, GivesUpAfter200PollsAnd199WaitsAndSaysSoOnTheKernelOutput) {
 
 TEST_P(AntiRolling, ReleaseShowsAllFourChannelsOfEveryChip) {
   UseBoard(GetParam());
-  DisplayModel model = Model();
+  ReferenceModel model = Model();
   model.ReleaseAntiRolling();
   TW_ReleaseAntiRolling();
   ExpectLike(model);
@@ -153,7 +153,7 @@ TEST_F(AntiRollingEdges, DoesNotStopTheChangeWhenTheChipsNeverSettle) {
   UseBoard(8, 1);
   world().board.SetSettle(kNever);
   const Channels list = {0, 1, 2, 3};
-  DisplayModel model = Model();
+  ReferenceModel model = Model();
   model.busy_polls = kNever;
   model.LiveSplit(1, list);
   EXPECT_EQ(TW_SetLiveSplit8Ch(1, list.data()), 0);

@@ -6,18 +6,15 @@
 #include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
 #include "display/display_state.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
 
-constexpr int kBlank = 0x04;
-constexpr int kBit0 = 0x01;
-
 class ChannelMasks : public DisplayTest, public ::testing::WithParamInterface<int> {
  protected:
   void SetUp() override { UseBoard(GetParam()); }
-  bool HasVariant() const { return GetParam() == 4 || GetParam() == 8 || GetParam() == 16; }
+  bool HasVariant() const { return HasLayouts(GetParam()); }
 };
 
 TEST_P(ChannelMasks, AreWrittenChannelByChannelAndKeptForTheView) {
@@ -31,9 +28,10 @@ TEST_P(ChannelMasks, AreWrittenChannelByChannelAndKeptForTheView) {
       const bool live = view == 1;
 
       Scribble(mask + view);
-      DisplayModel model = Model();
-      if (HasVariant()) model.AttributeMask(mask, kBlank);
-      EXPECT_EQ(TW_SetChannelBlankMask(mask), HasVariant() ? 0 : -1);
+      ReferenceModel model = Model();
+      const int result = HasVariant() ? 0 : -1;
+      EXPECT_EQ(model.BlankMask(mask), result);
+      EXPECT_EQ(TW_SetChannelBlankMask(mask), result);
       ExpectLike(model);
       EXPECT_EQ(g_display.blank_mask.live, HasVariant() && live ? mask : 0x11111111u);
       EXPECT_EQ(g_display.blank_mask.playback, HasVariant() && !live ? mask : 0x22222222u);
@@ -43,8 +41,8 @@ TEST_P(ChannelMasks, AreWrittenChannelByChannelAndKeptForTheView) {
       g_display.blank_mask = {0x11111111u, 0x22222222u};
       Scribble(mask + view + 1);
       model = Model();
-      if (HasVariant()) model.AttributeMask(mask, kBit0);
-      EXPECT_EQ(TW_SetChannelBit0Mask(mask), HasVariant() ? 0 : -1);
+      EXPECT_EQ(model.Bit0Mask(mask), result);
+      EXPECT_EQ(TW_SetChannelBit0Mask(mask), result);
       ExpectLike(model);
       EXPECT_EQ(g_display.bit0_mask.live, HasVariant() && live ? mask : 0x33333333u);
       EXPECT_EQ(g_display.bit0_mask.playback, HasVariant() && !live ? mask : 0x44444444u);
@@ -66,10 +64,8 @@ TEST_P(ChannelMasks, OfTheRecordAreStoredAppliedByViewAndToTheRecordPath) {
     g_display.play_mask = 0;
     g_display.view = view;
     Scribble(view + 5u);
-    DisplayModel model = Model();
-    if (HasVariant() && view == 1) model.AttributeMask(~0x84038201u, kBlank);
-    if (HasVariant() && view == 2) model.AttributeMask(~0x8C0BC639u, kBlank);
-    model.RecordMask(0x08075AA5u);
+    ReferenceModel model = Model();
+    model.ChannelMasks({0x84038201u, 0x08075AA5u, 0x8C0BC639u});
     EXPECT_EQ(TW_SetChannelMaskInfo(bytes.data() + 1), 0);
     ExpectLike(model);
     EXPECT_EQ(g_display.live_mask, 0x84038201u);
@@ -87,8 +83,8 @@ TEST_P(ChannelMasks, AreRestoredFromTheDisplayMaskOfTheView) {
     SCOPED_TRACE(+view);
     g_display.view = view;
     Scribble(view + 9u);
-    DisplayModel model = Model();
-    if (HasVariant()) model.AttributeMask(view == 1 ? ~0xFFFF1234u : ~0x0000FEDCu, kBlank);
+    ReferenceModel model = Model();
+    EXPECT_EQ(model.RestoreBlank(), HasVariant() ? 0 : -1);
     EXPECT_EQ(TW_RestoreChannelBlankMask(), HasVariant() ? 0 : -1);
     ExpectLike(model);
   }
@@ -98,7 +94,7 @@ TEST_P(ChannelMasks, ApplyTheRecordMaskToEveryChannel) {
   for (const std::uint32_t mask : {0u, 0xFFFFFFFFu, 0x00009C63u}) {
     g_display.record_mask = mask;
     Scribble(mask);
-    DisplayModel model = Model();
+    ReferenceModel model = Model();
     model.RecordMask(mask);
     ApplyRecordMask();
     ExpectLike(model);
@@ -112,22 +108,11 @@ TEST_P(ChannelMasks, BlankAllWritesEveryRegisterOfTheBoardTwice) {
     g_display.view = view;
     g_display.blank_mask = {0x55u, 0xABCD0000u};
     Scribble(view);
-    DisplayModel model = Model();
-    const int chips = HasVariant() ? GetParam() / 4 : 1;
-    for (int i = 0; i < 4; ++i) {
-      for (int p = 0; p < chips; ++p) {
-        const int chip = kChips.at(static_cast<std::size_t>(p));
-        const int old = model.Read(chip, 1, 0x11 + 8 * i);
-        model.Write(chip, 1, 0x11 + 8 * i, old | kBlank);
-        model.Write(chip, 1, 0x11 + 8 * i, old | kBlank);
-      }
-    }
+    ReferenceModel model = Model();
+    model.BlankAll();
     TW_BlankAllChannels();
     ExpectLike(model);
-    const std::uint32_t expected = GetParam() == 4    ? 0xFu
-                                   : GetParam() == 8  ? 0xFFu
-                                   : GetParam() == 16 ? 0xFFFFu
-                                                      : 0xABCD0000u;
+    const std::uint32_t expected = HasVariant() ? AllChannels(GetParam()) : 0xABCD0000u;
     EXPECT_EQ(g_display.blank_mask.playback, expected);
     EXPECT_EQ(g_display.blank_mask.live, 0x55u);
     EXPECT_EQ(g_display.view, view);
@@ -139,15 +124,8 @@ TEST_P(ChannelMasks, UnblankAllClearsEveryBlankBitOfTheBoard) {
     g_display.view = view;
     g_display.blank_mask = {0x55u, 0xABCD1234u};
     Scribble(view);
-    DisplayModel model = Model();
-    const int chips = HasVariant() ? GetParam() / 4 : 1;
-    for (int i = 0; i < 4; ++i) {
-      for (int p = 0; p < chips; ++p) {
-        const int chip = kChips.at(static_cast<std::size_t>(p));
-        const int old = model.Read(chip, 1, 0x11 + 8 * i);
-        model.Write(chip, 1, 0x11 + 8 * i, old & 0xFB);
-      }
-    }
+    ReferenceModel model = Model();
+    model.UnblankAll();
     TW_UnblankAllChannels();
     ExpectLike(model);
     EXPECT_EQ(g_display.blank_mask.playback, 0u);
@@ -162,14 +140,9 @@ TEST_P(ChannelMasks, UnblankPairShowsAChannelAndTheNextOne) {
       SCOPED_TRACE("channel " + std::to_string(n) + ", mask " + std::to_string(blanked));
       g_display.blank_mask = {0xFFFFFFFFu, blanked};
       Scribble(static_cast<unsigned>(n) + blanked);
-      DisplayModel model = Model();
+      ReferenceModel model = Model();
       const bool any = (blanked & (3u << n)) != 0;
-      if (any) {
-        for (const int c : {n, n + 1}) {
-          const int old = model.Read(ChipOf(c), 1, 0x11 + 8 * (c % 4));
-          model.Write(ChipOf(c), 1, 0x11 + 8 * (c % 4), old & 0xFB);
-        }
-      }
+      model.UnblankPair(n);
       TW_UnblankChannelPair(static_cast<std::uint16_t>(n));
       ExpectLike(model);
       EXPECT_EQ(g_display.blank_mask.playback, any ? blanked & ~(3u << n) : blanked);
@@ -225,7 +198,7 @@ TEST_F(ChannelMaskEdges, InPlaybackViewThePlaybackDisplayMaskIsApplied) {
   const std::vector<std::uint8_t> record = {0x0F, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0x05, 0, 0, 0};
   EXPECT_EQ(TW_SetChannelMaskInfo(record.data()), 0);
   for (int n = 0; n < 4; ++n) {
-    EXPECT_EQ(Register(0, 1, 0x11 + 8 * n) & kBlank, n % 2 == 0 ? 0 : kBlank) << n;
+    EXPECT_EQ(Register(0, 1, 0x11 + 8 * n) & kBlankBit, n % 2 == 0 ? 0 : kBlankBit) << n;
   }
   EXPECT_EQ(g_display.blank_mask.playback, ~0x05u);
   EXPECT_EQ(g_display.blank_mask.live, 0u);

@@ -4,26 +4,10 @@
 #include "chip/video_state.h"
 #include "display/channel_masks.h"
 #include "display/display_state.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
-
-constexpr int kBlank = 0x04;
-constexpr int kFreeze = 0x40;
-
-// One writer told a second time: position by position, and there chip by chip.
-void WriteByChip(DisplayModel& model, int visited, unsigned mask, int bit) {
-  for (int i = 0; i < 4; ++i) {
-    for (int p = 0; p < visited; ++p) {
-      const int chip = kChips.at(static_cast<std::size_t>(p));
-      const int old = model.Read(chip, 1, 0x11 + 8 * i);
-      const unsigned nibble = (mask >> (4 * p)) & 0xF;
-      const bool set = (nibble & (1u << i)) != 0;
-      model.Write(chip, 1, 0x11 + 8 * i, set ? old | bit : old & (0xFF - bit));
-    }
-  }
-}
 
 // Everything else that the display room keeps.
 struct Kept {
@@ -74,8 +58,8 @@ TEST_P(ChipMasks, BlankWriterReadsAndWritesEveryPositionOfEveryChipInOrder) {
       SCOPED_TRACE(mask);
       g_display.view = view;
       Scribble(++seed);
-      DisplayModel model = Model();
-      WriteByChip(model, Visited(), mask, kBlank);
+      ReferenceModel model = Model();
+      model.ChipMask(mask, kBlankBit);
       TW_SetBlankMaskByChip(static_cast<std::uint16_t>(mask));
       ExpectLike(model);
       ExpectNothingElseKept();
@@ -91,8 +75,8 @@ TEST_P(ChipMasks, Bit6WriterDoesTheSameWithBit6AndKeepsItsMask) {
     SCOPED_TRACE(mask);
     g_display.bit6_mask = static_cast<std::uint16_t>(~mask & 0xFFFF);
     Scribble(++seed);
-    DisplayModel model = Model();
-    WriteByChip(model, Visited(), mask, kFreeze);
+    ReferenceModel model = Model();
+    model.ChipMask(mask, kFreezeBit);
     TW_SetBit6MaskByChip(static_cast<std::uint16_t>(mask));
     ExpectLike(model);
     ExpectNothingElseKept();
@@ -175,12 +159,13 @@ TEST_F(ChipMasksEdges, AnyUnknownChannelCountVisitsMasterAndSlave1) {
   for (int channels = 0; channels < 256; ++channels) {
     if (channels == 4 || channels == 16) continue;
     g_video.max_channel = static_cast<std::uint8_t>(channels);
-    for (const int bit : {kBlank, kFreeze}) {
+    for (const int bit : {kBlankBit, kFreezeBit}) {
       SCOPED_TRACE(std::to_string(channels) + ", bit " + std::to_string(bit));
       Mark();
-      DisplayModel model = Model();
-      WriteByChip(model, 2, 0x8421, bit);
-      if (bit == kBlank) {
+      ReferenceModel model = Model();
+      model.channels = channels;
+      model.ChipMask(0x8421, bit);
+      if (bit == kBlankBit) {
         TW_SetBlankMaskByChip(0x8421);
       } else {
         TW_SetBit6MaskByChip(0x8421);

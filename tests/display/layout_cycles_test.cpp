@@ -9,7 +9,7 @@
 #include "display/live_split.h"
 #include "display/live_split_direct.h"
 #include "display/record_path.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
@@ -33,7 +33,7 @@ struct SplitRow {
 };
 
 TEST_F(LayoutCycles, OfEverySplitOfTheBinaryCommands) {
-  const Channels all = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+  const Channels all = Ascending();
   const Channels reversed = {15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0};
   const Channels second_page = {9, 10, 11, 12, 13, 14, 15, 0, 1};
   const std::vector<SplitRow> rows = {
@@ -89,11 +89,7 @@ TEST_F(LayoutCycles, OfARefusedSplitAreNone) {
   const Channels list(16, 0);
   for (const int channels : {0, 4, 8, 12, 16}) {
     UseBoard(channels);
-    for (int mode = channels == 4    ? 2
-                    : channels == 8  ? 5
-                    : channels == 16 ? 7
-                                     : 0;
-         mode < 9; ++mode) {
+    for (int mode = HighestMode(channels) + 1; mode < 9; ++mode) {
       EXPECT_NE(TW_SetLiveSplitMode(static_cast<std::uint8_t>(mode), list.data()), 0);
     }
     EXPECT_EQ(Cycles(), 0u) << channels;

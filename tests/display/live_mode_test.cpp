@@ -1,61 +1,19 @@
 #include "display/live_mode.h"
 
-#include <array>
 #include <string>
 
 #include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
 #include "display/display_state.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
 
 constexpr const char* kAlreadyLive = ">> TW_SetLiveModeInfo ALREADY LIVE MODE\r\n";
 
-constexpr std::array<int, 21> kDecoder = {0x00, 0x33, 0x77, 0x45, 0xA0, 0xD0, 0x7F,
-                                          0x64, 0x80, 0x80, 0x80, 0x80, 0x30, 0x0F,
-                                          0x05, 0x00, 0x00, 0x80, 0x06, 0x00, 0x00};
-
-void LivePath(DisplayModel& model) {
-  for (int i = 0; i < 4; ++i) model.Write(kAll, 1, 0x10 + 8 * i, 0x80 + i);
-  for (int i = 0; i < 4; ++i) model.Write(kAll, 1, 0x16 + 8 * i, i);
-  int reg = 0x40;
-  for (const int byte : kDecoder) model.Write(kAll, 0, reg++, byte);
-  for (int i = 0; i < 4; ++i) model.Write(kAll, 1, 0x12 + 8 * i, 0x00);
-}
-
-void Attributes(DisplayModel& model, int chips) {
-  for (int i = 0; i < 4; ++i) {
-    for (int p = 0; p < chips; ++p) {
-      const int chip = kChips.at(static_cast<std::size_t>(p));
-      const int old = model.Read(chip, 1, 0x11 + 8 * i);
-      model.Write(chip, 1, 0x11 + 8 * i, (old & 0xF5) | 0x02);
-    }
-  }
-}
-
-// The variant's part of the switch.
-void Variant(DisplayModel& model, int mode, const Channels& list) {
-  LivePath(model);
-  const int display_mode = model.Read(kMaster, 1, 0x06);
-  model.Write(kAll, 1, 0x06, display_mode & 0xFB);
-  Attributes(model, model.chips);
-  const int highest = model.channels == 4 ? 1 : model.channels == 8 ? 4 : 6;
-  if (mode <= highest) model.LiveSplit(mode, list);
-}
-
-// The whole switch.
-void Switch(DisplayModel& model, int mode, const Channels& list, std::uint32_t live_mask,
-            std::uint32_t record_mask) {
-  for (int i = 0; i < 4; ++i) model.Write(kAll, 1, 0x12 + 8 * i, 0x00);
-  model.Write(kAll, 1, 0x06, 0x00);
-  model.Write(kAll, 1, 0x0C, 0x00);
-  if (model.channels == 4 || model.channels == 8 || model.channels == 16) {
-    Variant(model, mode, list);
-    model.AttributeMask(~live_mask, 0x04);
-  }
-  model.RecordMask(record_mask);
+const VexoLiveModeRecord* RecordIn(const Channels& bytes) {
+  return reinterpret_cast<const VexoLiveModeRecord*>(bytes.data() + 1);
 }
 
 std::int32_t CallVariant(int channels, const VexoLiveModeRecord* record) {
@@ -68,16 +26,6 @@ Channels RecordOf(int mode, const Channels& list) {
   Channels record = {0xEE, 0xDE, 0xAD, 0xBE, 0xEF, static_cast<std::uint8_t>(mode)};
   record.insert(record.end(), list.begin(), list.end());
   return record;
-}
-
-const VexoLiveModeRecord* RecordIn(const Channels& bytes) {
-  return reinterpret_cast<const VexoLiveModeRecord*>(bytes.data() + 1);
-}
-
-Channels Ascending(std::size_t count) {
-  Channels list;
-  for (std::size_t k = 0; k < count; ++k) list.push_back(static_cast<std::uint8_t>(k));
-  return list;
 }
 
 class LiveMode : public DisplayTest, public ::testing::WithParamInterface<BoardCase> {
@@ -98,8 +46,8 @@ TEST_P(LiveMode, SwitchMakesExactlyTheAccessesOfItsSteps) {
       g_display.record_mask = 0x0000A5C6u;
       g_display.blank_mask = {1, 2};
       Scribble(seed++);
-      DisplayModel model = Model();
-      Switch(model, mode, Ascending(windows), 0xFFFF9BD3u, 0x0000A5C6u);
+      ReferenceModel model = Model();
+      EXPECT_EQ(model.LiveMode(mode, Ascending(windows)), 0);
       EXPECT_EQ(TW_SetLiveModeInfo(RecordIn(record)), 0);
       ExpectLike(model);
       EXPECT_EQ(g_display.view, 1);
@@ -127,8 +75,8 @@ TEST_P(LiveModeVariant, ClearsOnlyBit2OfTheDisplayModeAndKeepsWhatElseTheMasterH
     for (unsigned p = 0; p < 4; ++p) world().board.Poke(p, 1, 0x06, 0x3C);
     world().board.Poke(0, 1, 0x06, static_cast<std::uint8_t>(old));
     const Channels record = RecordOf(1, Ascending(4));
-    DisplayModel model = Model();
-    Variant(model, 1, Ascending(4));
+    ReferenceModel model = Model();
+    EXPECT_EQ(model.LiveModeVariant(1, Ascending(4)), 0);
     EXPECT_EQ(CallVariant(GetParam(), RecordIn(record)), 0);
     ExpectLike(model);
     EXPECT_EQ(Register(GetParam() / 4 - 1, 1, 0x06), old & 0xFB);
@@ -137,9 +85,9 @@ TEST_P(LiveModeVariant, ClearsOnlyBit2OfTheDisplayModeAndKeepsWhatElseTheMasterH
 
 TEST_P(LiveModeVariant, HandsThroughTheRefusalOfAModeThatTheBoardLacks) {
   UseBoard(GetParam());
-  const Channels record = RecordOf(7, Ascending(16));
-  DisplayModel model = Model();
-  Variant(model, 7, Ascending(16));
+  const Channels record = RecordOf(7, Ascending());
+  ReferenceModel model = Model();
+  EXPECT_EQ(model.LiveModeVariant(7, Ascending()), -5);
   EXPECT_EQ(CallVariant(GetParam(), RecordIn(record)), -5);
   ExpectLike(model);
   EXPECT_EQ(g_display.live_split, 7);
@@ -161,10 +109,8 @@ TEST_P(LiveModeVariant, ResetProgramsTheLivePathWithoutASplitAndWithoutAChangeOf
       g_display.view = view;
       g_display.live_split = 3;
       g_display.blank_mask = {5, 6};
-      DisplayModel model = Model();
-      LivePath(model);
-      if (model.Read(kMaster, 1, 0x06) != 0) model.Write(kAll, 1, 0x06, 0x00);
-      Attributes(model, GetParam() / 4);
+      ReferenceModel model = Model();
+      model.ResetLiveDisplay();
       TW_ResetLiveDisplay();
       ExpectLike(model);
       EXPECT_EQ(g_display.view, view);
@@ -200,8 +146,8 @@ TEST_F(LiveModeEdges, AModeThatTheBoardLacksStillGives0AndProgramsAllButTheSplit
   UseBoard(8);
   g_display.live_split = 4;
   const Channels record = RecordOf(5, Ascending(13));
-  DisplayModel model = Model();
-  Switch(model, 5, {}, 0xFFFFFFFFu, 0xFFFFFFFFu);
+  ReferenceModel model = Model();
+  EXPECT_EQ(model.LiveMode(5, {}), 0);
   EXPECT_EQ(TW_SetLiveModeInfo(RecordIn(record)), 0);
   ExpectLike(model);
   EXPECT_EQ(g_display.live_split, 4);

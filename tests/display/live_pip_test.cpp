@@ -4,65 +4,10 @@
 
 #include "chip/video_state.h"
 #include "display/display_state.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
-
-constexpr Rect kHidden = {0, 0, 0, 0};
-
-// The five operations told a second time.
-class PipModel {
- public:
-  explicit PipModel(DisplayModel& model) : m_(model) {}
-
-  void Start(int main, int inset) {
-    const bool ntsc = m_.standard == 0;
-    Reset();
-    for (int c = 0; c < main; ++c) Place(c, kHidden);
-    m_.Scale(main, 0);
-    Place(main, ntsc ? Rect{0x04, 0xB0, 0x01, 0x77} : Rect{0x04, 0xB0, 0x01, 0x8E});
-    m_.Scale(inset, 6);
-    Place(inset, ntsc ? Rect{0x78, 0xA2, 0x4B, 0x69} : Rect{0x78, 0xA2, 0x59, 0x7C});
-    OnTop(inset);
-  }
-
-  void StartMulti(int channel, int size, const Rect& rect) {
-    Reset();
-    if (size == 0) m_.Scale(channel, 6);
-    if (size == 1) m_.Scale(channel, 4);
-    m_.Scale(channel, size == 2 ? 1 : 6);
-    Place(channel, rect);
-    OnTop(channel);
-  }
-
-  void MoveMulti(int channel, const Rect& rect) {
-    Reset();
-    Place(channel, rect);
-    OnTop(channel);
-  }
-
-  void Stop() {
-    m_.Write(kAll, 1, 0x10, 0xC0);
-    m_.Write(kAll, 1, 0x18, 0xC1);
-    m_.Write(kAll, 1, 0x20, 0xC2);
-    m_.Write(kAll, 1, 0x28, 0xC3);
-  }
-
- private:
-  void Reset() {
-    m_.Write(kAll, 1, 0x10, 0x80);
-    m_.Write(kAll, 1, 0x18, 0x81);
-    m_.Write(kAll, 1, 0x20, 0x82);
-    m_.Write(kAll, 1, 0x28, 0x83);
-  }
-  void Place(int channel, const Rect& rect) { m_.Window(ChipOf(channel), channel % 4, rect); }
-  void OnTop(int channel) {
-    m_.Write(ChipOf(channel), 1, 0x10 + 8 * (channel % 4), 0xC0 + channel % 4);
-  }
-
-  DisplayModel& m_;
-};
 
 void StartMulti(int channel, int size, const Rect& r) {
   TW_SetLiveMultiPip(static_cast<std::uint8_t>(channel), static_cast<std::uint8_t>(size),
@@ -98,8 +43,8 @@ TEST_P(LivePip, MakesExactlyTheAccessesOfItsStepsForEveryPairOfChannels) {
     for (const int inset : {0, 1, 6, 15, 16, 255, main}) {
       SCOPED_TRACE("main " + std::to_string(main) + ", inset " + std::to_string(inset));
       ScribbleAnew();
-      DisplayModel model = Model();
-      PipModel(model).Start(main, inset);
+      ReferenceModel model = Model();
+      model.PipStart(main, inset);
       TW_SetLivePip(static_cast<std::uint8_t>(main), static_cast<std::uint8_t>(inset));
       ExpectLike(model);
       EXPECT_EQ(DebugText(), "");
@@ -114,8 +59,8 @@ TEST_P(LivePip, MultiMakesExactlyTheAccessesOfItsStepsForEverySize) {
       SCOPED_TRACE("channel " + std::to_string(channel) + ", size " + std::to_string(size));
       const Rect& rect = kManyRects.at(static_cast<std::size_t>(size) % kManyRects.size());
       ScribbleAnew();
-      DisplayModel model = Model();
-      PipModel(model).StartMulti(channel, size, rect);
+      ReferenceModel model = Model();
+      model.MultiPipStart(channel, size, rect);
       StartMulti(channel, size, rect);
       ExpectLike(model);
       EXPECT_EQ(DebugText(), "");
@@ -129,8 +74,8 @@ TEST_P(LivePip, MultiMovesTheInsetAndLeavesTheScaler) {
     for (const Rect& rect : kManyRects) {
       SCOPED_TRACE(channel);
       ScribbleAnew();
-      DisplayModel model = Model();
-      PipModel(model).MoveMulti(channel, rect);
+      ReferenceModel model = Model();
+      model.MultiPipMove(channel, rect);
       MoveMulti(channel, rect);
       ExpectLike(model);
       for (const Access& access : Accesses()) EXPECT_EQ(access.page, 1) << access;
@@ -143,8 +88,8 @@ TEST_P(LivePip, MultiMovesTheInsetAndLeavesTheScaler) {
 TEST_P(LivePip, StopLeavesEveryDisplayRegisterInFrontAndNothingElseChanged) {
   for (void (*stop)() : {TW_StopLivePip, TW_StopLiveMultiPip}) {
     ScribbleAnew();
-    DisplayModel model = Model();
-    PipModel(model).Stop();
+    ReferenceModel model = Model();
+    model.PipStop();
     stop();
     ExpectLike(model);
     EXPECT_EQ(Accesses(), (std::vector<Access>{W(kAll, 1, 0x10, 0xC0), W(kAll, 1, 0x18, 0xC1),
@@ -165,14 +110,6 @@ INSTANTIATE_TEST_SUITE_P(Boards, LivePip,
 
 class LivePipEdges : public DisplayTest {
  protected:
-  // Window registers of a channel.
-  Rect WindowOfChannel(int n) {
-    Rect rect{};
-    for (std::size_t i = 0; i < 4; ++i) {
-      rect.at(i) = Register(n / 4, 1, 0x30 + 4 * (n % 4) + static_cast<int>(i));
-    }
-    return rect;
-  }
   std::vector<Access> ScalerWrites() {
     std::vector<Access> writes;
     for (const Access& access : Accesses()) {
@@ -204,10 +141,10 @@ TEST_F(LivePipEdges, MainChannel3HidesTheThreeBelowAndPlacesOneOfThemAsTheInset)
   for (std::size_t i = 0; i < 12; ++i) {
     EXPECT_EQ(accesses[4 + i], W(kMaster, 1, 0x30 + static_cast<int>(i), 0x00)) << i;
   }
-  EXPECT_EQ(WindowOfChannel(0), (Rect{0x78, 0xA2, 0x4B, 0x69}));
-  EXPECT_EQ(WindowOfChannel(1), kHidden);
-  EXPECT_EQ(WindowOfChannel(2), kHidden);
-  EXPECT_EQ(WindowOfChannel(3), (Rect{0x04, 0xB0, 0x01, 0x77}));
+  EXPECT_EQ(RectOf(0), (Rect{0x78, 0xA2, 0x4B, 0x69}));
+  EXPECT_EQ(RectOf(1), kHidden);
+  EXPECT_EQ(RectOf(2), kHidden);
+  EXPECT_EQ(RectOf(3), (Rect{0x04, 0xB0, 0x01, 0x77}));
   EXPECT_EQ(Register(0, 1, 0x10), 0xC0);
   EXPECT_EQ(Register(0, 1, 0x28), 0x83);
 }
@@ -216,12 +153,12 @@ TEST_F(LivePipEdges, ChannelsAboveTheMainOneKeepTheirRectangles) {
   UseBoard(16);
   std::vector<Rect> before;
   before.reserve(16);
-  for (int n = 0; n < 16; ++n) before.push_back(WindowOfChannel(n));
+  for (int n = 0; n < 16; ++n) before.push_back(RectOf(n));
   TW_SetLivePip(6, 12);
-  for (int n = 0; n < 6; ++n) EXPECT_EQ(WindowOfChannel(n), kHidden) << n;
+  for (int n = 0; n < 6; ++n) EXPECT_EQ(RectOf(n), kHidden) << n;
   for (int n = 7; n < 16; ++n) {
     if (n == 12) continue;
-    EXPECT_EQ(WindowOfChannel(n), before[static_cast<std::size_t>(n)]) << n;
+    EXPECT_EQ(RectOf(n), before[static_cast<std::size_t>(n)]) << n;
   }
   // Only the inset is on top; the chips' other channels at its position are not.
   for (int n = 0; n < 16; ++n) {
@@ -232,7 +169,7 @@ TEST_F(LivePipEdges, ChannelsAboveTheMainOneKeepTheirRectangles) {
 TEST_F(LivePipEdges, TheSameChannelAsMainAndInsetEndsAsTheInset) {
   UseBoard(4, 1);
   TW_SetLivePip(2, 2);
-  EXPECT_EQ(WindowOfChannel(2), (Rect{0x78, 0xA2, 0x59, 0x7C}));
+  EXPECT_EQ(RectOf(2), (Rect{0x78, 0xA2, 0x59, 0x7C}));
   EXPECT_EQ(Register(0, 0, 0xA1), 0x3F);
   EXPECT_EQ(Register(0, 1, 0x20), 0xC2);
 }
@@ -241,16 +178,15 @@ TEST_F(LivePipEdges, AnyStandardBut0UsesThePalRectangles) {
   for (int standard = 0; standard < 256; ++standard) {
     UseBoard(4, standard);
     TW_SetLivePip(0, 1);
-    EXPECT_EQ(WindowOfChannel(0), (Rect{0x04, 0xB0, 0x01, standard == 0 ? 0x77 : 0x8E}))
-        << standard;
-    EXPECT_EQ(WindowOfChannel(1),
+    EXPECT_EQ(RectOf(0), (Rect{0x04, 0xB0, 0x01, standard == 0 ? 0x77 : 0x8E})) << standard;
+    EXPECT_EQ(RectOf(1),
               (standard == 0 ? Rect{0x78, 0xA2, 0x4B, 0x69} : Rect{0x78, 0xA2, 0x59, 0x7C}))
         << standard;
   }
 }
 
 // Scaler writes of channel 1 for a ratio.
-std::vector<Access> Ratio(int high, int low) {
+std::vector<Access> RatioWrites(int high, int low) {
   return {W(kMaster, 0, 0x91, high), W(kMaster, 0, 0x92, low), W(kMaster, 0, 0x93, high),
           W(kMaster, 0, 0x94, low)};
 }
@@ -262,19 +198,19 @@ std::vector<Access> Then(std::vector<Access> first, const std::vector<Access>& s
 TEST_F(LivePipEdges, MultiSize1WritesAThirdAndThenAQuarter) {
   UseBoard(4);
   StartMulti(1, 1, {1, 2, 3, 4});
-  EXPECT_EQ(ScalerWrites(), Then(Ratio(0x55, 0x55), Ratio(0x3F, 0xFF)));
+  EXPECT_EQ(ScalerWrites(), Then(RatioWrites(0x55, 0x55), RatioWrites(0x3F, 0xFF)));
 }
 
 TEST_F(LivePipEdges, MultiSize0WritesAQuarterTwice) {
   UseBoard(4);
   StartMulti(1, 0, {1, 2, 3, 4});
-  EXPECT_EQ(ScalerWrites(), Then(Ratio(0x3F, 0xFF), Ratio(0x3F, 0xFF)));
+  EXPECT_EQ(ScalerWrites(), Then(RatioWrites(0x3F, 0xFF), RatioWrites(0x3F, 0xFF)));
 }
 
 TEST_F(LivePipEdges, MultiSize2WritesAHalfOnce) {
   UseBoard(4);
   StartMulti(1, 2, {1, 2, 3, 4});
-  EXPECT_EQ(ScalerWrites(), Ratio(0x7F, 0xFF));
+  EXPECT_EQ(ScalerWrites(), RatioWrites(0x7F, 0xFF));
 }
 
 TEST_F(LivePipEdges, MultiSize7AndEveryOtherSizeWriteAQuarterOnce) {
@@ -282,7 +218,7 @@ TEST_F(LivePipEdges, MultiSize7AndEveryOtherSizeWriteAQuarterOnce) {
   for (const int size : {3, 7, 6, 128, 255}) {
     Mark();
     StartMulti(1, size, {1, 2, 3, 4});
-    EXPECT_EQ(ScalerWrites(), Ratio(0x3F, 0xFF)) << size;
+    EXPECT_EQ(ScalerWrites(), RatioWrites(0x3F, 0xFF)) << size;
   }
 }
 
@@ -303,24 +239,24 @@ TEST_F(LivePipEdges, StopPutsEveryDisplayRegisterInFront) {
   for (int n = 0; n < 16; ++n) {
     EXPECT_EQ(Register(n / 4, 1, 0x10 + 8 * (n % 4)), 0xC0 + n % 4) << n;
   }
-  EXPECT_EQ(WindowOfChannel(0), kHidden) << "rectangles are not restored";
-  EXPECT_EQ(WindowOfChannel(7), (Rect{0x78, 0xA2, 0x4B, 0x69}));
+  EXPECT_EQ(RectOf(0), kHidden) << "rectangles are not restored";
+  EXPECT_EQ(RectOf(7), (Rect{0x78, 0xA2, 0x4B, 0x69}));
   EXPECT_EQ(Register(1, 0, 0xB1), 0x3F) << "neither are scalers";
 }
 
 TEST_F(LivePipEdges, ChannelNumbersOf16AndAboveGoToTheLastChip) {
   UseBoard(16);
   StartMulti(17, 2, {1, 2, 3, 4});
-  EXPECT_EQ(WindowOfChannel(13), (Rect{1, 2, 3, 4}));
+  EXPECT_EQ(RectOf(13), (Rect{1, 2, 3, 4}));
   EXPECT_EQ(Register(3, 1, 0x18), 0xC1);
   EXPECT_EQ(Register(3, 0, 0x91), 0x7F);
   MoveMulti(255, {5, 6, 7, 8});
-  EXPECT_EQ(WindowOfChannel(15), (Rect{5, 6, 7, 8}));
+  EXPECT_EQ(RectOf(15), (Rect{5, 6, 7, 8}));
   EXPECT_EQ(Register(3, 1, 0x28), 0xC3);
   EXPECT_EQ(Register(3, 1, 0x18), 0x81) << "the move brought the others behind again";
   TW_SetLivePip(20, 40);
   EXPECT_EQ(Register(3, 1, 0x10), 0xC0);
-  EXPECT_EQ(WindowOfChannel(12), (Rect{0x78, 0xA2, 0x4B, 0x69}));
+  EXPECT_EQ(RectOf(12), (Rect{0x78, 0xA2, 0x4B, 0x69}));
 }
 
 TEST_F(LivePipEdges, ChecksNeitherViewNorReadinessAndKeepsNoState) {
@@ -333,13 +269,12 @@ TEST_F(LivePipEdges, ChecksNeitherViewNorReadinessAndKeepsNoState) {
   g_display.bit6_mask = 0x77;
   g_video.g_chip_ready = 0;
   const DisplayState before = g_display;
-  DisplayModel model = Model();
-  PipModel steps(model);
-  steps.Start(1, 2);
-  steps.StartMulti(3, 2, {1, 2, 3, 4});
-  steps.MoveMulti(3, {5, 6, 7, 8});
-  steps.Stop();
-  steps.Stop();
+  ReferenceModel model = Model();
+  model.PipStart(1, 2);
+  model.MultiPipStart(3, 2, {1, 2, 3, 4});
+  model.MultiPipMove(3, {5, 6, 7, 8});
+  model.PipStop();
+  model.PipStop();
   TW_SetLivePip(1, 2);
   StartMulti(3, 2, {1, 2, 3, 4});
   MoveMulti(3, {5, 6, 7, 8});

@@ -1,36 +1,15 @@
 #include "display/live_scale.h"
 
 #include <array>
-#include <optional>
 #include <string>
 
 #include "VexoCtrlSDK.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
 
 class LiveScale : public DisplayTest {};
-
-// High and low byte of the ratio of a scale code, none for a code that is refused.
-std::optional<std::array<int, 2>> RatioOf(int code) {
-  switch (code) {
-    case 0:
-      return {{0xFF, 0xFF}};
-    case 1:
-      return {{0x7F, 0xFF}};
-    case 2:
-      return {{0xAA, 0xAA}};
-    case 3:
-      return {{0xBF, 0xFD}};
-    case 4:
-      return {{0x55, 0x55}};
-    case 6:
-      return {{0x3F, 0xFF}};
-    default:
-      return std::nullopt;
-  }
-}
 
 TEST_F(LiveScale, WritesVerticalThenHorizontalRatioOfEveryPairOfCodes) {
   UseBoard(4);
@@ -40,11 +19,11 @@ TEST_F(LiveScale, WritesVerticalThenHorizontalRatioOfEveryPairOfCodes) {
       Mark();
       TW_SetLiveScaleX(1, static_cast<std::uint8_t>(vertical),
                        static_cast<std::uint8_t>(horizontal));
-      const auto v = *RatioOf(vertical);
-      const auto h = *RatioOf(horizontal);
+      const Ratio v = RatioOf(vertical).value();
+      const Ratio h = RatioOf(horizontal).value();
       EXPECT_EQ(Accesses(),
-                (std::vector<Access>{W(kMaster, 0, 0x91, v[0]), W(kMaster, 0, 0x92, v[1]),
-                                     W(kMaster, 0, 0x93, h[0]), W(kMaster, 0, 0x94, h[1])}));
+                (std::vector<Access>{W(kMaster, 0, 0x91, v.high), W(kMaster, 0, 0x92, v.low),
+                                     W(kMaster, 0, 0x93, h.high), W(kMaster, 0, 0x94, h.low)}));
       EXPECT_EQ(DebugText(), "");
     }
   }

@@ -6,112 +6,10 @@
 #include "display/display_state.h"
 #include "display/live_split.h"
 #include "display/window_tables.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
-
-// The text path's split told a second time.
-class DirectModel {
- public:
-  explicit DirectModel(DisplayModel& model) : m_(model), count_(model.channels) {}
-
-  void Split(int mode, int first, int option) {
-    for (int n = 0; n < 4; ++n) m_.Write(kAll, 1, 0x10 + 8 * n, 0x90 + n);
-    m_.Poll(0);
-    if (count_ != 0 || mode == 0) Place(mode, first, option);  // the others count channels
-    for (int p = 0; p < m_.chips; ++p) {
-      const int chip = kChips.at(static_cast<std::size_t>(p));
-      for (int n = 0; n < 4; ++n) {
-        const bool held = (m_.Read(chip, 1, 0x10 + 8 * n) & 0x10) != 0;
-        if (held) m_.Write(chip, 1, 0x10 + 8 * n, mode == 1 ? n : 0);
-      }
-    }
-  }
-
- private:
-  void Place(int mode, int first, int option) {
-    const bool sixteen = count_ == 16;
-    int start = first + 1;  // channel of window 1
-    switch (mode) {
-      case 0:
-        return Full(first);
-      case 1:
-        for (int n = 0; n < count_; ++n) m_.Scale(n, 1);
-        for (int k = 0; k < 4; ++k) Show((first + k) % count_, mode, k);
-        for (int n = 0; n < 4; ++n) m_.Write(kAll, 0, 0x80 + 0x10 * n, 0x40 * n + 1);
-        return;
-      case 2:
-        if (count_ == 8 && option != 0) start = first + 3 * option;
-        if (sixteen && option == 1) start = first + 6;
-        if (sixteen && option == 2) start = first + 11;
-        return LargeAndSmall(mode, first, start, {2, 0x0}, {4, 0xA});
-      case 3:
-        if (sixteen && option != 0) first = (first + 8) % 16;
-        return LargeAndSmall(mode, first, first + 1, {3, 0x0}, {6, 0xF});
-      case 5:
-        if (sixteen && option != 0) start = first + 4;
-        return LargeAndSmall(mode, first, start, {1, 0x5}, {6, 0xF});
-      case 4:
-        return ThreeByThree(first, option);
-      default:
-        for (int n = 0; n < count_; ++n) m_.Scale(n, 6);
-        for (int k = 0; k < 16; ++k) ShowWithCode((first + k) % count_, 6, k, 0xF);
-    }
-  }
-
-  void Full(int first) {
-    for (int n = 0; n < count_; ++n) m_.Scale(n, 0);
-    for (int n = 0; n < 4; ++n) m_.Window(kAll, n, m_.windows[0][0]);
-    if (count_ == 4) {
-      for (int n = 0; n < 4; ++n) {
-        m_.Write(kAll, 1, 0x10 + 8 * n, (n == first ? 0xC0 : 0x80) + n);
-      }
-    } else {
-      for (int n = 0; n < 4; ++n) m_.Write(kAll, 1, 0x10 + 8 * n, 0x80 + n);
-      m_.Write(ChipOf(first), 1, 0x10 + 8 * (first % 4), 0xC0 + first % 4);
-    }
-    for (int n = 0; n < 4; ++n) m_.Write(kAll, 0, 0x80 + 0x10 * n, 0x40 * n);
-  }
-
-  void ThreeByThree(int first, int option) {
-    for (int n = 0; n < count_; ++n) m_.Scale(n, 4);
-    if (count_ == 4) return;
-    for (int k = 0; k < (count_ == 8 ? 8 : 9); ++k) {
-      int c = first + k;
-      if (count_ == 16 && option != 0 && k >= 2) c = first + 9 + (k - 2);
-      ShowWithCode(c % count_, 4, k, 0xA);
-    }
-  }
-
-  struct Look {
-    int scale;
-    int code;
-  };
-  void LargeAndSmall(int mode, int large, int start, Look large_look, Look small_look) {
-    m_.Scale(large, large_look.scale);
-    ShowWithCode(large, mode, 0, large_look.code);
-    for (int k = 1; k < kWindows.at(static_cast<std::size_t>(mode)); ++k) {
-      const int c = (start + k - 1) % count_;
-      m_.Scale(c, small_look.scale);
-      ShowWithCode(c, mode, k, small_look.code);
-    }
-  }
-
-  void ShowWithCode(int channel, int mode, int window, int code) {
-    m_.Layout(ChipOf(channel), channel % 4, code);
-    Show(channel, mode, window);
-  }
-  void Show(int channel, int mode, int window) {
-    const int n = channel % 4;
-    m_.Window(ChipOf(channel), n,
-              m_.windows.at(static_cast<std::size_t>(mode)).at(static_cast<std::size_t>(window)));
-    m_.Write(ChipOf(channel), 1, 0x10 + 8 * n, 0xC0 + n);
-  }
-
-  DisplayModel& m_;
-  int count_;
-};
 
 class DirectSplit : public DisplayTest, public ::testing::WithParamInterface<BoardCase> {
  protected:
@@ -122,8 +20,8 @@ class DirectSplit : public DisplayTest, public ::testing::WithParamInterface<Boa
                  ", option " + std::to_string(option));
     Scribble(++seed_);
     g_display.selected_channel = 0x77;
-    DisplayModel model = Model();
-    DirectModel(model).Split(mode, first, option);
+    ReferenceModel model = Model();
+    model.LiveSplitDirect(mode, first, option);
     TW_SetLiveSplitDirect(static_cast<std::uint8_t>(mode), static_cast<std::uint8_t>(first),
                           static_cast<std::uint8_t>(option));
     ExpectLike(model);
@@ -175,8 +73,8 @@ class DirectSplitEdges : public DisplayTest {};
 TEST_F(DirectSplitEdges, IsNotRefusedInPlaybackView) {
   UseBoard(16);
   g_display.view = 2;
-  DisplayModel model = Model();
-  DirectModel(model).Split(1, 0, 0);
+  ReferenceModel model = Model();
+  model.LiveSplitDirect(1, 0, 0);
   TW_SetLiveSplitDirect(1, 0, 0);
   ExpectLike(model);
   EXPECT_EQ(g_display.view, 2);
@@ -198,9 +96,9 @@ TEST_F(DirectSplitEdges, OnlyHoldsABoardWithoutChannelsInModesThatCountChannels)
 TEST_F(DirectSplitEdges, WaitsForTheChipsWithoutALimitAndWithoutAWord) {
   UseBoard(8);
   world().board.SetSettle(700);
-  DisplayModel model = Model();
+  ReferenceModel model = Model();
   model.busy_polls = 700;
-  DirectModel(model).Split(1, 2, 0);
+  model.LiveSplitDirect(1, 2, 0);
   TW_SetLiveSplitDirect(1, 2, 0);
   ExpectLike(model);
   EXPECT_EQ(Waits(), std::vector<std::uint32_t>(700, 5));
@@ -272,7 +170,7 @@ class LiveSplitOffset : public DisplayTest {};
 TEST_F(LiveSplitOffset, IsUsedByTheNextSplitOfBothPaths) {
   UseBoard(16);
   VexoProc_SetLiveSplitOffset(1, 1, 1, 2, 3, 4);
-  DisplayModel model = Model();
+  ReferenceModel model = Model();
   model.windows[1][1] = {0x5B, 0xB3, 0x03, 0x40};
   const Channels list = {0, 1, 2, 3};
   model.LiveSplit(1, list);
@@ -280,9 +178,9 @@ TEST_F(LiveSplitOffset, IsUsedByTheNextSplitOfBothPaths) {
   ExpectLike(model);
 
   Scribble(2);
-  DisplayModel direct = Model();
+  ReferenceModel direct = Model();
   direct.windows[1][1] = {0x5B, 0xB3, 0x03, 0x40};
-  DirectModel(direct).Split(1, 5, 0);
+  direct.LiveSplitDirect(1, 5, 0);
   TW_SetLiveSplitDirect(1, 5, 0);
   ExpectLike(direct);
 }

@@ -8,15 +8,13 @@
 #include "chip/video_state.h"
 #include "display/display_state.h"
 #include "display/window_tables.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
 
 constexpr const char* kInvalid = ">> ERROR TW_SetLiveSplitMode INVALID PARAM!!";
-constexpr const char* kPlayback = ">> ERROR TW_SetLiveSplitMode CURREENT PLAYBACK MODE!!";
-
-int HighestMode(int channels) { return channels == 4 ? 1 : channels == 8 ? 4 : 6; }
+constexpr const char* kInPlayback = ">> ERROR TW_SetLiveSplitMode CURREENT PLAYBACK MODE!!";
 
 std::int32_t CallVariant(int channels, int mode, const std::uint8_t* list) {
   const auto m = static_cast<std::uint8_t>(mode);
@@ -83,7 +81,7 @@ class LiveSplit : public DisplayTest, public ::testing::WithParamInterface<Board
     for (const std::uint8_t entry : list) text += " " + std::to_string(entry);
     SCOPED_TRACE(text);
     Scribble(++seed_);
-    DisplayModel model = Model();
+    ReferenceModel model = Model();
     model.LiveSplit(mode, list);
     g_display.live_split = 7;
     EXPECT_EQ(CallVariant(GetParam().channels, mode, list.data()), 0);
@@ -123,7 +121,7 @@ TEST_P(LiveSplit, MakesExactlyTheAccessesOfItsStepsForListsByChance) {
 }
 
 TEST_P(LiveSplit, RefusesModesThatTheBoardLacksAndWritesNothing) {
-  const Channels list = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+  const Channels list = Ascending();
   g_display.live_split = 1;
   for (int mode = HighestMode(GetParam().channels) + 1; mode <= 9; ++mode) {
     SCOPED_TRACE(mode);
@@ -141,9 +139,8 @@ TEST_P(LiveSplit, EndsAtTheEntryWithTheBlankBitsOfTheChannelsThatAreNotShown) {
     Scribble(mask);
     g_display.live_mask = mask;
     const Channels list = {0, 1, 2, 3};
-    DisplayModel model = Model();
-    model.LiveSplit(1, list);
-    model.AttributeMask(~mask, 0x04);
+    ReferenceModel model = Model();
+    EXPECT_EQ(model.LiveSplitMode(1, list), 0);
     EXPECT_EQ(TW_SetLiveSplitMode(1, list.data()), 0);
     ExpectLike(model);
     EXPECT_EQ(g_display.blank_mask.live, ~mask);
@@ -151,7 +148,7 @@ TEST_P(LiveSplit, EndsAtTheEntryWithTheBlankBitsOfTheChannelsThatAreNotShown) {
 }
 
 TEST_P(LiveSplit, UsesTheLiveWindowTableAsItIs) {
-  DisplayModel model = Model();
+  ReferenceModel model = Model();
   for (std::size_t i = 0; i < g_layout.live.size(); ++i) {
     const auto b = static_cast<std::uint8_t>(4 * i);
     g_layout.live[i] = {b, static_cast<std::uint8_t>(b + 1), static_cast<std::uint8_t>(b + 2),
@@ -167,7 +164,7 @@ TEST_P(LiveSplit, UsesTheLiveWindowTableAsItIs) {
         at += 4;
       }
     }
-    const Channels list = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    const Channels list = Ascending();
     model.LiveSplit(mode, list);
     EXPECT_EQ(CallVariant(GetParam().channels, mode, list.data()), 0);
     ExpectLike(model);
@@ -176,7 +173,7 @@ TEST_P(LiveSplit, UsesTheLiveWindowTableAsItIs) {
 
 TEST_P(LiveSplit, WritesTheFieldModeOnPalBoardsAlone) {
   for (int mode = 0; mode <= HighestMode(GetParam().channels); ++mode) {
-    const Channels list = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    const Channels list = Ascending();
     Scribble(1);
     EXPECT_EQ(CallVariant(GetParam().channels, mode, list.data()), 0);
     std::vector<Access> field_modes;
@@ -198,18 +195,7 @@ INSTANTIATE_TEST_SUITE_P(Boards, LiveSplit,
 
 // ---- Single cases -----------------------------------------------------------------------------
 
-class LiveSplitEdges : public DisplayTest {
- protected:
-  // The rectangle that a channel's window registers hold.
-  Rect Window(int channel) {
-    Rect rect{};
-    for (int i = 0; i < 4; ++i) {
-      rect.at(static_cast<std::size_t>(i)) = Register(channel / 4, 1, 0x30 + 4 * (channel % 4) + i);
-    }
-    return rect;
-  }
-  static constexpr Rect kHidden = {0, 0, 0, 0};
-};
+class LiveSplitEdges : public DisplayTest {};
 
 TEST_F(LiveSplitEdges, AnEightChannelBoardAnswersMinus1To13And16SplitAndKeepsItsDisplay) {
   UseBoard(8);
@@ -227,19 +213,19 @@ TEST_F(LiveSplitEdges, AFourChannelBoardShowsAListInAnyOrder) {
   const Channels list = {3, 2, 1, 0};
   EXPECT_EQ(TW_SetLiveSplitMode(1, list.data()), 0);
   const std::vector<Rect> rects = DefaultRects(1, true);
-  for (int k = 0; k < 4; ++k) EXPECT_EQ(Window(3 - k), rects.at(static_cast<std::size_t>(k)));
+  for (int k = 0; k < 4; ++k) EXPECT_EQ(RectOf(3 - k), rects.at(static_cast<std::size_t>(k)));
 }
 
 TEST_F(LiveSplitEdges, AnEightChannelBoardHidesWhatIsListedOutOfOrder) {
   UseBoard(8);
   const Channels list = {3, 2, 1, 0};
   EXPECT_EQ(TW_SetLiveSplitMode(1, list.data()), 0);
-  EXPECT_EQ(Window(0), kHidden);
-  EXPECT_EQ(Window(1), kHidden);
-  EXPECT_EQ(Window(2), kHidden);
-  EXPECT_EQ(Window(3), DefaultRects(1, true).at(0));
+  EXPECT_EQ(RectOf(0), kHidden);
+  EXPECT_EQ(RectOf(1), kHidden);
+  EXPECT_EQ(RectOf(2), kHidden);
+  EXPECT_EQ(RectOf(3), DefaultRects(1, true).at(0));
   // Entry 2 is never met again: the cursor stands, and what follows is hidden too.
-  for (int n = 4; n < 8; ++n) EXPECT_EQ(Window(n), kHidden) << n;
+  for (int n = 4; n < 8; ++n) EXPECT_EQ(RectOf(n), kHidden) << n;
 }
 
 TEST_F(LiveSplitEdges, AnEntryThatIsNoChannelLeavesItsWindowEmpty) {
@@ -247,42 +233,42 @@ TEST_F(LiveSplitEdges, AnEntryThatIsNoChannelLeavesItsWindowEmpty) {
   const Channels list = {0, 0xFF, 2, 3};
   EXPECT_EQ(TW_SetLiveSplitMode(1, list.data()), 0);
   const Rect empty = DefaultRects(1, true).at(1);
-  for (int n = 0; n < 4; ++n) EXPECT_NE(Window(n), empty) << n;
-  EXPECT_EQ(Window(2), DefaultRects(1, true).at(2));
+  for (int n = 0; n < 4; ++n) EXPECT_NE(RectOf(n), empty) << n;
+  EXPECT_EQ(RectOf(2), DefaultRects(1, true).at(2));
 }
 
 TEST_F(LiveSplitEdges, AnEntryThatIsNoChannelEmptiesAllLaterWindowsOfLargerBoards) {
   UseBoard(16);
   const Channels list = {0, 1, 0xFF, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
   EXPECT_EQ(TW_SetLiveSplitMode(6, list.data()), 0);
-  EXPECT_EQ(Window(0), DefaultRects(6, true).at(0));
-  EXPECT_EQ(Window(1), DefaultRects(6, true).at(1));
-  for (int n = 2; n < 16; ++n) EXPECT_EQ(Window(n), kHidden) << n;
+  EXPECT_EQ(RectOf(0), DefaultRects(6, true).at(0));
+  EXPECT_EQ(RectOf(1), DefaultRects(6, true).at(1));
+  for (int n = 2; n < 16; ++n) EXPECT_EQ(RectOf(n), kHidden) << n;
 }
 
 TEST_F(LiveSplitEdges, FourChannelBoardsLeaveChannelsThatAreNotListedWhereTheyWere) {
   UseBoard(4);
-  const Rect before = Window(3);
+  const Rect before = RectOf(3);
   const Channels list = {0, 1, 2, 0xFF};
   EXPECT_EQ(TW_SetLiveSplitMode(1, list.data()), 0);
-  EXPECT_EQ(Window(3), before);
+  EXPECT_EQ(RectOf(3), before);
 }
 
 TEST_F(LiveSplitEdges, LargerBoardsLeaveChannelsAfterTheLastWindowWhereTheyWere) {
   UseBoard(16);
   std::vector<Rect> before;
   before.reserve(16);
-  for (int n = 0; n < 16; ++n) before.push_back(Window(n));
+  for (int n = 0; n < 16; ++n) before.push_back(RectOf(n));
   const Channels list = {0, 1, 2, 3};
   EXPECT_EQ(TW_SetLiveSplitMode(1, list.data()), 0);
-  for (int n = 4; n < 16; ++n) EXPECT_EQ(Window(n), before.at(static_cast<std::size_t>(n))) << n;
+  for (int n = 4; n < 16; ++n) EXPECT_EQ(RectOf(n), before.at(static_cast<std::size_t>(n))) << n;
 }
 
 TEST_F(LiveSplitEdges, AChannelGivenTwiceOnAFourChannelBoardIsShownInItsLastWindow) {
   UseBoard(4);
   const Channels list = {1, 1, 2, 1};
   EXPECT_EQ(TW_SetLiveSplitMode(1, list.data()), 0);
-  EXPECT_EQ(Window(1), DefaultRects(1, true).at(3));
+  EXPECT_EQ(RectOf(1), DefaultRects(1, true).at(3));
 }
 
 TEST_F(LiveSplitEdges, TheSecond3x3PageOfASixteenChannelBoardWrapsToChannels0And1) {
@@ -290,31 +276,31 @@ TEST_F(LiveSplitEdges, TheSecond3x3PageOfASixteenChannelBoardWrapsToChannels0And
   const Channels list = {9, 10, 11, 12, 13, 14, 15, 0, 1};
   EXPECT_EQ(TW_SetLiveSplitMode(4, list.data()), 0);
   const std::vector<Rect> rects = DefaultRects(4, true);
-  EXPECT_EQ(Window(0), rects.at(7));
-  EXPECT_EQ(Window(1), rects.at(8));
+  EXPECT_EQ(RectOf(0), rects.at(7));
+  EXPECT_EQ(RectOf(1), rects.at(8));
   EXPECT_EQ(Register(0, 0, 0x80), 0x0A);
   EXPECT_EQ(Register(0, 0, 0x90), 0x4A);
-  for (int n = 2; n < 9; ++n) EXPECT_EQ(Window(n), kHidden) << n;
-  for (int n = 9; n < 16; ++n) EXPECT_EQ(Window(n), rects.at(static_cast<std::size_t>(n - 9))) << n;
+  for (int n = 2; n < 9; ++n) EXPECT_EQ(RectOf(n), kHidden) << n;
+  for (int n = 9; n < 16; ++n) EXPECT_EQ(RectOf(n), rects.at(static_cast<std::size_t>(n - 9))) << n;
 }
 
 TEST_F(LiveSplitEdges, TheSecondPageGoesByItsFirstEntryAlone) {
   UseBoard(16);
   const Channels list = {9, 10, 11, 12, 13, 14, 15, 0xFF, 0xFF};
   EXPECT_EQ(TW_SetLiveSplitMode(4, list.data()), 0);
-  EXPECT_EQ(Window(0), DefaultRects(4, true).at(7));
-  EXPECT_EQ(Window(1), DefaultRects(4, true).at(8));
+  EXPECT_EQ(RectOf(0), DefaultRects(4, true).at(7));
+  EXPECT_EQ(RectOf(1), DefaultRects(4, true).at(8));
 }
 
 TEST_F(LiveSplitEdges, OtherModesAndBoardsHaveNoSecondPage) {
   UseBoard(16);
   const Channels list = {9, 10, 11, 12, 13, 14, 15, 0, 1, 2, 3, 4, 5, 6, 7, 8};
   EXPECT_EQ(TW_SetLiveSplitMode(6, list.data()), 0);
-  EXPECT_EQ(Window(0), kHidden);
-  EXPECT_EQ(Window(1), kHidden);
+  EXPECT_EQ(RectOf(0), kHidden);
+  EXPECT_EQ(RectOf(1), kHidden);
   UseBoard(8);
   EXPECT_EQ(TW_SetLiveSplitMode(4, list.data()), 0);
-  EXPECT_EQ(Window(0), kHidden);
+  EXPECT_EQ(RectOf(0), kHidden);
 }
 
 TEST_F(LiveSplitEdges, FullScreenOfAFourChannelBoardShowsAllFourAndHidesByRectangle) {
@@ -323,7 +309,7 @@ TEST_F(LiveSplitEdges, FullScreenOfAFourChannelBoardShowsAllFourAndHidesByRectan
   EXPECT_EQ(TW_SetLiveSplitMode(0, list.data()), 0);
   for (int n = 0; n < 4; ++n) {
     EXPECT_EQ(Register(0, 1, 0x10 + 8 * n) & 0xC3, 0xC0 + n) << n;
-    EXPECT_EQ(Window(n), n == 2 ? DefaultRects(0, true).at(0) : kHidden) << n;
+    EXPECT_EQ(RectOf(n), n == 2 ? DefaultRects(0, true).at(0) : kHidden) << n;
   }
 }
 
@@ -362,7 +348,7 @@ TEST_F(LiveSplitEdges, IsRefusedInPlaybackView) {
     g_display.view = view;
     EXPECT_EQ(TW_SetLiveSplitMode(0, list.data()), -1);
     EXPECT_EQ(Cycles(), 0u);
-    ExpectPrinted(kPlayback);
+    ExpectPrinted(kInPlayback);
   }
   EXPECT_EQ(g_display.live_split, 7);
 }
@@ -371,7 +357,7 @@ TEST_F(LiveSplitEdges, TellsOfPlaybackViewBeforeItLooksAtItsParameters) {
   UseBoard(16);
   g_display.view = 2;
   EXPECT_EQ(TW_SetLiveSplitMode(7, nullptr), -1);
-  ExpectPrinted(kPlayback);
+  ExpectPrinted(kInPlayback);
 }
 
 TEST_F(LiveSplitEdges, RefusesANullList) {
@@ -421,9 +407,8 @@ TEST_F(LiveSplitEdges, AModeThatTheBoardLacksIsRefusedInSilence) {
 TEST_F(LiveSplitEdges, TheCommandTakesItsModeFromByte4AndItsListFromByte6) {
   UseBoard(16);
   const Channels list = {1, 3, 5, 7};
-  DisplayModel model = Model();
-  model.LiveSplit(1, list);
-  model.AttributeMask(0, 0x04);
+  ReferenceModel model = Model();
+  EXPECT_EQ(model.LiveSplitMode(1, list), 0);
   EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, {9, 9, 9, 9, 1, 6, 1, 3, 5, 7}), 0);
   ExpectLike(model);
   EXPECT_EQ(g_display.live_split, 1);

@@ -6,7 +6,7 @@
 #include "display/display_state.h"
 #include "display/play_layout.h"
 #include "display/play_split.h"
-#include "tests/model/play_model.h"
+#include "tests/display/play_test.h"
 
 namespace test {
 namespace {
@@ -40,7 +40,7 @@ struct Row {
   unsigned cycles;
 };
 
-const Channels kAscending = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+const Channels kAscending = Ascending();
 const Channels kNobody(16, 0xFF);
 const Channels kReversed = {15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0};
 const Channels kSecondPage = {9, 10, 11, 12, 13, 14, 15, 0, 1};
@@ -125,7 +125,7 @@ TEST_F(PlayCycles, OfEveryLayoutOfEveryBoard) {
 
 TEST_F(PlayCycles, CoverEveryModeOfEveryVariant) {
   for (const int channels : {4, 8, 16}) {
-    for (int mode = 0; mode <= HighestPlayMode(channels); ++mode) {
+    for (int mode = 0; mode <= HighestMode(channels); ++mode) {
       bool covered = false;
       for (const Row& row : Rows()) covered |= row.channels == channels && row.mode == mode;
       EXPECT_TRUE(covered) << channels << " channels, mode " << mode;
@@ -162,7 +162,7 @@ TEST_F(PlayCycles, OfARefusedRequestAreNone) {
       EXPECT_EQ(TW_SetPlaySplitMode(mode, 0, kAscending.data()), -5);
       EXPECT_EQ(TW_SetPlaySplitMode(mode, 1, nullptr), -5);
     }
-    if (HighestPlayMode(channels) < 0) {
+    if (HighestMode(channels) < 0) {
       EXPECT_EQ(TW_SetPlaySplitMode(1, 0, kAscending.data()), -1);
     }
     g_display.view = kLive;

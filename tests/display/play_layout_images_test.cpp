@@ -7,7 +7,7 @@
 #include "display/display_state.h"
 #include "display/play_split.h"
 #include "display/window_tables.h"
-#include "tests/model/play_model.h"
+#include "tests/display/play_test.h"
 
 namespace test {
 namespace {
@@ -90,7 +90,7 @@ struct Request {
 
 std::vector<Request> RequestsOf(int channels) {
   std::vector<Request> requests = {{0, 0}, {0, 1}, {0, 0xFF}};
-  for (int mode = 1; mode <= HighestPlayMode(channels); ++mode) requests.push_back({mode, 0});
+  for (int mode = 1; mode <= HighestMode(channels); ++mode) requests.push_back({mode, 0});
   requests.push_back({1, 1});  // an option that nothing reads
   return requests;
 }
@@ -103,25 +103,20 @@ class PlayLayoutImages : public PlayTest, public ::testing::WithParamInterface<B
   void RunVariant(const Request& request, const Channels& list) {
     SCOPED_TRACE(Text(request.mode, request.option, list));
     g_display.play_split = 7;
-    PlayModel model = Begin();
-    ASSERT_EQ(model.Variant(request.mode, request.option, list), 0);
+    ReferenceModel model = Begin();
+    ASSERT_EQ(model.PlayVariant(request.mode, request.option, list), 0);
     EXPECT_EQ(CallPlaySplit(Count(), request.mode, request.option, list), 0);
     ExpectPlayed(model);
   }
   void RunEntry(const Request& request, const Channels& list) {
     SCOPED_TRACE(Text(request.mode, request.option, list));
     g_display.play_split = 7;
-    PlayModel model = Begin();
-    const int expected = model.Split(request.mode, request.option, &list);
+    ReferenceModel model = Begin();
+    const int expected = model.PlaySplit(request.mode, request.option, &list);
     EXPECT_EQ(TW_SetPlaySplitMode(static_cast<std::uint8_t>(request.mode),
                                   static_cast<std::uint8_t>(request.option), list.data()),
               expected);
     ExpectPlayed(model);
-  }
-  Channels Ascending() const {
-    Channels list;
-    for (int n = 0; n < 16; ++n) list.push_back(static_cast<std::uint8_t>(n));
-    return list;
   }
 };
 
@@ -168,13 +163,13 @@ TEST_P(PlayLayoutImages, FollowOneAnotherWithTheFlagsThatTheLastOneLeft) {
     const Channels list = Ascending();
     SCOPED_TRACE(Text(mode, option, list));
     g_display.play_mask = static_cast<std::uint32_t>(random());
-    PlayModel model = i % 4 == 0 ? Begin() : Next();
+    ReferenceModel model = i % 4 == 0 ? Begin() : Next();
     if (i % 3 == 0) {
-      EXPECT_EQ(CallPlaySplit(Count(), mode, option, list), model.Variant(mode, option, list));
+      EXPECT_EQ(CallPlaySplit(Count(), mode, option, list), model.PlayVariant(mode, option, list));
     } else {
       EXPECT_EQ(TW_SetPlaySplitMode(static_cast<std::uint8_t>(mode),
                                     static_cast<std::uint8_t>(option), list.data()),
-                model.Split(mode, option, &list));
+                model.PlaySplit(mode, option, &list));
     }
     ExpectPlayed(model);
     if (HasFailure()) return;
@@ -183,11 +178,11 @@ TEST_P(PlayLayoutImages, FollowOneAnotherWithTheFlagsThatTheLastOneLeft) {
 
 TEST_P(PlayLayoutImages, TakeTheirWindowsFromThePlayTableAlone) {
   for (WindowRect& rect : g_layout.live) rect = {0xEE, 0xEE, 0xEE, 0xEE};
-  for (int mode = 1; mode <= HighestPlayMode(Count()); ++mode) {
+  for (int mode = 1; mode <= HighestMode(Count()); ++mode) {
     SCOPED_TRACE(mode);
     const Channels list = Ascending();
     g_display.play_split = 7;
-    PlayModel model = Begin();
+    ReferenceModel model = Begin();
     // Every window at a place of its own.
     int byte = mode;
     std::vector<Rect>& windows = model.windows.at(static_cast<std::size_t>(mode));
@@ -197,7 +192,7 @@ TEST_P(PlayLayoutImages, TakeTheirWindowsFromThePlayTableAlone) {
           static_cast<std::uint8_t>(windows[k][0]), static_cast<std::uint8_t>(windows[k][1]),
           static_cast<std::uint8_t>(windows[k][2]), static_cast<std::uint8_t>(windows[k][3])};
     }
-    model.Variant(mode, 0, list);
+    model.PlayVariant(mode, 0, list);
     EXPECT_EQ(CallPlaySplit(Count(), mode, 0, list), 0);
     ExpectPlayed(model);
   }

@@ -8,7 +8,7 @@
 #include "display/display_state.h"
 #include "display/play_layout.h"
 #include "display/play_split.h"
-#include "tests/model/play_model.h"
+#include "tests/display/play_test.h"
 
 namespace test {
 namespace {
@@ -22,16 +22,6 @@ Channels RecordOf(int mode, const Channels& list) {
   return record;
 }
 
-const VexoPlayModeRecord* RecordIn(const Channels& bytes) {
-  return reinterpret_cast<const VexoPlayModeRecord*>(bytes.data());
-}
-
-Channels Ascending() {
-  Channels list;
-  for (std::uint8_t c = 0; c < 16; ++c) list.push_back(c);
-  return list;
-}
-
 // Lists that fill all windows, some, none, and in an order that the walk does not meet.
 std::vector<Channels> Lists() {
   return {Ascending(),
@@ -40,6 +30,10 @@ std::vector<Channels> Lists() {
           {9, 10, 11, 12, 13, 14, 15, 0, 0, 1, 2, 3, 4, 5, 6, 7},
           {1, 3, 6, 8, 9, 13, 14, 15, 200, 200, 200, 200, 200, 200, 200, 200},
           Channels(16, 0xFF)};
+}
+
+const VexoPlayModeRecord* RecordIn(const Channels& bytes) {
+  return reinterpret_cast<const VexoPlayModeRecord*>(bytes.data());
 }
 
 std::int32_t CallVariant(int channels, const VexoPlayModeRecord* record) {
@@ -66,8 +60,8 @@ TEST_P(PlayMode, SwitchMakesExactlyTheAccessesOfItsStepsInEveryModeFromBothViews
           g_display.view = view;
           g_playback = {full, 1};
           g_display.play_split = 7;
-          PlayModel model = Begin();
-          EXPECT_EQ(model.SwitchToPlayback(mode, list), 0);
+          ReferenceModel model = Begin();
+          EXPECT_EQ(model.PlayMode(mode, list), 0);
           EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
           ExpectPlayed(model);
           if (HasFailure()) return;
@@ -78,14 +72,14 @@ TEST_P(PlayMode, SwitchMakesExactlyTheAccessesOfItsStepsInEveryModeFromBothViews
 }
 
 TEST_P(PlayMode, VariantGivesTheResultOfItsSplitAndBlanksNothingAfterARefusal) {
-  const int highest = HighestPlayMode(GetParam().channels);
+  const int highest = HighestMode(GetParam().channels);
   for (const int mode : {0, 1, 2, 3, 4, 5, 6, 7, 255}) {
     SCOPED_TRACE(mode);
     const Channels record = RecordOf(mode, Ascending());
     g_playback = {1, 1};
     const std::uint8_t before = g_display.play_split;
-    PlayModel model = Begin();
-    model.SwitchVariant(mode, Ascending());
+    ReferenceModel model = Begin();
+    model.PlayModeVariant(mode, Ascending());
     EXPECT_EQ(CallVariant(GetParam().channels, RecordIn(record)), mode <= highest ? 0 : -5);
     ExpectPlayed(model);
     if (mode > highest) {
@@ -98,8 +92,8 @@ TEST_P(PlayMode, VariantGivesTheResultOfItsSplitAndBlanksNothingAfterARefusal) {
 TEST_P(PlayMode, VariantLeavesTheViewAloneAndWritesNoZoomOfItsOwn) {
   const Channels record = RecordOf(1, Ascending());
   g_display.view = kLive;
-  PlayModel model = Begin();
-  model.SwitchVariant(1, Ascending());
+  ReferenceModel model = Begin();
+  model.PlayModeVariant(1, Ascending());
   EXPECT_EQ(CallVariant(GetParam().channels, RecordIn(record)), 0);
   ExpectPlayed(model);
   EXPECT_EQ(g_display.view, kLive);
@@ -110,7 +104,7 @@ TEST_P(PlayMode, VariantLeavesTheViewAloneAndWritesNoZoomOfItsOwn) {
 }
 
 TEST_P(PlayMode, VariantRefusesANullRecordInSilence) {
-  const PlayModel model = Begin();
+  const ReferenceModel model = Begin();
   EXPECT_EQ(CallVariant(GetParam().channels, nullptr), -5);
   ExpectPlayed(model);
   ExpectUntouched();
@@ -120,7 +114,7 @@ TEST_P(PlayMode, RefusesANullRecordInSilenceAndStaysInItsView) {
   for (const std::uint8_t view : Channels{kLive, kPlayback}) {
     g_display.view = view;
     g_playback = {1, 1};
-    const PlayModel model = Begin();
+    const ReferenceModel model = Begin();
     EXPECT_EQ(TW_SetPlaybackModeInfo(nullptr), -5);
     ExpectPlayed(model);
     ExpectUntouched();
@@ -145,7 +139,6 @@ TEST_P(PlayMode, CalledTwiceTellsSoAndWritesEverythingAgainAndGives0BothTimes) {
 }
 
 TEST_P(PlayMode, ShowsMode0AsTheCentredPictureWhateverElseTheRecordHolds) {
-  const int ntsc = GetParam().standard == 0 ? 1 : 0;
   for (const std::uint8_t other : Channels{0x00, 0x01, 0xFF}) {
     const Channels record = {other, other, other, other, other, 0,    2,    3,    0xFF, 0xFF, 0xFF,
                              0xFF,  0xFF,  0xFF,  0xFF,  0xFF,  0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
@@ -155,11 +148,7 @@ TEST_P(PlayMode, ShowsMode0AsTheCentredPictureWhateverElseTheRecordHolds) {
     EXPECT_EQ(g_playback.centred_picture, 1);
     EXPECT_EQ(g_playback.full_picture, 0);
     for (int c = 0; c < 4; ++c) {
-      const Rect expected =
-          c < 2 ? Rect{0, 0, 0, 0} : Rect{0x2C, 0x82, 0x1E, ntsc != 0 ? 0x58 : 0x64};
-      for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(Register(0, 1, 0x30 + 4 * c + i), expected.at(static_cast<std::size_t>(i)));
-      }
+      EXPECT_EQ(RectOf(c), c < 2 ? kHidden : CentredPictureRect(GetParam().standard == 0));
     }
     EXPECT_EQ(Register(0, 1, 0x20), 0xD6);
     EXPECT_EQ(Register(0, 1, 0x28), 0x97);
@@ -168,12 +157,11 @@ TEST_P(PlayMode, ShowsMode0AsTheCentredPictureWhateverElseTheRecordHolds) {
 
 TEST_P(PlayMode, EndsWithEveryChannelOfTheBoardBlankedAndKeepsTheLiveMask) {
   const int channels = GetParam().channels;
-  const std::uint32_t all = channels == 4 ? 0x000F : channels == 8 ? 0x00FF : 0xFFFF;
-  for (int mode = 0; mode <= HighestPlayMode(channels); ++mode) {
+  for (int mode = 0; mode <= HighestMode(channels); ++mode) {
     const Channels record = RecordOf(mode, Ascending());
-    const PlayModel before = Begin();
+    const ReferenceModel before = Begin();
     EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
-    EXPECT_EQ(g_display.blank_mask.playback, all);
+    EXPECT_EQ(g_display.blank_mask.playback, AllChannels(channels));
     EXPECT_EQ(g_display.blank_mask.live, before.live_blank);
     for (int c = 0; c < channels; ++c) {
       const int old = before.image.at(static_cast<std::size_t>(c / 4))
@@ -185,12 +173,12 @@ TEST_P(PlayMode, EndsWithEveryChannelOfTheBoardBlankedAndKeepsTheLiveMask) {
 }
 
 TEST_P(PlayMode, AModeThatTheBoardLacksGives0AndBlanksNoChannel) {
-  for (const int mode : {HighestPlayMode(GetParam().channels) + 1, 7, 128, 255}) {
+  for (const int mode : {HighestMode(GetParam().channels) + 1, 7, 128, 255}) {
     const Channels record = RecordOf(mode, Ascending());
-    const PlayModel before = Begin();
+    const ReferenceModel before = Begin();
     EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
     EXPECT_EQ(g_display.blank_mask.playback, before.play_blank);
-    EXPECT_EQ(g_display.play_split, before.split);
+    EXPECT_EQ(g_display.play_split, before.play_split);
     EXPECT_EQ(g_display.view, kPlayback);
     for (const int reg : {0x11, 0x19, 0x21, 0x29}) {
       EXPECT_EQ(Register(0, 1, reg), before.image[0][1].at(static_cast<std::size_t>(reg)));
@@ -202,7 +190,7 @@ TEST_P(PlayMode, TakesTheSettlingTimeOfTheSplitAnd50MsAtItsEnd) {
   for (int mode = 0; mode < 8; ++mode) {
     SCOPED_TRACE(mode);
     const bool settles =
-        mode <= HighestPlayMode(GetParam().channels) && mode != 2 && mode != 3 && mode != 5;
+        mode <= HighestMode(GetParam().channels) && mode != 2 && mode != 3 && mode != 5;
     const Channels record = RecordOf(mode, Ascending());
     Begin();
     EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), 0);
@@ -301,7 +289,7 @@ TEST_F(PlayModeEdges, OverlayRegistersEndResetOn4And8ChannelsAndAsTheSplitWroteT
     for (const Row& row :
          {Row{0, 0x20, 0x04}, Row{1, 0x20, 0x04}, Row{2, 0x00, -1}, Row{3, 0x20, -1},
           Row{4, 0x20, 0x04}, Row{5, 0x20, -1}, Row{6, 0x20, 0x04}}) {
-      if (row.mode > HighestPlayMode(channels)) continue;
+      if (row.mode > HighestMode(channels)) continue;
       SCOPED_TRACE(std::to_string(channels) + " channels, mode " + std::to_string(row.mode));
       UsePlayback(channels);
       const bool reset = channels != 16;
@@ -376,14 +364,14 @@ TEST_F(PlayModeEdges, ABoardOfAnotherSizeGivesMinus8AfterTheZoomWriteAndStaysInP
       g_display.view = view;
       g_playback = {1, 1};
       const Channels record = RecordOf(1, Ascending());
-      const PlayModel before = Next();
+      const ReferenceModel before = Next();
       EXPECT_EQ(TW_SetPlaybackModeInfo(RecordIn(record)), -8);
       EXPECT_EQ(Accesses(), (std::vector<Access>{W(0xFF, 1, 0x0C, 0x00)}));
       EXPECT_EQ(Elapsed(), 0u);
       EXPECT_EQ(DebugText(),
                 view == kPlayback ? std::string("[VexoCtrlSDK]: ") + kAlreadyPlayback : "");
       EXPECT_EQ(g_display.view, kPlayback);
-      EXPECT_EQ(g_display.play_split, before.split);
+      EXPECT_EQ(g_display.play_split, before.play_split);
       EXPECT_EQ(g_display.blank_mask.playback, before.play_blank);
       EXPECT_EQ(g_playback.full_picture, 1);
       EXPECT_EQ(g_playback.centred_picture, 1);
@@ -470,8 +458,8 @@ TEST_F(PlayModeEdges, TheCommandNeedsARecordAndChipsAndElseLeavesTheViewWord) {
 TEST_F(PlayModeEdges, TheCommandPassesModeAndListOfItsRecordAndWritesNothingToIt) {
   UsePlayback(16);
   const Channels list = {9, 10, 11, 12, 13, 14, 15, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
-  PlayModel model = Begin();
-  model.SwitchToPlayback(4, list);
+  ReferenceModel model = Begin();
+  model.PlayMode(4, list);
   const Channels record = RecordOf(4, list);
   EXPECT_EQ(Command(VEXO_CMD_PLAY_MODE, record), 0);
   ExpectPlayed(model);

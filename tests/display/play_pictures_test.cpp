@@ -5,12 +5,12 @@
 #include "display/display_state.h"
 #include "display/play_layout.h"
 #include "display/play_split.h"
-#include "tests/model/play_model.h"
+#include "tests/display/play_test.h"
 
 namespace test {
 namespace {
 
-const Channels kAscending = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+const Channels kAscending = Ascending();
 
 std::int32_t Split(int mode, int option, const Channels& list = kAscending) {
   return TW_SetPlaySplitMode(static_cast<std::uint8_t>(mode), static_cast<std::uint8_t>(option),
@@ -76,12 +76,12 @@ TEST_F(PlayPictures, CentresEveryListedChannelThatTheWalkMeetsAndStoresTheMode1)
       UsePlayback(row.channels, standard);
       Begin();
       EXPECT_EQ(Split(0, 0, row.list), 0);
-      const Rect centred = {0x2C, 0x82, 0x1E, standard == 0 ? 0x58 : 0x64};
+      const Rect centred = CentredPictureRect(standard == 0);
       std::size_t at = 0;
       for (int n = 0; n < row.channels; ++n) {
         const bool shown = at < row.shown.size() && row.shown[at] == n;
         if (shown) ++at;
-        EXPECT_EQ(RectOf(n), shown ? centred : (Rect{0, 0, 0, 0})) << n;
+        EXPECT_EQ(RectOf(n), shown ? centred : kHidden) << n;
         EXPECT_EQ(InFront(n), n == row.list[0]) << n;
       }
       EXPECT_EQ(at, row.shown.size());
@@ -100,7 +100,7 @@ TEST_F(PlayPictures, BringsNobodyToTheFrontWhenTheCentredListStartsWithNoChannel
   EXPECT_EQ(Split(0, 0, {8, 0, 1, 2, 3, 4, 5, 6}), 0);
   for (int n = 0; n < 8; ++n) {
     EXPECT_EQ(Register(n / 4, 1, 0x10 + 8 * (n % 4)), 0x94 + n % 4) << n;
-    EXPECT_EQ(RectOf(n), (Rect{0, 0, 0, 0})) << n;
+    EXPECT_EQ(RectOf(n), kHidden) << n;
   }
 }
 
@@ -113,7 +113,7 @@ TEST_F(PlayPictures, BoundsThe2x2ByItsFourWindows) {
     EXPECT_TRUE(InFront(n)) << n;
   }
   for (int n = 4; n < 16; ++n) {
-    EXPECT_EQ(RectOf(n), (Rect{0, 0, 0, 0})) << n;
+    EXPECT_EQ(RectOf(n), kHidden) << n;
     EXPECT_FALSE(InFront(n)) << n;
   }
 }
@@ -128,7 +128,7 @@ TEST_F(PlayPictures, ShowsAFullPictureForEveryOptionButZero) {
       Begin();
       EXPECT_EQ(Split(0, option, {static_cast<std::uint8_t>(channels - 1)}), 0);
       for (int n = 0; n < channels; ++n) {
-        EXPECT_EQ(RectOf(n), (Rect{0x00, 0xB4, 0x00, 0x90})) << n;
+        EXPECT_EQ(RectOf(n), FullPictureRect(false)) << n;
         EXPECT_EQ(InFront(n), n == channels - 1) << n;
       }
       for (int p = 0; p < channels / 4; ++p) {

@@ -9,22 +9,11 @@
 #include "display/display_state.h"
 #include "display/play_layout.h"
 #include "harness/host.h"
-#include "tests/model/play_model.h"
+#include "tests/display/play_test.h"
+#include "tests/model/command_model.h"
 
 namespace test {
 namespace {
-
-struct Masks {
-  std::uint32_t live;
-  std::uint32_t record;
-  std::uint32_t play;
-};
-
-Channels Ascending() {
-  Channels list;
-  for (std::uint8_t c = 0; c < 16; ++c) list.push_back(c);
-  return list;
-}
 
 void Append(Channels& record, std::uint32_t value) {
   for (int shift = 0; shift < 32; shift += 8) {
@@ -32,134 +21,56 @@ void Append(Channels& record, std::uint32_t value) {
   }
 }
 
-// The playback model with the live side of the display beside it.
-class RoundTripModel : public PlayModel {
- public:
-  RoundTripModel(const PlayModel& board, const Masks& masks)
-      : PlayModel(board), live_mask(masks.live), record_mask(masks.record) {
-    play_mask = masks.play;
-  }
-
-  std::uint32_t live_mask;
-  std::uint32_t record_mask;
-  int live_split = 7;
-  std::uint32_t view_word = 0;
-
-  int LiveMode(int mode, const Channels& list) {
-    view_word = 0;
-    if (view == kLive) printed.push_back(">> TW_SetLiveModeInfo ALREADY LIVE MODE\r\n");
-    view = kLive;
-    All1Each(0x12, 0x00);
-    All1(0x06, 0x00);
-    All1(0x0C, 0x00);
-    if (HighestPlayMode(channels) >= 0) {
-      LiveVariant(mode, list);
-      Blank(~live_mask);
-    }
-    RecordMask(record_mask);
-    return 0;
-  }
-
-  int PlayMode(int mode, const Channels& list) {
-    view_word = 1;
-    return SwitchToPlayback(mode, list);
-  }
-
-  int LiveSplitMode(int mode, const Channels& list) {
-    if (view != kLive) {
-      printed.push_back(">> ERROR TW_SetLiveSplitMode CURREENT PLAYBACK MODE!!");
-      return -1;
-    }
-    if (mode > 6) {
-      printed.push_back(">> ERROR TW_SetLiveSplitMode INVALID PARAM!!");
-      return -5;
-    }
-    if (mode > HighestPlayMode(channels)) return -1;
-    LiveSplit(mode, list);
-    live_split = mode;
-    Blank(~live_mask);
-    return 0;
-  }
-
-  int ChannelMasks(const Masks& masks) {
-    live_mask = masks.live;
-    record_mask = masks.record;
-    play_mask = masks.play;
-    BlankMask(~(view == kLive ? live_mask : play_mask));
-    RecordMask(record_mask);
-    return 0;
-  }
-
-  int BlankMask(std::uint32_t mask) {
-    if (HighestPlayMode(channels) < 0) return -1;
-    Blank(mask);
-    return 0;
-  }
-
-  int RestoreBlank() { return BlankMask(~(view == kLive ? live_mask : play_mask)); }
-
- private:
-  void LiveVariant(int mode, const Channels& list) {
-    constexpr std::array<int, 21> kDecoder = {0x00, 0x33, 0x77, 0x45, 0xA0, 0xD0, 0x7F,
-                                              0x64, 0x80, 0x80, 0x80, 0x80, 0x30, 0x0F,
-                                              0x05, 0x00, 0x00, 0x80, 0x06, 0x00, 0x00};
-    All1Each(0x10, 0x80, 1);
-    All1Each(0x16, 0x00, 1);
-    int reg = 0x40;
-    for (const int byte : kDecoder) Write(kAll, 0, reg++, byte);
-    All1Each(0x12, 0x00);
-    const int display_mode = Read(kMaster, 1, 0x06);
-    All1(0x06, display_mode & 0xFB);
-    for (int i = 0; i < 4; ++i) {
-      for (int p = 0; p < chips; ++p) {
-        const int chip = kChips.at(static_cast<std::size_t>(p));
-        const int old = Read(chip, 1, 0x11 + 8 * i);
-        Write(chip, 1, 0x11 + 8 * i, (old & 0xF5) | 0x02);
-      }
-    }
-    if (mode > HighestPlayMode(channels)) return;
-    LiveSplit(mode, list);
-    live_split = mode;
-  }
+// A command and its record, as a host fills it.
+struct Request {
+  std::uint32_t code;
+  Channels record;
 };
 
-// The commands, with records as a host fills them.
+Request LiveModeRequest(int mode) {
+  const Channels list = Ascending();
+  Channels record = {0, 0, 0, 0, static_cast<std::uint8_t>(mode)};
+  record.insert(record.end(), list.begin(), list.end());
+  return {VEXO_CMD_LIVE_MODE, record};
+}
+Request PlayModeRequest(int mode) {
+  Channels record = {0, 0, 0, 0, 0, static_cast<std::uint8_t>(mode)};
+  const Channels list = Ascending();
+  record.insert(record.end(), list.begin(), list.end());
+  return {VEXO_CMD_PLAY_MODE, record};
+}
+Request SplitRequest(std::uint32_t code, int mode, int option = 0) {
+  Channels record = {
+      0, 0, 0, 0, static_cast<std::uint8_t>(mode), static_cast<std::uint8_t>(option)};
+  const Channels list = Ascending();
+  record.insert(record.end(), list.begin(), list.end());
+  return {code, record};
+}
+Request MasksRequest(const HostMasks& masks) {
+  Channels record;
+  for (const std::uint32_t mask : {masks.live, masks.record, masks.play}) Append(record, mask);
+  return {VEXO_CMD_CHANNEL_MASKS, record};
+}
+Request BlankRequest(std::uint32_t mask) {
+  Channels record;
+  Append(record, mask);
+  return {VEXO_CMD_BLANK_MASK, record};
+}
+
 class RoundTrip : public PlayTest {
  protected:
-  int LiveMode(int mode, const Channels& list = Ascending()) {
-    Channels record = {0, 0, 0, 0, static_cast<std::uint8_t>(mode)};
-    record.insert(record.end(), list.begin(), list.end());
-    return Command(VEXO_CMD_LIVE_MODE, record);
+  int Send(const Request& request) {
+    if (request.record.empty()) return CommandNull(request.code);
+    return Command(request.code, request.record);
   }
-  int PlayMode(int mode, const Channels& list = Ascending()) {
-    Channels record = {0, 0, 0, 0, 0, static_cast<std::uint8_t>(mode)};
-    record.insert(record.end(), list.begin(), list.end());
-    return Command(VEXO_CMD_PLAY_MODE, record);
+  int LiveMode(int mode) { return Send(LiveModeRequest(mode)); }
+  int PlayMode(int mode) { return Send(PlayModeRequest(mode)); }
+  int LiveSplit(int mode) { return Send(SplitRequest(VEXO_CMD_LIVE_SPLIT, mode)); }
+  int PlaySplit(int mode, int option = 0) {
+    return Send(SplitRequest(VEXO_CMD_PLAY_SPLIT, mode, option));
   }
-  int Split(std::uint32_t code, int mode, int option, const Channels& list = Ascending()) {
-    Channels record = {
-        0, 0, 0, 0, static_cast<std::uint8_t>(mode), static_cast<std::uint8_t>(option)};
-    record.insert(record.end(), list.begin(), list.end());
-    return Command(code, record);
-  }
-  int LiveSplit(int mode, const Channels& list = Ascending()) {
-    return Split(VEXO_CMD_LIVE_SPLIT, mode, 0, list);
-  }
-  int PlaySplit(int mode, int option = 0, const Channels& list = Ascending()) {
-    return Split(VEXO_CMD_PLAY_SPLIT, mode, option, list);
-  }
-  int SetMasks(const Masks& masks) {
-    Channels record;
-    Append(record, masks.live);
-    Append(record, masks.record);
-    Append(record, masks.play);
-    return Command(VEXO_CMD_CHANNEL_MASKS, record);
-  }
-  int BlankMask(std::uint32_t mask) {
-    Channels record;
-    Append(record, mask);
-    return Command(VEXO_CMD_BLANK_MASK, record);
-  }
+  int SetMasks(const HostMasks& masks) { return Send(MasksRequest(masks)); }
+  int BlankMask(std::uint32_t mask) { return Send(BlankRequest(mask)); }
   int RestoreBlank() { return CommandNull(VEXO_CMD_RESTORE_BLANK); }
 
   // Bit n: the blank bit of channel n is set; its record register is off (0x04).
@@ -185,53 +96,52 @@ class RoundTrip : public PlayTest {
 
 class RoundTripOfAllLayouts : public RoundTrip, public ::testing::WithParamInterface<BoardCase> {
  protected:
-  // One command on the chips, its model's result given; compared, and the model made ready for the
-  // next.
-  void Check(RoundTripModel& model, int actual, int expected, const std::string& what) {
+  // One command on the chips and on the model, compared.
+  void Check(CommandModel& commands, const Request& request, const std::string& what) {
     SCOPED_TRACE(what);
-    EXPECT_EQ(actual, expected);
+    const int expected = commands.Run(request.code, request.record);
+    EXPECT_EQ(Send(request), expected);
+    const ReferenceModel& model = commands.display;
     ExpectPlayed(model);
-    EXPECT_EQ(g_display.live_mask, model.live_mask);
-    EXPECT_EQ(g_display.record_mask, model.record_mask);
+    EXPECT_EQ(g_display.live_mask, model.masks.live);
+    EXPECT_EQ(g_display.record_mask, model.masks.record);
     EXPECT_EQ(g_display.live_split, model.live_split);
     EXPECT_EQ(g_display.g_view_mode, model.view_word);
-    model.accesses.clear();
-    model.pauses.clear();
-    model.printed.clear();
     Next();  // marks
   }
 
-  void Trip(RoundTripModel& m, int live, int play, int back) {
-    const Channels list = Ascending();
-    const Masks first = {0xFFFF7A3Cu, 0x0000C5A6u, 0xFFFE9D5Bu};
-    const Masks second = {0x0000B6E7u, 0xFFFF3A59u, 0x0000E17Du};
-    Check(m, LiveMode(live), m.LiveMode(live, list), "live mode");
-    Check(m, SetMasks(first), m.ChannelMasks(first), "masks in live view");
-    Check(m, PlaySplit(1), m.Split(1, 0, &list), "playback split in live view");
-    Check(m, BlankMask(0x2491), m.BlankMask(0x2491), "blank mask in live view");
-    Check(m, PlayMode(play), m.PlayMode(play, list), "playback mode");
-    Check(m, PlaySplit(play), m.Split(play, 0, &list), "playback split");
-    Check(m, PlaySplit(0, 1), m.Split(0, 1, &list), "full picture");
-    Check(m, SetMasks(second), m.ChannelMasks(second), "masks in playback view");
-    Check(m, BlankMask(0x9248), m.BlankMask(0x9248), "blank mask in playback view");
-    Check(m, LiveSplit(live), m.LiveSplitMode(live, list), "live split in playback view");
-    Check(m, PlayMode(play), m.PlayMode(play, list), "playback mode again");
-    Check(m, RestoreBlank(), m.RestoreBlank(), "blank mask restored in playback view");
-    Check(m, LiveMode(back), m.LiveMode(back, list), "back to live mode");
-    Check(m, LiveSplit(live), m.LiveSplitMode(live, list), "live split");
-    Check(m, RestoreBlank(), m.RestoreBlank(), "blank mask restored in live view");
+  void Trip(CommandModel& m, int live, int play, int back) {
+    const Request full_picture = SplitRequest(VEXO_CMD_PLAY_SPLIT, 0, 1);
+    const Request restore = {VEXO_CMD_RESTORE_BLANK, {}};
+    Check(m, LiveModeRequest(live), "live mode");
+    Check(m, MasksRequest({0xFFFF7A3Cu, 0x0000C5A6u, 0xFFFE9D5Bu}), "masks in live view");
+    Check(m, SplitRequest(VEXO_CMD_PLAY_SPLIT, 1), "playback split in live view");
+    Check(m, BlankRequest(0x2491), "blank mask in live view");
+    Check(m, PlayModeRequest(play), "playback mode");
+    Check(m, SplitRequest(VEXO_CMD_PLAY_SPLIT, play), "playback split");
+    Check(m, full_picture, "full picture");
+    Check(m, MasksRequest({0x0000B6E7u, 0xFFFF3A59u, 0x0000E17Du}), "masks in playback view");
+    Check(m, BlankRequest(0x9248), "blank mask in playback view");
+    Check(m, SplitRequest(VEXO_CMD_LIVE_SPLIT, live), "live split in playback view");
+    Check(m, PlayModeRequest(play), "playback mode again");
+    Check(m, restore, "blank mask restored in playback view");
+    Check(m, LiveModeRequest(back), "back to live mode");
+    Check(m, SplitRequest(VEXO_CMD_LIVE_SPLIT, live), "live split");
+    Check(m, restore, "blank mask restored in live view");
   }
 };
 
 TEST_P(RoundTripOfAllLayouts, EndsWithTheRegistersMasksAndModesOfItsSteps) {
   const int channels = GetParam().channels;
   UsePlayback(channels, GetParam().standard);
-  RoundTripModel model(Begin(), {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF});
-  const int layouts = HighestPlayMode(channels) + 2;  // one that the board lacks is among them
+  CommandModel commands;
+  commands.ready = true;
+  commands.display = Begin();
+  const int layouts = HighestMode(channels) + 2;  // one that the board lacks is among them
   for (int live = 0; live < layouts; ++live) {
     for (int play = 0; play < layouts; ++play) {
       SCOPED_TRACE("live " + std::to_string(live) + ", playback " + std::to_string(play));
-      Trip(model, live, play, (live + play) % layouts);
+      Trip(commands, live, play, (live + play) % layouts);
       if (HasFailure()) return;
     }
   }
@@ -246,7 +156,6 @@ INSTANTIATE_TEST_SUITE_P(Boards, RoundTripOfAllLayouts,
 // ---- Stops, told without a model ----------------------------------------------------------------
 
 constexpr std::array<int, 3> kBoards = {4, 8, 16};
-constexpr std::uint32_t Full(int channels) { return (1u << channels) - 1; }
 
 TEST_F(RoundTrip, KeepsTheBlankMasksOfTheTwoViewsApart) {
   for (const int channels : kBoards) {
@@ -258,7 +167,7 @@ TEST_F(RoundTrip, KeepsTheBlankMasksOfTheTwoViewsApart) {
     EXPECT_EQ(g_display.blank_mask.playback, 0u);
     EXPECT_EQ(PlayMode(1), 0);
     EXPECT_EQ(g_display.blank_mask.live, 0x0Au);
-    EXPECT_EQ(g_display.blank_mask.playback, Full(channels));
+    EXPECT_EQ(g_display.blank_mask.playback, AllChannels(channels));
     EXPECT_EQ(BlankMask(0x05), 0);
     EXPECT_EQ(BlankBits(channels), 0x05u);
     EXPECT_EQ(g_display.blank_mask.live, 0x0Au);
@@ -272,17 +181,17 @@ TEST_F(RoundTrip, KeepsTheBlankMasksOfTheTwoViewsApart) {
 
 TEST_F(RoundTrip, BlanksEveryChannelAtTheSwitchAndShowsThePlaybackMaskAtTheNextSplit) {
   for (const int channels : kBoards) {
-    for (int play = 0; play <= HighestPlayMode(channels); ++play) {
+    for (int play = 0; play <= HighestMode(channels); ++play) {
       SCOPED_TRACE(std::to_string(channels) + " channels, playback " + std::to_string(play));
       UseBoard(channels);
       EXPECT_EQ(SetMasks({0xFFFFFFF3u, 0xFFFFFFFF, 0xFFFFFFF5u}), 0);
       EXPECT_EQ(LiveMode(1), 0);
       EXPECT_EQ(BlankBits(channels), 0x0Cu);
       EXPECT_EQ(PlayMode(play), 0);
-      EXPECT_EQ(BlankBits(channels), Full(channels));
+      EXPECT_EQ(BlankBits(channels), AllChannels(channels));
       const bool refused = play == 2 || play == 3 || play == 5;
       EXPECT_EQ(PlaySplit(play), refused ? -5 : 0);
-      EXPECT_EQ(BlankBits(channels), refused ? Full(channels) : 0x0Au);
+      EXPECT_EQ(BlankBits(channels), refused ? AllChannels(channels) : 0x0Au);
       EXPECT_EQ(PlaySplit(0, 1), 0);
       EXPECT_EQ(BlankBits(channels), 0x0Au);
       EXPECT_EQ(g_display.blank_mask.playback, 0xAu);
@@ -338,12 +247,12 @@ TEST_F(RoundTrip, RecordBitsChangeWithTheMasksAndTheLiveSwitchAlone) {
         world().board.Poke(c / 4, 1, static_cast<std::uint8_t>(0x61 + 3 * (c % 4)), value);
       }
     };
-    const std::uint32_t off = 0x5A5Au & Full(channels);
+    const std::uint32_t off = 0x5A5Au & AllChannels(channels);
     EXPECT_EQ(SetMasks({0xFFFFFFFF, ~off, 0xFFFFFFFF}), 0);
     EXPECT_EQ(UnrecordedBits(channels), off);
     for (const std::uint8_t value : Channels{0x00, 0x04}) {
       poke(value);
-      const std::uint32_t poked = value == 0 ? 0 : Full(channels);
+      const std::uint32_t poked = value == 0 ? 0 : AllChannels(channels);
       EXPECT_EQ(PlayMode(1), 0);
       EXPECT_EQ(PlaySplit(1), 0);
       EXPECT_EQ(PlaySplit(0, 1), 0);
@@ -360,7 +269,7 @@ TEST_F(RoundTrip, RecordBitsChangeWithTheMasksAndTheLiveSwitchAlone) {
     }
     EXPECT_EQ(PlayMode(1), 0);
     EXPECT_EQ(SetMasks({0xFFFFFFFF, off, 0xFFFFFFFF}), 0);
-    EXPECT_EQ(UnrecordedBits(channels), ~off & Full(channels));
+    EXPECT_EQ(UnrecordedBits(channels), ~off & AllChannels(channels));
   }
 }
 
@@ -421,8 +330,8 @@ TEST_F(RoundTrip, AFullPictureIsRememberedThroughLiveViewUntilTheNextPlaybackSpl
 
 TEST_F(RoundTrip, ShowsAllChannelsInTheLiveWayAgainWhateverThePlaybackLayoutWas) {
   for (const int channels : kBoards) {
-    for (int play = 0; play <= HighestPlayMode(channels) + 1; ++play) {
-      for (int live = 0; live <= HighestPlayMode(channels); ++live) {
+    for (int play = 0; play <= HighestMode(channels) + 1; ++play) {
+      for (int live = 0; live <= HighestMode(channels); ++live) {
         SCOPED_TRACE(std::to_string(channels) + " channels, playback " + std::to_string(play) +
                      ", live " + std::to_string(live));
         UseBoard(channels);
@@ -456,7 +365,7 @@ TEST_F(RoundTrip, LeavesNothingBehindButTheRegistersOfDecodedPictures) {
     int live;  // a layout that places every channel
   };
   for (const Row& row : {Row{4, 1}, Row{8, 3}, Row{16, 6}}) {
-    for (int play = 0; play <= HighestPlayMode(row.channels); ++play) {
+    for (int play = 0; play <= HighestMode(row.channels); ++play) {
       for (const int option : {0, 1}) {
         SCOPED_TRACE(std::to_string(row.channels) + " channels, playback " + std::to_string(play) +
                      ", option " + std::to_string(option));

@@ -6,7 +6,7 @@
 #include "display/display_state.h"
 #include "display/play_layout.h"
 #include "display/play_split_direct.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {

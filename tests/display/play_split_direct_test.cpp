@@ -9,112 +9,10 @@
 #include "display/play_layout.h"
 #include "display/play_split.h"
 #include "display/window_tables.h"
-#include "tests/model/display_model.h"
-#include "tests/model/play_model.h"
+#include "tests/display/play_test.h"
 
 namespace test {
 namespace {
-
-constexpr Rect kHidden = {0, 0, 0, 0};
-
-// The text path's playback split told a second time.
-class DirectPlayModel : public PlayModel {
- public:
-  using PlayModel::PlayModel;
-  explicit DirectPlayModel(const PlayModel& board) : PlayModel(board) {}
-
-  void SplitDirect(int mode, int first) {
-    centred_picture = mode == 0;
-    split = mode == 0 ? 1 : mode;
-    if (mode != 0 && channels == 4) All1(0x0C, 0x00);
-    switch (mode) {
-      case 0:
-        return Centred(first);
-      case 1:
-        return TwoByTwo(first);
-      case 4:
-        return ThreeByThree(first);
-      case 6:
-        return FourByFour();
-      default:
-        return LargeAndSmall(mode, first);
-    }
-  }
-
- private:
-  int Nth(int first, int k) const { return (first + k) % channels; }
-  const Rect& Tile(int mode, int window) const {
-    return windows.at(static_cast<std::size_t>(mode)).at(static_cast<std::size_t>(window));
-  }
-  void HideAll() {
-    for (int p = 0; p < 4; ++p) Window(kAll, p, kHidden);
-  }
-
-  void Open2x2() {
-    All1(0x06, 0x04);
-    Paths(false);
-    All1Each(0x10, 0x94, 1);
-    PatternToAll({0xFE, 0xFF, 0xFF, 0xFF});
-  }
-  void Close2x2(int last_channel) {
-    KindsAndCodes(channels == 4 ? kAll : ChipOf(last_channel), 1);
-    Sleep(50);
-    All1Each(0x12, 0x20);
-    Paths(true);
-  }
-
-  void Centred(int first) {
-    Open2x2();
-    for (int c = 0; c < channels; ++c) Rectangle(c, c < first ? kHidden : CentredRect());
-    Front(first);
-    Close2x2(std::min(first, channels - 1));
-  }
-
-  void TwoByTwo(int first) {
-    Open2x2();
-    for (int c = 0; c < channels; ++c) {
-      const int k = (c - first % channels + channels) % channels;
-      Rectangle(c, k < 4 ? Tile(1, k) : kHidden);
-    }
-    for (int k = 0; k < 4; ++k) Front(Nth(first, k));
-    Close2x2(Nth(first, 3));
-  }
-
-  void LargeAndSmall(int mode, int first) {
-    const int count = kWindows.at(static_cast<std::size_t>(mode));
-    All1Each(0x12, mode == 2 ? 0x00 : 0x20);
-    All1Each(0x10, 0x94, 1);
-    Pattern(Nth(first, 0), DecodedWindowOf(mode, 0).pattern);
-    Rectangle(Nth(first, 0), Tile(mode, 0));
-    Kind(Nth(first, 0), DecodedWindowOf(mode, 0).kind);
-    for (int k = 1; k < count; ++k) Pattern(Nth(first, k), DecodedWindowOf(mode, k).pattern);
-    for (int k = 1; k < count; ++k) Rectangle(Nth(first, k), Tile(mode, k));
-    for (int k = 1; k < count; ++k) Kind(Nth(first, k), DecodedWindowOf(mode, k).kind);
-  }
-
-  void ThreeByThree(int first) {
-    All1Each(0x12, 0x20);
-    All1(0x06, 0x00);
-    All1Each(0x10, 0x94, 1);
-    HideAll();
-    Write(kAll, 0, 0x85, 0x00);
-    PatternToAll({0xAA, 0xAA, 0xAA, 0xAA});
-    const int count = std::min(9, channels);
-    for (int k = 0; k < count; ++k) Rectangle(Nth(first, k), Tile(4, k));
-    for (int k = 0; k < count; ++k) Kind(Nth(first, k), 0x05);
-  }
-
-  void FourByFour() {
-    All1Each(0x12, 0x20);
-    All1(0x06, 0x00);
-    All1Each(0x10, 0x94, 1);
-    Write(kAll, 0, 0x85, 0x00);
-    PatternToAll({0x7F, 0xFF, 0x7F, 0xFF});
-    HideAll();
-    for (int c = 0; c < (channels == 16 ? 16 : 8); ++c) Rectangle(c, Tile(6, c));
-    for (int p = 0; p < 4; ++p) Write(kAll, 0, 0x85 + 0x10 * p, 0x09);
-  }
-};
 
 void Split(int mode, int channel) {
   TW_SetPlaySplitDirect(static_cast<std::uint8_t>(mode), static_cast<std::uint8_t>(channel));
@@ -131,8 +29,8 @@ TEST_P(PlayDirect, MakesExactlyTheWritesOfItsStepsForEveryModeAndFirstChannel) {
     for (const int first : {0, 1, 3, count / 2, count - 3, count - 1, count, count + 2, 20, 255}) {
       SCOPED_TRACE("mode " + std::to_string(mode) + ", first channel " + std::to_string(first));
       g_display.play_split = 0x77;
-      DirectPlayModel model(Begin());
-      model.SplitDirect(mode, first);
+      ReferenceModel model = Begin();
+      model.PlaySplitDirect(mode, first);
       Split(mode, first);
       ExpectPlayed(model);
       if (HasFailure()) return;
@@ -147,8 +45,8 @@ TEST_P(PlayDirect, IsTheSameInBothViewsAndLeavesTheOtherStateAlone) {
       g_display.view = view;
       g_display.live_split = 5;
       g_display.g_view_mode = 9;
-      DirectPlayModel model(Begin());
-      model.SplitDirect(mode, 2);
+      ReferenceModel model = Begin();
+      model.PlaySplitDirect(mode, 2);
       Split(mode, 2);
       ExpectPlayed(model);
       EXPECT_EQ(g_display.live_split, 5);
@@ -161,8 +59,8 @@ TEST_P(PlayDirect, NeitherReadsNorChangesTheFullPictureFlag) {
   for (int mode = 0; mode < 7; ++mode) {
     SCOPED_TRACE(mode);
     g_playback.full_picture = 1;
-    DirectPlayModel model(Begin());
-    model.SplitDirect(mode, 1);
+    ReferenceModel model = Begin();
+    model.PlaySplitDirect(mode, 1);
     Split(mode, 1);
     ExpectPlayed(model);
     EXPECT_EQ(g_playback.full_picture, 1);
@@ -256,13 +154,8 @@ TEST_F(PlayDirectEdges, PutsTheCentredRectangleOnEveryChannelFromTheGivenOneOnwa
       UsePlayback(channels, first % 2);
       Split(0, first);
       for (int c = 0; c < channels; ++c) {
-        const Rect expected =
-            c < first ? kHidden : Rect{0x2C, 0x82, 0x1E, first % 2 == 0 ? 0x58 : 0x64};
-        for (int i = 0; i < 4; ++i) {
-          EXPECT_EQ(Register(c / 4, 1, 0x30 + 4 * (c % 4) + i),
-                    expected.at(static_cast<std::size_t>(i)))
-              << channels << ", first " << first << ", channel " << c;
-        }
+        EXPECT_EQ(RectOf(c), c < first ? kHidden : CentredPictureRect(first % 2 == 0))
+            << channels << ", first " << first << ", channel " << c;
         EXPECT_EQ(Register(c / 4, 1, 0x10 + 8 * (c % 4)), (c == first ? 0xD4 : 0x94) + c % 4);
       }
     }
@@ -273,7 +166,7 @@ TEST_F(PlayDirectEdges, ShowsNoCentredPictureFromAChannelThatTheBoardLacks) {
   UsePlayback(8);
   Split(0, 8);
   for (int c = 0; c < 8; ++c) {
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(Register(c / 4, 1, 0x30 + 4 * (c % 4) + i), 0);
+    EXPECT_EQ(RectOf(c), kHidden);
     EXPECT_EQ(Register(c / 4, 1, 0x10 + 8 * (c % 4)), 0x94 + c % 4);
   }
   EXPECT_EQ(g_display.play_split, 1);
@@ -350,11 +243,11 @@ TEST_F(PlayDirectEdges, OnABoardWithoutChannelsWriteOnlyWhatNeedsNoCounting) {
   UsePlayback(0);
   for (int mode = 0; mode < 7; ++mode) {
     SCOPED_TRACE(mode);
-    DirectPlayModel model(Begin());
+    ReferenceModel model = Begin();
     if (mode == 4 || mode == 6) {
-      model.SplitDirect(mode, 3);
+      model.PlaySplitDirect(mode, 3);
     } else {
-      model.split = mode == 0 ? 1 : mode;
+      model.play_split = mode == 0 ? 1 : mode;
       model.centred_picture = mode == 0;
     }
     Split(mode, 3);
@@ -368,8 +261,7 @@ class PlaySplitOffset : public PlayTest {};
 
 TEST_F(PlaySplitOffset, IsUsedByTheNextSplitOfBothPathsInEveryMode) {
   UsePlayback(16);
-  Channels list;
-  for (std::uint8_t c = 0; c < 16; ++c) list.push_back(c);
+  const Channels list = Ascending();
   for (int mode = 1; mode < 7; ++mode) {
     SCOPED_TRACE(mode);
     const auto m = static_cast<std::size_t>(mode);
@@ -378,15 +270,15 @@ TEST_F(PlaySplitOffset, IsUsedByTheNextSplitOfBothPathsInEveryMode) {
                           4);
     const Rect base = DefaultRects(mode, true).at(last);
     const Rect moved = {base[0] + 1, base[1] + 3, base[2] + 2, base[3] + 4};
-    PlayModel variant = Begin();
+    ReferenceModel variant = Begin();
     variant.windows.at(m).at(last) = moved;
-    EXPECT_EQ(variant.Variant(mode, 0, list), 0);
+    EXPECT_EQ(variant.PlayVariant(mode, 0, list), 0);
     EXPECT_EQ(TW_SetPlaySplit16Ch(static_cast<std::uint8_t>(mode), 0, list.data()), 0);
     ExpectPlayed(variant);
 
-    DirectPlayModel direct(Begin());
+    ReferenceModel direct = Begin();
     direct.windows.at(m).at(last) = moved;
-    direct.SplitDirect(mode, 0);
+    direct.PlaySplitDirect(mode, 0);
     Split(mode, 0);
     ExpectPlayed(direct);
   }
@@ -396,7 +288,7 @@ TEST_F(PlaySplitOffset, DoesNotMoveALiveWindow) {
   UseBoard(16);
   TW_SetPlaySplitOffset(1, 1, 1, 2, 3, 4);
   const Channels list = {0, 1, 2, 3};
-  DisplayModel model = Model();
+  ReferenceModel model = Model();
   model.LiveSplit(1, list);
   EXPECT_EQ(TW_SetLiveSplit16Ch(1, list.data()), 0);
   ExpectLike(model);

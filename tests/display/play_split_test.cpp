@@ -6,7 +6,7 @@
 #include "chip/video_state.h"
 #include "display/display_state.h"
 #include "display/play_layout.h"
-#include "tests/model/play_model.h"
+#include "tests/display/play_test.h"
 
 namespace test {
 namespace {
@@ -14,7 +14,7 @@ namespace {
 constexpr const char* kLiveMode = ">> ERROR TW_SetPlaySplitMode CURREENT LIVE MODE!!";
 constexpr const char* kInvalid = ">> ERROR TW_SetPlaySplitMode INVALID PARAM!!";
 
-const Channels kAscending = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+const Channels kAscending = Ascending();
 
 std::int32_t Split(int mode, int option, const Channels& list = kAscending) {
   return TW_SetPlaySplitMode(static_cast<std::uint8_t>(mode), static_cast<std::uint8_t>(option),
@@ -28,9 +28,9 @@ class PlaySplit : public PlayTest {
     return (Register(channel / 4, 1, 0x11 + 8 * (channel % 4)) & 0x04) != 0;
   }
   // Nothing at all has changed since Begin() but what is printed.
-  void ExpectRefused(const PlayModel& before, const std::string& text) {
+  void ExpectRefused(const ReferenceModel& before, const std::string& text) {
     EXPECT_EQ(Cycles(), 0u);
-    PlayModel model = before;
+    ReferenceModel model = before;
     if (!text.empty()) model.printed = {text};
     ExpectPlayed(model);
   }
@@ -45,7 +45,7 @@ TEST_F(PlaySplit, RefusesEveryRequestInLiveView) {
         SCOPED_TRACE(std::to_string(channels) + " channels, mode " + std::to_string(mode));
         UsePlaybackAfter(channels, 1, 0);
         g_display.view = kLive;
-        PlayModel before = Begin();
+        ReferenceModel before = Begin();
         EXPECT_EQ(Split(mode, option), -1);
         ExpectRefused(before, kLiveMode);
         before = Begin();
@@ -60,7 +60,7 @@ TEST_F(PlaySplit, RefusesAnyViewButPlayback) {
   for (const std::uint8_t view : Channels{0, 3, 255}) {
     UsePlayback(4);
     g_display.view = view;
-    const PlayModel before = Begin();
+    const ReferenceModel before = Begin();
     EXPECT_EQ(Split(1, 0), -1);
     ExpectRefused(before, kLiveMode);
   }
@@ -71,7 +71,7 @@ TEST_F(PlaySplit, RefusesModesThatDoNotExist) {
     for (const int mode : {7, 8, 100, 255}) {
       SCOPED_TRACE(std::to_string(channels) + " channels, mode " + std::to_string(mode));
       UsePlaybackAfter(channels, 1, 0);
-      const PlayModel before = Begin();
+      const ReferenceModel before = Begin();
       EXPECT_EQ(Split(mode, 0), -5);
       ExpectRefused(before, kInvalid);
     }
@@ -83,7 +83,7 @@ TEST_F(PlaySplit, RefusesARequestWithoutAList) {
     for (int mode = 0; mode <= 7; ++mode) {  // before the mode is looked at
       SCOPED_TRACE(std::to_string(channels) + " channels, mode " + std::to_string(mode));
       UsePlaybackAfter(channels, 1, 0);
-      const PlayModel before = Begin();
+      const ReferenceModel before = Begin();
       EXPECT_EQ(TW_SetPlaySplitMode(static_cast<std::uint8_t>(mode), 1, nullptr), -5);
       ExpectRefused(before, kInvalid);
     }
@@ -96,7 +96,7 @@ TEST_F(PlaySplit, RefusesLayoutsThatOnlyTheModeSwitchMayUse) {
     for (const int mode : {2, 3, 5}) {
       SCOPED_TRACE(std::to_string(channels) + " channels, mode " + std::to_string(mode));
       UsePlaybackAfter(channels, 1, 0);
-      const PlayModel before = Begin();
+      const ReferenceModel before = Begin();
       EXPECT_EQ(Split(mode, 0), -5);
       ExpectRefused(before, ">> ERROR TW_SetPlaySplitMode NOT SUPPORT SPLIT MODE(" +
                                 std::to_string(mode) + ")!!");
@@ -109,7 +109,7 @@ TEST_F(PlaySplit, FailsOnBoardsWithoutAVariantAndTouchesNothing) {
     for (const int mode : {0, 1, 4, 6}) {
       SCOPED_TRACE(std::to_string(channels) + " channels, mode " + std::to_string(mode));
       UsePlaybackAfter(channels, 1, 0);
-      const PlayModel before = Begin();
+      const ReferenceModel before = Begin();
       EXPECT_EQ(Split(mode, 0), -1);
       ExpectRefused(before, "");
     }
@@ -119,26 +119,23 @@ TEST_F(PlaySplit, FailsOnBoardsWithoutAVariantAndTouchesNothing) {
 TEST_F(PlaySplit, IsSilentWithTheOutputSwitchOffAndRefusesAllTheSame) {
   UsePlayback(16);
   VEXOAPI_SetEnableOutputMsg(0);
-  const PlayModel before = Begin();
+  const ReferenceModel before = Begin();
   EXPECT_EQ(Split(5, 0), -5);
   EXPECT_EQ(Split(7, 0), -5);
   ExpectRefused(before, "");
 }
 
 TEST_F(PlaySplit, VariantsRefuseModesThatTheyLack) {
-  struct Row {
-    int channels;
-    int highest;
-  };
-  for (const Row& row : {Row{4, 1}, Row{8, 4}, Row{16, 6}}) {
+  for (const Variant& row : kVariants) {
     UsePlayback(row.channels);
     for (int mode = 0; mode <= 9; ++mode) {
       SCOPED_TRACE(std::to_string(row.channels) + " channels, mode " + std::to_string(mode));
       Begin();
-      EXPECT_EQ(CallPlaySplit(row.channels, mode, 1, kAscending), mode <= row.highest ? 0 : -5);
-      if (mode > row.highest) {
+      EXPECT_EQ(CallPlaySplit(row.channels, mode, 1, kAscending),
+                mode <= row.highest_mode ? 0 : -5);
+      if (mode > row.highest_mode) {
         EXPECT_EQ(Cycles(), 0u);
-        EXPECT_EQ(g_display.play_split, row.highest);
+        EXPECT_EQ(g_display.play_split, row.highest_mode);
         EXPECT_EQ(DebugText(), "");
         EXPECT_EQ(Elapsed(), 0u);
       }
@@ -153,7 +150,7 @@ TEST_F(PlaySplit, BlanksEveryChannelBeforeAnythingElse) {
   for (const int channels : {4, 8, 16}) {
     SCOPED_TRACE(channels);
     UsePlaybackAfter(channels, 1, 0);  // its first write would be the zoom control
-    DisplayModel blanked = Begin();
+    ReferenceModel blanked = Begin();
     blanked.AttributeMask(0xFFFF, 0x04);
     EXPECT_EQ(Split(1, 0), 0);
     const std::vector<Access> accesses = Accesses();
@@ -172,8 +169,8 @@ TEST_F(PlaySplit, EndsWithTheChannelsOfThePlayDisplayMaskShown) {
       UsePlayback(channels);
       g_display.play_mask = mask;
       g_display.live_mask = 0x12345678;  // no matter
-      PlayModel model = Begin();
-      EXPECT_EQ(model.Split(0, 1, &kAscending), 0);
+      ReferenceModel model = Begin();
+      EXPECT_EQ(model.PlaySplit(0, 1, &kAscending), 0);
       EXPECT_EQ(Split(0, 1), 0);
       ExpectPlayed(model);
       for (int n = 0; n < channels; ++n) EXPECT_EQ(Blanked(n), (mask >> n & 1) == 0) << n;
@@ -194,9 +191,8 @@ TEST_F(PlaySplit, AppliesTheMaskAgainThatWasInForceWhenTheBoardLacksTheMode) {
       UsePlayback(row.channels);
       g_display.blank_mask.playback = mask;
       g_display.play_mask = 0x3C;
-      PlayModel model = Begin();
-      model.AttributeMask(0xFFFF, 0x04);
-      model.AttributeMask(mask, 0x04);
+      ReferenceModel model = Begin();
+      EXPECT_EQ(model.PlaySplit(row.mode, 0, &kAscending), -1);
       EXPECT_EQ(Split(row.mode, 0), -1);
       ExpectPlayed(model);  // no pause, no print, the mask and the stored mode as they were
       EXPECT_EQ(g_display.blank_mask.playback, mask);
@@ -266,7 +262,7 @@ TEST_F(PlaySplit, OnAnEightChannelBoardTurnsMode5And6DownAndRestoresTheBlankMask
 
 TEST_F(PlaySplit, PausesFor50MsBeforeTheDecodedInputOpensAndNotInLargeWindowLayouts) {
   for (const int channels : {4, 8, 16}) {
-    for (int mode = 0; mode <= HighestPlayMode(channels); ++mode) {
+    for (int mode = 0; mode <= HighestMode(channels); ++mode) {
       for (const int option : {0, 1}) {
         SCOPED_TRACE(std::to_string(channels) + " channels, mode " + std::to_string(mode));
         UsePlayback(channels);
@@ -314,7 +310,7 @@ TEST_F(PlaySplit, ResetsTheOverlayAsTheFullPictureFlagSays) {
     for (const int centred : {0, 1}) {
       SCOPED_TRACE(channels);
       UsePlaybackAfter(channels, 1, centred);
-      PlayModel model = Begin();
+      ReferenceModel model = Begin();
       model.ResetOverlay();
       TW_ResetPlayOverlay();
       EXPECT_EQ(Accesses(), full);
@@ -348,8 +344,8 @@ TEST_F(PlaySplit, TakesModeOptionAndListFromTheRecordOfTheCommand) {
                        static_cast<std::uint8_t>(row.option)};
     const Channels list = {2, 3, 5, 8, 9, 10, 0, 1, 4, 6, 7, 11, 12, 13, 14, 15};
     record.insert(record.end(), list.begin(), list.end());
-    PlayModel model = Begin();
-    const int expected = model.Split(row.mode, row.option, &list);
+    ReferenceModel model = Begin();
+    const int expected = model.PlaySplit(row.mode, row.option, &list);
     EXPECT_EQ(Command(VEXO_CMD_PLAY_SPLIT, record), expected);
     ExpectPlayed(model);
   }
@@ -357,7 +353,7 @@ TEST_F(PlaySplit, TakesModeOptionAndListFromTheRecordOfTheCommand) {
 
 TEST_F(PlaySplit, HandsThroughTheResultsOfTheCommand) {
   UsePlayback(8);
-  PlayModel before = Begin();
+  ReferenceModel before = Begin();
   EXPECT_EQ(CommandNull(VEXO_CMD_PLAY_SPLIT), -5);
   EXPECT_EQ(Cycles(), 0u);
   EXPECT_EQ(Command(VEXO_CMD_PLAY_SPLIT, {0, 0, 0, 0, 7, 0, 0, 1, 2, 3}), -5);

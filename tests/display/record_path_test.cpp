@@ -1,55 +1,13 @@
 #include "display/record_path.h"
 
-#include <array>
 #include <string>
 
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
 
-class RecordPath : public DisplayTest, public ::testing::WithParamInterface<int> {
- protected:
-  // Every write of a record setup, in order.
-  static void Setup(DisplayModel& model, int record_mode, int switching) {
-    const auto row = static_cast<std::size_t>(record_mode);
-    constexpr std::array<int, 3> kMode = {0x00, 0x40, 0x00};
-    constexpr std::array<int, 3> kLayout = {0x00, 0x10, 0x30};
-    constexpr std::array<int, 3> kControl = {0x20, 0x10, 0x00};
-    constexpr std::array<int, 3> kEnable = {0xFF, 0x00, 0x00};
-    constexpr std::array<int, 3> kOrder = {0x00, 0xE4, 0xE4};
-
-    model.Write(kAll, 1, 0x51, kMode.at(row));
-    for (int n = 0; n < model.channels; ++n) {
-      model.Write(ChipOf(n), 0, 0x8A + 0x10 * (n % 4), 0x40 * (n % 4) + kLayout.at(row));
-    }
-    if (record_mode == 0) Queues(model, switching == 4 ? 0x70 : 0x40);
-    if (record_mode == 1) {
-      for (const int chip : kChips) model.Write(chip, 1, 0x57, 0x80);
-      for (const int reg : {0x62, 0x65, 0x68, 0x6B}) model.Write(kAll, 1, reg, 0x20);
-    }
-    for (int i = 0; i < 4; ++i) model.Write(kAll, 1, 0x60 + 3 * i, 0x80 | kControl.at(row) | i);
-    model.Write(kAll, 1, 0x6C, kEnable.at(row));
-    model.Write(kAll, 1, 0x6D, kOrder.at(row));
-    model.Write(kAll, 1, 0x86, 0x20);
-    for (int n = 0; n < model.channels; ++n) {
-      model.Write(ChipOf(n), 1, 0x61 + 3 * (n % 4), 0x00);
-    }
-  }
-
- private:
-  static void Queues(DisplayModel& model, int switching) {
-    if (model.channels != 4 && model.channels != 8 && model.channels != 16) return;
-    for (int p = 0; p < model.channels / 4; ++p) {
-      const int chip = kChips.at(static_cast<std::size_t>(p));
-      model.Write(chip, 1, 0x57, 0x00);
-      model.Write(chip, 1, 0x58, 0x00);
-      model.Write(chip, 1, 0x59, 0x00);
-      model.Write(chip, 1, 0x5A, 0x80);
-      model.Write(chip, 1, 0x56, switching);
-    }
-  }
-};
+class RecordPath : public DisplayTest, public ::testing::WithParamInterface<int> {};
 
 TEST_P(RecordPath, IsProgrammedWriteByWriteInEveryRecordAndSwitchingMode) {
   UseBoard(GetParam());
@@ -59,8 +17,8 @@ TEST_P(RecordPath, IsProgrammedWriteByWriteInEveryRecordAndSwitchingMode) {
       SCOPED_TRACE("record mode " + std::to_string(record_mode) + ", switching mode " +
                    std::to_string(switching));
       Scribble(seed++);
-      DisplayModel model = Model();
-      Setup(model, record_mode, switching);
+      ReferenceModel model = Model();
+      model.RecordSetup(record_mode, switching);
       TW_SetRecordSetup(static_cast<std::uint8_t>(record_mode),
                         static_cast<std::uint8_t>(switching));
       ExpectLike(model);
@@ -74,8 +32,8 @@ TEST_P(RecordPath, DefaultIsRecordMode1Exactly) {
   for (const int switching : {0, 4}) {
     SCOPED_TRACE(switching);
     Scribble(9);
-    DisplayModel model = Model();
-    Setup(model, 1, switching);
+    ReferenceModel model = Model();
+    model.RecordSetup(1, switching);
     TW_SetRecordSetupDefault(static_cast<std::uint8_t>(switching));
     ExpectLike(model);
     EXPECT_EQ(DebugText(), "");

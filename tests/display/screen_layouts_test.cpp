@@ -10,7 +10,7 @@
 #include "harness/host.h"
 #include "sim/screen/screen.h"
 #include "sim/screen/test_card.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {

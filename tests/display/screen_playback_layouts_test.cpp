@@ -10,7 +10,7 @@
 #include "sim/screen/screen.h"
 #include "sim/screen/tape_card.h"
 #include "sim/screen/test_card.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
@@ -26,7 +26,7 @@ class ScreenPlaybackLayouts : public DisplayTest {
   void Start(int channels, int standard) {
     StartBoard(channels, standard);
     pal_ = standard == VEXO_VIDEO_PAL;
-    all_ = channels == 16 ? 0xFFFF : (1u << channels) - 1;
+    all_ = AllChannels(channels);
     Take();
   }
   void Take() {
@@ -60,8 +60,8 @@ class ScreenPlaybackLayouts : public DisplayTest {
     Take();
   }
 
-  Rect FullPicture() const { return {0x00, 0xB4, 0x00, pal_ ? 0x90 : 0x78}; }
-  Rect CentredPicture() const { return {0x2C, 0x82, 0x1E, pal_ ? 0x64 : 0x58}; }
+  Rect FullPicture() const { return FullPictureRect(!pal_); }
+  Rect CentredPicture() const { return CentredPictureRect(!pal_); }
   std::vector<Rect> Rects(int mode) const { return DefaultRects(mode, !pal_); }
 
   // The window is filled with the channel's whole decoded picture, and it is no other's.

@@ -1,41 +1,21 @@
 #include "display/split_layout.h"
 
-#include <array>
+#include <string>
 
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
-
-struct Row {
-  int large_code;
-  int large_scale;
-  int small_code;
-  int small_scale;
-  bool has_large;
-};
-
-// By mode.
-constexpr std::array<Row, 7> kRows = {{{0x0, 0, 0x0, 0, false},
-                                       {0x1, 1, 0x1, 1, false},
-                                       {0x0, 2, 0xA, 4, true},
-                                       {0x0, 3, 0xF, 6, true},
-                                       {0xA, 4, 0xA, 4, false},
-                                       {0x5, 1, 0xF, 6, true},
-                                       {0xF, 6, 0xF, 6, false}}};
 
 class SplitLayout : public DisplayTest {};
 
 TEST_F(SplitLayout, HasTheCodesAndScalesOfEveryModesWindows) {
   for (std::uint8_t mode = 0; mode < 7; ++mode) {
     SCOPED_TRACE(+mode);
-    const Row& row = kRows.at(mode);
-    EXPECT_EQ(HasLargeWindow(mode), row.has_large);
-    EXPECT_EQ(ScaleOfWindow(mode, 0).layout, row.large_code);
-    EXPECT_EQ(ScaleOfWindow(mode, 0).scale, row.large_scale);
-    for (std::uint8_t window = 1; window < kWindows.at(mode); ++window) {
-      EXPECT_EQ(ScaleOfWindow(mode, window).layout, row.small_code);
-      EXPECT_EQ(ScaleOfWindow(mode, window).scale, row.small_scale);
+    EXPECT_EQ(HasLargeWindow(mode), IsLargeAndSmall(mode));
+    for (std::uint8_t window = 0; window < kWindows.at(mode); ++window) {
+      EXPECT_EQ(ScaleOfWindow(mode, window).layout, ScalingOf(mode, window).code);
+      EXPECT_EQ(ScaleOfWindow(mode, window).scale, ScalingOf(mode, window).scale);
     }
   }
 }
@@ -46,8 +26,8 @@ TEST_F(SplitLayout, ScalesEveryChannelOfTheBoard) {
     for (std::uint8_t mode = 0; mode < 7; ++mode) {
       SCOPED_TRACE(std::to_string(channels) + " channels, mode " + std::to_string(mode));
       Scribble(mode + 1u);
-      DisplayModel model = Model();
-      for (int n = 0; n < channels; ++n) model.Scale(n, kRows.at(mode).small_scale);
+      ReferenceModel model = Model();
+      for (int n = 0; n < channels; ++n) model.Scale(n, ScalingOf(mode, 1).scale);
       ScaleEveryChannel(mode);
       ExpectLike(model);
     }

@@ -8,7 +8,7 @@
 #include "display/live_split_direct.h"
 #include "display/play_split_direct.h"
 #include "display/window_tables.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
@@ -25,11 +25,6 @@ void PrintTo(const TableCase& table, std::ostream* out) { *out << table.name; }
 
 class WindowOffset : public DisplayTest, public ::testing::WithParamInterface<TableCase> {
  protected:
-  static std::vector<Rect> RectsOf(const WindowTable& table) {
-    std::vector<Rect> rects;
-    for (const WindowRect& r : table) rects.push_back({r.x_start, r.x_end, r.y_start, r.y_end});
-    return rects;
-  }
   static std::vector<Rect> Table() { return RectsOf(g_layout.*GetParam().table); }
   static std::vector<Rect> OtherTable() { return RectsOf(g_layout.*GetParam().other); }
   static Rect Window(int mode, int window) {

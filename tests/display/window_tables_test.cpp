@@ -4,18 +4,13 @@
 #include <vector>
 
 #include "chip/video_state.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
 
 class WindowTables : public DisplayTest {
  protected:
-  static std::vector<Rect> Flat(const WindowTable& table) {
-    std::vector<Rect> rects;
-    for (const WindowRect& r : table) rects.push_back({r.x_start, r.x_end, r.y_start, r.y_end});
-    return rects;
-  }
   static std::vector<Rect> AllDefaults(bool ntsc) {
     std::vector<Rect> rects;
     for (int mode = 0; mode < 7; ++mode) {
@@ -27,7 +22,7 @@ class WindowTables : public DisplayTest {
 
 TEST_F(WindowTables, AreEmptyUntilTheyAreBuilt) {
   for (const WindowTable* table : {&g_layout.live, &g_layout.play}) {
-    for (const Rect& rect : Flat(*table)) EXPECT_EQ(rect, (Rect{0, 0, 0, 0}));
+    for (const Rect& rect : RectsOf(*table)) EXPECT_EQ(rect, kHidden);
   }
 }
 
@@ -39,9 +34,9 @@ TEST_F(WindowTables, HoldTheNtscRectanglesOfAllModesInOrderOnEveryBoard) {
     g_video.max_channel = static_cast<std::uint8_t>(channels);
     g_video.video_standard = 0;
     TW_BuildLiveLayout();
-    EXPECT_EQ(Flat(g_layout.live), AllDefaults(true));
+    EXPECT_EQ(RectsOf(g_layout.live), AllDefaults(true));
     TW_BuildPlayLayout();
-    EXPECT_EQ(Flat(g_layout.play), AllDefaults(true));
+    EXPECT_EQ(RectsOf(g_layout.play), AllDefaults(true));
   }
 }
 
@@ -54,9 +49,9 @@ TEST_F(WindowTables, HoldThePalRectanglesForEveryStandardButNtsc) {
       g_video.max_channel = static_cast<std::uint8_t>(channels);
       g_video.video_standard = static_cast<std::uint8_t>(standard);
       TW_BuildLiveLayout();
-      EXPECT_EQ(Flat(g_layout.live), AllDefaults(false));
+      EXPECT_EQ(RectsOf(g_layout.live), AllDefaults(false));
       TW_BuildPlayLayout();
-      EXPECT_EQ(Flat(g_layout.play), AllDefaults(false));
+      EXPECT_EQ(RectsOf(g_layout.play), AllDefaults(false));
     }
   }
 }
@@ -64,10 +59,10 @@ TEST_F(WindowTables, HoldThePalRectanglesForEveryStandardButNtsc) {
 TEST_F(WindowTables, AreBuiltEachForItself) {
   g_video.video_standard = 0;
   TW_BuildPlayLayout();
-  EXPECT_EQ(Flat(g_layout.live), std::vector<Rect>(57, Rect{0, 0, 0, 0}));
+  EXPECT_EQ(RectsOf(g_layout.live), std::vector<Rect>(57, kHidden));
   g_layout = {};
   TW_BuildLiveLayout();
-  EXPECT_EQ(Flat(g_layout.play), std::vector<Rect>(57, Rect{0, 0, 0, 0}));
+  EXPECT_EQ(RectsOf(g_layout.play), std::vector<Rect>(57, kHidden));
 }
 
 TEST_F(WindowTables, BeginFullScreenAndTheNtsc2x2AtLine1AndAllElseAtLine2) {
@@ -109,10 +104,10 @@ TEST_F(WindowTables, WriteARectangleAsFourRegisterWrites) {
 
 TEST_F(WindowTables, MoveAWindowOfThePlaybackTableAlone) {
   UseBoard(16);
-  const std::vector<Rect> live = Flat(g_layout.live);
+  const std::vector<Rect> live = RectsOf(g_layout.live);
   SetWindowOffset(g_layout.play, 1, 2, {1, 2, 3, 4});
-  EXPECT_EQ(Flat(g_layout.play)[3], (Rect{0x05, 0x5D, 0x3E, 0x7B}));
-  EXPECT_EQ(Flat(g_layout.live), live);
+  EXPECT_EQ(RectsOf(g_layout.play)[3], (Rect{0x05, 0x5D, 0x3E, 0x7B}));
+  EXPECT_EQ(RectsOf(g_layout.live), live);
 }
 
 }  // namespace

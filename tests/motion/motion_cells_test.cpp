@@ -15,31 +15,6 @@
 namespace test {
 namespace {
 
-// Corners (x start, y start) of the windows of a mode.
-using Corners = std::vector<std::array<int, 2>>;
-Corners CornersOf(int mode, bool ntsc) {
-  switch (mode) {
-    case 0:
-      return {{0x04, 0x01}};
-    case 1:
-      return ntsc ? Corners{{0x04, 0x01}, {0x5A, 0x01}, {0x04, 0x3C}, {0x5A, 0x3C}}
-                  : Corners{{0x04, 0x02}, {0x5A, 0x02}, {0x04, 0x48}, {0x5A, 0x48}};
-    case 4:
-      return ntsc ? Corners{{0x04, 0x02}, {0x3D, 0x02}, {0x77, 0x02}, {0x04, 0x29}, {0x3D, 0x29},
-                            {0x77, 0x29}, {0x04, 0x50}, {0x3D, 0x50}, {0x77, 0x50}}
-                  : Corners{{0x04, 0x02}, {0x3D, 0x02}, {0x76, 0x02}, {0x04, 0x31}, {0x3D, 0x31},
-                            {0x76, 0x31}, {0x04, 0x5F}, {0x3D, 0x5F}, {0x76, 0x5F}};
-    default: {
-      Corners corners;
-      for (const int y :
-           ntsc ? std::array{0x02, 0x1F, 0x3C, 0x59} : std::array{0x02, 0x25, 0x48, 0x6B}) {
-        for (const int x : {0x04, 0x2F, 0x5A, 0x85}) corners.push_back({x, y});
-      }
-      return corners;
-    }
-  }
-}
-
 // What a request to show cells hangs on.
 struct Request {
   int type = 0;
@@ -53,75 +28,15 @@ struct Request {
   int timing = 0x33;
 };
 
-bool Has(std::uint32_t mask, int channel) { return ((mask >> channel) & 1) != 0; }
-
-// The drawing told a second time.
-class CellModel {
- public:
-  explicit CellModel(const Request& request) : r(request) {}
-
-  std::vector<Access> Show() {
-    for (int p = 0; p < 4; ++p) {
-      Put(kAll, 0x60, p, p);
-      Put(kAll, 0x61, p, p);
-    }
-    if (r.split == 0 && Has(r.live, r.first)) Single();
-    if (r.split == 1) Windows(4, 0, 0, 0x09, Ntsc() ? 0x09 : 0x0A);
-    if (r.split == 4) Windows(r.channels == 8 ? 8 : 9, 3, 2, 0x05, Ntsc() ? 0x05 : 0x06);
-    if (r.split == 6) Windows(16, 0, 0, 0x04, Ntsc() ? 0x04 : 0x05);
-    return list;
-  }
-
- private:
-  bool Ntsc() const { return r.standard == 0; }
-  void Put(int chip, int reg, int p, int value) { list.push_back(W(chip, 2, reg + 8 * p, value)); }
-  int Control() const {
-    constexpr std::array<int, 5> kControl = {0xA0, 0xA0, 0x98, 0xB8, 0xB8};
-    return kControl.at(r.type < 5 ? static_cast<std::size_t>(r.type) : 0);
-  }
-  int Attribute() const {
-    constexpr std::array<int, 5> kAttribute = {0x00, 0x10, 0x28, 0x28, 0x38};
-    return kAttribute.at(r.type < 5 ? static_cast<std::size_t>(r.type) : 0);
-  }
-  void Single() {
-    const int chip = ChipOf(r.first);
-    const int p = r.first % 4;
-    for (const int reg : {0x5B, 0x5C, 0x5D, 0x5E}) list.push_back(W(chip, 2, reg, r.timing));
-    if (!Has(r.skip, r.first)) {
-      Put(chip, 0x60, p, Control() | p | 0x08);
-      Put(chip, 0x61, p, Attribute() | 0x32);
-    }
-    const auto corner = CornersOf(0, Ntsc()).front();
-    Put(chip, 0x62, p, corner[0]);
-    Put(chip, 0x64, p, corner[1]);
-    Put(chip, 0x63, p, 0x15);
-    Put(chip, 0x65, p, Ntsc() ? 0x13 : 0x16);
-  }
-  void Windows(int count, int dx, int dy, int width, int height) {
-    const Corners corners = CornersOf(r.split, Ntsc());
-    int c = r.first;
-    for (int k = 0; k < count; ++k) {
-      if (r.split == 4 && k == 2 && r.option != 0) c = (c + 7) % r.channels;
-      if (Has(r.live, c)) {
-        const int chip = ChipOf(c);
-        const int p = c % 4;
-        if (!Has(r.skip, c)) {
-          Put(chip, 0x60, p, Control() | p);
-          Put(chip, 0x61, p, Attribute());
-        }
-        const auto corner = corners.at(static_cast<std::size_t>(k));
-        Put(chip, 0x62, p, corner[0] + dx);
-        Put(chip, 0x64, p, corner[1] + dy);
-        Put(chip, 0x63, p, width);
-        Put(chip, 0x65, p, height);
-      }
-      c = c + 1 == r.channels ? 0 : c + 1;
-    }
-  }
-
-  Request r;
-  std::vector<Access> list;
-};
+std::vector<Access> Drawn(const Request& r) {
+  ReferenceModel model(r.channels, r.standard, {});
+  model.split_option = r.option;
+  model.masks.live = r.live;
+  model.frozen = r.skip;
+  model.motion_timing = r.timing;
+  model.ShowMotionCells(r.type, r.split, r.first);
+  return model.accesses;
+}
 
 class MotionCells : public LibraryTest {
  protected:
@@ -138,7 +53,7 @@ class MotionCells : public LibraryTest {
     world().trace.Clear();
     Mark();
     TW_ShowMotionCells(U8(r.type), U8(r.split), U8(r.first));
-    const std::vector<Access> expected = CellModel(r).Show();
+    const std::vector<Access> expected = Drawn(r);
     EXPECT_EQ(Accesses(), expected)
         << "type " << r.type << ", split " << r.split << ", first " << r.first << ", " << r.channels
         << " channels, standard " << r.standard << ", option " << r.option;
@@ -338,12 +253,9 @@ TEST_F(MotionCells, OfASingleChannelOf16AndMoreOnlyResetTheBoxes) {
 TEST_F(MotionCells, AreHiddenWithAttribute0OnAllChips) {
   UseBoard(16);
   TW_HideMotionCells();
-  std::vector<Access> expected;
-  for (int p = 0; p < 4; ++p) {
-    expected.push_back(W(kAll, 2, 0x60 + 8 * p, p));
-    expected.push_back(W(kAll, 2, 0x61 + 8 * p, 0x00));
-  }
-  EXPECT_EQ(Accesses(), expected);
+  ReferenceModel model;
+  model.HideMotionCells();
+  EXPECT_EQ(Accesses(), model.accesses);
   EXPECT_EQ(Cycles(), 32u);
 }
 
@@ -373,7 +285,7 @@ TEST_F(MotionCells, AreShownOverTheCurrentSplitFromTheSelectedChannelOn) {
       r.first = c.first;
       r.channels = c.channels;
       r.timing = 0;
-      EXPECT_EQ(Accesses(), CellModel(r).Show())
+      EXPECT_EQ(Accesses(), Drawn(r))
           << c.channels << " channels, split " << c.split << ", request " << request;
     }
   }
@@ -422,20 +334,18 @@ TEST_F(MotionCells, AreSetUpByTheCommandInOrder) {
             (std::vector<std::string>{"[VexoCtrlSDK]: ", "==>> VEXO MOTDET CELL TYPE 3 \r\n"}));
   EXPECT_EQ(g_display.live_split, 0);
 
-  std::vector<Access> hide;
-  for (int p = 0; p < 4; ++p) {
-    hide.push_back(W(kAll, 2, 0x60 + 8 * p, p));
-    hide.push_back(W(kAll, 2, 0x61 + 8 * p, 0x00));
-  }
-  std::vector<Access> show = {W(kAll, 2, 0x5B, 0x95), W(kAll, 2, 0x5C, 0x95),
-                              W(kAll, 2, 0x5D, 0x95), W(kAll, 2, 0x5E, 0x95),
-                              W(kAll, 2, 0x5F, 0xAA)};
+  ReferenceModel model;
+  model.HideMotionCells();
+  const std::vector<Access> hide = model.accesses;
+  model.accesses.clear();
+  model.MotionTiming(0x95);
+  std::vector<Access> show = model.accesses;
   Request r;
   r.type = 3;
   r.first = 6;
   r.standard = 1;
   r.timing = 0x95;
-  for (const Access& access : CellModel(r).Show()) show.push_back(access);
+  for (const Access& access : Drawn(r)) show.push_back(access);
 
   const std::vector<Access> actual = Accesses();
   ASSERT_GT(actual.size(), hide.size() + show.size());

@@ -25,22 +25,20 @@ class MotionDetect : public LibraryTest {
   }
   static std::uint8_t MaskByte(int channel, int index) { return U8(31 * channel + 7 * index + 1); }
 
-  static void AppendMask(std::vector<Access>& list, int channel) {
-    for (int i = 0; i < 24; ++i) {
-      list.push_back(W(ChipOf(channel), 2, 0x86 + 0x20 * (channel % 4) + i, MaskByte(channel, i)));
-    }
+  static std::vector<std::uint8_t> MaskOf(int channel) {
+    std::vector<std::uint8_t> mask(24);
+    for (int i = 0; i < 24; ++i) mask[static_cast<std::size_t>(i)] = MaskByte(channel, i);
+    return mask;
   }
-  static void AppendLevel(std::vector<Access>& list, int channel, int level) {
-    constexpr std::array<std::array<int, 3>, 4> kBytes = {
-        {{0xCF, 0x07, 0x51}, {0x4C, 0x08, 0x41}, {0x08, 0x09, 0x21}, {0x04, 0x0A, 0x01}}};
-    for (int i = 0; i < 3; ++i) {
-      list.push_back(W(ChipOf(channel), 2, 0x83 + 0x20 * (channel % 4) + i,
-                       kBytes.at(static_cast<std::size_t>(level)).at(static_cast<std::size_t>(i))));
-    }
+  static std::vector<Access> LevelWrites(int channel, int level) {
+    ReferenceModel model;
+    model.MotionLevel(channel, level);
+    return model.accesses;
   }
   static std::vector<Access> TimingWrites(int value) {
-    return {W(kAll, 2, 0x5B, value), W(kAll, 2, 0x5C, value), W(kAll, 2, 0x5D, value),
-            W(kAll, 2, 0x5E, value), W(kAll, 2, 0x5F, 0xAA)};
+    ReferenceModel model;
+    model.MotionTiming(value);
+    return model.accesses;
   }
 };
 
@@ -52,11 +50,11 @@ TEST_F(MotionDetect, IsSetUpWithMasksThenLevelsThenTheSharedParameters) {
     UseBoard(channels);
     ASSERT_EQ(g_motion.ready, 0);
     TW_InitMotionDetect();
-    std::vector<Access> expected;
-    for (int c = 0; c < channels; ++c) AppendMask(expected, c);
-    for (int c = 0; c < channels; ++c) AppendLevel(expected, c, c % 4);
-    for (const Access& access : TimingWrites(0x33)) expected.push_back(access);
-    EXPECT_EQ(Accesses(), expected);
+    ReferenceModel model;
+    for (int c = 0; c < channels; ++c) model.MotionMask(c, MaskOf(c));
+    for (int c = 0; c < channels; ++c) model.MotionLevel(c, c % 4);
+    model.MotionTiming(0x33);
+    EXPECT_EQ(Accesses(), model.accesses);
     // A table write of 24 bytes takes 27 cycles.
     EXPECT_EQ(Cycles(), static_cast<std::uint64_t>(channels * (27 + 12) + 20));
     EXPECT_EQ(g_motion.ready, 1);
@@ -85,10 +83,10 @@ TEST_F(MotionDetect, OfOneChannelIsProgrammedFromTheTables) {
   for (int c = 0; c < 16; ++c) {
     Mark();
     TW_ApplyMotionInfo(U8(c));
-    std::vector<Access> expected;
-    AppendMask(expected, c);
-    AppendLevel(expected, c, c % 4);
-    EXPECT_EQ(Accesses(), expected);
+    ReferenceModel model;
+    model.MotionMask(c, MaskOf(c));
+    model.MotionLevel(c, c % 4);
+    EXPECT_EQ(Accesses(), model.accesses);
     EXPECT_EQ(Cycles(), 39u);
   }
 }
@@ -109,9 +107,7 @@ TEST_F(MotionDetect, WritesThreeRegistersForEachOfFourLevels) {
     for (int level = 0; level < 4; ++level) {
       Mark();
       TW_SetMotionLevel(U8(c), U8(level));
-      std::vector<Access> expected;
-      AppendLevel(expected, c, level);
-      EXPECT_EQ(Accesses(), expected) << "channel " << c << ", level " << level;
+      EXPECT_EQ(Accesses(), LevelWrites(c, level)) << "channel " << c << ", level " << level;
       EXPECT_EQ(Cycles(), 12u);
       EXPECT_EQ(g_motion.level[c], c % 4);  // the table stays
     }
@@ -229,12 +225,10 @@ TEST_F(MotionDetect, SetsAllCellsOfAChannelByteByByte) {
       Mark();
       TW_SetMotionMaskAll(U8(c), U8(clear));
       const int value = clear == 0 ? 0xFF : 0x00;
-      std::vector<Access> expected;
-      for (int i = 0; i < 24; ++i) {
-        expected.push_back(W(ChipOf(c), 2, 0x86 + 0x20 * (c % 4) + i, value));
-        EXPECT_EQ(g_motion.mask[c][i], value);
-      }
-      EXPECT_EQ(Accesses(), expected);
+      for (const std::uint8_t cells : g_motion.mask[c]) EXPECT_EQ(cells, value);
+      ReferenceModel model;
+      model.MotionMask(c, std::vector<std::uint8_t>(24, U8(value)));
+      EXPECT_EQ(Accesses(), model.accesses);
       EXPECT_EQ(Cycles(), 96u);  // each byte an access of its own
     }
   }

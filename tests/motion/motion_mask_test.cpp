@@ -6,6 +6,7 @@
 #include "harness/host.h"
 #include "motion/motion_detect.h"
 #include "motion/motion_state.h"
+#include "tests/model/reference_model.h"
 #include "tests/support/library_test.h"
 
 namespace test {
@@ -39,18 +40,11 @@ class MotionMask : public LibraryTest {
   }
   Bytes MaskInRecord() const { return {last_record.begin() + 2, last_record.begin() + 26}; }
 
-  static std::vector<Access> Programmed(int chip, int position, const Bytes& mask,
-                                        const std::array<int, 3>& level) {
-    std::vector<Access> expected;
-    expected.reserve(27);
-    for (int i = 0; i < 24; ++i) {
-      expected.push_back(W(chip, 2, 0x86 + 0x20 * position + i, mask[static_cast<std::size_t>(i)]));
-    }
-    for (int i = 0; i < 3; ++i) {
-      expected.push_back(
-          W(chip, 2, 0x83 + 0x20 * position + i, level.at(static_cast<std::size_t>(i))));
-    }
-    return expected;
+  static std::vector<Access> Programmed(int channel, const Bytes& mask, int level) {
+    ReferenceModel model;
+    model.MotionMask(channel, mask);
+    model.MotionLevel(channel, level);
+    return model.accesses;
   }
   void ExpectNothingKept() {
     for (int c = 0; c < 16; ++c) {
@@ -60,16 +54,13 @@ class MotionMask : public LibraryTest {
   }
 };
 
-constexpr std::array<int, 3> kLevel1 = {0x4C, 0x08, 0x41};
-constexpr std::array<int, 3> kLevel2 = {0x08, 0x09, 0x21};
-
 TEST_F(MotionMask, IsTransformedInTheCallersRecordAndProgrammedSo) {
   UseBoard(16);
   EXPECT_EQ(Command(VEXO_CMD_MOTION_MASK, Record(6, 2, kHostMask)), 0);
   EXPECT_EQ(MaskInRecord(), kChipMask);
   EXPECT_EQ(last_record[0], 6);
   EXPECT_EQ(last_record[1], 2);
-  EXPECT_EQ(Accesses(), Programmed(0x0C, 2, kChipMask, kLevel2));
+  EXPECT_EQ(Accesses(), Programmed(6, kChipMask, 2));
   EXPECT_EQ(Cycles(), 27u + 12u);
 }
 
@@ -90,7 +81,7 @@ TEST_F(MotionMask, IsKeptWithItsLevel) {
   EXPECT_EQ(g_motion.level[10], 0xEE);
   Mark();
   TW_ApplyMotionInfo(11);
-  EXPECT_EQ(Accesses(), Programmed(0x30, 3, kChipMask, kLevel2));
+  EXPECT_EQ(Accesses(), Programmed(11, kChipMask, 2));
 }
 
 TEST_F(MotionMask, KeepsALevelThatTheChipDoesNotKnowButWritesNone) {
@@ -104,7 +95,7 @@ TEST_F(MotionMask, OfAPreviewIsTransformedAndProgrammedTheSameWay) {
   UseBoard(8);
   EXPECT_EQ(Command(VEXO_CMD_MOTION_MASK_PREVIEW, Record(5, 1, kHostMask)), 0);
   EXPECT_EQ(MaskInRecord(), kChipMask);
-  EXPECT_EQ(Accesses(), Programmed(0x0C, 1, kChipMask, kLevel1));
+  EXPECT_EQ(Accesses(), Programmed(5, kChipMask, 1));
 }
 
 TEST_F(MotionMask, OfAPreviewIsNotKept) {
@@ -120,7 +111,7 @@ TEST_F(MotionMask, OfAPreviewGivesWayToTheKeptOne) {
   EXPECT_EQ(Register(1, 2, 0xA6), 0x00);
   Mark();
   TW_ApplyMotionInfo(5);
-  EXPECT_EQ(Accesses(), Programmed(0x0C, 1, kChipMask, kLevel1));
+  EXPECT_EQ(Accesses(), Programmed(5, kChipMask, 1));
 }
 
 TEST_F(MotionMask, TwiceTransformedIsTheHostsAgain) {
@@ -154,7 +145,7 @@ TEST_F(MotionMask, OfTheExportIsKeptAndProgrammedAsItStands) {
   EXPECT_EQ(mask, kHostMask);
   EXPECT_EQ(KeptMask(13), kHostMask);
   EXPECT_EQ(g_motion.level[13], 1);
-  EXPECT_EQ(Accesses(), Programmed(0xC0, 1, kHostMask, kLevel1));
+  EXPECT_EQ(Accesses(), Programmed(13, kHostMask, 1));
 }
 
 TEST_F(MotionMask, OfTheExportIsKeptForAChannelThatTheBoardLacksButNotProgrammed) {

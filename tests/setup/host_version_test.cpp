@@ -2,6 +2,7 @@
 
 #include "report/diagnostics.h"
 #include "setup/initialization.h"
+#include "tests/model/board.h"
 #include "tests/setup/setup_test.h"
 
 namespace test {
@@ -169,7 +170,7 @@ class HostAdjustment : public HostVersion {
     std::vector<Access> found;
     for (const Access& access : Accesses()) {
       // The table of page 1 goes to all chips; the adjustment to each on its own.
-      if (access.page == 1 && access.reg == 0x0F && access.chip != kAllChips) {
+      if (access.page == 1 && access.reg == 0x0F && access.chip != kAll) {
         found.push_back(access);
       }
     }

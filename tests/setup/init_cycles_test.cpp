@@ -1,7 +1,7 @@
 // What initialization costs on the bus, counted by hand: an access takes 4 cycles (select, address,
 // data, release), a table of n bytes n + 3.
 #include "setup/initialization.h"
-#include "tests/model/init_model.h"
+#include "tests/setup/setup_test.h"
 
 namespace test {
 namespace {

@@ -9,7 +9,8 @@
 #include "display/display_state.h"
 #include "display/window_tables.h"
 #include "motion/motion_state.h"
-#include "tests/model/init_model.h"
+#include "tests/model/reference_model.h"
+#include "tests/setup/setup_test.h"
 
 namespace test {
 namespace {
@@ -77,12 +78,9 @@ class InitImage : public SetupTest, public ::testing::WithParamInterface<InitCas
     const auto say = [&](const std::string& text) { prints.push_back(Plain(text)); };
     const int cameras = GetParam().cameras;
     if (cameras == 2) say("\r\n VIDEO DET : 0 0 \r\n");
-    const std::string lost = cameras != 2       ? "0000"
-                             : Channels() == 4  ? "000F"
-                             : Channels() == 8  ? "00FF"
-                             : Channels() == 12 ? "0FFF"
-                                                : "FFFF";
-    say("\r\n g_vid_loss_mask : " + lost + " SYSTEM : ");
+    std::array<char, 5> lost{};
+    std::snprintf(lost.data(), lost.size(), "%04X", cameras == 2 ? AllChannels(Channels()) : 0u);
+    say(std::string("\r\n g_vid_loss_mask : ") + lost.data() + " SYSTEM : ");
     constexpr std::array<const char*, 3> kDetected = {"[NTSC]\r\n", "[PAL]\r\n", "[ALL LOSS]\r\n"};
     say(kDetected.at(static_cast<std::size_t>(cameras)));
 
@@ -112,8 +110,8 @@ class InitImage : public SetupTest, public ::testing::WithParamInterface<InitCas
 
 TEST_P(InitImage, LeavesEveryRegisterAsTheTablesAndTheLiveSwitchSay) {
   ASSERT_NO_FATAL_FAILURE(PowerOn());
-  InitModel model(GetParam().chips, GetParam().cameras);
-  model.Run(Standard());
+  ReferenceModel model = ReferenceModel::AtPowerOn(GetParam().chips, GetParam().cameras);
+  model.Initialize(Standard());
   const RegisterImage actual = Image();
   for (std::size_t p = 0; p < 4; ++p) {
     for (std::size_t page = 0; page < 3; ++page) {
@@ -142,7 +140,7 @@ TEST_P(InitImage, LeavesTheStateOfALiveBoard) {
   EXPECT_EQ(g_video.default_live_split, DefaultSplitOf(Channels()));
   EXPECT_EQ(g_video.default_play_split, DefaultSplitOf(Channels()));
   EXPECT_EQ(g_video.g_chip_ready, 1);
-  EXPECT_EQ(g_video.g_vid_loss_mask, GetParam().cameras == 2 ? (1u << Channels()) - 1 : 0u);
+  EXPECT_EQ(g_video.g_vid_loss_mask, GetParam().cameras == 2 ? AllChannels(Channels()) : 0u);
 
   EXPECT_EQ(g_display.view, 1);
   // A board of 12 channels has no split of its own.
@@ -155,13 +153,16 @@ TEST_P(InitImage, LeavesTheStateOfALiveBoard) {
   EXPECT_EQ(g_display.blank_mask.playback, 0u);
   EXPECT_EQ(g_display.live_mask, 0xFFFFFFFFu);
   EXPECT_EQ(g_display.record_mask, 0xFFFFFFFFu);
-  // First and last window of both tables, by the standard that was settled on.
+  // Both tables go by the standard that was settled on.
   for (const WindowTable* table : {&g_layout.live, &g_layout.play}) {
-    const bool ntsc = Standard() == 0;
-    EXPECT_EQ(table->front().x_end, 0xB0);
-    EXPECT_EQ(table->front().y_end, ntsc ? 0x77 : 0x8E);
-    EXPECT_EQ(table->back().x_start, 0x85);
-    EXPECT_EQ(table->back().y_start, ntsc ? 0x59 : 0x6B);
+    std::size_t at = 0;
+    for (int mode = 0; mode < 7; ++mode) {
+      for (const Rect& rect : DefaultRects(mode, Standard() == 0)) {
+        const WindowRect& window = table->at(at++);
+        EXPECT_EQ((Rect{window.x_start, window.x_end, window.y_start, window.y_end}), rect) << at;
+      }
+    }
+    EXPECT_EQ(at, table->size());
   }
 
   for (const auto& level : g_motion.level) EXPECT_EQ(level, 1);

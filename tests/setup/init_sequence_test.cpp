@@ -5,7 +5,8 @@
 #include "chip/video_state.h"
 #include "display/display_state.h"
 #include "setup/initialization.h"
-#include "tests/model/init_model.h"
+#include "tests/model/reference_model.h"
+#include "tests/setup/setup_test.h"
 
 namespace test {
 namespace {
@@ -41,8 +42,8 @@ class InitAccesses : public InitSequence, public ::testing::WithParamInterface<S
 TEST_P(InitAccesses, FollowTheStepsInOrder) {
   PowerOn(GetParam().chips, GetParam().standard);
   ASSERT_EQ(TW_InitializeSetup(0, 0), 4 * GetParam().chips);
-  InitModel model(GetParam().chips, GetParam().standard);
-  model.Run(GetParam().standard);
+  ReferenceModel model = ReferenceModel::AtPowerOn(GetParam().chips, GetParam().standard);
+  model.Initialize(GetParam().standard);
   const std::vector<Access> actual = Accesses();
   for (std::size_t i = 0; i < std::min(actual.size(), model.accesses.size()); ++i) {
     ASSERT_EQ(actual[i], model.accesses[i]) << "access " << i;

@@ -11,9 +11,6 @@
 
 namespace test {
 
-inline constexpr int kAllChips = 0xFF;
-inline constexpr std::array<int, 4> kChipCodes = {0x03, 0x0C, 0x30, 0xC0};
-
 // A text as the plain print writes it, and as the levelled print does.
 inline std::string Plain(const std::string& text) { return "[VexoCtrlSDK]: " + text; }
 inline std::string Levelled(const std::string& text) { return "[VEXOSDK]: " + text; }

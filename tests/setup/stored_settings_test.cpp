@@ -4,7 +4,8 @@
 
 #include "chip/video_state.h"
 #include "setup/initialization.h"
-#include "tests/model/init_model.h"
+#include "tests/model/reference_model.h"
+#include "tests/setup/setup_test.h"
 
 namespace test {
 namespace {
@@ -90,8 +91,8 @@ TEST_F(StoredSettingsTest, OfStandard255AreAdoptedLikeAnyOther) {
   EXPECT_EQ(g_video.video_standard, 255);
   EXPECT_EQ(g_video.report.video_standard, 255u);
   EXPECT_TRUE(Printed(Plain(">> FINISH LOSS CAMERA!!\r\n")));
-  InitModel model(4, 0);
-  model.Run(255);
+  ReferenceModel model = ReferenceModel::AtPowerOn(4, 0);
+  model.Initialize(255);
   EXPECT_EQ(Image(), model.image);
   EXPECT_EQ(Register(0, 0, 0xC5), 0x00);  // PAL's field mode is for the standard PAL alone
 }

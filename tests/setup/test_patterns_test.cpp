@@ -6,83 +6,10 @@
 #include "display/display_state.h"
 #include "harness/host.h"
 #include "setup/init_tables.h"
-#include "tests/model/display_model.h"
+#include "tests/display/display_test.h"
 
 namespace test {
 namespace {
-
-// The screens told a second time.
-class PatternModel {
- public:
-  explicit PatternModel(DisplayModel& model) : m_(model) {}
-
-  int busy_reads = 0;  // that find the fill engine busy after a start
-
-  void FillRect(int chip, int x, int y, int w, int h) {
-    for (int reg = 0; reg < 4; ++reg) Fill(chip, reg, 0xFF);
-    const int first_line = 10 * y;
-    const int last_line = y + h == 0 ? 0 : 10 * (y + h) - 1;
-    Fill(chip, 0x07, first_line);
-    Fill(chip, 0x08, last_line);
-    Fill(chip, 0x09, (first_line / 256 * 4 + last_line / 256) | 2);
-    const int middle = 4 * x + w / 4 * 16;
-    if (w >= 4) Columns(chip, 4 * x, middle);
-    if (w % 4 != 0) Columns(chip, middle, 4 * (x + w) - 1);
-  }
-
-  // The text path's full screen of channel 0.
-  void FullScreen() {
-    for (int n = 0; n < 4; ++n) m_.Write(kAll, 1, 0x10 + 8 * n, 0x90 + n);
-    m_.Poll(0);
-    for (int n = 0; n < m_.channels; ++n) m_.Scale(n, 0);
-    for (int n = 0; n < 4; ++n) m_.Window(kAll, n, m_.windows[0][0]);
-    if (m_.channels == 4) {
-      for (int n = 0; n < 4; ++n) m_.Write(kAll, 1, 0x10 + 8 * n, (n == 0 ? 0xC0 : 0x80) + n);
-    } else {
-      for (int n = 0; n < 4; ++n) m_.Write(kAll, 1, 0x10 + 8 * n, 0x80 + n);
-      m_.Write(kMaster, 1, 0x10, 0xC0);
-    }
-    for (int n = 0; n < 4; ++n) m_.Write(kAll, 0, 0x80 + 0x10 * n, 0x40 * n);
-    // None is held any more: they are looked at, and that is all.
-    for (int p = 0; p < m_.chips; ++p) {
-      for (int n = 0; n < 4; ++n) m_.Read(kChips.at(static_cast<std::size_t>(p)), 1, 0x10 + 8 * n);
-    }
-  }
-
-  void BlueScreenInit() {
-    FullScreen();
-    for (const int reg : {0x11, 0x19, 0x21, 0x29}) m_.Write(kAll, 1, reg, 0x04);
-    FillRect(kMaster, 0, 0, 45, 31);
-    for (const int reg : {0x10, 0x15, 0x1A, 0x1F, 0x24, 0x29, 0x2E, 0x33, 0x38, 0x3D, 0x42, 0x47,
-                          0x4C, 0x51, 0x56, 0x5B}) {
-      m_.Write(kMaster, 2, reg, 0x00);
-    }
-  }
-
-  void BlueScreenClear() {
-    FillRect(kMaster, 0, 0, 45, 31);
-    for (const int reg : {0x11, 0x19, 0x21, 0x29}) m_.Write(kAll, 1, reg, 0x02);
-  }
-
- private:
-  void Fill(int chip, int reg, int value) { m_.Write(chip, 2, reg, value % 256); }
-
-  void Columns(int chip, int first, int last) {
-    Fill(chip, 0x05, first);
-    Fill(chip, 0x06, last);
-    // Bit 7 starts the engine and is its own from then on.
-    m_.Write(chip, 2, 0x0A, 0xC0);
-    for (int p = 0; p < m_.chips; ++p) {
-      if (chip == kChips.at(static_cast<std::size_t>(p))) {
-        m_.image.at(static_cast<std::size_t>(p))[2][0x0A] = 0x40;
-      }
-    }
-    for (int i = 0; i < busy_reads; ++i) m_.accesses.push_back(R(chip, 2, 0x0A, 0xC0));
-    m_.Read(chip, 2, 0x0A);
-  }
-
-  DisplayModel& m_;
-};
 
 class TestPatternsTest : public DisplayTest {
  protected:
@@ -98,10 +25,9 @@ class TestPatternsTest : public DisplayTest {
                  std::to_string(h));
     world().trace.Clear();
     Mark();
-    DisplayModel model = Model();
-    PatternModel pattern(model);
-    pattern.busy_reads = busy_reads;
-    pattern.FillRect(chip, x, y, w, h);
+    ReferenceModel model = Model();
+    model.fill_busy = busy_reads;
+    model.FillRect(chip, x, y, w, h);
     FillRect(chip, x, y, w, h);
     EXPECT_EQ(Accesses(), model.accesses);
   }
@@ -255,7 +181,7 @@ TEST_P(TestPatterns, ColorBarIsAnnouncedOnTheKernelOutputAndWrittenToAllChipsWho
   for (const Case& c : {Case{TW_ColorBarOn, 0x08, "==>> TW2835 COLOR BAR ON\r\n"},
                         Case{TW_ColorBarOff, 0x00, "==>> TW2835 COLOR BAR OFF\r\n"}}) {
     Scribble(3);
-    DisplayModel model = Model();
+    ReferenceModel model = Model();
     model.Write(kAll, 1, 0xAB, c.value);
     c.run();
     ExpectLike(model);
@@ -277,11 +203,10 @@ TEST_P(BlueScreen, InitLaysOutFullScreenBlanksAllAndFillsAndClearsTheOverlay) {
     g_display.live_split = 6;
     g_display.split_option = 2;
     g_display.selected_channel = 9;
-    DisplayModel model = Model();
+    ReferenceModel model = Model();
     model.busy_polls = busy;
-    PatternModel pattern(model);
-    pattern.busy_reads = busy;
-    pattern.BlueScreenInit();
+    model.fill_busy = busy;
+    model.BlueScreenInit();
     TW_BlueScreenInit();
     ExpectLike(model);
     EXPECT_EQ(g_display.live_split, 0);
@@ -296,10 +221,9 @@ TEST_P(BlueScreen, ClearFillsAgainAndPutsTheInitialAttributesBack) {
   for (const int busy : {0, 4}) {
     Scribble(static_cast<unsigned>(busy) + 21);
     world().board.SetFillBusy(static_cast<unsigned>(busy));
-    DisplayModel model = Model();
-    PatternModel pattern(model);
-    pattern.busy_reads = busy;
-    pattern.BlueScreenClear();
+    ReferenceModel model = Model();
+    model.fill_busy = busy;
+    model.BlueScreenClear();
     TW_BlueScreenClear();
     ExpectLike(model);
     EXPECT_EQ(DebugText(), "");

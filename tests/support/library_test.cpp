@@ -1,8 +1,5 @@
 #include "tests/support/library_test.h"
 
-#include <iomanip>
-#include <ostream>
-
 #include "VexoCtrlSDK.h"
 #include "api/worker.h"
 #include "chip/register_bus.h"
@@ -13,15 +10,6 @@
 #include "script/report_words.h"
 
 namespace test {
-
-std::ostream& operator<<(std::ostream& out, const Access& access) {
-  const std::ios_base::fmtflags flags = out.flags();
-  out << std::hex << std::uppercase << std::setfill('0') << access.kind << "(0x" << std::setw(2)
-      << +access.chip << ", " << +access.page << ", 0x" << std::setw(2) << +access.reg << ", 0x"
-      << std::setw(2) << +access.value << ")";
-  out.flags(flags);
-  return out;
-}
 
 LibraryTest::LibraryTest() { harness::Restart(); }
 

@@ -2,6 +2,7 @@
 #include "chip/video_state.h"
 #include "display/live_scale.h"
 #include "setup/test_patterns.h"
+#include "tests/model/board.h"
 #include "tests/text/chip_text_test.h"
 #include "text/color_settings.h"
 
@@ -64,13 +65,11 @@ TEST_F(ChipTextPicture, ClrbarWritesTheWholeStatusRegisterOfAllChips) {
 
 // Registers of a channel: hue, saturation, contrast, brightness.
 std::vector<Access> ColorWrites(int channel, const std::array<int, 4>& values) {
-  constexpr std::array<int, 4> kChips = {0x03, 0x0C, 0x30, 0xC0};
-  const int chip = kChips.at(static_cast<std::size_t>(channel / 4));
   std::vector<Access> writes;
   writes.reserve(4);
   for (int i = 0; i < 4; ++i) {
-    writes.push_back(
-        W(chip, 0, 0x07 + i + 0x10 * (channel % 4), values.at(static_cast<std::size_t>(i))));
+    writes.push_back(W(ChipOf(channel), 0, 0x07 + i + 0x10 * (channel % 4),
+                       values.at(static_cast<std::size_t>(i))));
   }
   return writes;
 }
