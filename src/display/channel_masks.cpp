@@ -106,7 +106,8 @@ void TW_BlankAllChannels() {
 
 void TW_UnblankChannelPair(std::uint16_t channel) {
   if (channel >= g_video.max_channel) return;
-  const std::uint32_t pair = 3u << channel;
+  // The mask keeps what it was given; its bits of channels that no board has count for nothing.
+  const std::uint32_t pair = (3u << channel) & kBoard16Ch.all_channels;
   if ((g_display.blank_mask.playback & pair) == 0) return;
   // Quirk: the second of the pair may lie past the board's last channel. Its bit of the mask
   // counts, and it is written where its number maps to: channel 16 to the register of channel 12.

@@ -1,5 +1,7 @@
 #include "display/live_split_direct.h"
 
+#include <algorithm>
+
 #include "chip/register_bus.h"
 #include "display/anti_rolling.h"
 #include "display/channel_display.h"
@@ -81,7 +83,9 @@ void Show3x3(std::uint8_t first, bool second_page) {
 
 void Show4x4(std::uint8_t first) {
   ScaleEveryChannel(kSplit16);
-  for (std::uint8_t k = 0; k < kWindowsOfMode[kSplit16]; ++k) {
+  // Each channel once: on a smaller board the later windows stay empty.
+  const std::uint8_t windows = std::min(kWindowsOfMode[kSplit16], g_video.max_channel);
+  for (std::uint8_t k = 0; k < windows; ++k) {
     const std::uint8_t channel = ChannelAfter(first, k);
     WriteLayoutCode(channel, kSplitLayouts[kSplit16].small.layout);
     ShowInWindow(channel, kSplit16, k);

@@ -141,11 +141,12 @@ TEST_P(ChannelMasks, UnblankPairShowsAChannelAndTheNextOne) {
       g_display.blank_mask = {0xFFFFFFFFu, blanked};
       Scribble(static_cast<unsigned>(n) + blanked);
       ReferenceModel model = Model();
-      const bool any = (blanked & (3u << n)) != 0;
+      const std::uint32_t pair = n == 15 ? 0x8000u : 3u << n;  // no board has a channel 16
+      const bool any = (blanked & pair) != 0;
       model.UnblankPair(n);
       TW_UnblankChannelPair(static_cast<std::uint16_t>(n));
       ExpectLike(model);
-      EXPECT_EQ(g_display.blank_mask.playback, any ? blanked & ~(3u << n) : blanked);
+      EXPECT_EQ(g_display.blank_mask.playback, any ? blanked & ~pair : blanked);
       EXPECT_EQ(g_display.blank_mask.live, 0xFFFFFFFFu);
     }
   }
@@ -263,6 +264,18 @@ TEST_F(ChannelMaskEdges, ThePairOfASixteenChannelBoardsLastChannelTouchesChannel
   EXPECT_EQ(Register(3, 1, 0x29), 0xFB);
   EXPECT_EQ(Register(3, 1, 0x11), 0xFB);
   EXPECT_EQ(g_display.blank_mask.playback, 0x7FFFu);  // channel 12 still counts as blanked
+}
+
+TEST_F(ChannelMaskEdges, AMaskBitOfAChannelThatNoBoardHasShowsNothingAndStays) {
+  UseBoard(16);
+  g_display.blank_mask.playback = 0xFFFF0000u;
+  TW_UnblankChannelPair(15);
+  ExpectUntouched();
+  EXPECT_EQ(g_display.blank_mask.playback, 0xFFFF0000u);
+  g_display.blank_mask.playback = 0xFFFF8000u;
+  TW_UnblankChannelPair(15);
+  EXPECT_EQ(Accesses().size(), 4u);
+  EXPECT_EQ(g_display.blank_mask.playback, 0xFFFF0000u);
 }
 
 // ---- Through the commands -----------------------------------------------------------------------

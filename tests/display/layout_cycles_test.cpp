@@ -126,7 +126,7 @@ TEST_F(LayoutCycles, OfEverySplitOfTheTextPath) {
       {4, 3, 5 + 8 * kPlaced + 4, 4 * 89},
       {4, 4, 5 + 4 * kScale + 4 + 4, 4 * 29},  // no window: all four are switched off
       {4, 5, 5 + 13 * kPlaced + 4, 4 * 139},
-      {4, 6, 5 + 4 * kScale + 16 * (1 + kShown) + 4, 4 * 121},
+      {4, 6, 5 + 4 * kScale + 4 * (1 + kShown) + 4, 4 * 49},
 
       {8, 0, 6 + 8 * kScale + 4 * kRect + 5 + kCodes + 8, 4 * 71},
       {8, 1, 6 + 8 * kScale + 4 * kShown + kCodes + 8 + 4, 4 * 74},
@@ -134,7 +134,7 @@ TEST_F(LayoutCycles, OfEverySplitOfTheTextPath) {
       {8, 3, 6 + 8 * kPlaced + 8, 4 * 94},
       {8, 4, 6 + 8 * kScale + 8 * (1 + kShown) + 8, 4 * 94},
       {8, 5, 6 + 13 * kPlaced + 8, 4 * 144},
-      {8, 6, 6 + 8 * kScale + 16 * (1 + kShown) + 8, 4 * 142},
+      {8, 6, 6 + 8 * kScale + 8 * (1 + kShown) + 8, 4 * 94},
 
       {12, 0, 7 + 12 * kScale + 4 * kRect + 5 + kCodes + 12, 4 * 92},
       {12, 1, 7 + 12 * kScale + 4 * kShown + kCodes + 12 + 8, 4 * 99},
@@ -142,7 +142,7 @@ TEST_F(LayoutCycles, OfEverySplitOfTheTextPath) {
       {12, 3, 7 + 8 * kPlaced + 12 + 4, 4 * 103},
       {12, 4, 7 + 12 * kScale + 9 * (1 + kShown) + 12 + 3, 4 * 124},
       {12, 5, 7 + 13 * kPlaced + 12, 4 * 149},
-      {12, 6, 7 + 12 * kScale + 16 * (1 + kShown) + 12, 4 * 163},
+      {12, 6, 7 + 12 * kScale + 12 * (1 + kShown) + 12, 4 * 139},
 
       {16, 0, 8 + 16 * kScale + 4 * kRect + 5 + kCodes + 16, 4 * 113},
       {16, 1, 8 + 16 * kScale + 4 * kShown + kCodes + 16 + 12, 4 * 124},

@@ -151,14 +151,23 @@ TEST_F(DirectSplitEdges, OnlyFullScreenStoresTheSelectedChannel) {
   EXPECT_EQ(g_display.selected_channel, 11);
 }
 
-TEST_F(DirectSplitEdges, AChannelPlacedTwiceIsShownInItsLastWindow) {
-  UseBoard(4);
-  TW_SetLiveSplitDirect(6, 0, 0);
+TEST_F(DirectSplitEdges, The4x4OfASmallerBoardShowsEachChannelOnceFromTheFirstWindowOn) {
   const std::vector<Rect> rects = DefaultRects(6, true);
-  for (int n = 0; n < 4; ++n) {
-    for (std::size_t i = 0; i < 4; ++i) {
-      EXPECT_EQ(Register(0, 1, 0x30 + 4 * n + static_cast<int>(i)),
-                rects.at(static_cast<std::size_t>(12 + n)).at(i));
+  for (const int channels : {4, 8, 12}) {
+    UseBoard(channels);
+    TW_SetLiveSplitDirect(6, 1, 0);
+    int windows = 0;
+    for (const Access& access : Writes()) {
+      if (access.page == 1 && access.reg >= 0x30 && access.reg < 0x40) ++windows;
+    }
+    EXPECT_EQ(windows, 4 * channels);
+    for (int k = 0; k < channels; ++k) {
+      const int n = (1 + k) % channels;
+      for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(Register(n / 4, 1, 0x30 + 4 * (n % 4) + i),
+                  rects.at(static_cast<std::size_t>(k)).at(static_cast<std::size_t>(i)))
+            << channels << " channels, window " << k;
+      }
     }
   }
 }

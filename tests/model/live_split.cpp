@@ -142,7 +142,7 @@ void ReferenceModel::PlaceDirect(int mode, int first, int option) {
     return LayoutToAll(ScalingOf(mode, 0).code);
   }
   if (mode == 6) {
-    for (int k = 0; k < 16; ++k) ShowWithCode(Nth(first, k), mode, k);
+    for (int k = 0; k < channels; ++k) ShowWithCode(Nth(first, k), mode, k);  // each once
     return;
   }
   if (channels == 4) return;  // no 3 x 3

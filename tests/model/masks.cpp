@@ -86,7 +86,7 @@ void ReferenceModel::UnblankAll() {
 }
 
 void ReferenceModel::UnblankPair(int channel) {
-  const std::uint32_t pair = 3u << channel;
+  const std::uint32_t pair = (3u << channel) & 0xFFFFu;
   if ((play_blank & pair) == 0) return;
   for (const int c : {channel, channel + 1}) {
     const int reg = 0x11 + 8 * (c % 4);
