@@ -32,6 +32,7 @@ struct Report {
   std::uint8_t reg = 0;                // UnnamedRegister, Contention
   unsigned count = 1;                  // how often; the same report is kept once
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): the zero of the comparison that this stands for
   auto operator<=>(const Report&) const = default;
 };
 

@@ -88,7 +88,8 @@ void RunCycles(std::uint8_t chip, std::uint8_t pages, std::uint8_t number, const
                unsigned count) {
   Plat_StoreByte(g_bus.select, SelectByte(chip, pages));
   Plat_StoreByte(g_bus.address, number);
-  const PlatBusWindow window = g_bus.data;  // kept: after a byte store it would be fetched anew
+  // Kept: after a byte store it would be fetched anew.
+  volatile std::uint8_t* const window = g_bus.data;
   for (const std::uint8_t* end = data + count; data != end; ++data) Plat_StoreByte(window, *data);
   Plat_StoreByte(g_bus.select, kSelectIdle);
 }
