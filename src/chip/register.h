@@ -45,8 +45,8 @@ struct Register {
   std::array<Field, kFieldsMax> fields;  // of each register of the run; unused ones behind
 
   [[gnu::always_inline]] constexpr RegisterAddress AddressOf(unsigned position,
-                                                             unsigned byte) const {
-    return {page, static_cast<std::uint8_t>(first + stride * position + byte)};
+                                                             unsigned offset) const {
+    return {page, static_cast<std::uint8_t>(first + stride * position + offset)};
   }
   constexpr bool Covers(std::uint8_t of_page, std::uint8_t number) const {
     if (of_page != page || number < first) return false;
@@ -59,8 +59,8 @@ struct Register {
 // register, or none where there are four, does not compile.
 template <unsigned kLength>
 struct ChipRegister : Register {
-  [[gnu::always_inline]] constexpr RegisterAddress At(unsigned byte) const {
-    return AddressOf(0, byte);
+  [[gnu::always_inline]] constexpr RegisterAddress At(unsigned offset) const {
+    return AddressOf(0, offset);
   }
 };
 
@@ -72,8 +72,8 @@ struct ChipRegister<1> : Register {
 
 template <unsigned kLength>
 struct ChannelRegister : Register {
-  [[gnu::always_inline]] constexpr RegisterAddress At(unsigned position, unsigned byte) const {
-    return AddressOf(position, byte);
+  [[gnu::always_inline]] constexpr RegisterAddress At(unsigned position, unsigned offset) const {
+    return AddressOf(position, offset);
   }
 };
 
