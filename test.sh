@@ -9,7 +9,8 @@
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")" || exit 1
 
-# Name, what it needs, seconds on two idle cores from nothing, title, command.
+# Name, what it needs, seconds on two idle cores from nothing, title, command. A command that begins
+# with "beside" waits more than it works: it runs while the stages after it do, and is told of last.
 stages='
 packages |                | 1   | the packages are there              | scripts/packages.sh test
 format   |                | 3   | format (clang-format)               | scripts/check_format.sh
@@ -18,15 +19,15 @@ header   |                | 1   | public header in C and C++          | scripts/
 build    |                | 125 | build (g++)                         | scripts/build.sh gcc -k 0 all
 tests    | build          | 25  | tests (g++)                         | scripts/run_tests.sh gcc
 library  | build          | 1   | library needs no runtime            | scripts/check_library.sh build/gcc/src/libvexo_library.a
-sanbuild |                | 110 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
-santests | sanbuild       | 100 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
+sanbuild |                | 138 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
+santests | sanbuild       | 65  | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
 fuzz     | sanbuild       | 37  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
-lint     |                | 150 | lint (clang-tidy)                   | scripts/lint.sh
-dll      |                | 45  | DLL (MinGW-w64, 64 and 32 bits)     | windows/build.sh
-wine64   | dll            | 55  | 64-bit DLL in a host (Wine)         | windows/run_host.sh build/windows-x86_64
-wine32   | dll            | 55  | 32-bit DLL in a host (Wine)         | windows/run_host.sh build/windows-i686
-image    | build          | 11  | image for the device (ARM)          | device/build.sh
-emulated | build image    | 40  | image on the emulated device        | device/run_tests.sh
+dll      |                | 67  | DLL (MinGW-w64, 64 and 32 bits)     | windows/build.sh
+wine64   | dll            | 40  | 64-bit DLL in a host (Wine)         | beside windows/run_host.sh build/windows-x86_64
+wine32   | dll            | 1   | 32-bit DLL in a host (Wine)         | windows/run_host.sh build/windows-i686
+lint     |                | 190 | lint (clang-tidy)                   | scripts/lint.sh
+image    | build          | 4   | image for the device (ARM)          | device/build.sh
+emulated | build image    | 9   | image on the emulated device        | device/run_tests.sh
 bench    | build image    | 10  | benchmarks (g++)                    | scripts/run_benchmarks.sh
 demo     | build          | 1   | demo                                | scripts/run_demo.sh
 '
@@ -72,9 +73,10 @@ for stage in "$@"; do
   choose "$stage" || { echo "There is no stage $stage; ./test.sh list names them." >&2; exit 2; }
 done
 
-log="$(mktemp)"
+scratch="$(mktemp -d)"
+log="$scratch/log"
 beat=""
-trap 'rm -f "$log"; [[ -z "$beat" ]] || kill "$beat" 2>/dev/null' EXIT
+trap 'rm -rf "$scratch"; [[ -z "$beat" ]] || kill "$beat" 2>/dev/null' EXIT
 passed=0
 failed=0
 skipped=()
@@ -98,21 +100,8 @@ stop_beat() {
   beat=""
 }
 
-while IFS= read -r line <&3; do
-  row "$line"
-  [[ -n "${wanted[$name]:-}" ]] || continue
-  begin="$SECONDS"
-  echo
-  echo "== [$((${#summary[@]} + 1))/${#wanted[@]}] $title"
-  start_beat
-  if [[ -t 1 && "$name" == *build ]]; then
-    # One line that counts the steps, which only a terminal has.
-    bash -c "$command" </dev/null
-  else
-    bash -c "$command" </dev/null 2>&1 | tee "$log"
-  fi
-  status="${PIPESTATUS[0]}"
-  stop_beat
+# The stage in the row is done: its status, and what it says of tests in its log's last line.
+conclude() {
   case "$status" in
     0) result=ok passed=$((passed + 1)) ;;
     77) result=skipped skipped+=("$name") ;;
@@ -123,10 +112,49 @@ while IFS= read -r line <&3; do
     tests_failed=$((tests_failed + BASH_REMATCH[2]))
   fi
   : >"$log"
-  line="$(printf '%-7s %-9s %-36s %4d s' "$result" "$name" "$title" $((SECONDS - begin)))"
+  line="$(printf '%-7s %-9s %-36s %4d s' "$result" "$name" "$title" "$1")"
   echo "-- $line"
   summary+=("$line")
+}
+
+title_line() {
+  echo
+  echo "== [$((++told))/${#wanted[@]}] $title"
+}
+told=0
+beside=()  # rows of the stages that run beside the others; their output is in files of their own
+
+while IFS= read -r line <&3; do
+  row "$line"
+  [[ -n "${wanted[$name]:-}" ]] || continue
+  begin="$SECONDS"
+  if [[ "$command" == "beside "* ]]; then
+    (bash -c "${command#beside }" </dev/null >"$scratch/$name" 2>&1
+     echo "$? $((SECONDS - begin))" >"$scratch/$name.end") &
+    beside+=("$! $line")
+    continue
+  fi
+  title_line
+  start_beat
+  if [[ -t 1 && "$name" == *build ]]; then
+    # One line that counts the steps, which only a terminal has.
+    bash -c "$command" </dev/null
+  else
+    bash -c "$command" </dev/null 2>&1 | tee "$log"
+  fi
+  status="${PIPESTATUS[0]}"
+  stop_beat
+  conclude $((SECONDS - begin))
 done 3< <(grep . <<<"$stages")
+
+for line in "${beside[@]}"; do
+  wait "${line%% *}"
+  row "${line#* }"
+  title_line
+  tee "$log" <"$scratch/$name"
+  read -r status seconds <"$scratch/$name.end"
+  conclude "$seconds"
+done
 
 echo
 echo "== Summary"

@@ -13,10 +13,10 @@ work="$root/build/lint"
 # A row a group: how the sources are compiled, whether they are read together or each alone, and
 # their folders. (Folders below one count only where they are named too.)
 groups='
+windows together windows windows/host windows/stand_in
 library alone    src/report src/chip src/display src/motion src/setup src/text src/api
 windows alone    src/platform/ce
 board   alone    src/platform/ce device/library
-windows together windows windows/host windows/stand_in
 pc      together sim sim/board
 pc      together sim/kernel
 pc      together sim/platform
