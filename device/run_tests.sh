@@ -29,10 +29,6 @@ out_of_reach=(
   'import.FreeLibrary -> iat'
   # The address window is tested a second time, after a first test that it has passed.
   'VexoSDK_Attach() -> ">> ERROR TW2835 IO BASE REGISTER!!!"'
-  # No caller writes a table to a page that does not exist.
-  'TW_WriteReg_Table(unsigned char, unsigned char, unsigned char, unsigned char const*, unsigned char) -> ">> TW_WriteReg_Table INVALID PAGE (%d)!"'
-  # No script can take away the memory for version information.
-  'TW_GetHostAppVersion() -> "ERROR|| new lpVersionInfo"'
   # Outcomes that initialization does not have.
   'ReportInitialization(long) -> ">>DEVICE PROBLEM ERROR TW_InitializeSetup"'
   'ReportInitialization(long) -> ">>NOT DETECT ERROR TW_InitializeSetup"'
