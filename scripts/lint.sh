@@ -74,30 +74,31 @@ tidy() {
   local name="$1" how="$2" headers="$3" status=0 found source
   shift 3
   local input="$1" log="$work/$name.log"
+  local -a arguments=()
+  mapfile -t arguments < <(flags "$how")
   if (($# > 1)); then
     # The analyzer looks into what such a file includes.
     input="$work/$name/UnifiedSource.cpp"
     mkdir -p "${input%/*}"
     printf '#include "%s"  // NOLINT\n' "$@" >"$input"
+    # The compiler alone says soon whose names collide.
+    if ! clang++ "${arguments[@]}" -fsyntax-only "$input" >"$log" 2>&1; then
+      found="$(sed -nE "s|^($root/)?(\./)?([^ :]*\.cpp):[0-9:]+ error: .*|\3|p" "$log" | sort -u)"
+      local -a clean=() apart=()
+      for source in "$@"; do
+        if grep -qxF "$source" <<<"$found"; then apart+=("$source"); else clean+=("$source"); fi
+      done
+      if ((${#apart[@]} == 0 || ${#clean[@]} == 0)); then
+        clean=("${@:1:$#/2}")
+        apart=("${@:$#/2+1}")
+      fi
+      tidy "$name" "$how" "$headers" "${clean[@]}" || status=1
+      tidy "$name" "$how" "$headers" "${apart[@]}" || status=1
+      return "$status"
+    fi
   fi
-  local -a arguments=()
-  mapfile -t arguments < <(flags "$how")
   clang-tidy --quiet --header-filter="^($root/|\./)?($headers)/[^/]*$" "$input" -- \
     "${arguments[@]}" >"$log" 2>&1 && { rm "$log"; return; }
-  if (($# > 1)) && grep -q '\[clang-diagnostic-error\]$' "$log"; then
-    found="$(sed -nE "s|^($root/)?(\./)?([^ :]*\.cpp):[0-9:]+ error: .*clang-diagnostic-error\]\$|\3|p" "$log" | sort -u)"
-    local -a clean=() apart=()
-    for source in "$@"; do
-      if grep -qxF "$source" <<<"$found"; then apart+=("$source"); else clean+=("$source"); fi
-    done
-    if ((${#apart[@]} == 0 || ${#clean[@]} == 0)); then
-      clean=("${@:1:$#/2}")
-      apart=("${@:$#/2+1}")
-    fi
-    tidy "$name" "$how" "$headers" "${clean[@]}" || status=1
-    tidy "$name" "$how" "$headers" "${apart[@]}" || status=1
-    return "$status"
-  fi
   grep -vE '^[0-9]+ (warnings?|errors?).* generated\.$|^[0-9]+ warnings? treated as errors?$|^Error while processing ' "$log"
   return 1
 }
