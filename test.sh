@@ -25,7 +25,7 @@ wine32   | dll            | 1   | 32-bit DLL in a host (Wine)         | windows/
 sanbuild |                | 120 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
 santests | sanbuild       | 55  | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
 fuzz     | sanbuild       | 11  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
-lint     |                | 150 | lint (clang-tidy)                   | scripts/lint.sh
+lint     |                | 187 | lint (clang-tidy)                   | scripts/lint.sh
 image    | build          | 4   | image for the device (ARM)          | device/build.sh
 emulated | build image    | 9   | image on the emulated device        | device/run_tests.sh
 bench    | build image    | 2   | benchmarks (g++)                    | scripts/run_benchmarks.sh
