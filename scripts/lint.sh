@@ -16,7 +16,7 @@ groups='
 windows together windows windows/host windows/stand_in
 library alone    src/report src/chip src/display src/motion src/setup src/text src/api
 windows alone    src/platform/ce
-board   alone    src/platform/ce device/library
+device  alone    src/platform/ce device/library
 pc      together sim sim/board
 pc      together sim/kernel
 pc      together sim/platform
@@ -61,7 +61,7 @@ flags() {
         --target=x86_64-w64-mingw32 -isystem"$work/headers"
       headers_of x86_64-w64-mingw32-g++-posix
       ;;
-    board)
+    device)
       printf '%s\n' "${common[@]}" "${library[@]}" -Isrc/platform/ce -ffreestanding -fshort-wchar \
         -fsigned-char -fno-short-enums --target=armv4t-none-eabi
       headers_of arm-none-eabi-g++
@@ -112,8 +112,8 @@ lint_group() {
   headers="${headers// /|}"
   local -a sources=()
   mapfile -t sources < <(find "$@" -maxdepth 1 -name '*.cpp' | sort | grep -E "$only")
-  # The board's system needs nothing of what stands in for it on the desktop.
-  [[ "$how" != board ]] ||
+  # The device's system needs nothing of what stands in for it on the desktop.
+  [[ "$how" != device ]] ||
     mapfile -t sources < <(printf '%s\n' "${sources[@]}" | grep -v /desktop.cpp)
   ((${#sources[@]})) || return 0
   if [[ -z "$only" ]]; then
