@@ -100,6 +100,14 @@ struct Event {
   std::uint32_t detail = 0;              // Other: index for Trace::Detail
 };
 
+// Hears of every event as it happens.
+class TraceListener {
+ public:
+  virtual ~TraceListener() = default;
+  // detail: null for a bus cycle.
+  virtual void OnEvent(const Event& event, const EventDetail* detail) = 0;
+};
+
 class Trace {
  public:
   // Switched off, events are not kept (cycles are still counted).

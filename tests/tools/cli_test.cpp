@@ -7,10 +7,10 @@
 #include <iostream>
 #include <sstream>
 
+#include "script/grammar/text_help.h"
 #include "script/run.h"
 #include "tests/harness/fake_library.h"
 #include "tests/support/temp_path.h"
-#include "tools/vexosim/grammar/text_help.h"
 
 namespace vexosim {
 namespace {
@@ -133,7 +133,7 @@ TEST_F(CommandLine, AcceptsAnEmptyScript) {
 
 TEST_F(CommandLine, PrintsTheManualOfTheTextCommands) {
   EXPECT_EQ(Run({"manual"}), script::kExitDone);
-  EXPECT_EQ(out_.str(), TextCommandManual());
+  EXPECT_EQ(out_.str(), script::TextCommandManual());
 }
 
 TEST_F(CommandLine, TeachesInItsHelp) {

@@ -8,9 +8,9 @@
 #include <sstream>
 
 #include "harness/host.h"
+#include "script/help/first_words.h"
 #include "script/run.h"
 #include "sim/world.h"
-#include "tools/vexosim/shell/words.h"
 
 namespace vexosim {
 namespace {
@@ -135,12 +135,12 @@ TEST_F(ShellTest, AsksWhichFamilyIsMeant) {
 }
 
 TEST(ShellWords, OfScriptsAndTheShellAreNoKeywords) {
-  for (const std::string_view keyword : ShortKeywords()) {
-    EXPECT_FALSE(IsScriptWord(keyword)) << keyword;
-    EXPECT_EQ(FindShellCommand(keyword), nullptr) << keyword;
+  for (const std::string_view keyword : script::ShortKeywords()) {
+    EXPECT_FALSE(script::IsScriptWord(keyword)) << keyword;
+    EXPECT_EQ(script::FindShellCommand(keyword), nullptr) << keyword;
   }
-  for (const ShellCommand& command : ShellCommands()) {
-    EXPECT_FALSE(IsScriptWord(command.word)) << command.word;
+  for (const script::ShellCommand& command : script::ShellCommands()) {
+    EXPECT_FALSE(script::IsScriptWord(command.word)) << command.word;
   }
 }
 
@@ -355,13 +355,13 @@ TEST_F(ShellTest, ExplainsCommands) {
 TEST_F(ShellTest, ListsEverythingInItsHelp) {
   Start();
   const std::string text = Run("help");
-  for (const std::string_view word : ShortKeywords()) {
+  for (const std::string_view word : script::ShortKeywords()) {
     EXPECT_THAT(text, HasSubstr(' ' + std::string(word))) << word;
   }
-  for (const std::string_view word : ScriptWords()) {
+  for (const std::string_view word : script::ScriptWords()) {
     EXPECT_THAT(text, HasSubstr(' ' + std::string(word))) << word;
   }
-  for (const ShellCommand& command : ShellCommands()) {
+  for (const script::ShellCommand& command : script::ShellCommands()) {
     EXPECT_THAT(text, HasSubstr("\n  " + std::string(command.word)));
   }
 }

@@ -9,7 +9,7 @@
 #include <istream>
 #include <ostream>
 
-#include "tools/vexosim/shell/completion.h"
+#include "script/help/completion.h"
 #include "tools/vexosim/terminal.h"
 
 namespace vexosim {
@@ -97,7 +97,7 @@ class TerminalReader : public LineReader {
   static unsigned char CompleteWord(EditLine* edit, int) {
     const LineInfo* const info = el_line(edit);
     const std::string typed(info->buffer, info->cursor);
-    const CompletionStep step = CompleteStep(typed);
+    const script::CompletionStep step = script::CompleteStep(typed);
     if (!step.insert.empty()) {
       return el_insertstr(edit, step.insert.c_str()) == 0 ? CC_REFRESH : CC_ERROR;
     }

@@ -6,15 +6,15 @@
 #include "VexoCtrlSDK.h"
 #include "harness/host.h"
 #include "script/action_log.h"
+#include "script/grammar/pattern_walk.h"
+#include "script/grammar/text_line.h"
+#include "script/help/first_words.h"
+#include "script/help/help.h"
 #include "script/parse.h"
 #include "script/report_words.h"
 #include "script/run.h"
 #include "sim/text.h"
-#include "tools/vexosim/grammar/pattern_walk.h"
-#include "tools/vexosim/grammar/text_line.h"
 #include "tools/vexosim/listing/register_writes.h"
-#include "tools/vexosim/shell/help.h"
-#include "tools/vexosim/shell/words.h"
 
 namespace vexosim {
 namespace {
@@ -105,18 +105,18 @@ bool Shell::Execute(const std::string& typed) {
   const std::string line = Trimmed(typed);
   if (line.empty() || line.front() == '#') return true;
   history_.Add(line);
-  const std::string word(FirstWordOf(line));
+  const std::string word(script::FirstWordOf(line));
   if (word == "quit" || word == "exit") return false;
 
   ForgetInterrupt();
   try {
-    if (FindGrammar(word) != nullptr) {
+    if (script::FindGrammar(word) != nullptr) {
       TextLine(line);
-    } else if (FindShellCommand(word) != nullptr) {
+    } else if (script::FindShellCommand(word) != nullptr) {
       ShellCommandLine(line);
-    } else if (IsScriptWord(word)) {
+    } else if (script::IsScriptWord(word)) {
       ScriptLine(line);
-    } else if (!GrammarsWith(word).empty()) {
+    } else if (!script::GrammarsWith(word).empty()) {
       ShortTextLine(line, word);
     } else {
       Unknown(word);
@@ -135,16 +135,17 @@ bool Shell::Execute(const std::string& typed) {
 // ---- Lines --------------------------------------------------------------------------------------
 
 void Shell::TextLine(const std::string& line) {
-  const std::string text = WithSeparator(line);
+  const std::string text = script::WithSeparator(line);
   Act("text \"" + text + '"',
       [&](script::Session& session) { session.returned = harness::TextCommandProc(text); });
-  if (const auto why = WhyNot(text, static_cast<int>(session_.returned.value_or(VEXO_OK)))) {
+  if (const auto why =
+          script::WhyNot(text, static_cast<int>(session_.returned.value_or(VEXO_OK)))) {
     PrintNote(out_, *why);
   }
 }
 
 void Shell::ShortTextLine(const std::string& line, std::string_view keyword) {
-  const std::vector<const TextGrammar*> grammars = GrammarsWith(keyword);
+  const std::vector<const TextGrammar*> grammars = script::GrammarsWith(keyword);
   if (grammars.size() > 1) {
     std::string text = "several families have " + std::string(keyword) + "; say which:";
     for (const TextGrammar* grammar : grammars) text += '\n' + (grammar->header + (' ' + line));
@@ -168,11 +169,11 @@ void Shell::ScriptLine(const std::string& line) {
       statement->step(session_);
       break;
   }
-  if (FirstWordOf(line) == "settle") guard_ = std::make_shared<SettleGuard>();
+  if (script::FirstWordOf(line) == "settle") guard_ = std::make_shared<SettleGuard>();
 }
 
 void Shell::Unknown(std::string_view word) {
-  const std::string near = HelpSuggestion(word);
+  const std::string near = script::HelpSuggestion(word);
   PrintNote(out_, "unknown: '" + std::string(word) + '\'' +
                       (near.empty() ? "; help lists what there is" : near));
 }
@@ -244,13 +245,13 @@ void Shell::ShellCommandLine(const std::string& line) {
   if (command == "history") return ShowHistory();
   if (command == "writes") return SwitchWrites(words.size() == 2 ? words[1] : "");
   if (words.size() == 1) {
-    out_ << HelpOverview();
+    out_ << script::HelpOverview();
     return;
   }
   // A whole command line is explained by its keyword.
   const std::string& word =
-      words.size() > 2 && FindGrammar(words[1]) != nullptr ? words[2] : words[1];
-  const std::string text = HelpOnWord(word);
+      words.size() > 2 && script::FindGrammar(words[1]) != nullptr ? words[2] : words[1];
+  const std::string text = script::HelpOnWord(word);
   if (text.empty()) return Unknown(word);
   out_ << text;
 }

@@ -1,5 +1,5 @@
 // Help and manual page say what the tables of the text commands say.
-#include "tools/vexosim/grammar/text_help.h"
+#include "script/grammar/text_help.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,12 +10,12 @@
 #include <sstream>
 
 #include "VexoCtrlSDK.h"
+#include "script/grammar/pattern_walk.h"
 #include "tests/support/library_test.h"
 #include "text/back_end_text.h"
 #include "text/chip_text.h"
-#include "tools/vexosim/grammar/pattern_walk.h"
 
-namespace vexosim {
+namespace script {
 namespace {
 
 using testing::ElementsAreArray;
@@ -149,4 +149,4 @@ TEST(TextManual, HasEveryCommandNumberAndResult) {
 }
 
 }  // namespace
-}  // namespace vexosim
+}  // namespace script

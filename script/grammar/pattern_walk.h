@@ -8,7 +8,7 @@
 
 #include "text/command_pattern.h"
 
-namespace vexosim {
+namespace script {
 
 // Both families of text commands.
 std::span<const TextGrammar* const> TextGrammars();
@@ -51,4 +51,4 @@ class PatternWalk {
   std::vector<Row> rows_;
 };
 
-}  // namespace vexosim
+}  // namespace script

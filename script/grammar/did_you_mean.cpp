@@ -1,4 +1,4 @@
-#include "tools/vexosim/grammar/did_you_mean.h"
+#include "script/grammar/did_you_mean.h"
 
 #include <algorithm>
 #include <numeric>
@@ -7,7 +7,7 @@
 
 #include "sim/text.h"
 
-namespace vexosim {
+namespace script {
 namespace {
 
 // How many characters must be put in, taken out or changed to make one word of the other.
@@ -49,4 +49,4 @@ std::string DidYouMean(std::string_view word, std::span<const std::string_view> 
   return "; did you mean " + sim::OneOf(words) + '?';
 }
 
-}  // namespace vexosim
+}  // namespace script

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vexosim {
+namespace script {
 
 struct Completion {
   std::vector<std::string> words;  // those that begin with what is typed of the last word
@@ -21,4 +21,4 @@ struct CompletionStep {
 };
 CompletionStep CompleteStep(std::string_view line);
 
-}  // namespace vexosim
+}  // namespace script

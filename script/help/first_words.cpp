@@ -1,12 +1,12 @@
-#include "tools/vexosim/shell/words.h"
+#include "script/help/first_words.h"
 
 #include <algorithm>
 #include <array>
 
+#include "script/grammar/pattern_walk.h"
 #include "script/line.h"
-#include "tools/vexosim/grammar/pattern_walk.h"
 
-namespace vexosim {
+namespace script {
 namespace {
 
 constexpr std::array kShellCommands = {
@@ -30,7 +30,7 @@ const ShellCommand* FindShellCommand(std::string_view word) {
 
 std::vector<std::string_view> ScriptWords() {
   std::vector<std::string_view> words;
-  for (const script::LineKind* kind : script::AllLines()) {
+  for (const LineKind* kind : AllLines()) {
     const std::string_view word = kind->words.substr(0, kind->words.find(' '));
     if (std::find(words.begin(), words.end(), word) == words.end()) words.push_back(word);
   }
@@ -52,4 +52,4 @@ std::vector<std::string_view> ShortKeywords() {
   return words;
 }
 
-}  // namespace vexosim
+}  // namespace script

@@ -1,16 +1,16 @@
-#include "tools/vexosim/shell/help.h"
+#include "script/help/help.h"
 
 #include <span>
 #include <vector>
 
+#include "script/grammar/did_you_mean.h"
+#include "script/grammar/pattern_walk.h"
+#include "script/grammar/text_help.h"
+#include "script/help/first_words.h"
 #include "script/line.h"
 #include "sim/faults.h"
-#include "tools/vexosim/grammar/did_you_mean.h"
-#include "tools/vexosim/grammar/pattern_walk.h"
-#include "tools/vexosim/grammar/text_help.h"
-#include "tools/vexosim/shell/words.h"
 
-namespace vexosim {
+namespace script {
 namespace {
 
 constexpr std::string_view kScript = "script";  // help on the script language
@@ -57,7 +57,7 @@ std::string HelpOnFaults() {
 
 std::string HelpOnScriptWord(std::string_view word) {
   std::string text;
-  for (const script::LineKind* kind : script::AllLines()) {
+  for (const LineKind* kind : AllLines()) {
     if (KeywordOf(kind->words) == word) {
       text += kind->Usage() + "\n    " + std::string(kind->help) + '\n';
     }
@@ -108,7 +108,7 @@ std::string HelpOverview() {
 }
 
 std::string HelpOnWord(std::string_view word) {
-  if (word == kScript) return script::LanguageHelp();
+  if (word == kScript) return LanguageHelp();
   if (const TextGrammar* grammar = FindGrammar(word)) return HelpOnHeader(*grammar);
   std::string text = HelpOnKeyword(word) + HelpOnScriptWord(word);
   if (const ShellCommand* command = FindShellCommand(word)) {
@@ -119,4 +119,4 @@ std::string HelpOnWord(std::string_view word) {
 
 std::string HelpSuggestion(std::string_view word) { return DidYouMean(word, AllWords()); }
 
-}  // namespace vexosim
+}  // namespace script

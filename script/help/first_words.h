@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vexosim {
+namespace script {
 
 // A command of the shell itself.
 struct ShellCommand {
@@ -24,4 +24,4 @@ bool IsScriptWord(std::string_view word);
 // words.
 std::vector<std::string_view> ShortKeywords();
 
-}  // namespace vexosim
+}  // namespace script

@@ -1,4 +1,4 @@
-#include "tools/vexosim/grammar/pattern_walk.h"
+#include "script/grammar/pattern_walk.h"
 
 #include <algorithm>
 #include <array>
@@ -6,7 +6,7 @@
 #include "text/back_end_text.h"
 #include "text/chip_text.h"
 
-namespace vexosim {
+namespace script {
 namespace {
 
 constexpr std::string_view kMarks = "$[]";
@@ -103,4 +103,4 @@ std::vector<std::string_view> PatternWalk::Patterns() const {
   return patterns;
 }
 
-}  // namespace vexosim
+}  // namespace script

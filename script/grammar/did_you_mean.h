@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-namespace vexosim {
+namespace script {
 
 // "; did you mean a or b?" with the candidates next to a mistyped word, empty when none is near.
 std::string DidYouMean(std::string_view word, std::span<const std::string_view> candidates);
 
-}  // namespace vexosim
+}  // namespace script

@@ -7,7 +7,7 @@
 
 #include "text/command_pattern.h"
 
-namespace vexosim {
+namespace script {
 
 struct TextHelp {
   std::string_view pattern;  // as in the grammar
@@ -39,4 +39,4 @@ std::string HelpOnKeyword(std::string_view keyword);
 // The manual page on all text commands, Markdown.
 std::string TextCommandManual();
 
-}  // namespace vexosim
+}  // namespace script

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace vexosim {
+namespace script {
 
 // Everything that may be typed, on one page.
 std::string HelpOverview();
@@ -16,4 +16,4 @@ std::string HelpOnWord(std::string_view word);
 // What `help` can explain, for a mistyped word.
 std::string HelpSuggestion(std::string_view word);
 
-}  // namespace vexosim
+}  // namespace script

@@ -1,12 +1,12 @@
-#include "tools/vexosim/grammar/text_line.h"
+#include "script/grammar/text_line.h"
 
 #include "VexoCtrlSDK.h"
+#include "script/grammar/did_you_mean.h"
+#include "script/grammar/pattern_walk.h"
 #include "sim/text.h"
 #include "text/tokenizer.h"
-#include "tools/vexosim/grammar/did_you_mean.h"
-#include "tools/vexosim/grammar/pattern_walk.h"
 
-namespace vexosim {
+namespace script {
 namespace {
 
 constexpr std::string_view kSeparators = " ,\n";
@@ -93,4 +93,4 @@ std::optional<std::string> WhyNot(std::string_view line, int result) {
   return wrong;
 }
 
-}  // namespace vexosim
+}  // namespace script

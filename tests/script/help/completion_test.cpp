@@ -1,14 +1,14 @@
-#include "tools/vexosim/shell/completion.h"
+#include "script/help/completion.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
 
+#include "script/grammar/pattern_walk.h"
 #include "script/line.h"
-#include "tools/vexosim/grammar/pattern_walk.h"
 
-namespace vexosim {
+namespace script {
 namespace {
 
 using testing::Contains;
@@ -102,9 +102,9 @@ TEST(Completion, ReachesEveryWordOfEveryTextCommand) {
 }
 
 TEST(Completion, ReachesEveryScriptLine) {
-  for (const script::LineKind* kind : script::AllLines()) {
+  for (const LineKind* kind : AllLines()) {
     std::string line;
-    for (const std::string& word : script::SplitWords(kind->words)) {
+    for (const std::string& word : SplitWords(kind->words)) {
       EXPECT_THAT(Words(line), Contains(word)) << kind->words;
       line += word + ' ';
     }
@@ -174,4 +174,4 @@ TEST(CompletionKey, WrapsLongLists) {
 }
 
 }  // namespace
-}  // namespace vexosim
+}  // namespace script

@@ -1,15 +1,15 @@
-#include "tools/vexosim/shell/completion.h"
+#include "script/help/completion.h"
 
 #include <algorithm>
 #include <span>
 
+#include "script/grammar/pattern_walk.h"
+#include "script/grammar/text_help.h"
+#include "script/grammar/text_line.h"
+#include "script/help/first_words.h"
 #include "script/line.h"
-#include "tools/vexosim/grammar/pattern_walk.h"
-#include "tools/vexosim/grammar/text_help.h"
-#include "tools/vexosim/grammar/text_line.h"
-#include "tools/vexosim/shell/words.h"
 
-namespace vexosim {
+namespace script {
 namespace {
 
 // A line before the cursor: its finished words, and what is typed of the next.
@@ -100,7 +100,7 @@ void TextWords(Choice& choice, const TextGrammar& grammar, const std::vector<std
 
 // The words among the alternatives of an argument, such as "ntsc|pal|off".
 void Alternatives(Choice& choice, std::string_view argument) {
-  choice.Words(script::WordsOf(argument));
+  choice.Words(WordsOf(argument));
   while (!argument.empty()) {
     const std::size_t end = std::min(argument.find('|'), argument.size());
     const std::string_view word = argument.substr(0, end);
@@ -116,14 +116,14 @@ std::vector<std::string> ArgumentWords(std::string_view arguments) {
   std::erase_if(plain, [](char c) { return c == '[' || c == ']'; });
   // Quotes are how a text is typed, not what is expected.
   std::erase(plain, '"');
-  return script::SplitWords(plain);
+  return SplitWords(plain);
 }
 
 void ScriptLineWords(Choice& choice, const std::vector<std::string>& words) {
-  const script::LineKind* found = nullptr;
+  const LineKind* found = nullptr;
   std::size_t found_words = 0;
-  for (const script::LineKind* kind : script::AllLines()) {
-    const std::vector<std::string> own = script::SplitWords(kind->words);
+  for (const LineKind* kind : AllLines()) {
+    const std::vector<std::string> own = SplitWords(kind->words);
     const std::size_t common = std::min(own.size(), words.size());
     if (!std::equal(own.begin(), own.begin() + static_cast<std::ptrdiff_t>(common),
                     words.begin())) {
@@ -210,4 +210,4 @@ CompletionStep CompleteStep(std::string_view line) {
   return step;
 }
 
-}  // namespace vexosim
+}  // namespace script

@@ -1,4 +1,4 @@
-#include "tools/vexosim/grammar/text_help.h"
+#include "script/grammar/text_help.h"
 
 #include <algorithm>
 #include <array>
@@ -6,11 +6,11 @@
 #include <sstream>
 #include <vector>
 
+#include "script/grammar/pattern_walk.h"
 #include "text/back_end_text.h"
 #include "text/chip_text.h"
-#include "tools/vexosim/grammar/pattern_walk.h"
 
-namespace vexosim {
+namespace script {
 namespace {
 
 constexpr std::array kChipHelp = {
@@ -349,4 +349,4 @@ std::string TextCommandManual() {
   return out.str();
 }
 
-}  // namespace vexosim
+}  // namespace script

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace vexosim {
+namespace script {
 
 // The first word of a line, up to a blank, a tab or a separator of text commands.
 std::string_view FirstWordOf(std::string_view line);
@@ -17,4 +17,4 @@ std::string WithSeparator(std::string_view line);
 // say.
 std::optional<std::string> WhyNot(std::string_view line, int result);
 
-}  // namespace vexosim
+}  // namespace script

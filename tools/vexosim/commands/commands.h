@@ -1,0 +1,15 @@
+// The subcommands of vexosim. Each adds itself to the command line, and when it is the one that was
+// asked for, runs and leaves its exit status, one of script::kExit....
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace vexosim {
+
+void AddDemo(CLI::App& app, int& status);
+void AddRun(CLI::App& app, int& status);
+void AddShell(CLI::App& app, int& status);
+void AddCompare(CLI::App& app, int& status);
+void AddManual(CLI::App& app, int& status);
+
+}  // namespace vexosim
