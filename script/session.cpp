@@ -1,5 +1,7 @@
 #include "script/session.h"
 
+#include "script/register_diff.h"
+
 namespace script {
 
 void Session::BeginAction(std::string name) {
@@ -8,7 +10,7 @@ void Session::BeginAction(std::string name) {
   first_event_ = World().trace.Mark();
   first_received_ = World().windows.received.size();
   first_cycle_ = World().trace.Cycles();
-  moments.insert_or_assign("start", sim::TakeSnapshot(World().board));
+  moments.insert_or_assign(std::string(kStartMoment), sim::TakeSnapshot(World().board));
 }
 
 const sim::Bytes* Session::Record() const {

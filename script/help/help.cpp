@@ -1,11 +1,13 @@
 #include "script/help/help.h"
 
+#include <array>
 #include <span>
 #include <vector>
 
 #include "script/grammar/did_you_mean.h"
 #include "script/grammar/pattern_walk.h"
 #include "script/grammar/text_help.h"
+#include "script/help/command_help.h"
 #include "script/help/first_words.h"
 #include "script/line.h"
 #include "sim/faults.h"
@@ -14,6 +16,9 @@ namespace script {
 namespace {
 
 constexpr std::string_view kScript = "script";  // help on the script language
+constexpr std::string_view kCommands = "commands";
+constexpr std::string_view kMessages = "messages";
+constexpr std::array kTopics = {kScript, kCommands, kMessages};
 
 std::string Wrapped(std::span<const std::string_view> words) {
   constexpr std::size_t kWidth = 78;
@@ -63,6 +68,7 @@ std::string HelpOnScriptWord(std::string_view word) {
     }
   }
   if (word == "fault") text += HelpOnFaults();
+  if (word == "command") text += HelpOnCommands();
   return text;
 }
 
@@ -74,6 +80,8 @@ std::vector<std::string_view> AllWords() {
     words.emplace_back(grammar->header);
   }
   for (const ShellCommand& command : ShellCommands()) words.push_back(command.word);
+  words.insert(words.end(), CommandNames().begin(), CommandNames().end());
+  words.insert(words.end(), kTopics.begin(), kTopics.end());
   return words;
 }
 
@@ -109,13 +117,17 @@ std::string HelpOverview() {
 
 std::string HelpOnWord(std::string_view word) {
   if (word == kScript) return LanguageHelp();
+  if (word == kCommands) return HelpOnCommands();
+  if (word == kMessages) return HelpOnMessages();
   if (const TextGrammar* grammar = FindGrammar(word)) return HelpOnHeader(*grammar);
-  std::string text = HelpOnKeyword(word) + HelpOnScriptWord(word);
+  std::string text = HelpOnKeyword(word) + HelpOnScriptWord(word) + HelpOnCommand(word);
   if (const ShellCommand* command = FindShellCommand(word)) {
     text += UsageOf(*command) + "\n    " + std::string(command->help) + '\n';
   }
   return text;
 }
+
+std::span<const std::string_view> HelpTopics() { return kTopics; }
 
 std::string HelpSuggestion(std::string_view word) { return DidYouMean(word, AllWords()); }
 
