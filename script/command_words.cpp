@@ -142,7 +142,6 @@ std::string ValueInWords(const RecordField& field, const sim::Bytes& record) {
     case FieldKind::Number:
       return std::to_string(value);
     case FieldKind::Byte:
-      return sim::Hex(value, digits);
     case FieldKind::Mask:
       return sim::Hex(value, digits);
     case FieldKind::Choice:
@@ -191,9 +190,9 @@ class Answer {
   std::string Why(std::int64_t result) const {
     if (result == VEXO_OK) return Taken();
     if (result == VEXO_ERROR_PARAMETER && !sent_.empty()) {
-      if (const std::string refused = Refused(); !refused.empty()) return refused;
+      if (std::string refused = Refused(); !refused.empty()) return refused;
     }
-    if (const std::string own = OwnWords(result); !own.empty()) return own;
+    if (std::string own = OwnWords(result); !own.empty()) return own;
     switch (result) {
       case VEXO_ERROR_PARAMETER:
         return sent_.empty() ? "the command needs a record" : "a value is refused";

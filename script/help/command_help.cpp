@@ -26,7 +26,8 @@ std::string Results(const CommandKind& command) {
 }
 
 bool IsByte(std::string_view word) {
-  return word.size() == 2 && word.find_first_not_of("0123456789abcdefABCDEF") == word.npos;
+  return word.size() == 2 &&
+         word.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
 }
 
 }  // namespace
