@@ -4,7 +4,10 @@
 
 #include "VexoCtrlSDK.h"
 #include "harness/host.h"
+#include "script/interpreter.h"
+#include "script/grammar/text_line.h"
 #include "script/line.h"
+#include "script/text_step.h"
 
 namespace script {
 namespace {
@@ -76,9 +79,22 @@ Step ParseMotionInfo(Arguments& arguments) {
   };
 }
 
+}  // namespace
+
+Step TextStep(std::string line) {
+  return [line = std::move(line)](Session& session) {
+    session.returned = harness::TextCommandProc(line);
+    if (auto why = WhyNot(line, static_cast<int>(*session.returned))) {
+      session.notes.push_back(std::move(*why));
+    }
+  };
+}
+
+namespace {
+
 Step ParseText(Arguments& arguments) {
   const std::string line = arguments.Text("a line of text");
-  return [=](Session& session) { session.returned = harness::TextCommandProc(line); };
+  return TextStep(line);
 }
 
 Step VersionStep(bool null_buffer) {
@@ -108,12 +124,21 @@ Step ParseRun(Arguments& arguments) {
     constexpr std::uint32_t kSlice = 60'000;  // a long run shows how far it is, and can be ended
     Surroundings& around = session.Around();
     if (ms == 0) around.LetTimePass(0);
-    for (std::uint32_t done = 0; done < ms && !around.Interrupted();) {
-      const std::uint32_t slice = std::min(kSlice, ms - done);
-      around.LetTimePass(slice);
-      done += slice;
-      around.ShowProgress("run: " + std::to_string(done / 1000) + " of " +
-                          std::to_string(ms / 1000) + " s of virtual time");
+    const std::uint32_t begin = session.World().kernel.Now();
+    try {
+      for (std::uint32_t done = 0; done < ms;) {
+        const std::uint32_t slice = std::min(kSlice, ms - done);
+        around.LetTimePass(slice);
+        done += slice;
+        around.ShowProgress("run: " + std::to_string(done / 1000) + " of " +
+                            std::to_string(ms / 1000) + " s of virtual time");
+      }
+    } catch (const Ended& ended) {
+      // The host was in no call: what has passed has passed.
+      if (ended.why != Ended::Why::Interrupt) throw;
+      const std::uint32_t passed = session.World().kernel.Now() - begin;
+      session.Runner().Shorten("run " + std::to_string(passed));
+      session.notes.push_back("interrupted after " + std::to_string(passed) + " ms");
     }
   };
 }

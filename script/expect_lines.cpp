@@ -3,7 +3,6 @@
 #include <array>
 
 #include "harness/host.h"
-#include "script/action_log.h"
 #include "script/expect_registers.h"
 #include "script/line.h"
 #include "sim/text.h"
@@ -38,7 +37,7 @@ Step ParseMessage(Arguments& arguments) {
   if (!arguments.AtEnd()) wparam = arguments.Number("a wParam");
   return [=](Session& session) {
     if (session.HasMessage(message, wparam)) return;
-    const std::vector<std::string> messages = MessagesInWords(session);
+    const std::vector<std::string> messages = session.MessagesInWords();
     if (messages.empty()) throw Unmet{"no message"};
     std::string found = "the messages were";
     for (const std::string& line : messages) found += "\n      > " + line;
