@@ -60,6 +60,8 @@ class Run {
           Check(statement);
           break;
         case LineGroup::Board:
+          sim::TheWorld().Record(sim::LineEvent{statement.text});
+          [[fallthrough]];
         case LineGroup::Output:
           Echo(statement);
           statement.step(session_);
