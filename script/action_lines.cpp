@@ -123,6 +123,7 @@ Step ParseRun(Arguments& arguments) {
   return [=](Session& session) {
     constexpr std::uint32_t kSlice = 60'000;  // a long run shows how far it is, and can be ended
     Surroundings& around = session.Around();
+    session.World().Record(sim::LineEvent{"run " + std::to_string(ms)});
     if (ms == 0) around.LetTimePass(0);
     const std::uint32_t begin = session.World().kernel.Now();
     try {

@@ -19,8 +19,15 @@ enum class By : std::uint8_t { Host, Worker };
 
 // Details of the events that are no bus cycles; one struct a kind of event.
 struct CallEvent {
-  std::string fn;                  // export name, or DllMain
-  std::vector<std::int64_t> args;  // the numbers among the arguments
+  std::string fn{};                                // export name, or DllMain
+  std::vector<std::int64_t> args{};                // the numbers among the arguments
+  std::optional<Bytes> record = std::nullopt;      // the caller's record before the call
+  std::optional<std::string> text = std::nullopt;  // the line of a text command, UTF-8
+  std::optional<bool> valid = std::nullopt;        // of a window handle: whether it is a window
+};
+// A script's line that changes the board or lets time pass; what it does comes after it.
+struct LineEvent {
+  std::string text;
 };
 struct ReturnEvent {
   std::string fn;
@@ -90,7 +97,7 @@ struct ThreadEvent {
 
 using EventDetail =
     std::variant<CallEvent, ReturnEvent, DebugEvent, MessageEvent, LockEvent, SleepEvent, OpenEvent,
-                 IoctlEvent, CloseEvent, NvramEvent, MapEvent, UnmapEvent, ThreadEvent>;
+                 IoctlEvent, CloseEvent, NvramEvent, MapEvent, UnmapEvent, ThreadEvent, LineEvent>;
 
 // Bus cycles are stored in the event itself, so that millions of them stay cheap.
 struct Event {
@@ -137,6 +144,10 @@ class Trace {
 
   const std::vector<Event>& Events() const { return events_; }
   const EventDetail& Detail(const Event& event) const { return details_[event.detail]; }
+  // The same, null for a bus cycle.
+  const EventDetail* DetailOf(const Event& event) const {
+    return event.kind == Event::Kind::Other ? &details_[event.detail] : nullptr;
+  }
 
   // The event's detail when it is of type T, else null.
   template <typename T>

@@ -435,11 +435,20 @@ TEST_F(ScriptRun, WritesPicturesRegistersAndTheTrace) {
               HasSubstr(R"({"t":0,"by":"host","ev":"store","window":"data","value":90})"));
 }
 
+TEST_F(ScriptRun, WritesLinesThatChangeTheBoardOrLetTimePassIntoTheTrace) {
+  std::ostringstream trace;
+  options_.trace = &trace;
+  EXPECT_EQ(Run("camera 5 off\nrun 30\nprint\n"), kExitDone);
+  EXPECT_EQ(trace.str(),
+            "{\"t\":0,\"by\":\"host\",\"ev\":\"line\",\"text\":\"camera 5 off\"}\n"
+            "{\"t\":0,\"by\":\"host\",\"ev\":\"line\",\"text\":\"run 30\"}\n");
+}
+
 TEST_F(ScriptRun, WritesTheTraceOfTheActionThatHung) {
   std::ostringstream trace;
   options_.trace = &trace;
   EXPECT_EQ(RunBound("command 0xF001"), kExitUnmet);
-  EXPECT_THAT(trace.str(), HasSubstr(R"("fn":"VEXOAPI_CommandProc","args":[61441]})"));
+  EXPECT_THAT(trace.str(), HasSubstr(R"("fn":"VEXOAPI_CommandProc","args":[61441],)"));
 }
 
 }  // namespace
