@@ -4,8 +4,8 @@
 
 #include "VexoCtrlSDK.h"
 #include "harness/host.h"
-#include "script/interpreter.h"
 #include "script/grammar/text_line.h"
+#include "script/interpreter.h"
 #include "script/line.h"
 #include "script/text_step.h"
 

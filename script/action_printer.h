@@ -40,7 +40,7 @@ class ActionPrinter : public sim::TraceListener {
   ActionPrinter& operator=(const ActionPrinter&) = delete;
 
   bool silent = false;
-  bool fold = false;                     // lines that come again are counted, and told at the end
+  bool fold = false;                    // lines that come again are counted, and told at the end
   std::function<void()> before_output;  // called before each line
 
   // An action begins. Times that are told are those that are not its own.

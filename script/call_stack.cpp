@@ -2,6 +2,7 @@
 
 #define BOOST_STACKTRACE_USE_ADDR2LINE
 #include <boost/stacktrace.hpp>
+#include <string_view>
 
 namespace script {
 

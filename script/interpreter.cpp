@@ -283,7 +283,8 @@ void Interpreter::StepCall() {
   resume_ = Stopped();
 }
 
-// ---- Time turned back -----------------------------------------------------------------------------
+// ---- Time turned back
+// -----------------------------------------------------------------------------
 
 void Interpreter::CanTurnBack() const {
   for (const TraceSink* sink : options_.sinks) {
@@ -335,10 +336,9 @@ void Interpreter::TurnBack(std::size_t lines) {
 }
 
 void Interpreter::Shorten(const std::string& text) {
-  const auto action =
-      std::find_if(log_.rbegin(), log_.rend(), [](const Logged& logged) {
-        return logged.statement.group == LineGroup::Action;
-      });
+  const auto action = std::find_if(log_.rbegin(), log_.rend(), [](const Logged& logged) {
+    return logged.statement.group == LineGroup::Action;
+  });
   if (action == log_.rend()) return;
   std::optional<Statement> shorter = ParseLine(text, true);
   shorter->line = action->statement.line;
@@ -391,7 +391,8 @@ void Interpreter::Save(const std::string& path) {
 
 void Interpreter::Quit() { throw Over{}; }
 
-// ---- What is said ---------------------------------------------------------------------------------
+// ---- What is said
+// ---------------------------------------------------------------------------------
 
 std::string Interpreter::PlaceOf(const Statement& statement) const {
   return sources_.empty() ? "" : sources_.back().source->Place(statement);

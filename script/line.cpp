@@ -53,8 +53,8 @@ std::string LineKind::Usage() const {
 
 std::vector<const LineKind*> AllLines() {
   std::vector<const LineKind*> all;
-  for (const auto& kinds : {BoardLines(), ActionLines(), ExpectLines(), OutputLines(), StopLines(),
-                            SessionLines()}) {
+  for (const auto& kinds : {BoardLines(), ActionLines(), ExpectLines(), RegisterLines(),
+                            OutputLines(), StopLines(), SessionLines()}) {
     for (const LineKind& kind : kinds) all.push_back(&kind);
   }
   return all;
@@ -95,8 +95,10 @@ std::string LanguageHelp() {
   AppendGroup(text, "Board lines (at any time, at once):", BoardLines());
   AppendGroup(text, "\nActions:", ActionLines());
   AppendGroup(text, "\nExpectations about the last action:", ExpectLines());
+  AppendGroup(text, "\nRegisters, at once and without a bus cycle:", RegisterLines());
   AppendGroup(text, "\nOutput:", OutputLines());
-  AppendGroup(text, "\nStops, where the lines that follow run before the action goes on:", StopLines());
+  AppendGroup(text,
+              "\nStops, where the lines that follow run before the action goes on:", StopLines());
   AppendGroup(text, "\nThe session:", SessionLines());
   text +=
       "\nAfter the line variants NAME NAME... a script runs once for each NAME: {a|b} reads a in\n"

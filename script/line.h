@@ -37,6 +37,7 @@ struct LineKind {
 std::span<const LineKind> BoardLines();
 std::span<const LineKind> ActionLines();
 std::span<const LineKind> ExpectLines();
+std::span<const LineKind> RegisterLines();
 std::span<const LineKind> OutputLines();
 std::span<const LineKind> StopLines();
 std::span<const LineKind> SessionLines();

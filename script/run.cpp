@@ -49,8 +49,8 @@ class Summary {
     if (!script_.variant.empty()) out_ << script_.variant << ": ";
     out_ << (unmet == 0 ? std::to_string(checks)
                         : std::to_string(unmet) + " of " + std::to_string(checks))
-         << (checks == 1 ? " expectation" : " expectations")
-         << (unmet == 0 ? " met" : " not met") << '\n';
+         << (checks == 1 ? " expectation" : " expectations") << (unmet == 0 ? " met" : " not met")
+         << '\n';
   }
 
   void PrintMachine(const harness::ImageRun& machine) {

@@ -12,7 +12,7 @@
 namespace script {
 
 struct Limits {
-  std::optional<std::uint64_t> virtual_ms;       // of the board's time
+  std::optional<std::uint64_t> virtual_ms;        // of the board's time
   std::optional<std::chrono::milliseconds> real;  // of a run
 };
 

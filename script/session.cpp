@@ -43,6 +43,7 @@ void Session::BeginAction(std::string name) {
   debug_text_.clear();
   messages_.clear();
   message_words_.clear();
+  moments.insert_or_assign("start", sim::TakeSnapshot(World().board));
 }
 
 void Session::OnEvent(const sim::Event&, const sim::EventDetail* detail) {
@@ -58,16 +59,15 @@ void Session::OnEvent(const sim::Event&, const sim::EventDetail* detail) {
 
 void Session::OnReceived(const sim::ReceivedMessage& message) {
   // An address is no number that a script could know.
-  messages_.emplace(message.message, message.record.empty() ? std::optional(message.wparam)
-                                                            : std::nullopt);
+  messages_.emplace(message.message,
+                    message.record.empty() ? std::optional(message.wparam) : std::nullopt);
   if (message.posted) CountMessage(script::MessageInWords(World(), message));
   if (on_received) on_received(message);
 }
 
 void Session::CountMessage(const std::string& words) {
-  const auto found =
-      std::find_if(message_words_.begin(), message_words_.end(),
-                   [&words](const auto& counted) { return counted.first == words; });
+  const auto found = std::find_if(message_words_.begin(), message_words_.end(),
+                                  [&words](const auto& counted) { return counted.first == words; });
   if (found != message_words_.end()) {
     ++found->second;
   } else if (message_words_.size() < kMostMessageWords) {

@@ -9,7 +9,7 @@
 namespace script {
 namespace {
 
-template <bool Interpreter::Switches::* kSwitch>
+template <bool Interpreter::Switches::*kSwitch>
 Step ParseSwitch(Arguments& arguments) {
   const bool on = arguments.OnOff();
   return [=](Session& session) { session.Runner().switches.*kSwitch = on; };

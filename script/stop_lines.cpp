@@ -40,7 +40,8 @@ RegisterSet ParseRegisterSet(Arguments& arguments) {
     return set;
   }
   const RegisterSet set = RegistersOf(arguments.Peek());
-  const bool none = std::all_of(set.begin(), set.end(), [](const auto& page) { return page.none(); });
+  const bool none =
+      std::all_of(set.begin(), set.end(), [](const auto& page) { return page.none(); });
   if (none) arguments.Expected("a register's name or page P REG");
   arguments.Text("a name");
   return set;

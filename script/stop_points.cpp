@@ -99,12 +99,12 @@ void StopPoints::OnCycle(const sim::Event& event) {
   const std::uint64_t cycle = sim::TheWorld().trace.Cycles();
   for (const Numbered& p : points_) {
     const bool reads = p.point.kind == StopPoint::Kind::Read;
-    const bool hit =
-        p.point.kind == StopPoint::Kind::Cycle
-            ? p.point.cycle == cycle
-            : (reads || p.point.kind == StopPoint::Kind::Write) && access &&
-                  access->read == reads && Means(p.point.chips, access->select) &&
-                  access->Page() < kPageCount && p.point.registers[access->Page()][access->reg];
+    const bool hit = p.point.kind == StopPoint::Kind::Cycle
+                         ? p.point.cycle == cycle
+                         : (reads || p.point.kind == StopPoint::Kind::Write) && access &&
+                               access->read == reads && Means(p.point.chips, access->select) &&
+                               access->Page() < kPageCount &&
+                               p.point.registers[access->Page()][access->reg];
     if (!hit) continue;
     return Stop("break " + std::to_string(p.number) + ": " +
                 (access ? AccessInWords(*access) : CycleInWords(event)));
