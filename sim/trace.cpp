@@ -1,8 +1,9 @@
 #include "sim/trace.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
+
+#include "sim/register_decoder.h"
 
 namespace sim {
 
@@ -50,27 +51,13 @@ std::uint8_t RegisterAccess::Page() const {
 }
 
 std::vector<RegisterAccess> DecodeAccesses(const Trace& trace, std::size_t from) {
-  struct Bus {
-    std::uint8_t select = kSelectIdle;
-    std::uint8_t address = 0;
-  };
-  std::array<Bus, 2> buses;  // the host's and the worker's view
+  RegisterDecoder decoder;
   std::vector<RegisterAccess> accesses;
   const std::vector<Event>& events = trace.Events();
   // From the first event on, because an access may have begun before `from`.
   for (std::size_t i = 0; i < events.size(); ++i) {
-    const Event& event = events[i];
-    if (event.kind == Event::Kind::Other) continue;
-    Bus& bus = buses[static_cast<std::size_t>(event.by)];
-    const bool load = event.kind == Event::Kind::Load;
-    if (event.window == BusWindow::Data) {
-      if (i >= from) {
-        accesses.push_back({load, bus.select, bus.address, event.value, event.by, event.t});
-      }
-      ++bus.address;
-    } else if (!load) {
-      (event.window == BusWindow::Select ? bus.select : bus.address) = event.value;
-    }
+    const auto access = decoder.Take(events[i]);
+    if (access && i >= from) accesses.push_back(*access);
   }
   return accesses;
 }
