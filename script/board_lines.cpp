@@ -51,17 +51,6 @@ Step ParseMotion(Arguments& arguments) {
   };
 }
 
-Step ParsePoke(Arguments& arguments) {
-  const ChipChoice chips = arguments.Chips();
-  const std::uint8_t page = arguments.Page();
-  const std::uint8_t reg = arguments.Byte("a register");
-  const std::uint8_t value = arguments.Byte("a value");
-  return [=](Session& session) {
-    sim::Board& board = session.World().board;
-    for (const unsigned position : chips.Fitted(board)) board.Poke(position, page, reg, value);
-  };
-}
-
 Step ParseSettle(Arguments& arguments) {
   int reads = -1;
   if (!arguments.Take("never")) {
@@ -172,8 +161,6 @@ const std::array kBoardLines = {
              "signal of a channel; off sets its loss bit (ntsc)", ParseCamera},
     LineKind{kBoard, "weak", "CH on|off", "second loss bit of a channel (off)", ParseWeak},
     LineKind{kBoard, "motion", "CH on|off", "motion bit of a channel (off)", ParseMotion},
-    LineKind{kBoard, "poke", "CHIP PAGE REG VALUE", "sets a stored register byte, no bus cycle",
-             ParsePoke},
     LineKind{kBoard, "settle", "N|never",
              "how many reads of each chip's settle status are busy after a hold (0)", ParseSettle},
     LineKind{kBoard, "sync period", "MS", "toggles the master's sync bit every MS ms (20)",

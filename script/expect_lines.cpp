@@ -94,6 +94,8 @@ constexpr std::array kExpectLines = {
              "registers from REG on, or those of a name (\"window\", \"window 2\"); -- leaves one "
              "out; CHIP may be several (master,slave1)",
              ParseRegisters},
+    LineKind{kCheck, "expect field", "CHIP \"NAME\" FIELD VALUE",
+             "a field of the registers of a name", ParseField},
     LineKind{kCheck, "expect debug", "\"TEXT\"", "occurs in its debug output, all writes joined",
              ParseDebugText},
     LineKind{kCheck, "expect message", "CODE [WPARAM]",

@@ -63,7 +63,8 @@ std::string LineKind::Usage() const {
 
 std::vector<const LineKind*> AllLines() {
   std::vector<const LineKind*> all;
-  for (const auto& kinds : {BoardLines(), ActionLines(), ExpectLines(), OutputLines()}) {
+  for (const auto& kinds :
+       {BoardLines(), ActionLines(), ExpectLines(), RegisterLines(), OutputLines()}) {
     for (const LineKind& kind : kinds) all.push_back(&kind);
   }
   return all;
@@ -102,6 +103,7 @@ std::string LanguageHelp() {
   AppendGroup(text, "Board lines (at any time, at once):", BoardLines());
   AppendGroup(text, "\nActions:", ActionLines());
   AppendGroup(text, "\nExpectations about the last action:", ExpectLines());
+  AppendGroup(text, "\nRegisters, at once and without a bus cycle:", RegisterLines());
   AppendGroup(text, "\nOutput:", OutputLines());
   text +=
       "\nAfter the line variants NAME NAME... a script runs once for each NAME: {a|b} reads a in\n"

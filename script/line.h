@@ -35,6 +35,7 @@ struct LineKind {
 std::span<const LineKind> BoardLines();
 std::span<const LineKind> ActionLines();
 std::span<const LineKind> ExpectLines();
+std::span<const LineKind> RegisterLines();
 std::span<const LineKind> OutputLines();
 
 // All kinds, in the order of help.

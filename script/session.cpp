@@ -8,6 +8,7 @@ void Session::BeginAction(std::string name) {
   first_event_ = World().trace.Mark();
   first_received_ = World().windows.received.size();
   first_cycle_ = World().trace.Cycles();
+  moments.insert_or_assign("start", sim::TakeSnapshot(World().board));
 }
 
 const sim::Bytes* Session::Record() const {

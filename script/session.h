@@ -3,12 +3,14 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "script/surroundings.h"
+#include "sim/board/snapshot.h"
 #include "sim/world.h"
 
 namespace script {
@@ -31,6 +33,9 @@ class Session {
   // The last action's name and result, none when its call has none.
   const std::string& ActionName() const { return action_; }
   std::optional<std::int64_t> returned;
+
+  // The registers at moments that have a name; "start" is when the last action began.
+  std::map<std::string, sim::RegisterSnapshot, std::less<>> moments;
 
   // ---- What the last action did -------------------------------------------------------------
 

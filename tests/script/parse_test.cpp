@@ -40,6 +40,8 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "motion all off",
       "poke slave3 2 0xFF 0x80",
       "poke all 1 16 128",
+      "poke all \"window 0\" 1 2 3 0x04",
+      "poke all \"channel display\" position 3",
       "settle 0",
       "settle 300",
       "settle never",
@@ -97,6 +99,7 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "expect registers master 1 0x30 04 b0 01 77",
       "expect registers slave1,slave3 2 255 FF",
       "expect registers all \"window 3\" 00 -- -- 01",
+      "expect field all \"channel display 1\" hold 0",
       "expect debug \">> FINISH NTSC CAMERA!!\\r\\n\"",
       "expect message 0x2403",
       "expect message 0x2404 0x0004",
@@ -104,6 +107,15 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "expect no debug \"text\"",
       "expect no message 0x2403",
       "expect record 12 04 00 00 00",
+      "peek master \"window 0\"",
+      "peek slave1 page 1 0x30-0x3f",
+      "peek all 1 0x10,0x18",
+      "fields master \"channel display 0\"",
+      "fields master page 1 0x10",
+      "diff",
+      "diff attach",
+      "diff attach start",
+      "diff master slave1",
       "registers",
       "registers slave1",
       "registers all 2",
@@ -115,9 +127,10 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
 
 TEST(ScriptParsing, CoversTheWholeTableOfLines) {
   // A new kind of line needs its place in the table above.
-  EXPECT_EQ(BoardLines().size(), 17U);
+  EXPECT_EQ(BoardLines().size(), 16U);
   EXPECT_EQ(ActionLines().size(), 15U);
-  EXPECT_EQ(ExpectLines().size(), 9U);
+  EXPECT_EQ(ExpectLines().size(), 10U);
+  EXPECT_EQ(RegisterLines().size(), 4U);
   EXPECT_EQ(OutputLines().size(), 3U);
 }
 
@@ -149,12 +162,16 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
       {"motion x on", "expected a channel 0 to 15 or all, found 'x' (motion CH on|off)"},
       {"poke chip 0 0 0",
        "expected master, slave1, slave2, slave3 or all, found 'chip'"
-       " (poke CHIP PAGE REG VALUE)"},
-      {"poke master 3 0 0", "expected a page 0 to 2, found '3' (poke CHIP PAGE REG VALUE)"},
+       " (poke CHIP PAGE REG VALUE | CHIP \"NAME\" VALUE... | CHIP \"NAME\" FIELD VALUE)"},
+      {"poke master 3 0 0",
+       "expected a page 0 to 2, found '3' (poke CHIP PAGE REG VALUE | CHIP \"NAME\" VALUE... | "
+       "CHIP \"NAME\" FIELD VALUE)"},
       {"poke master 0 0x100 0",
-       "expected a register 0 to 255, found '0x100' (poke CHIP PAGE REG VALUE)"},
+       "expected a register 0 to 255, found '0x100' (poke CHIP PAGE REG VALUE | CHIP \"NAME\" "
+       "VALUE... | CHIP \"NAME\" FIELD VALUE)"},
       {"poke master 0 0",
-       "expected a value 0 to 255, found the end of the line (poke CHIP PAGE REG VALUE)"},
+       "expected a value 0 to 255, found the end of the line (poke CHIP PAGE REG VALUE | CHIP "
+       "\"NAME\" VALUE... | CHIP \"NAME\" FIELD VALUE)"},
       {"settle soon", "expected a number of reads or never, found 'soon' (settle N|never)"},
       {"sync period 0",
        "expected a period of 1 ms or more, found '0'"
@@ -212,11 +229,11 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
 }
 
 TEST(ScriptParsing, ListsTheFirstWordsWhenItKnowsNone) {
-  EXPECT_EQ(
-      MistakeOf("\n\nhello world"),
-      "s.vexo:3: expected board, camera, weak, motion, poke, settle, sync, nvram, file, "
-      "driver, fault, window, attach, detach, lowmem, entry, unbind, command, motioninfo, "
-      "text, version, debug, output, run, expect, registers, picture or print, found 'hello'");
+  EXPECT_EQ(MistakeOf("\n\nhello world"),
+            "s.vexo:3: expected board, camera, weak, motion, settle, sync, nvram, file, "
+            "driver, fault, window, attach, detach, lowmem, entry, unbind, command, motioninfo, "
+            "text, version, debug, output, run, expect, poke, peek, fields, diff, registers, "
+            "picture or print, found 'hello'");
 }
 
 TEST(ScriptParsing, WantsAnActionBeforeTheFirstExpectation) {
@@ -249,10 +266,15 @@ TEST(ScriptParsing, RefusesRegistersThatDoNotFitTheirBytes) {
       {"master,all 1 0 00", "expected master, slave1, slave2 or slave3, found 'all'"},
       {"master, 1 0 00", "expected master, slave1, slave2 or slave3, found ''"},
       {"master 3 0 00", "expected a page 0 to 2 or a name of registers, found '3'"},
-      {"master \"windows\" 00", "expected a page 0 to 2 or a name of registers, found 'windows'"},
-      {"master \"window 4\" 00", "expected a page 0 to 2 or a name of registers, found 'window 4'"},
+      {"master \"windows\" 00",
+       "expected a page 0 to 2 or a name of registers, found 'windows'; did you mean window, "
+       "window 0, window 1 or window 2?"},
+      {"master \"window 4\" 00",
+       "expected a page 0 to 2 or a name of registers, found 'window 4'; did you mean window "
+       "0, window 1, window 2 or window 3?"},
       {"master \"display mode 0\" 00",
-       "expected a page 0 to 2 or a name of registers, found 'display mode 0'"},
+       "expected a page 0 to 2 or a name of registers, found 'display mode 0'; did you mean "
+       "display mode?"},
       {"master", "expected a page 0 to 2 or a name of registers, found the end of the line"},
       {"master 1 256 00", "expected a register 0 to 255, found '256'"},
       {"master 1 0x30", "expected a byte other than --, found the end of the line"},

@@ -121,7 +121,7 @@ TEST(Completion, OffersTheWordsAmongScriptArguments) {
       {"registers slave2 ", {}},
       {"poke s", {"slave1", "slave2", "slave3"}},
       {"expect ",
-       {"return", "register", "registers", "debug", "message", "no", "record", "cycles"}},
+       {"return", "register", "registers", "field", "debug", "message", "no", "record", "cycles"}},
       {"expect no ", {"debug", "message"}},
       {"nvram fail ", {"none", "read", "write"}},
       {"settle ", {"never"}},
