@@ -137,6 +137,7 @@ Step ParseRun(Arguments& arguments) {
     } catch (const Ended& ended) {
       // The host was in no call: what has passed has passed.
       if (ended.why != Ended::Why::Interrupt) throw;
+      around.ForgetInterrupt();
       const std::uint32_t passed = session.World().kernel.Now() - begin;
       session.Runner().Shorten("run " + std::to_string(passed));
       session.notes.push_back("interrupted after " + std::to_string(passed) + " ms");

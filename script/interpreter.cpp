@@ -52,7 +52,7 @@ void Interpreter::Start() {
   for (TraceSink* sink : options_.sinks) sink->Begin(world);
   session_.emplace(out_, around_, this);
   printer_.emplace(world, out_);
-  printer_->silent = options_.quiet || replaying_;
+  printer_->silent = options_.quiet;
   printer_->before_output = [this] { around_.ClearProgress(); };
   session_->on_received = [this](const sim::ReceivedMessage& message) {
     printer_->OnReceived(message);
@@ -96,11 +96,15 @@ bool Interpreter::Run(LineSource& source) {
 }
 
 void Interpreter::Prepare(const Statement& statement) {
-  replaying_ = true;
-  printer_->silent = true;
+  SetReplaying(true);
   Execute(statement);
-  replaying_ = false;
-  printer_->silent = options_.quiet;
+  SetReplaying(false);
+}
+
+void Interpreter::SetReplaying(bool replaying) {
+  replaying_ = replaying;
+  printer_->silent = options_.quiet || replaying;
+  watch_.Pause(replaying);
 }
 
 std::optional<Statement> Interpreter::Next() {
@@ -110,9 +114,9 @@ std::optional<Statement> Interpreter::Next() {
     return statement;
   }
   if (replaying_) {
-    replaying_ = false;
-    printer_->silent = options_.quiet;
+    SetReplaying(false);
     warned_ = session_->World().reports.All().size();
+    if (Stopped()) ShowWhere();
   }
   for (;;) {
     try {
@@ -330,9 +334,9 @@ void Interpreter::TurnBack(std::size_t lines) {
   for (std::size_t i = 0; i < std::min(lines, log_.size()); ++i) {
     replayed_.push_back(std::move(log_[i].statement));
   }
-  replaying_ = true;
   End();
   Start();
+  SetReplaying(true);
 }
 
 void Interpreter::Shorten(const std::string& text) {

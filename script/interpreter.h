@@ -131,6 +131,7 @@ class Interpreter {
   void PrintAction();
   void OnStop(const std::string& what);
   void TurnBack(std::size_t lines);
+  void SetReplaying(bool replaying);
   void CanTurnBack() const;
   void Fail(const Statement& statement, std::size_t place, const std::string& what,
             Failure failure);

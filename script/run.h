@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "files/exit_status.h"
 #include "harness/image_run.h"
 #include "script/parse.h"
 #include "script/run_watch.h"
@@ -16,9 +17,9 @@
 
 namespace script {
 
-inline constexpr int kExitDone = 0;
-inline constexpr int kExitUnmet = 1;  // an expectation failed, or the run had to be ended
-inline constexpr int kExitWrong = 2;  // the script or the command line is wrong
+using files::kExitDone;
+using files::kExitUnmet;
+using files::kExitWrong;
 
 struct RunOptions {
   std::optional<std::string> variant;  // of a script that has variants: this one alone

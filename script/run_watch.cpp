@@ -73,6 +73,7 @@ void RunWatch::Attach() {
 }
 
 void RunWatch::Check() {
+  if (paused_) return;
   const sim::World& world = sim::TheWorld();
   if (around_.Interrupted()) throw Ended(Ended::Why::Interrupt, "interrupted");
   if (limits_.virtual_ms && world.kernel.NowUnwrapped() >= *limits_.virtual_ms) {

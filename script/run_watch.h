@@ -34,8 +34,8 @@ class RunWatch {
 
   // The present world's kernel asks from now on.
   void Attach();
-  // Throws Ended for an interrupt or a limit.
-  void Check();
+  // Paused, it lets everything pass.
+  void Pause(bool paused) { paused_ = paused; }
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -43,12 +43,14 @@ class RunWatch {
   static constexpr std::uint64_t kMostReads = 20'000;
   static constexpr unsigned kAsksALook = 256;  // at the clock, which costs more than the rest
 
+  void Check();
   void CheckReal() const;
 
   const Limits limits_;
   const Surroundings& around_;
   const Clock::time_point begin_ = Clock::now();
   unsigned asks_ = 0;
+  bool paused_ = false;
 };
 
 }  // namespace script

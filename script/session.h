@@ -47,6 +47,7 @@ class Session : public sim::TraceListener {
   std::vector<std::string> notes;  // what is said below the result
   // Hears of the messages that reach the host window.
   std::function<void(const sim::ReceivedMessage&)> on_received;
+
   // The registers at moments that have a name; "start" is when the last action began.
   std::map<std::string, sim::RegisterSnapshot, std::less<>> moments;
 

@@ -95,7 +95,7 @@ void StopPoints::OnEvent(const sim::Event& event, const sim::EventDetail* detail
 }
 
 void StopPoints::OnCycle(const sim::Event& event) {
-  const std::optional<sim::RegisterAccess> access = decoder_.Decode(event);
+  const std::optional<sim::RegisterAccess> access = decoder_.Take(event);
   const std::uint64_t cycle = sim::TheWorld().trace.Cycles();
   for (const Numbered& p : points_) {
     const bool reads = p.point.kind == StopPoint::Kind::Read;

@@ -1,4 +1,4 @@
-// Register accesses from bus cycles, one after the other.
+// Bus cycles to register accesses, a cycle at a time.
 #pragma once
 
 #include <array>
@@ -9,11 +9,12 @@
 
 namespace sim {
 
-// The cycles of host and worker are decoded apart: each thread knows what it selected.
+// Host and worker are decoded apart: either may be in the middle of an access of its own.
 class RegisterDecoder {
  public:
-  // The access that this event completes; a table write gives one a data byte.
-  std::optional<RegisterAccess> Decode(const Event& event) {
+  // The access that an event makes, none for one that does not reach a register. A table write
+  // gives an access for each data byte.
+  std::optional<RegisterAccess> Take(const Event& event) {
     if (event.kind == Event::Kind::Other) return std::nullopt;
     Bus& bus = buses_[static_cast<std::size_t>(event.by)];
     const bool load = event.kind == Event::Kind::Load;

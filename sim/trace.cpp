@@ -79,7 +79,7 @@ std::vector<RegisterAccess> DecodeAccesses(const Trace& trace, std::size_t from)
   const std::vector<Event>& events = trace.Events();
   // From the first event on, because an access may have begun before `from`.
   for (std::size_t i = 0; i < events.size(); ++i) {
-    const std::optional<RegisterAccess> access = decoder.Decode(events[i]);
+    const auto access = decoder.Take(events[i]);
     if (access && i >= from) accesses.push_back(*access);
   }
   return accesses;
