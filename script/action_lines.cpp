@@ -4,6 +4,7 @@
 
 #include "VexoCtrlSDK.h"
 #include "harness/host.h"
+#include "script/command_words.h"
 #include "script/grammar/text_line.h"
 #include "script/interpreter.h"
 #include "script/line.h"
@@ -43,17 +44,31 @@ Step ParseUnbind(Arguments&) {
   return [](Session&) { harness::Uninitialize(); };
 }
 
-Step ParseCommand(Arguments& arguments) {
-  const std::uint32_t code = arguments.Number("a command code");
-  if (arguments.Take("null")) {
-    return [=](Session& session) { session.returned = harness::CommandProc(code, nullptr); };
-  }
+sim::Bytes ParseRecordBytes(Arguments& arguments) {
   sim::Bytes record;
   while (!arguments.AtEnd()) {
     if (record.size() == harness::kCommandRecordBytes)
       arguments.Expected("64 record bytes at most");
     record.push_back(arguments.RecordByte());
   }
+  return record;
+}
+
+Step ParseCommand(Arguments& arguments) {
+  const bool by_number = arguments.AtNumber();
+  if (!by_number && FindCommand(arguments.Peek()) == nullptr) {
+    arguments.Expected("a command code or its name (help commands)", CommandNames());
+  }
+  const std::uint32_t code = by_number ? arguments.Number("a command code")
+                                       : FindCommand(arguments.Text("a command"))->code;
+  if (arguments.Take("null")) {
+    return [=](Session& session) { session.returned = harness::CommandProc(code, nullptr); };
+  }
+  const CommandKind* const command = FindCommand(code);
+  const bool by_field =
+      !by_number || (command != nullptr && command->Find(arguments.Peek()) != nullptr);
+  const sim::Bytes record =
+      by_field ? RecordOf(ParseRecordFields(*command, arguments)) : ParseRecordBytes(arguments);
   return [=](Session& session) {
     sim::Bytes bytes = record;
     session.returned = harness::CommandProc(code, &bytes);
@@ -156,8 +171,10 @@ constexpr std::array kActionLines = {
     LineKind{kAction, "window invalid", "", "VEXOAPI_Initialize with a handle that is no window",
              ParseWindowInvalid},
     LineKind{kAction, "unbind", "", "VEXOAPI_Uninitialize", ParseUnbind},
-    LineKind{kAction, "command", "CODE [BYTE... | null]",
-             "VEXOAPI_CommandProc; the record is zero-filled to 64 bytes", ParseCommand},
+    LineKind{kAction, "command", "COMMAND [FIELD VALUE... | BYTE... | null]",
+             "VEXOAPI_CommandProc by name or code; what the record is not given is 0 (help "
+             "commands)",
+             ParseCommand},
     LineKind{kAction, "motioninfo", "CH LEVEL BYTE x 24", "VEXOAPI_SetMotionInfo", ParseMotionInfo},
     LineKind{kAction, "text", "\"LINE\"", "VEXOAPI_TextCommandProc", ParseText},
     LineKind{kAction, "version", "", "VEXOAPI_GetVersion", ParseVersion},
