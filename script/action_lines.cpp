@@ -62,7 +62,10 @@ Step ParseCommand(Arguments& arguments) {
   const std::uint32_t code = by_number ? arguments.Number("a command code")
                                        : FindCommand(arguments.Text("a command"))->code;
   if (arguments.Take("null")) {
-    return [=](Session& session) { session.returned = harness::CommandProc(code, nullptr); };
+    return [=](Session& session) {
+      session.returned = harness::CommandProc(code, nullptr);
+      session.outcome = ReturnInWords(code, {}, {}, *session.returned);
+    };
   }
   const CommandKind* const command = FindCommand(code);
   const bool by_field =
@@ -72,6 +75,8 @@ Step ParseCommand(Arguments& arguments) {
   return [=](Session& session) {
     sim::Bytes bytes = record;
     session.returned = harness::CommandProc(code, &bytes);
+    session.outcome = ReturnInWords(code, record, bytes, *session.returned,
+                                    kChannelsPerChip * session.World().board.FittedCount());
   };
 }
 
@@ -115,8 +120,9 @@ Step ParseText(Arguments& arguments) {
 Step VersionStep(bool null_buffer) {
   return [=](Session& session) {
     int length = 0;
-    harness::GetVersion(null_buffer, &length);
+    const std::optional<std::string> text = harness::GetVersion(null_buffer, &length);
     session.returned = length;
+    if (text) session.outcome = {'"' + *text + '"', "= " + std::to_string(length)};
   };
 }
 

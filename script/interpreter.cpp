@@ -203,7 +203,10 @@ void Interpreter::PrintAction() {
   printer_->End();
   if (options_.quiet) return;
   if (switches.writes) around_.ShowWrites(out_, session_->FirstEvent());
-  if (session_->returned) out_ << kIndent << "= " << *session_->returned << '\n';
+  for (const std::string& line : session_->outcome) Note(line);
+  if (session_->outcome.empty() && session_->returned) {
+    out_ << kIndent << "= " << *session_->returned << '\n';
+  }
   for (const std::string& note : session_->notes) Note(note);
 }
 

@@ -34,6 +34,7 @@ Interpreter& Session::Runner() const {
 void Session::BeginAction(std::string name) {
   action_ = std::move(name);
   returned.reset();
+  outcome.clear();
   notes.clear();
   first_event_ = World().trace.Mark();
   first_received_ = World().windows.received.size();

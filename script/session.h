@@ -44,7 +44,8 @@ class Session : public sim::TraceListener {
   // The last action's name and result, none when its call has none.
   const std::string& ActionName() const { return action_; }
   std::optional<std::int64_t> returned;
-  std::vector<std::string> notes;  // what is said below the result
+  std::vector<std::string> outcome;  // the result in words, when there is more to say than its number
+  std::vector<std::string> notes;    // what is said below it
   // Hears of the messages that reach the host window.
   std::function<void(const sim::ReceivedMessage&)> on_received;
 
