@@ -54,7 +54,7 @@ flags() {
     library) printf '%s\n' "${common[@]}" "${library[@]}" -Isim/platform ;;
     pc)
       printf '%s\n' "${common[@]}" "${others[@]}" -Isim/platform "-DVEXO_SOURCE_DIR=\"$root\"" \
-        '-DVEXO_DEFAULT_IMAGE=""'
+        '-DVEXO_DEFAULT_IMAGE=""' '-DVEXOSIM=""'
       ;;
     windows)
       printf '%s\n' "${common[@]}" "${others[@]}" -Isrc/platform/ce -Iwindows/stand_in \
