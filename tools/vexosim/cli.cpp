@@ -36,6 +36,7 @@ int Main(int argc, const char* const* argv) {
   AddShell(app, status);
   AddCompare(app, status);
   AddManual(app, status);
+  AddCompletion(app, status);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -11,5 +11,6 @@ void AddRun(CLI::App& app, int& status);
 void AddShell(CLI::App& app, int& status);
 void AddCompare(CLI::App& app, int& status);
 void AddManual(CLI::App& app, int& status);
+void AddCompletion(CLI::App& app, int& status);
 
 }  // namespace vexosim
