@@ -24,7 +24,8 @@ files:
 sim/text:
 sim/faults:
 sim/board:              sim/text include src/platform/platform.h src/chip/registers.h
-sim/trace:              +sim/board
+sim/trace:              +sim/board sim/register_decoder
+sim/register_decoder:   +sim/trace
 sim/screen:             sim/board
 sim/picture:            +sim/screen files
 sim/kernel:             +sim/trace sim/faults sim/kernel/kernel_impl
@@ -44,8 +45,9 @@ tools/vexosim/terminal:
 tools/vexosim/listing:  +script files sim/screen sim/picture tools/vexosim/terminal
 tools/vexosim/shell:    +tools/vexosim/listing script/grammar script/help
 tools/vexosim/demo:     +tools/vexosim/listing
-tools/vexosim/compare:  +tools/vexosim/listing +device/emulator
-tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare
+tools/vexosim/traces:   +tools/vexosim/listing sim/register_decoder
+tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/traces
+tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/traces
 tools/vexosim/cli:      files script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
 windows/stand_in:

@@ -27,6 +27,7 @@ pc      together device/emulator
 pc      together device/ceimage
 pc      together tools/vexosim
 pc      together tools/vexosim/commands tools/vexosim/listing tools/vexosim/shell
+pc      together tools/vexosim/traces
 pc      together bench
 pc      together fuzz
 pc      together tests/display tests/files
@@ -34,7 +35,7 @@ pc      together tests/api tests/harness tests/support
 pc      together tests/text tests/model
 pc      together tests/setup tests/chip tests/motion tests/report
 pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture tests/sim/platform tests/sim/screen
-pc      together tests tests/script tests/tools tests/tools/commands tests/tools/listing tests/tools/shell tests/script/grammar tests/script/help
+pc      together tests tests/script tests/tools tests/tools/commands tests/tools/listing tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help
 pc      together tests/device/ceimage tests/device/emulator
 '
 
