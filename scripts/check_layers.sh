@@ -32,15 +32,16 @@ sim/trace_json:         +sim/world
 sim/platform:           +sim/world
 
 harness:                +sim/platform sim/trace_json +sim/picture +src/api
-script:                 harness +sim/platform sim/trace_json script/grammar script/help
+script:                 harness +sim/platform sim/trace_json script/grammar script/help script/outcome
 script/grammar:         sim/text include src/text src/display
+script/outcome:         script/grammar +sim/world src/text src/display
 script/help:            script +script/grammar sim/faults
 device/ceimage:
 device/emulator:        +harness
 device/library:         include src/platform/ce
 tools/vexosim/terminal:
 tools/vexosim/listing:  +script sim/screen sim/picture tools/vexosim/terminal
-tools/vexosim/shell:    +tools/vexosim/listing script/grammar script/help
+tools/vexosim/shell:    +tools/vexosim/listing script/grammar script/help script/outcome
 tools/vexosim/demo:     +tools/vexosim/listing
 tools/vexosim/compare:  +tools/vexosim/listing +device/emulator
 tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare

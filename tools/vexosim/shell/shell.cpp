@@ -10,6 +10,7 @@
 #include "script/grammar/text_line.h"
 #include "script/help/first_words.h"
 #include "script/help/help.h"
+#include "script/outcome/text_outcome.h"
 #include "script/parse.h"
 #include "script/report_words.h"
 #include "script/run.h"
@@ -91,6 +92,7 @@ void Shell::BringUp() {
     sim::Bytes record;
     session_.returned = harness::CommandProc(VEXO_CMD_INIT, &record);
     session_.World().kernel.Pump(kBringUpMs);
+    script::Retell(session_.World().trace, session_.FirstEvent(), facts_);
     if (session_.returned == VEXO_OK) {
       out_ << "initialized; the worker runs.\n";
     } else {
@@ -138,9 +140,10 @@ void Shell::TextLine(const std::string& line) {
   const std::string text = script::WithSeparator(line);
   Act("text \"" + text + '"',
       [&](script::Session& session) { session.returned = harness::TextCommandProc(text); });
-  if (const auto why =
-          script::WhyNot(text, static_cast<int>(session_.returned.value_or(VEXO_OK)))) {
-    PrintNote(out_, *why);
+  if (!session_.returned) return;
+  if (const auto outcome = script::OutcomeOfText(text, static_cast<int>(*session_.returned),
+                                                 session_.World(), session_.FirstEvent(), facts_)) {
+    PrintNote(out_, *outcome);
   }
 }
 
@@ -187,6 +190,7 @@ void Shell::Act(const std::string& name, const script::Step& step) {
   acted_ = true;
   const auto print = [&] {
     around_.ClearProgress();
+    script::Retell(world.trace, session_.FirstEvent(), facts_);
     script::PrintEvents(out_, world, session_.FirstEvent(), session_.FirstReceived());
     if (writes_) PrintWrites(out_, world.trace, session_.FirstEvent());
     if (session_.returned) out_ << kIndent << "= " << *session_.returned << '\n';

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "script/line.h"
+#include "script/outcome/library_facts.h"
 #include "script/session.h"
 #include "tools/vexosim/listing/terminal_surroundings.h"
 #include "tools/vexosim/shell/line_history.h"
@@ -54,6 +55,7 @@ class Shell {
   std::ostream& out_;
   TerminalSurroundings around_;
   script::Session session_;
+  script::LibraryFacts facts_;
   bool writes_ = false;
   bool acted_ = false;
   std::size_t warned_ = 0;              // reports that have been shown
