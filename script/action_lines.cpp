@@ -5,9 +5,9 @@
 #include "VexoCtrlSDK.h"
 #include "harness/host.h"
 #include "script/command_words.h"
-#include "script/grammar/text_line.h"
 #include "script/interpreter.h"
 #include "script/line.h"
+#include "script/outcome/text_outcome.h"
 #include "script/text_step.h"
 
 namespace script {
@@ -104,8 +104,9 @@ Step ParseMotionInfo(Arguments& arguments) {
 Step TextStep(std::string line) {
   return [line = std::move(line)](Session& session) {
     session.returned = harness::TextCommandProc(line);
-    if (auto why = WhyNot(line, static_cast<int>(*session.returned))) {
-      session.notes.push_back(std::move(*why));
+    if (auto what = OutcomeOfText(line, static_cast<int>(*session.returned), session.World(),
+                                  session.FirstEvent(), session.facts)) {
+      session.notes.push_back(std::move(*what));
     }
   };
 }

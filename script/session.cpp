@@ -16,6 +16,7 @@ constexpr std::size_t kMostMessageWords = 1000;
 Session::Session(std::ostream& out, Surroundings& around, Interpreter* interpreter)
     : out_(out), around_(around), interpreter_(interpreter) {
   World().trace.AddListener(*this, sim::Trace::Hears::AllButCycles);
+  World().trace.AddListener(facts, sim::Trace::Hears::AllButCycles);
   World().windows.on_received = [this](const sim::ReceivedMessage& message) {
     OnReceived(message);
   };
@@ -23,6 +24,7 @@ Session::Session(std::ostream& out, Surroundings& around, Interpreter* interpret
 
 Session::~Session() {
   World().trace.RemoveListener(*this);
+  World().trace.RemoveListener(facts);
   World().windows.on_received = nullptr;
 }
 

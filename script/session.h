@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "script/outcome/library_facts.h"
 #include "script/surroundings.h"
 #include "sim/board/snapshot.h"
 #include "sim/world.h"
@@ -44,6 +45,7 @@ class Session : public sim::TraceListener {
   // The last action's name and result, none when its call has none.
   const std::string& ActionName() const { return action_; }
   std::optional<std::int64_t> returned;
+  LibraryFacts facts;  // what all calls so far have shown
   std::vector<std::string> outcome;  // the result in words, when there is more to say than its number
   std::vector<std::string> notes;    // what is said below it
   // Hears of the messages that reach the host window.

@@ -27,16 +27,18 @@ sim/board:              sim/text include src/platform/platform.h src/chip/regist
 sim/trace:              +sim/board sim/register_decoder
 sim/register_decoder:   +sim/trace
 sim/screen:             sim/board
+sim/polling:            sim/board
 sim/picture:            +sim/screen files
 sim/kernel:             +sim/trace sim/faults sim/kernel/kernel_impl
 sim/kernel/kernel_impl: +sim/kernel sim/world  # the world holds the kernel, and the kernel it
-sim/world:              +sim/kernel
+sim/world:              +sim/kernel sim/polling
 sim/trace_json:         +sim/world
 sim/platform:           +sim/world
 
 harness:                +sim/platform sim/trace_json +sim/picture +src/api
-script:                 files harness +sim/platform sim/trace_json script/grammar script/help
+script:                 files harness +sim/platform sim/trace_json script/grammar script/help script/outcome
 script/grammar:         sim/text include src/text src/display
+script/outcome:         script/grammar +sim/world src/text src/display
 script/help:            script +script/grammar sim/faults
 device/ceimage:         files
 device/emulator:        +harness files

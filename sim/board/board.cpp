@@ -96,6 +96,10 @@ const ChannelInput& Board::Input(unsigned channel) const {
   return chips_.at(channel / kChannelsPerChip).inputs[channel % kChannelsPerChip];
 }
 
+InputColors Board::Colors(unsigned channel) const {
+  return chips_.at(channel / kChannelsPerChip).Colors(channel % kChannelsPerChip);
+}
+
 std::uint32_t Board::FrozenAt(unsigned channel) const { return FrozenState(channel).at_ms; }
 
 const Frozen& Board::FrozenState(unsigned channel) const {

@@ -41,6 +41,7 @@ class Board {
   std::uint8_t Peek(unsigned position, std::uint8_t page, std::uint8_t reg) const;
   std::uint8_t Peek(unsigned position, RegisterAddress at) const;
   const ChannelInput& Input(unsigned channel) const;
+  InputColors Colors(unsigned channel) const;  // of its input
   std::uint32_t FrozenAt(unsigned channel) const;
   const Frozen& FrozenState(unsigned channel) const;
   const Bitmap& BitmapOf(unsigned position) const;

@@ -67,8 +67,8 @@ TEST(Completion, OffersKeywordsAndSubKeywordsOfTextCommands) {
 TEST(Completion, SaysWhichNumberIsExpected) {
   EXPECT_THAT(Hints("vexo lsplit "), ElementsAre(StartsWith("MODE: split: 0 one picture")));
   EXPECT_THAT(Hints("vexo lsplit 6 "),
-              ElementsAre("CHANNEL: 0 to 15. For color the board's channel "
-                          "count means every channel, but for hue"));
+              ElementsAre("CHANNEL: 0 to 15, below the channel count. For color the count itself "
+                          "means every channel, but for hue"));
   EXPECT_THAT(Hints("vexo lsplit 6 0 "), ElementsAre(StartsWith("[BLANK_MASK]: ")));
   EXPECT_THAT(Hints("vexo lsplit 6 0 0 "), IsEmpty());
   EXPECT_THAT(Hints("vexo rr "), ElementsAre(StartsWith("$CHIP: hexadecimal: 3 master")));
