@@ -5,7 +5,10 @@
 #include "VexoCtrlSDK.h"
 #include "harness/host.h"
 #include "script/command_words.h"
+#include "script/interpreter.h"
 #include "script/line.h"
+#include "script/outcome/text_outcome.h"
+#include "script/text_step.h"
 
 namespace script {
 namespace {
@@ -59,7 +62,10 @@ Step ParseCommand(Arguments& arguments) {
   const std::uint32_t code = by_number ? arguments.Number("a command code")
                                        : FindCommand(arguments.Text("a command"))->code;
   if (arguments.Take("null")) {
-    return [=](Session& session) { session.returned = harness::CommandProc(code, nullptr); };
+    return [=](Session& session) {
+      session.returned = harness::CommandProc(code, nullptr);
+      session.outcome = ReturnInWords(code, {}, {}, *session.returned);
+    };
   }
   const CommandKind* const command = FindCommand(code);
   const bool by_field =
@@ -69,6 +75,8 @@ Step ParseCommand(Arguments& arguments) {
   return [=](Session& session) {
     sim::Bytes bytes = record;
     session.returned = harness::CommandProc(code, &bytes);
+    session.outcome = ReturnInWords(code, record, bytes, *session.returned,
+                                    kChannelsPerChip * session.World().board.FittedCount());
   };
 }
 
@@ -91,16 +99,31 @@ Step ParseMotionInfo(Arguments& arguments) {
   };
 }
 
+}  // namespace
+
+Step TextStep(std::string line) {
+  return [line = std::move(line)](Session& session) {
+    session.returned = harness::TextCommandProc(line);
+    if (auto what = OutcomeOfText(line, static_cast<int>(*session.returned), session.World(),
+                                  session.FirstEvent(), session.facts)) {
+      session.notes.push_back(std::move(*what));
+    }
+  };
+}
+
+namespace {
+
 Step ParseText(Arguments& arguments) {
   const std::string line = arguments.Text("a line of text");
-  return [=](Session& session) { session.returned = harness::TextCommandProc(line); };
+  return TextStep(line);
 }
 
 Step VersionStep(bool null_buffer) {
   return [=](Session& session) {
     int length = 0;
-    harness::GetVersion(null_buffer, &length);
+    const std::optional<std::string> text = harness::GetVersion(null_buffer, &length);
     session.returned = length;
+    if (text) session.outcome = {'"' + *text + '"', "= " + std::to_string(length)};
   };
 }
 
@@ -122,13 +145,24 @@ Step ParseRun(Arguments& arguments) {
   return [=](Session& session) {
     constexpr std::uint32_t kSlice = 60'000;  // a long run shows how far it is, and can be ended
     Surroundings& around = session.Around();
+    session.World().Record(sim::LineEvent{"run " + std::to_string(ms)});
     if (ms == 0) around.LetTimePass(0);
-    for (std::uint32_t done = 0; done < ms && !around.Interrupted();) {
-      const std::uint32_t slice = std::min(kSlice, ms - done);
-      around.LetTimePass(slice);
-      done += slice;
-      around.ShowProgress("run: " + std::to_string(done / 1000) + " of " +
-                          std::to_string(ms / 1000) + " s of virtual time");
+    const std::uint32_t begin = session.World().kernel.Now();
+    try {
+      for (std::uint32_t done = 0; done < ms;) {
+        const std::uint32_t slice = std::min(kSlice, ms - done);
+        around.LetTimePass(slice);
+        done += slice;
+        around.ShowProgress("run: " + std::to_string(done / 1000) + " of " +
+                            std::to_string(ms / 1000) + " s of virtual time");
+      }
+    } catch (const Ended& ended) {
+      // The host was in no call: what has passed has passed.
+      if (ended.why != Ended::Why::Interrupt) throw;
+      around.ForgetInterrupt();
+      const std::uint32_t passed = session.World().kernel.Now() - begin;
+      session.Runner().Shorten("run " + std::to_string(passed));
+      session.notes.push_back("interrupted after " + std::to_string(passed) + " ms");
     }
   };
 }

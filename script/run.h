@@ -6,24 +6,30 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
+#include "files/exit_status.h"
 #include "harness/image_run.h"
 #include "script/parse.h"
+#include "script/run_watch.h"
 #include "script/surroundings.h"
+#include "script/trace_sink.h"
 
 namespace script {
 
-inline constexpr int kExitDone = 0;
-inline constexpr int kExitUnmet = 1;  // an expectation failed, nothing could go on, or a fault
-inline constexpr int kExitWrong = 2;  // the script or the command line is wrong
+using files::kExitDone;
+using files::kExitUnmet;
+using files::kExitWrong;
 
 struct RunOptions {
   std::optional<std::string> variant;  // of a script that has variants: this one alone
   bool quiet = false;  // only failed expectations, the summary and what the script prints
   std::uint64_t seed = 0;
+  Limits limits;
   bool registers = false;              // print all register pages at the end
   std::optional<std::string> picture;  // write the screen at the end
   std::ostream* trace = nullptr;       // JSON lines
+  std::vector<TraceSink*> sinks;       // what else listens to the trace
   // The machine that runs the library, none for the linked one. A fault of it fails the run.
   const harness::ImageRun* machine = nullptr;
 };

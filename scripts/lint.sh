@@ -17,23 +17,25 @@ windows together windows windows/host windows/stand_in
 library alone    src/report src/chip src/display src/motion src/setup src/text src/api
 windows alone    src/platform/ce
 device  alone    src/platform/ce device/library
+pc      together files
 pc      together sim sim/board
 pc      together sim/kernel
 pc      together sim/platform
 pc      together sim/screen sim/picture
-pc      together harness script script/grammar script/help
+pc      together harness script script/grammar script/help script/outcome
 pc      together device/emulator
 pc      together device/ceimage
 pc      together tools/vexosim
 pc      together tools/vexosim/commands tools/vexosim/listing tools/vexosim/shell
+pc      together tools/vexosim/traces
 pc      together bench
 pc      together fuzz
-pc      together tests/display
+pc      together tests/display tests/files
 pc      together tests/api tests/harness tests/support
 pc      together tests/text tests/model
 pc      together tests/setup tests/chip tests/motion tests/report
 pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture tests/sim/platform tests/sim/screen
-pc      together tests tests/script tests/tools tests/tools/listing tests/tools/shell tests/script/grammar tests/script/help
+pc      together tests tests/script tests/tools tests/tools/commands tests/tools/listing tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/outcome
 pc      together tests/device/ceimage tests/device/emulator
 '
 
@@ -54,7 +56,7 @@ flags() {
     library) printf '%s\n' "${common[@]}" "${library[@]}" -Isim/platform ;;
     pc)
       printf '%s\n' "${common[@]}" "${others[@]}" -Isim/platform "-DVEXO_SOURCE_DIR=\"$root\"" \
-        '-DVEXO_DEFAULT_IMAGE=""'
+        '-DVEXO_DEFAULT_IMAGE=""' '-DVEXOSIM=""'
       ;;
     windows)
       printf '%s\n' "${common[@]}" "${others[@]}" -Isrc/platform/ce -Iwindows/stand_in \
@@ -155,7 +157,7 @@ done
 mkdir -p "$work/headers"
 ln -sfn /usr/include/nlohmann "$work/headers/nlohmann"
 # What every group depends on.
-find include src sim harness script tools tests bench fuzz windows device \
+find files include src sim harness script tools tests bench fuzz windows device \
   \( -name '*.h' -o -name .clang-tidy \) -print0 | sort -z |
   xargs -0 cat .clang-tidy scripts/lint.sh >"$work/settings"
 

@@ -128,17 +128,50 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "registers all 2",
       "picture screen.png",
       "print",
+      "seed 5",
+      "break write \"window 0\"",
+      "break write slave1 \"window\"",
+      "break read all page 1 0x04",
+      "break text \"Complete\"",
+      "break message 0x2403",
+      "break cycle 17",
+      "break",
+      "break off",
+      "break off 1",
+      "where",
+      "continue",
+      "step",
+      "step call",
+      "writes on",
+      "quiet on",
+      "pump off",
+      "undo",
+      "mark here",
+      "back here",
+      "source more.vexo",
+      "save session.vexo",
+      "history",
+      "help",
+      "help camera",
+      "? camera",
+      "quit",
+      "exit",
+      "lsplit 6 0",
+      "vexo lsplit 6 0",
+      "vexo",
   };
   for (const std::string& line : lines) EXPECT_EQ(MistakeOf("attach\n" + line), "none") << line;
 }
 
 TEST(ScriptParsing, CoversTheWholeTableOfLines) {
   // A new kind of line needs its place in the table above.
-  EXPECT_EQ(BoardLines().size(), 16U);
+  EXPECT_EQ(BoardLines().size(), 17U);
   EXPECT_EQ(ActionLines().size(), 15U);
   EXPECT_EQ(ExpectLines().size(), 10U);
   EXPECT_EQ(RegisterLines().size(), 4U);
   EXPECT_EQ(OutputLines().size(), 3U);
+  EXPECT_EQ(StopLines().size(), 11U);
+  EXPECT_EQ(SessionLines().size(), 13U);
 }
 
 struct Wrong {
@@ -237,12 +270,9 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
   }
 }
 
-TEST(ScriptParsing, ListsTheFirstWordsWhenItKnowsNone) {
-  EXPECT_EQ(MistakeOf("\n\nhello world"),
-            "s.vexo:3: expected board, camera, weak, motion, settle, sync, nvram, file, "
-            "driver, fault, window, attach, detach, lowmem, entry, unbind, command, motioninfo, "
-            "text, version, debug, output, run, expect, poke, peek, fields, diff, registers, "
-            "picture or print, found 'hello'");
+TEST(ScriptParsing, SaysWhichWordsAreNearAnUnknownOne) {
+  EXPECT_EQ(MistakeOf("\n\ncamra 2 off"), "s.vexo:3: unknown: 'camra'; did you mean camera?");
+  EXPECT_EQ(MistakeOf("zzzzzz"), "s.vexo:1: unknown: 'zzzzzz'; help lists what there is");
 }
 
 TEST(ScriptParsing, WantsAnActionBeforeTheFirstExpectation) {

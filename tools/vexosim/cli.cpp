@@ -35,7 +35,11 @@ int Main(int argc, const char* const* argv) {
   AddRun(app, status);
   AddShell(app, status);
   AddCompare(app, status);
+  AddTrace(app, status);
+  AddDiff(app, status);
+  AddReplay(app, status);
   AddManual(app, status);
+  AddCompletion(app, status);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <ostream>
+#include <span>
 
 #include "sim/trace.h"
 
@@ -15,5 +16,10 @@ namespace vexosim {
 // do those of a table with many names; a line has eight values at most. Writes of the worker say
 // so.
 void PrintWrites(std::ostream& out, const sim::Trace& trace, std::size_t first_event);
+
+// The same for a run of accesses to neighbouring registers, all reads (r) or all writes.
+void PrintRun(std::ostream& out, std::span<const sim::RegisterAccess> run);
+// Whether an access goes on with the run that ends in `last`.
+bool Continues(const sim::RegisterAccess& last, const sim::RegisterAccess& next);
 
 }  // namespace vexosim
