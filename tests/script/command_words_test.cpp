@@ -277,6 +277,10 @@ TEST_F(CommandLines, ExpectRecordByField) {
   EXPECT_EQ(RunBound("command motion-setup channel 3\nexpect record mode 4"), kExitUnmet);
   EXPECT_EQ(Err(),
             "s.vexo:4: expect record mode 4: 'command motion-setup channel 3' has no such field\n");
+  std::string mask = "\nmotioninfo 3 0";
+  for (int i = 0; i < 24; ++i) mask += " 03";
+  EXPECT_EQ(RunBound("command motion-setup" + mask + "\nexpect record cell-type 3"), kExitUnmet)
+      << "the record is of another call";
   EXPECT_EQ(RunBound("run 0\nexpect record mode 4"), kExitUnmet);
   EXPECT_EQ(Err(), "s.vexo:4: expect record mode 4: 'run 0' has no record\n");
 }

@@ -163,6 +163,8 @@ TEST(Completion, OffersCommandsTheirFieldsAndTheirChoices) {
               Contains("channels: 16 channels (0-3,7); channel of each window, 0-15; others show "
                        "nothing"));
   EXPECT_THAT(Hints("command motion-mask level "), Contains("level: 0-3; sensitivity"));
+  EXPECT_THAT(Hints("command motion-mask mask FF 00 "), Contains(StartsWith("mask: 24 bytes; ")));
+  EXPECT_THAT(Hints("command motion-mask mask FF level 1 "), Not(Contains(StartsWith("mask: "))));
 }
 
 TEST(Completion, OffersRegistersInQuotesAndTheirFields) {
