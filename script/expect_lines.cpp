@@ -23,7 +23,7 @@ Step ParseReturn(Arguments& arguments) {
 Step ParseDebugText(Arguments& arguments) {
   const std::string wanted = arguments.Text("a text");
   return [=](Session& session) {
-    const std::string text = session.DebugText();
+    const std::string& text = session.DebugText();
     if (text.find(wanted) != std::string::npos) return;
     const std::vector<std::string> lines = sim::TextLines(text);
     if (lines.empty()) throw Unmet{"no debug output"};

@@ -116,7 +116,7 @@ std::string Help(std::span<const std::string> words) {
   // A whole command line is explained by its keyword.
   const std::string& word =
       words.size() > 1 && FindGrammar(words[0]) != nullptr ? words[1] : words[0];
-  const std::string text = HelpOnWord(word);
+  std::string text = HelpOnWord(word);
   if (!text.empty()) return text;
   const std::string near = HelpSuggestion(word);
   throw std::runtime_error("unknown: '" + word + '\'' +
