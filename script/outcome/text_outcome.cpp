@@ -17,9 +17,9 @@ constexpr std::array<std::string_view, 5> kWithoutChips = {"init", "uninit", "st
                                                            "rver"};
 
 bool NeedsChips(const TypedLine& line) {
-  const auto end = kWithoutChips.end();
+  const std::string_view keyword = KeywordOf(line.pattern);
   return line.grammar != &kBackEndGrammar &&
-         std::find(kWithoutChips.begin(), end, KeywordOf(line.pattern)) == end;
+         std::find(kWithoutChips.begin(), kWithoutChips.end(), keyword) == kWithoutChips.end();
 }
 
 void SayOfWholeLine(TextAction& action) {
