@@ -138,6 +138,11 @@ Step ParseFault(Arguments& arguments) {
   return [=](Session& session) { session.World().faults.Set(fault, on); };
 }
 
+Step ParseSeed(Arguments& arguments) {
+  const std::uint32_t seed = arguments.Number("a number");
+  return [=](Session& session) { session.World().kernel.SetSeed(seed); };
+}
+
 Step ParseWindowDeaf(Arguments&) {
   return [](Session& session) { session.World().windows.deaf = true; };
 }
@@ -177,6 +182,8 @@ const std::array kBoardLines = {
     LineKind{kBoard, "driver", "DRIVER present|absent|null", kDriverHelp, ParseDriver},
     LineKind{kBoard, "fault", "FAULT on|off", kFaultHelp, ParseFault},
     LineKind{kBoard, "window deaf", "", "the host window answers no sent message", ParseWindowDeaf},
+    LineKind{kBoard, "seed", "N", "chooses among threads that could run; 0: the fixed order (0)",
+             ParseSeed},
     LineKind{kBoard, "window hearing", "", "it answers again", ParseWindowHearing},
 };
 

@@ -18,8 +18,7 @@ std::string InWords(RegisterAddress at) {
 
 // From REG to the end of PAGE.
 std::vector<RegisterAddress> ParsePlace(Arguments& arguments) {
-  const std::string_view word = arguments.Peek();
-  if (word.empty() || word.front() < '0' || word.front() > '9') {
+  if (!arguments.AtNumber()) {
     arguments.Expected("a page 0 to 2 or a name of registers", RegisterNames());
   }
   const std::uint8_t page = arguments.Page("a page 0 to 2 or a name of registers");

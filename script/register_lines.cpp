@@ -53,17 +53,15 @@ Step PokeField(Arguments& arguments, const ChipChoice& chips, const std::string&
   };
 }
 
-bool IsNumber(std::string_view word) { return !word.empty() && '0' <= word[0] && word[0] <= '9'; }
-
 Step ParsePoke(Arguments& arguments) {
   const ChipChoice chips = arguments.Chips();
-  if (IsNumber(arguments.Peek())) {
+  if (arguments.AtNumber()) {
     const std::uint8_t page = arguments.Page();
     const std::uint8_t reg = arguments.Byte("a register");
     return PokeBytes(arguments, chips, {{page, reg}});
   }
   const std::string name = ParseRegisterName(arguments);
-  const bool bytes = IsNumber(arguments.Peek()) || FieldsOf(name).empty();
+  const bool bytes = arguments.AtNumber() || FieldsOf(name).empty();
   return bytes ? PokeBytes(arguments, chips, RegistersOf(name)) : PokeField(arguments, chips, name);
 }
 
@@ -140,21 +138,30 @@ std::string BitsOf(const Field& field) {
   return high == low ? std::to_string(low) : std::to_string(high) + '-' + std::to_string(low);
 }
 
+// "2"; with the bits in their places where those are another number: "5 (0x28)".
+std::string ValueOf(const Field& field, std::uint8_t byte) {
+  const std::uint8_t value = FieldValue(field, byte);
+  const bool plain = std::has_single_bit(field.bits) || value == (byte & field.bits);
+  return std::to_string(value) + (plain ? "" : " (" + sim::Hex(byte & field.bits) + ')');
+}
+
 // A line each: bits, name, value, meaning.
-void PrintFields(std::ostream& out, std::span<const Field> fields, std::uint8_t value) {
-  constexpr std::size_t kBitsColumns = 5;
-  std::size_t name_columns = 0;
+void PrintFields(std::ostream& out, std::span<const Field> fields, std::uint8_t byte) {
+  std::array<std::size_t, 3> columns{};
+  std::vector<std::array<std::string, 3>> rows;
   for (const Field& field : fields) {
-    name_columns = std::max(name_columns, std::string_view(field.name).size());
+    rows.push_back({BitsOf(field), field.name, ValueOf(field, byte)});
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      columns[i] = std::max(columns[i], rows.back()[i].size() + 2);
+    }
   }
-  for (const Field& field : fields) {
-    std::string bits = BitsOf(field);
-    std::string name = field.name;
-    bits.resize(std::max(kBitsColumns, bits.size()), ' ');
-    name.resize(name_columns, ' ');
-    std::string number = std::to_string(FieldValue(field, value));
-    number.insert(0, number.size() < 3 ? 3 - number.size() : 0, ' ');
-    out << kIndent << "  " << bits << name << number << "  " << field.meaning << '\n';
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    out << kIndent << "  ";
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      rows[row][i].resize(columns[i], ' ');
+      out << rows[row][i];
+    }
+    out << fields[row].meaning << '\n';
   }
 }
 

@@ -79,8 +79,7 @@ std::vector<RegisterAddress> ParseRegisterList(Arguments& arguments) {
     return registers;
   }
   const bool by_number = arguments.Take("page");
-  const std::string_view word = arguments.Peek();
-  if (!by_number && (word.empty() || word.front() < '0' || word.front() > '9')) {
+  if (!by_number && !arguments.AtNumber()) {
     arguments.Expected("a name of registers or page", RegisterNames());
   }
   const std::uint8_t page = arguments.Page();

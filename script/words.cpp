@@ -5,7 +5,9 @@
 #include <charconv>
 #include <optional>
 
+#include "script/command_table.h"
 #include "script/grammar/did_you_mean.h"
+#include "script/message_words.h"
 #include "sim/board/drivers.h"
 #include "sim/faults.h"
 #include "sim/text.h"
@@ -121,6 +123,8 @@ std::span<const std::string_view> WordsOf(std::string_view argument) {
   if (argument == "CHIP") return kChipWords;
   if (argument == "DRIVER") return sim::kDriverNames;
   if (argument == "FAULT") return kFaultWords;
+  if (argument == "COMMAND") return CommandNames();
+  if (argument == "MESSAGE") return MessageNames();
   return {};
 }
 
@@ -168,6 +172,10 @@ std::vector<unsigned> ChipChoice::Fitted(const sim::Board& board) const {
 
 std::string_view Arguments::Peek() const {
   return words_.empty() ? std::string_view() : words_.front();
+}
+
+bool Arguments::AtNumber() const {
+  return !Peek().empty() && '0' <= Peek().front() && Peek().front() <= '9';
 }
 
 bool Arguments::Take(std::string_view word) {

@@ -53,6 +53,8 @@ class Arguments {
   bool AtEnd() const { return words_.empty(); }
   // The next word, which is left; empty at the end.
   std::string_view Peek() const;
+  // The next word begins with a digit.
+  bool AtNumber() const;
   // The next word is this one: takes it.
   bool Take(std::string_view word);
 

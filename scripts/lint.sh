@@ -35,7 +35,7 @@ pc      together tests/api tests/harness tests/support
 pc      together tests/text tests/model
 pc      together tests/setup tests/chip tests/motion tests/report
 pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture tests/sim/platform tests/sim/screen
-pc      together tests tests/script tests/tools tests/tools/listing tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help
+pc      together tests tests/script tests/tools tests/tools/commands tests/tools/listing tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help
 pc      together tests/device/ceimage tests/device/emulator
 '
 
@@ -56,7 +56,7 @@ flags() {
     library) printf '%s\n' "${common[@]}" "${library[@]}" -Isim/platform ;;
     pc)
       printf '%s\n' "${common[@]}" "${others[@]}" -Isim/platform "-DVEXO_SOURCE_DIR=\"$root\"" \
-        '-DVEXO_DEFAULT_IMAGE=""'
+        '-DVEXO_DEFAULT_IMAGE=""' '-DVEXOSIM=""'
       ;;
     windows)
       printf '%s\n' "${common[@]}" "${others[@]}" -Isrc/platform/ce -Iwindows/stand_in \

@@ -7,15 +7,38 @@
 
 namespace sim {
 
-void Trace::Add(std::uint32_t t, By by, EventDetail detail) {
-  if (!enabled_) return;
-  const auto place = static_cast<std::uint32_t>(details_.size());
-  details_.push_back(std::move(detail));
-  events_.push_back({t, by, Event::Kind::Other, BusWindow::Select, 0, place});
+void Trace::AddListener(TraceListener& listener, Hears hears) {
+  listeners_.push_back(&listener);
+  if (hears == Hears::Everything) cycle_listeners_.push_back(&listener);
+}
+
+void Trace::RemoveListener(TraceListener& listener) {
+  std::erase(listeners_, &listener);
+  std::erase(cycle_listeners_, &listener);
+}
+
+void Trace::KeepCycle(const Event& event) {
+  if (events_.size() < capacity_) events_.push_back(event);
+  for (TraceListener* listener : cycle_listeners_) listener->OnEvent(event, nullptr);
+}
+
+void Trace::Keep(std::uint32_t t, By by, EventDetail detail) {
+  const Event event{
+      t, by, Event::Kind::Other, BusWindow::Select, 0, static_cast<std::uint32_t>(details_.size())};
+  const EventDetail* kept = &detail;
+  if (events_.size() < capacity_) {
+    events_.push_back(event);
+    kept = &details_.emplace_back(std::move(detail));
+  }
+  for (TraceListener* listener : listeners_) listener->OnEvent(event, kept);
 }
 
 void Trace::Clear() {
   cycles_ = 0;
+  ForgetEvents();
+}
+
+void Trace::ForgetEvents() {
   events_.clear();
   details_.clear();
 }

@@ -61,13 +61,8 @@ void Headers(Choice& choice) {
   for (const TextGrammar* grammar : TextGrammars()) choice.Word(grammar->header);
 }
 
-void AnyShellCommand(Choice& choice) {
-  for (const ShellCommand& command : ShellCommands()) choice.Word(command.word);
-}
-
 void FirstWords(Choice& choice, bool nothing_typed) {
   Headers(choice);
-  AnyShellCommand(choice);
   choice.Words(ScriptWords());
   // Too many to offer unasked, and the header leads to them.
   if (!nothing_typed) choice.Words(ShortKeywords());
@@ -78,7 +73,6 @@ void HelpWords(Choice& choice) {
   choice.Word("script");
   for (const TextGrammar* grammar : TextGrammars()) choice.Words(Keywords(*grammar));
   choice.Words(ScriptWords());
-  AnyShellCommand(choice);
 }
 
 // After the words of a text command from its keyword on.
@@ -182,11 +176,8 @@ Completion Complete(std::string_view line) {
   const std::string& first = words.front();
   if (const TextGrammar* grammar = FindGrammar(first)) {
     TextWords(choice, *grammar, words, 1);
-  } else if (first == "help") {
+  } else if (first == "help" || first == "?") {
     if (words.size() == 1) HelpWords(choice);
-  } else if (const ShellCommand* command = FindShellCommand(first)) {
-    const std::vector<std::string> arguments = ArgumentWords(command->arguments);
-    if (words.size() <= arguments.size()) Alternatives(choice, arguments[words.size() - 1]);
   } else if (IsScriptWord(first)) {
     ScriptLineWords(choice, words);
   } else if (GrammarsWith(first).size() == 1) {

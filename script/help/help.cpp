@@ -1,6 +1,7 @@
 #include "script/help/help.h"
 
 #include <span>
+#include <stdexcept>
 #include <vector>
 
 #include "script/grammar/did_you_mean.h"
@@ -28,12 +29,6 @@ std::string Wrapped(std::span<const std::string_view> words) {
     line += word;
   }
   return text + line + '\n';
-}
-
-std::string UsageOf(const ShellCommand& command) {
-  std::string usage(command.word);
-  if (!command.arguments.empty()) usage += ' ' + std::string(command.arguments);
-  return usage;
 }
 
 std::string HelpOnHeader(const TextGrammar& grammar) {
@@ -73,7 +68,6 @@ std::vector<std::string_view> AllWords() {
     words.insert(words.end(), keywords.begin(), keywords.end());
     words.emplace_back(grammar->header);
   }
-  for (const ShellCommand& command : ShellCommands()) words.push_back(command.word);
   return words;
 }
 
@@ -90,13 +84,7 @@ std::string HelpOverview() {
       "  The blank at the end is added. A header may be left out where only one family has the\n"
       "  keyword: lsplit 6 0 is vexo lsplit 6 0.\n\n"
       "Script lines, which change the board, call the library, let time pass and look:\n" +
-      Wrapped(ScriptWords()) + "\nThe shell itself:\n";
-  constexpr std::size_t kColumn = 16;
-  for (const ShellCommand& command : ShellCommands()) {
-    std::string line = "  " + UsageOf(command);
-    line.resize(kColumn, ' ');
-    text += line + ' ' + std::string(command.help) + '\n';
-  }
+      Wrapped(ScriptWords());
   text +=
       "\nTab completes a word, or says which number is expected. Below a line stand\n"
       "  | what the library wrote to the debug output (! to the kernel debug output)\n"
@@ -110,11 +98,19 @@ std::string HelpOverview() {
 std::string HelpOnWord(std::string_view word) {
   if (word == kScript) return LanguageHelp();
   if (const TextGrammar* grammar = FindGrammar(word)) return HelpOnHeader(*grammar);
-  std::string text = HelpOnKeyword(word) + HelpOnScriptWord(word);
-  if (const ShellCommand* command = FindShellCommand(word)) {
-    text += UsageOf(*command) + "\n    " + std::string(command->help) + '\n';
-  }
-  return text;
+  return HelpOnKeyword(word) + HelpOnScriptWord(word);
+}
+
+std::string Help(std::span<const std::string> words) {
+  if (words.empty()) return HelpOverview();
+  // A whole command line is explained by its keyword.
+  const std::string& word =
+      words.size() > 1 && FindGrammar(words[0]) != nullptr ? words[1] : words[0];
+  const std::string text = HelpOnWord(word);
+  if (!text.empty()) return text;
+  const std::string near = HelpSuggestion(word);
+  throw std::runtime_error("unknown: '" + word + '\'' +
+                           (near.empty() ? "; help lists what there is" : near));
 }
 
 std::string HelpSuggestion(std::string_view word) { return DidYouMean(word, AllWords()); }

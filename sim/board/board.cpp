@@ -149,7 +149,9 @@ std::uint8_t Board::LoadData() {
     Chip& chip = chips_[position];
     CheckNamed(position, page, chip.address, Report::Access::Read);
     reg = chip.address;
+    const bool counts_down = chip.CountsDown(page, reg);
     value &= chip.Read(page, reg, position == 0 && Sync());
+    if (counts_down && on_countdown) on_countdown();
     ++chip.address;
     ++selected;
   }

@@ -99,6 +99,11 @@ std::uint8_t Chip::Read(std::uint8_t page, std::uint8_t reg, bool sync) {
   return value;
 }
 
+bool Chip::CountsDown(std::uint8_t page, std::uint8_t reg) const {
+  return (settle_left_ > 0 && Is(kSettleStatus, page, reg)) ||
+         (fill_left_ > 0 && Is(kFillControl, page, reg));
+}
+
 void Chip::LimitSettle(int reads) {
   if (reads >= 0 && (settle_left_ < 0 || settle_left_ > reads)) settle_left_ = reads;
 }

@@ -43,6 +43,8 @@ class Chip {
   void Write(std::uint8_t page, std::uint8_t reg, std::uint8_t value, int settle_reads,
              std::uint32_t now_ms);
   std::uint8_t Read(std::uint8_t page, std::uint8_t reg, bool sync);
+  // A read of this register is one of those that the chip still answers busy, and not without end.
+  bool CountsDown(std::uint8_t page, std::uint8_t reg) const;
 
   // A hold in progress settles after this many more reads at most.
   void LimitSettle(int reads);

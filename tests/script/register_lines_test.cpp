@@ -103,9 +103,13 @@ TEST_F(RegisterLines, FieldsPrintsBitsValuesAndMeanings) {
                           "        1-0  position  2  whose scaler"));
   EXPECT_THAT(Last("poke master 1 0x0C 0x3D\nfields master page 1 0x0C"),
               ElementsAre("      master page 1  0x0C  zoom control = 0x3D",
-                          "        7    on       0  the picture is zoomed",
-                          "        6    decoded  0  with on: a decoded picture in full size",
-                          "        0x3D area    61  set up before zooming"));
+                          "        7     on       0   the picture is zoomed",
+                          "        6     decoded  0   with on: a decoded picture in full size",
+                          "        0x3D  area     61  set up before zooming"));
+  EXPECT_THAT(Last("fields master \"chip identification\""),
+              ElementsAre("      master page 0  0xFE  chip identification = 0x28",
+                          "        7-3  family    5 (0x28)  0x28: a TW2835",
+                          "        2-0  revision  0         of the chip"));
 }
 
 TEST_F(RegisterLines, FieldsSaysWhereThereAreNone) {

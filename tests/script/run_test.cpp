@@ -271,7 +271,7 @@ TEST_F(ScriptRun, GoesOnAfterAFailedExpectation) {
 TEST_F(ScriptRun, DoesNothingForAMalformedScript) {
   EXPECT_EQ(Run("attach\nexpect return 0\nfly"), kExitWrong);
   EXPECT_THAT(harness::TheFake().calls, IsEmpty());
-  EXPECT_THAT(Err(), HasSubstr("s.vexo:3: expected board, camera, "));
+  EXPECT_THAT(Err(), HasSubstr("s.vexo:3: unknown: 'fly'"));
   EXPECT_EQ(Out(), "");
 }
 

@@ -39,6 +39,7 @@ int Main(int argc, const char* const* argv) {
   AddDiff(app, status);
   AddReplay(app, status);
   AddManual(app, status);
+  AddCompletion(app, status);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -108,7 +108,7 @@ TEST(Completion, ReachesEveryScriptLine) {
       EXPECT_THAT(Words(line), Contains(word)) << kind->words;
       line += word + ' ';
     }
-    if (kind->arguments.empty()) continue;
+    if (kind->arguments.empty() || kind->words == "help" || kind->words == "?") continue;
     EXPECT_THAT(Hints(line), ElementsAre(kind->Usage() + ": " + std::string(kind->help)));
   }
 }

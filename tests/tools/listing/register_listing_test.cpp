@@ -187,11 +187,11 @@ TEST(PlainPicture, GoesFromDarkToBright) {
       image.At(x, y) = {level, level, level};
     }
   }
-  EXPECT_EQ(DrawPicture(image, {false, 10}), " .:-=+*#%@\n");
-  EXPECT_EQ(DrawPicture(image, {false, 1000}), "  ..::--==++**##%%@@\n  ..::--==++**##%%@@\n");
+  EXPECT_EQ(DrawPicture(image, {.columns = 10}), " .:-=+*#%@\n");
+  EXPECT_EQ(DrawPicture(image, {.columns = 1000}), "  ..::--==++**##%%@@\n  ..::--==++**##%%@@\n");
 }
 
-TEST(PlainPicture, IsNothingForNoImage) { EXPECT_EQ(DrawPicture({}, {false, 80}), ""); }
+TEST(PlainPicture, IsNothingForNoImage) { EXPECT_EQ(DrawPicture({}, {}), ""); }
 
 TEST(ToolTexts, ShowNumbers) {
   EXPECT_EQ(sim::Hex(0), "0x00");

@@ -12,7 +12,7 @@
 
 namespace vexosim {
 
-// --color WHEN.
+// --color auto|always|never.
 struct ColourOption {
   std::string word = "auto";
   PictureStyle Style() const;

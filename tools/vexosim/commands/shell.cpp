@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 
+#include "script/run.h"
 #include "tools/vexosim/commands/commands.h"
 #include "tools/vexosim/commands/options.h"
 
@@ -22,7 +23,8 @@ int Run(const ShellOptions& options) {
   // What a pipe types is nobody's history.
   LineHistory history(terminal ? HistoryPath() : std::nullopt);
   const auto reader = terminal ? MakeTerminalReader(history) : MakePlainReader(std::cin, std::cout);
-  return RunShell(options, history, *reader, std::cout);
+  const int status = RunShell(options, history, *reader, std::cout);
+  return terminal ? script::kExitDone : status;  // who types has seen what there was
 }
 
 }  // namespace
@@ -41,7 +43,7 @@ void AddShell(CLI::App& app, int& status) {
       ->capture_default_str();
   shell->add_flag("--pal", options.pal, "PAL cameras and stored standard, else NTSC");
   shell->add_flag("--bare", options.bare, "Leaves the library unattached");
-  AddSeed(*shell, options.seed);
+  AddSeed(*shell, options.run.seed);
   AddColour(*shell, arguments->colour);
   shell->footer(kIntroduction);
   shell->callback([arguments, &status] {
