@@ -296,24 +296,26 @@ constexpr std::array kCommands = {
 }  // namespace
 
 const RecordField* CommandKind::Find(std::string_view field) const {
-  const auto found = std::find_if(fields.begin(), fields.end(),
-                                  [&](const RecordField& one) { return one.name == field; });
-  return found == fields.end() ? nullptr : &*found;
+  for (const RecordField& one : fields) {
+    if (one.name == field) return &one;
+  }
+  return nullptr;
 }
 
 std::span<const CommandKind> Commands() { return kCommands; }
 
 const CommandKind* FindCommand(std::string_view name) {
-  const auto found = std::find_if(kCommands.begin(), kCommands.end(),
-                                  [&](const CommandKind& one) { return one.name == name; });
-  return found == kCommands.end() ? nullptr : &*found;
+  for (const CommandKind& command : kCommands) {
+    if (command.name == name) return &command;
+  }
+  return nullptr;
 }
 
 const CommandKind* FindCommand(std::uint32_t code) {
-  const auto found = std::find_if(kCommands.begin(), kCommands.end(), [&](const CommandKind& one) {
-    return one.code == (code & 0xFFFF);
-  });
-  return found == kCommands.end() ? nullptr : &*found;
+  for (const CommandKind& command : kCommands) {
+    if (command.code == (code & 0xFFFF)) return &command;
+  }
+  return nullptr;
 }
 
 std::span<const std::string_view> CommandNames() {

@@ -142,7 +142,6 @@ std::string ValueInWords(const RecordField& field, const sim::Bytes& record) {
     case FieldKind::Number:
       return std::to_string(value);
     case FieldKind::Byte:
-      return sim::Hex(value, digits);
     case FieldKind::Mask:
       return sim::Hex(value, digits);
     case FieldKind::Choice:
@@ -191,9 +190,9 @@ class Answer {
   std::string Why(std::int64_t result) const {
     if (result == VEXO_OK) return Taken();
     if (result == VEXO_ERROR_PARAMETER && !sent_.empty()) {
-      if (const std::string refused = Refused(); !refused.empty()) return refused;
+      if (std::string refused = Refused(); !refused.empty()) return refused;
     }
-    if (const std::string own = OwnWords(result); !own.empty()) return own;
+    if (std::string own = OwnWords(result); !own.empty()) return own;
     switch (result) {
       case VEXO_ERROR_PARAMETER:
         return sent_.empty() ? "the command needs a record" : "a value is refused";
@@ -214,7 +213,7 @@ class Answer {
   }
 
   std::string NoneOf(const RecordField& field) const {
-    return FieldInWords(field, sent_) + " is none of " + RangeInWords(field);
+    return FieldInWords(field, sent_) + " is none of " + ValuesInWords(field);
   }
 
   // A value that the command does not take.
@@ -285,6 +284,16 @@ std::string FilledIn(const CommandKind& command, const sim::Bytes& sent, const s
 
 }  // namespace
 
+const CommandKind* CommandOfWord(const std::string& word) {
+  Arguments arguments(std::span(&word, 1));
+  if (!arguments.AtNumber()) return FindCommand(std::string_view(word));
+  try {
+    return FindCommand(arguments.Number("a command code"));
+  } catch (const Malformed&) {
+    return nullptr;
+  }
+}
+
 std::vector<FieldBytes> ParseRecordFields(const CommandKind& command, Arguments& arguments) {
   std::vector<FieldBytes> fields;
   std::vector<std::string_view> left;
@@ -318,9 +327,21 @@ std::string FieldInWords(const RecordField& field, const sim::Bytes& record) {
   return std::string(field.name) + ' ' + ValueInWords(field, record);
 }
 
-std::string RangeInWords(const RecordField& field) {
-  if (field.kind == FieldKind::Choice) return sim::OneOf(ValueNames(field));
-  return field.most < MostOf(field) ? "0-" + std::to_string(field.most) : "";
+std::string ValuesInWords(const RecordField& field) {
+  switch (field.kind) {
+    case FieldKind::Choice:
+      return sim::OneOf(ValueNames(field));
+    case FieldKind::Mask:
+      return "channels (0-3,7), all, none or a number";
+    case FieldKind::Channels:
+      return std::to_string(field.count) + " channels (0-3,7)";
+    case FieldKind::Bytes:
+      return std::to_string(field.count) + " bytes";
+    case FieldKind::Byte:
+    case FieldKind::Number:
+      break;
+  }
+  return "0-" + std::to_string(std::min(field.most, MostOf(field)));
 }
 
 std::vector<std::string> ReturnInWords(std::uint32_t code, const sim::Bytes& sent,

@@ -12,6 +12,9 @@
 
 namespace script {
 
+// The command that a word names or whose code it is; null when there is none.
+const CommandKind* CommandOfWord(const std::string& word);
+
 // A field with the bytes it was given, as they lie in the record; a list may be shorter than the
 // field.
 struct FieldBytes {
@@ -28,8 +31,8 @@ sim::Bytes RecordOf(const std::vector<FieldBytes>& fields);
 // "mode 16" as the record has it; empty when the record ends before the field.
 std::string FieldInWords(const RecordField& field, const sim::Bytes& record);
 
-// What the values of a field are: "full, 4 or 9", "0-3"; empty when any will do.
-std::string RangeInWords(const RecordField& field);
+// What a field may have: "0-3", "full, 4, 9 or 16", "24 bytes".
+std::string ValuesInWords(const RecordField& field);
 
 // What a call of VEXOAPI_CommandProc left, a line each:
 //   < chip-count 4, video-standard ntsc, chip-id 28 28 28 28    fields that the library filled in

@@ -89,7 +89,7 @@ struct WantedFields {
 std::vector<WantedFields> ParseWantedFields(Arguments& arguments) {
   std::vector<WantedFields> wanted;
   std::vector<std::string_view> names;
-  std::optional<Malformed> mistake;
+  std::string mistake;
   for (const CommandKind& command : Commands()) {
     for (const RecordField& field : command.fields) {
       const bool known = std::find(names.begin(), names.end(), field.name) != names.end();
@@ -100,10 +100,10 @@ std::vector<WantedFields> ParseWantedFields(Arguments& arguments) {
     try {
       wanted.push_back({&command, ParseRecordFields(command, attempt)});
     } catch (const Malformed& error) {
-      if (!mistake) mistake = error;
+      if (mistake.empty()) mistake = error.what();
     }
   }
-  if (wanted.empty() && mistake) throw *mistake;
+  if (wanted.empty() && !mistake.empty()) throw Malformed(mistake);
   if (wanted.empty()) arguments.Expected("an offset below 64 or a field of a record", names);
   arguments = Arguments({});
   return wanted;

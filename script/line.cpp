@@ -106,7 +106,8 @@ std::string LanguageHelp() {
       "\nWords are separated by blanks; # starts a comment; a word in double quotes may hold\n"
       "\\n \\r \\t \\\\ \\\" \\xHH. Numbers are decimal or 0x-hexadecimal. CH is 0 to 15 or all,\n"
       "CHIP is master, slave1, slave2, slave3 or all, PAGE is 0 to 2, and a BYTE of a record or\n"
-      "a register has two hexadecimal digits.\n";
+      "a register has two hexadecimal digits. COMMAND and MESSAGE are a name or a number; the\n"
+      "shell's help commands, help messages and help NAME list names and fields.\n";
   return text;
 }
 

@@ -54,7 +54,8 @@ void AddRun(std::vector<std::string>& lines, const RegisterRun& run,
   for (const auto& [change, chips] : changes) {
     std::string names = NamesOf(chips, pairs.size());
     names.resize(std::max(kChipColumns, names.size()), ' ');
-    lines.push_back(names + " page " + std::to_string(run.page) + "  " + change);
+    names += " page " + std::to_string(run.page);
+    lines.push_back(names + "  " + change);
   }
 }
 

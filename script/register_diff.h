@@ -1,12 +1,20 @@
 // Registers that differ: between two moments, or between two chips.
 #pragma once
 
+#include <array>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "sim/board/snapshot.h"
 
 namespace script {
+
+// Moments that every session knows: the last attach, the begin of the last action, now.
+inline constexpr std::string_view kAttachMoment = "attach";
+inline constexpr std::string_view kStartMoment = "start";
+inline constexpr std::string_view kNowMoment = "now";
+inline constexpr std::array kMoments = {kAttachMoment, kStartMoment, kNowMoment};
 
 // One line each, with both values and the fields that changed, by page and register:
 //   all    page 1  0x10  channel display 0         c0 -> c4 (decoded set)

@@ -182,19 +182,15 @@ Step ParseFields(Arguments& arguments) {
 
 // ---- Comparing ----------------------------------------------------------------------------------
 
-constexpr std::string_view kAttach = "attach";
-constexpr std::string_view kStart = "start";
-constexpr std::string_view kNow = "now";
-
 sim::RegisterSnapshot SnapshotAt(const Session& session, const std::string& moment) {
   const sim::World& world = session.World();
-  if (moment == kNow) return sim::TakeSnapshot(world.board);
-  if (moment == kAttach && world.at_attach) return *world.at_attach;
+  if (moment == kNowMoment) return sim::TakeSnapshot(world.board);
+  if (moment == kAttachMoment && world.at_attach) return *world.at_attach;
   if (const auto found = session.moments.find(moment); found != session.moments.end()) {
     return found->second;
   }
-  std::vector<std::string_view> known = {kNow};
-  if (world.at_attach) known.push_back(kAttach);
+  std::vector<std::string_view> known = {kNowMoment};
+  if (world.at_attach) known.push_back(kAttachMoment);
   for (const auto& [name, snapshot] : session.moments) known.push_back(name);
   throw std::runtime_error("expected a moment, " + sim::OneOf(known) + ", found '" + moment + "'" +
                            DidYouMean(moment, known));
@@ -225,8 +221,8 @@ Step ParseDiff(Arguments& arguments) {
     const auto one = static_cast<unsigned>(arguments.Choice(chips));
     return DiffChips(one, static_cast<unsigned>(arguments.Choice(chips)));
   }
-  std::string before(kStart);
-  std::string after(kNow);
+  std::string before(kStartMoment);
+  std::string after(kNowMoment);
   if (!arguments.AtEnd()) before = arguments.Text("a moment");
   if (!arguments.AtEnd()) after = arguments.Text("a moment");
   return DiffMoments(before, after);

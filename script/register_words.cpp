@@ -33,9 +33,9 @@ std::string RegisterLabel(std::uint8_t page, std::uint8_t reg) {
 }
 
 std::span<const Field> FieldsOf(const Register& row) {
-  const auto end = std::find_if(row.fields.begin(), row.fields.end(),
-                                [](const Field& field) { return field.name == nullptr; });
-  return {row.fields.begin(), end};
+  const auto count = std::count_if(row.fields.begin(), row.fields.end(),
+                                   [](const Field& field) { return field.name != nullptr; });
+  return std::span(row.fields).first(static_cast<std::size_t>(count));
 }
 
 std::span<const Field> FieldsOf(std::uint8_t page, std::uint8_t reg) {

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "script/action_printer.h"
+#include "script/register_diff.h"
 
 namespace script {
 namespace {
@@ -46,7 +47,7 @@ void Session::BeginAction(std::string name) {
   debug_text_.clear();
   messages_.clear();
   message_words_.clear();
-  moments.insert_or_assign("start", sim::TakeSnapshot(World().board));
+  moments.insert_or_assign(std::string(kStartMoment), sim::TakeSnapshot(World().board));
 }
 
 void Session::OnEvent(const sim::Event&, const sim::EventDetail* detail) {

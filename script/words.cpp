@@ -8,6 +8,7 @@
 #include "script/command_table.h"
 #include "script/grammar/did_you_mean.h"
 #include "script/message_words.h"
+#include "script/register_diff.h"
 #include "sim/board/drivers.h"
 #include "sim/faults.h"
 #include "sim/text.h"
@@ -125,6 +126,7 @@ std::span<const std::string_view> WordsOf(std::string_view argument) {
   if (argument == "FAULT") return kFaultWords;
   if (argument == "COMMAND") return CommandNames();
   if (argument == "MESSAGE") return MessageNames();
+  if (argument == "MOMENT") return kMoments;
   return {};
 }
 

@@ -3,11 +3,15 @@
 #include <algorithm>
 #include <span>
 
+#include "script/command_words.h"
 #include "script/grammar/pattern_walk.h"
 #include "script/grammar/text_help.h"
 #include "script/grammar/text_line.h"
+#include "script/help/command_help.h"
 #include "script/help/first_words.h"
+#include "script/help/help.h"
 #include "script/line.h"
+#include "script/register_names.h"
 
 namespace script {
 namespace {
@@ -15,21 +19,43 @@ namespace {
 // A line before the cursor: its finished words, and what is typed of the next.
 struct Typed {
   std::vector<std::string> words;
-  std::string part;
+  std::string part;  // with its opening quote
 };
 
-Typed Cut(std::string_view line) {
-  const bool text_line = FindGrammar(FirstWordOf(line)) != nullptr;
-  const std::string_view separators = text_line ? " ,\t" : " \t";
+Typed CutText(std::string_view line) {
   Typed typed;
   for (;;) {
-    const std::size_t end = line.find_first_of(separators);
+    const std::size_t end = line.find_first_of(" ,\t");
     if (end == std::string_view::npos) break;
     if (end != 0) typed.words.emplace_back(line.substr(0, end));
     line.remove_prefix(end + 1);
   }
   typed.part = line;
   return typed;
+}
+
+// A script line has words in quotes, which may hold blanks.
+Typed CutScript(std::string_view line) {
+  Typed typed;
+  bool quoted = false;
+  for (std::size_t at = 0; at < line.size(); ++at) {
+    const char c = line[at];
+    if (c == '"') quoted = !quoted;
+    if (quoted || (c != ' ' && c != '\t')) {
+      typed.part += c;
+      if (quoted && c == '\\' && at + 1 < line.size()) typed.part += line[++at];
+      continue;
+    }
+    const bool in_quotes = typed.part.size() > 1 && typed.part.front() == '"';
+    if (in_quotes) typed.part = typed.part.substr(1, typed.part.size() - 2);
+    if (!typed.part.empty()) typed.words.push_back(std::move(typed.part));
+    typed.part.clear();
+  }
+  return typed;
+}
+
+Typed Cut(std::string_view line) {
+  return FindGrammar(FirstWordOf(line)) != nullptr ? CutText(line) : CutScript(line);
 }
 
 class Choice {
@@ -50,6 +76,13 @@ class Choice {
       result_.hints.push_back(std::move(hint));
     }
   }
+  // A word that is quoted when it has a blank.
+  void Quotable(std::string_view word) {
+    const bool quote = part_.starts_with('"') || word.find(' ') != std::string_view::npos;
+    Word(quote ? '"' + std::string(word) + '"' : std::string(word));
+  }
+  // More than an opening quote is typed.
+  bool Begun() const { return part_.size() > 1; }
   Completion Result() const { return result_; }
 
  private:
@@ -70,9 +103,10 @@ void FirstWords(Choice& choice, bool nothing_typed) {
 
 void HelpWords(Choice& choice) {
   Headers(choice);
-  choice.Word("script");
   for (const TextGrammar* grammar : TextGrammars()) choice.Words(Keywords(*grammar));
   choice.Words(ScriptWords());
+  choice.Words(HelpTopics());
+  choice.Words(CommandNames());
 }
 
 // After the words of a text command from its keyword on.
@@ -113,6 +147,89 @@ std::vector<std::string> ArgumentWords(std::string_view arguments) {
   return SplitWords(plain);
 }
 
+// ---- Arguments of a script line -----------------------------------------------------------------
+
+// Positions are too many to offer unasked.
+void RegisterNameWords(Choice& choice) {
+  for (const std::string_view name : RegisterNames()) {
+    if (choice.Begun() || name.back() < '0' || name.back() > '9') choice.Quotable(name);
+  }
+}
+
+// The patterns of a kind, "CHIP NAME | CHIP page PAGE REG" as two.
+std::vector<std::vector<std::string>> Patterns(const LineKind& kind) {
+  std::vector<std::vector<std::string>> patterns;
+  std::string_view rest = kind.arguments;
+  for (;;) {
+    const std::size_t end = rest.find(" | ");
+    patterns.push_back(ArgumentWords(rest.substr(0, end)));
+    if (end == std::string_view::npos) return patterns;
+    rest.remove_prefix(end + 3);
+  }
+}
+
+// Whether words fit the beginning of a pattern: registers have their name, and a word in small
+// letters stands for itself.
+bool Fits(const std::vector<std::string>& pattern, std::span<const std::string> words) {
+  for (std::size_t i = 0; i < words.size() && i < pattern.size(); ++i) {
+    const std::string& own = pattern[i];
+    const bool literal = own.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;
+    if (own == "NAME" && RegistersOf(words[i]).empty()) return false;
+    if (own == "PAGE" && (words[i].empty() || words[i][0] < '0' || words[i][0] > '9')) return false;
+    if (literal && own != words[i]) return false;
+  }
+  return true;
+}
+
+void PatternWords(Choice& choice, const std::vector<std::string>& pattern,
+                  std::span<const std::string> words) {
+  if (words.size() >= pattern.size() || !Fits(pattern, words)) return;
+  const std::string& next = pattern[words.size()];
+  if (next == "NAME") return RegisterNameWords(choice);
+  if (next == "FIELD" && !words.empty()) {
+    for (const Field& field : FieldsOf(words.back())) choice.Quotable(field.name);
+    return;
+  }
+  Alternatives(choice, next);
+}
+
+// After FIELD VALUE... of a command's record.
+void RecordWords(Choice& choice, const CommandKind& command, std::span<const std::string> words,
+                 bool filled_in_too) {
+  const NextOfRecord next = AfterFields(command, words);
+  if (next.wrong) return;
+  for (const RecordField* field : next.fields) {
+    if (filled_in_too || field->flow != Flow::Out) choice.Word(field->name);
+  }
+  if (next.value == nullptr) return;
+  for (const NamedValue& value : next.value->values) choice.Word(value.name);
+  if (next.value->kind == FieldKind::Mask) {
+    choice.Word("all");
+    choice.Word("none");
+  }
+  choice.Hint(std::string(next.value->name) + ": " + ValuesInWords(*next.value) + "; " +
+              std::string(next.value->help));
+}
+
+void CommandWords(Choice& choice, std::span<const std::string> words) {
+  if (words.empty()) return choice.Words(CommandNames());
+  const CommandKind* const command = CommandOfWord(words.front());
+  if (command == nullptr) return;
+  if (words.size() == 1) choice.Word("null");
+  RecordWords(choice, *command, words.subspan(1), false);
+}
+
+void ArgumentsOf(Choice& choice, const LineKind& kind, std::span<const std::string> words) {
+  if (kind.words == "command") return CommandWords(choice, words);
+  if (kind.words == "expect record") {
+    for (const CommandKind& command : Commands()) RecordWords(choice, command, words, true);
+    return;
+  }
+  for (const std::vector<std::string>& pattern : Patterns(kind)) {
+    PatternWords(choice, pattern, words);
+  }
+}
+
 void ScriptLineWords(Choice& choice, const std::vector<std::string>& words) {
   const LineKind* found = nullptr;
   std::size_t found_words = 0;
@@ -130,11 +247,9 @@ void ScriptLineWords(Choice& choice, const std::vector<std::string>& words) {
       found_words = own.size();
     }
   }
-  if (found == nullptr) return;
-  const std::vector<std::string> arguments = ArgumentWords(found->arguments);
-  const std::size_t next = words.size() - found_words;
-  if (next < arguments.size()) Alternatives(choice, arguments[next]);
-  if (!arguments.empty()) choice.Hint(found->Usage() + ": " + std::string(found->help));
+  if (found == nullptr || found->arguments.empty()) return;
+  ArgumentsOf(choice, *found, std::span(words).subspan(found_words));
+  choice.Hint(found->Usage() + ": " + std::string(found->help));
 }
 
 std::string CommonBeginning(const std::vector<std::string>& words) {

@@ -1,5 +1,6 @@
 #include "script/help/help.h"
 
+#include <array>
 #include <span>
 #include <stdexcept>
 #include <vector>
@@ -7,6 +8,7 @@
 #include "script/grammar/did_you_mean.h"
 #include "script/grammar/pattern_walk.h"
 #include "script/grammar/text_help.h"
+#include "script/help/command_help.h"
 #include "script/help/first_words.h"
 #include "script/line.h"
 #include "sim/faults.h"
@@ -15,6 +17,9 @@ namespace script {
 namespace {
 
 constexpr std::string_view kScript = "script";  // help on the script language
+constexpr std::string_view kCommands = "commands";
+constexpr std::string_view kMessages = "messages";
+constexpr std::array kTopics = {kScript, kCommands, kMessages};
 
 std::string Wrapped(std::span<const std::string_view> words) {
   constexpr std::size_t kWidth = 78;
@@ -58,6 +63,7 @@ std::string HelpOnScriptWord(std::string_view word) {
     }
   }
   if (word == "fault") text += HelpOnFaults();
+  if (word == "command") text += HelpOnCommands();
   return text;
 }
 
@@ -68,6 +74,8 @@ std::vector<std::string_view> AllWords() {
     words.insert(words.end(), keywords.begin(), keywords.end());
     words.emplace_back(grammar->header);
   }
+  words.insert(words.end(), CommandNames().begin(), CommandNames().end());
+  words.insert(words.end(), kTopics.begin(), kTopics.end());
   return words;
 }
 
@@ -97,8 +105,10 @@ std::string HelpOverview() {
 
 std::string HelpOnWord(std::string_view word) {
   if (word == kScript) return LanguageHelp();
+  if (word == kCommands) return HelpOnCommands();
+  if (word == kMessages) return HelpOnMessages();
   if (const TextGrammar* grammar = FindGrammar(word)) return HelpOnHeader(*grammar);
-  return HelpOnKeyword(word) + HelpOnScriptWord(word);
+  return HelpOnKeyword(word) + HelpOnScriptWord(word) + HelpOnCommand(word);
 }
 
 std::string Help(std::span<const std::string> words) {
@@ -112,6 +122,8 @@ std::string Help(std::span<const std::string> words) {
   throw std::runtime_error("unknown: '" + word + '\'' +
                            (near.empty() ? "; help lists what there is" : near));
 }
+
+std::span<const std::string_view> HelpTopics() { return kTopics; }
 
 std::string HelpSuggestion(std::string_view word) { return DidYouMean(word, AllWords()); }
 
