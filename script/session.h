@@ -46,8 +46,9 @@ class Session : public sim::TraceListener {
   const std::string& ActionName() const { return action_; }
   std::optional<std::int64_t> returned;
   LibraryFacts facts;  // what all calls so far have shown
-  std::vector<std::string> outcome;  // the result in words, when there is more to say than its number
-  std::vector<std::string> notes;    // what is said below it
+  std::vector<std::string>
+      outcome;                     // the result in words, when there is more to say than its number
+  std::vector<std::string> notes;  // what is said below it
   // Hears of the messages that reach the host window.
   std::function<void(const sim::ReceivedMessage&)> on_received;
 
