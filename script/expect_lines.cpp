@@ -109,23 +109,12 @@ std::vector<WantedFields> ParseWantedFields(Arguments& arguments) {
   return wanted;
 }
 
-// The command that the last action called.
-const CommandKind* CommandOf(const Session& session) {
-  const sim::Trace& trace = session.World().trace;
-  for (std::size_t i = trace.Mark(); i > session.FirstEvent(); --i) {
-    const auto* call = trace.As<sim::CallEvent>(trace.Events()[i - 1]);
-    if (call != nullptr && call->fn == "VEXOAPI_CommandProc") {
-      return FindCommand(static_cast<std::uint32_t>(call->args.front()));
-    }
-  }
-  return nullptr;
-}
-
 Step ParseRecordFields(Arguments& arguments) {
   const std::vector<WantedFields> wanted = ParseWantedFields(arguments);
   return [=](Session& session) {
     const sim::Bytes& record = RecordOfAction(session);
-    const CommandKind* const command = CommandOf(session);
+    const auto code = session.CommandCode();
+    const CommandKind* const command = code ? FindCommand(*code) : nullptr;
     const auto own = std::find_if(wanted.begin(), wanted.end(),
                                   [&](const WantedFields& one) { return one.command == command; });
     if (own == wanted.end()) throw Unmet{"'" + session.ActionName() + "' has no such field"};

@@ -44,6 +44,7 @@ void Session::BeginAction(std::string name) {
   first_cycle_ = World().trace.Cycles();
   begin_ = World().kernel.Now();
   record_.reset();
+  command_.reset();
   debug_text_.clear();
   messages_.clear();
   message_words_.clear();
@@ -51,7 +52,10 @@ void Session::BeginAction(std::string name) {
 }
 
 void Session::OnEvent(const sim::Event&, const sim::EventDetail* detail) {
-  if (const auto* ended = std::get_if<sim::ReturnEvent>(detail)) {
+  if (const auto* call = std::get_if<sim::CallEvent>(detail)) {
+    if (call->fn == "VEXOAPI_CommandProc")
+      command_ = static_cast<std::uint32_t>(call->args.front());
+  } else if (const auto* ended = std::get_if<sim::ReturnEvent>(detail)) {
     record_ = ended->record;
   } else if (const auto* debug = std::get_if<sim::DebugEvent>(detail)) {
     if (debug_text_.size() < kMostDebugText) debug_text_ += debug->text;

@@ -63,6 +63,8 @@ class Session : public sim::TraceListener {
   std::uint64_t Cycles() const { return World().trace.Cycles() - first_cycle_; }
   // The caller's record as its call left it; null when the call had none.
   const sim::Bytes* Record() const { return record_ ? &*record_ : nullptr; }
+  // The code of the binary command that it called, the last of several.
+  std::optional<std::uint32_t> CommandCode() const { return command_; }
   // All its debug and kernel debug writes, in order; 16 MiB at most.
   const std::string& DebugText() const { return debug_text_; }
   // Whether it sent or posted such a message with success, or the host window handled one.
@@ -87,6 +89,7 @@ class Session : public sim::TraceListener {
   std::uint32_t begin_ = 0;
 
   std::optional<sim::Bytes> record_;
+  std::optional<std::uint32_t> command_;
   std::string debug_text_;
   // Numbers and, where they are no addresses, wParams of the messages that came.
   std::set<std::pair<std::uint32_t, std::optional<std::uint32_t>>> messages_;

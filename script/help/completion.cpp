@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <span>
+#include <sstream>
 
 #include "script/command_words.h"
 #include "script/grammar/pattern_walk.h"
@@ -139,14 +140,6 @@ void Alternatives(Choice& choice, std::string_view argument) {
   }
 }
 
-std::vector<std::string> ArgumentWords(std::string_view arguments) {
-  std::string plain(arguments);
-  std::erase_if(plain, [](char c) { return c == '[' || c == ']'; });
-  // Quotes are how a text is typed, not what is expected.
-  std::erase(plain, '"');
-  return SplitWords(plain);
-}
-
 // ---- Arguments of a script line -----------------------------------------------------------------
 
 // Positions are too many to offer unasked.
@@ -156,13 +149,31 @@ void RegisterNameWords(Choice& choice) {
   }
 }
 
-// The patterns of a kind, "CHIP NAME | CHIP page PAGE REG" as two.
+constexpr std::string_view kRegisterName = "\"NAME\"";
+
+// "[CHIP [PAGE]]" as two words. Quotes stay: they tell a register's name from others.
+std::vector<std::string> ArgumentWords(std::string_view arguments) {
+  std::vector<std::string> words;
+  std::istringstream in{std::string(arguments)};
+  for (std::string word; in >> word;) {
+    std::erase_if(word, [](char c) { return c == '[' || c == ']'; });
+    words.push_back(word);
+  }
+  return words;
+}
+
+// The patterns of a kind, each alternative one, and one more without a chip that may be left out.
 std::vector<std::vector<std::string>> Patterns(const LineKind& kind) {
+  constexpr std::string_view kMayBeLeftOut = "[CHIP] ";
   std::vector<std::vector<std::string>> patterns;
   std::string_view rest = kind.arguments;
   for (;;) {
     const std::size_t end = rest.find(" | ");
-    patterns.push_back(ArgumentWords(rest.substr(0, end)));
+    const std::string_view one = rest.substr(0, end);
+    patterns.push_back(ArgumentWords(one));
+    if (one.starts_with(kMayBeLeftOut)) {
+      patterns.push_back(ArgumentWords(one.substr(kMayBeLeftOut.size())));
+    }
     if (end == std::string_view::npos) return patterns;
     rest.remove_prefix(end + 3);
   }
@@ -174,7 +185,7 @@ bool Fits(const std::vector<std::string>& pattern, std::span<const std::string> 
   for (std::size_t i = 0; i < words.size() && i < pattern.size(); ++i) {
     const std::string& own = pattern[i];
     const bool literal = own.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;
-    if (own == "NAME" && RegistersOf(words[i]).empty()) return false;
+    if (own == kRegisterName && RegistersOf(words[i]).empty()) return false;
     if (own == "PAGE" && (words[i].empty() || words[i][0] < '0' || words[i][0] > '9')) return false;
     if (literal && own != words[i]) return false;
   }
@@ -185,7 +196,7 @@ void PatternWords(Choice& choice, const std::vector<std::string>& pattern,
                   std::span<const std::string> words) {
   if (words.size() >= pattern.size() || !Fits(pattern, words)) return;
   const std::string& next = pattern[words.size()];
-  if (next == "NAME") return RegisterNameWords(choice);
+  if (next == kRegisterName) return RegisterNameWords(choice);
   if (next == "FIELD" && !words.empty()) {
     for (const Field& field : FieldsOf(words.back())) choice.Quotable(field.name);
     return;

@@ -182,6 +182,9 @@ TEST(Completion, OffersRegistersInQuotesAndTheirFields) {
       {"poke master 1 ", {}},
       {"diff ", {"attach", "start", "now", "master", "slave1", "slave2", "slave3", "all"}},
       {"diff start n", {"now"}},
+      {"break write \"chip", {"\"chip identification\""}},
+      {"break read slave1 \"chip", {"\"chip identification\""}},
+      {"mark ", {}},
   };
   for (const NextWords& next : cases) EXPECT_EQ(Words(next.line), next.words) << next.line;
   EXPECT_THAT(Words("fields all "), IsSupersetOf({"window", "\"channel display\"", "page"}));

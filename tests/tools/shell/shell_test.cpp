@@ -345,15 +345,18 @@ TEST_F(ShellTest, ShowsRegisterWritesByNameWhenToldTo) {
   EXPECT_EQ(Run("writes on"), "");
   EXPECT_EQ(Run("pip stop"),
             "      vexo pip stop\n"
-            "      w all    page 1  0x10      channel display 0         = 0xC0\n"
-            "      w all    page 1  0x18      channel display 1         = 0xC1\n"
-            "      w all    page 1  0x20      channel display 2         = 0xC2\n"
-            "      w all    page 1  0x28      channel display 3         = 0xC3\n"
+            "      w all    page 1  0x10      channel display 0         = 0xC0 (enable, front)\n"
+            "      w all    page 1  0x18      channel display 1         = 0xC1 (enable, front, "
+            "position 1)\n"
+            "      w all    page 1  0x20      channel display 2         = 0xC2 (enable, front, "
+            "position 2)\n"
+            "      w all    page 1  0x28      channel display 3         = 0xC3 (enable, front, "
+            "position 3)\n"
             "      = 0\n");
   EXPECT_EQ(Run("wr c 1 6 4"),
             "      vexo wr c 1 6 4\n"
             "      | [VexoCtrlSDK]: >> VEXO WRITE REG 0x0C 0x01 0x06 0x04 \n"
-            "      w slave1 page 1  0x06      display mode              = 0x04\n"
+            "      w slave1 page 1  0x06      display mode              = 0x04 (zoom)\n"
             "      = 0\n");
   // Reads are none.
   EXPECT_THAT(Run("rr 3 1 ab"), Not(HasSubstr(" w ")));
@@ -368,7 +371,7 @@ TEST_F(ShellTest, PutsNeighbouringRegistersOfOneNameOnOneLine) {
   EXPECT_THAT(text, HasSubstr("      w master page 1  0x38-0x3B window 2                  = "
                               "14 3e 0a 28\n"
                               "      w master page 1  0x20      channel display 2         = "
-                              "0xC2\n"));
+                              "0xC2 (enable, front, position 2)\n"));
   EXPECT_THAT(Run("mmask change all 0 0"),
               HasSubstr("      w master page 2  0x86-0x9D motion mask 0             = "
                         "ff ff ff ff ff ff ff ff ... (24 bytes)\n"));

@@ -51,6 +51,8 @@ void PrintLine(std::ostream& out, Writes writes) {
       << page << "  " << Padded(reg, kRegColumns) << ' ' << Padded(label, kLabelColumns) << " = ";
   if (writes.size() == 1) {
     out << sim::Hex(first.value);
+    const std::string fields = script::FieldsInWords(first.Page(), first.reg, first.value);
+    if (!fields.empty()) out << " (" << fields << ')';
   } else {
     out << sim::HexBytes(bytes, " ");
   }
