@@ -46,7 +46,7 @@ ActionPrinter::~ActionPrinter() { world_.trace.RemoveListener(*this); }
 
 void ActionPrinter::Begin() {
   begin_ = world_.kernel.Now();
-  posted_ = 0;
+  older_ = queued_;
 }
 
 void ActionPrinter::End() {
@@ -67,18 +67,17 @@ void ActionPrinter::OnEvent(const sim::Event&, const sim::EventDetail* detail) {
   if (const auto* text = std::get_if<sim::DebugEvent>(detail)) {
     Print(text->kernel ? '!' : '|', (text->kernel ? kernel_ : debug_).Add(text->text));
   } else if (const auto* message = std::get_if<sim::MessageEvent>(detail)) {
-    if (message->post && message->ok) ++posted_;
+    if (message->post && message->ok) ++queued_;
     Message(MessageInWords(world_, *message));
   }
 }
 
 void ActionPrinter::OnReceived(const sim::ReceivedMessage& message) {
   if (!message.posted) return;  // its send is an event of its own
-  if (posted_ != 0) {
-    --posted_;  // told when it was posted
-  } else {
-    Message(MessageInWords(world_, message));
-  }
+  if (queued_ != 0) --queued_;
+  if (older_ == 0) return;  // told when it was posted
+  --older_;
+  Message(MessageInWords(world_, message));
 }
 
 void ActionPrinter::Flush() {

@@ -66,7 +66,8 @@ class ActionPrinter : public sim::TraceListener {
   sim::World& world_;
   std::ostream& out_;
   std::uint32_t begin_ = 0;
-  unsigned posted_ = 0;  // by this action, and not taken from the queue yet
+  unsigned queued_ = 0;  // posted, and not taken from the queue yet
+  unsigned older_ = 0;   // of these, by earlier actions
   DebugLines debug_;
   DebugLines kernel_;
   std::vector<Folded> folded_;

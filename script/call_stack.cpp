@@ -43,6 +43,13 @@ std::string Line(std::FILE* in) {
   return line;
 }
 
+std::string Without(std::string_view part, std::string text) {
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part)) {
+    text.erase(at, part.size());
+  }
+  return text;
+}
+
 }  // namespace
 
 std::vector<std::string> LibraryStack() {
@@ -56,13 +63,14 @@ std::vector<std::string> LibraryStack() {
   if (tool == nullptr) return {};
   std::vector<std::string> lines;
   for (;;) {
-    const std::string function = Line(tool.get());
+    const std::string function = Without("(anonymous namespace)::", Line(tool.get()));
     const std::string place = Line(tool.get());
     if (place.empty()) return lines;
     const std::size_t library = place.rfind(kLibrary);
     if (library != std::string::npos) {
+      const std::string line = place.substr(library + kLibrary.size());
       lines.push_back(function.substr(0, function.find('(')) + " (" +
-                      place.substr(library + kLibrary.size()) + ')');
+                      line.substr(0, line.find(' ')) + ')');
     } else if (!lines.empty()) {
       return lines;  // the host
     }

@@ -139,10 +139,7 @@ void Interpreter::Execute(const Statement& statement) {
   }
   const std::size_t place = log_.size();
   if (statement.group != LineGroup::Tool) log_.push_back({statement});
-  if (!replaying_) {
-    if (options_.interactive) around_.ForgetInterrupt();
-    Echo(statement);
-  }
+  if (!replaying_) Echo(statement);
   try {
     switch (statement.group) {
       case LineGroup::Action:

@@ -14,11 +14,11 @@ std::string HelpOverview();
 // the shell or a topic; empty when it is none of them.
 std::string HelpOnWord(std::string_view word);
 
-// What it explains that is no word of a line.
-std::span<const std::string_view> HelpTopics();
-
 // What `help WORD...` says. Throws std::runtime_error for a word that it cannot explain.
 std::string Help(std::span<const std::string> words);
+
+// What it explains that is no word of a line.
+std::span<const std::string_view> HelpTopics();
 
 // What `help` can explain, for a mistyped word.
 std::string HelpSuggestion(std::string_view word);

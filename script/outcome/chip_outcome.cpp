@@ -1,4 +1,4 @@
-// What became of the text commands for the chips, a row for each of them.
+// What became of the text commands for the chips, a row for each that can end in more than one way.
 #include <algorithm>
 #include <array>
 
@@ -51,7 +51,6 @@ void SayOfEmptyWindow(TextAction& a) {
 
 // ---- System -------------------------------------------------------------------------------------
 
-void Nothing(TextAction&) {}
 void AsksForNothing(TextAction& a) { a.Say("this command asks for nothing: nothing was done"); }
 
 void Init(TextAction& a) {
@@ -74,16 +73,17 @@ void Version(TextAction& a) {
 void SayOfAccess(TextAction& a, bool read) {
   const unsigned chip = a.Byte(0);
   if (Refused(a, "PAGE", kPageCount - 1, read ? "nothing was read" : "nothing was written")) return;
-  const auto position = std::find(kChipByPosition.begin(), kChipByPosition.end(), chip);
   if (chip == kChipAll) {
     if (read) a.Say("one chip can be read at a time: what all of them answer is no value");
-  } else if (position == kChipByPosition.end()) {
+    return;
+  }
+  unsigned position = 0;
+  while (position < kChipsMax && kChipByPosition[position] != chip) ++position;
+  if (position == kChipsMax) {
     a.Say("CHIP " + sim::Hex(chip) +
-          " is none of 0x03, 0x0C, 0x30, 0xC0 and 0xFF: no chip was "
-          "selected");
-  } else if (const auto p = static_cast<unsigned>(position - kChipByPosition.begin());
-             !a.World().board.Fitted(p)) {
-    a.Say(std::string(ChipName(p)) +
+          " is none of 0x03, 0x0C, 0x30, 0xC0 and 0xFF: no chip was selected");
+  } else if (!a.World().board.Fitted(position)) {
+    a.Say(std::string(ChipName(position)) +
           " is not fitted: " + (read ? "no chip answered" : "no chip took the value"));
   }
 }
@@ -297,37 +297,27 @@ constexpr std::array kRows = {
     Row{"xscale CHANNEL HORIZONTAL VERTICAL", ScaleX},
     Row{"yscale CHANNEL RECORD_MODE", ScaleY},
     Row{"lsplit MODE CHANNEL [BLANK_MASK]", SayOfLiveSplit},
-    Row{"lsplit_pos MODE default", Nothing},
     Row{"lsplit_pos MODE WINDOW DX_START DY_START DX_END DY_END", Offset},
     Row{"pip start MAIN INSET [BLANK_MASK]", StartPip},
-    Row{"pip stop", Nothing},
     Row{"mpip start CHANNEL SIZE X_START X_END Y_START Y_END [BLANK_MASK]", StartMultiPip},
     Row{"mpip move CHANNEL X_START X_END Y_START Y_END [BLANK_MASK]", StartMultiPip},
     Row{"mpip stop MODE CHANNEL [BLANK_MASK]", SayOfLiveSplit},
     Row{"zoom start [BLANK_MASK]", Zoom},
     Row{"zoom stop [BLANK_MASK]", Zoom},
     Row{"zoom pos X Y [BLANK_MASK]", Zoom},
-    Row{"frz FREEZE_MASK [BLANK_MASK]", Nothing},
-    Row{"loss BLANK_MASK", Nothing},
     Row{"rec RECORD_MODE SWITCHING", Record},
     Row{"play SETUP OPTION", PlaySetup},
     Row{"stop", BackToLive},
     Row{"psplit MODE CHANNEL [BLANK_MASK]", SayOfPlaySplit},
-    Row{"psplit_pos MODE default", Nothing},
     Row{"psplit_pos MODE WINDOW DX_START DY_START DX_END DY_END", Offset},
     Row{"pbank init", BankOfAll},
     Row{"pbank show CHANNEL", BankShow},
     Row{"pbank clear", BankOfAll},
-    Row{"minit", Nothing},
     Row{"mlevel CHANNEL LEVEL", MotionLevel},
     Row{"mcell show TYPE MODE CHANNEL", ShowCells},
-    Row{"mcell clear", Nothing},
     Row{"mmask change all CHANNEL CLEAR", MaskAll},
     Row{"mmask change CHANNEL COLUMN ROW", ToggleCell},
     Row{"mshow REQUEST", CellDisplay},
-    Row{"clrbar ON", Nothing},
-    Row{"bluescr init", Nothing},
-    Row{"bluescr clear", Nothing},
     Row{"rver", Version},
     Row{"set_emif A B C D E F G H I J", AsksForNothing},
     Row{"rr $CHIP $PAGE $REGISTER", ReadReg},
@@ -357,10 +347,9 @@ void SayOfDeadChips(TextAction& a) {
 }  // namespace
 
 void SayOfChipCommand(TextAction& action) {
-  const auto row = std::find_if(kRows.begin(), kRows.end(), [&](const Row& each) {
-    return each.pattern == action.Line().pattern;
-  });
-  if (row != kRows.end()) row->say(action);
+  for (const Row& row : kRows) {
+    if (row.pattern == action.Line().pattern) row.say(action);
+  }
   SayOfMasks(action);
   SayOfDeadChips(action);
 }

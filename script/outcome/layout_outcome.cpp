@@ -54,7 +54,9 @@ void SayOfWrappedChannels(TextAction& a, unsigned windows) {
   }
 }
 
+// The board has channels; one that has none gets no layout.
 void SayCountsAs(TextAction& a, std::size_t channel) {
+  if (a.Channels() == 0) return;
   a.Say(NotOfTheBoard(a, channel) + ": it counts as " +
         std::to_string(a.Byte(channel) % a.Channels()));
 }

@@ -12,14 +12,13 @@
 namespace script {
 namespace {
 
-// These keywords run without initialized chips.
-constexpr std::array<std::string_view, 5> kWithoutChips = {"init", "uninit", "stream", "set_emif",
-                                                           "rver"};
+// These keywords need no initialized chips, and may have nothing to do all the same.
+constexpr std::array<std::string_view, 3> kWithoutChips = {"init", "uninit", "set_emif"};
 
 bool NeedsChips(const TypedLine& line) {
-  const auto end = kWithoutChips.end();
+  const std::string_view keyword = KeywordOf(line.pattern);
   return line.grammar != &kBackEndGrammar &&
-         std::find(kWithoutChips.begin(), end, KeywordOf(line.pattern)) == end;
+         std::find(kWithoutChips.begin(), kWithoutChips.end(), keyword) == kWithoutChips.end();
 }
 
 void SayOfWholeLine(TextAction& action) {

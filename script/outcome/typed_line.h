@@ -27,7 +27,7 @@ struct TypedLine {
   bool Whole() const { return !pattern.empty(); }
 };
 
-// Views into the line, which outlives what is returned.
-TypedLine ReadTypedLine(std::string_view line);
+// Views into the text, which outlives what is returned.
+TypedLine ReadTypedLine(std::string_view text);
 
 }  // namespace script

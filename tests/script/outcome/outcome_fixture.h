@@ -7,7 +7,6 @@
 #include <string>
 
 #include "harness/host.h"
-#include "platform/platform.h"
 #include "script/outcome/library_facts.h"
 #include "script/outcome/text_outcome.h"
 

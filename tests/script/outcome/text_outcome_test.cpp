@@ -236,7 +236,7 @@ TEST_F(TextOutcome, TellsWhyTheLibraryIsNotInitialized) {
 }
 
 TEST_F(TextOutcome, TellsThatAnotherProcessHasTheLibrary) {
-  Plat_CreateEvent(u"VEXOSDK", true, false);
+  World().faults.Set(sim::Fault::EventExists, true);
   Watch([] { harness::Entry(1); });
   EXPECT_EQ(Said("vexo rver "), "the library is not initialized: another process has it");
   EXPECT_EQ(Result(), -6);
@@ -251,6 +251,12 @@ TEST_F(TextOutcome, OfAnInitializationWithoutChips) {
   EXPECT_EQ(Said("vexo init "),
             "no chip answered: the library goes on as initialized, with no channels");
   EXPECT_EQ(Said("vexo lsplit 6 0 "), "the library knows of no channels: nothing was laid out");
+}
+
+TEST_F(TextOutcome, OfAnInitializationWithoutTheBus) {
+  World().faults.Set(sim::Fault::MapSelect, true);
+  Watch([] { harness::Entry(1); });
+  EXPECT_EQ(Said("vexo init "), "the bus windows are not mapped: nothing was done");
 }
 
 TEST_F(TextOutcome, TellsThatAChipHasDied) {
@@ -339,15 +345,16 @@ TEST_F(TextOutcome, SaysThatNothingWasDoneWhenNothingWasAndNeverElse) {
     for (const std::string& line : Lines()) {
       if (chips == 0 && line.starts_with("vexo init")) continue;
       const std::string said = Said(line);
-      const std::string where = line + "on " + std::to_string(chips) + " chips: " + said;
+      std::ostringstream where;
+      where << line << "on " << chips << " chips: " << said;
       if (Result() != 0) {
-        EXPECT_NE(said, "") << where;
-        EXPECT_TRUE(Still()) << where;
+        EXPECT_NE(said, "") << where.str();
+        EXPECT_TRUE(Still()) << where.str();
       } else if (Still() && line.find("split_pos") == std::string::npos) {
         // Window tables are the library's own.
-        EXPECT_THAT(said, ContainsRegex(kNothing)) << where;
+        EXPECT_THAT(said, ContainsRegex(kNothing)) << where.str();
       } else if (!Still()) {
-        EXPECT_THAT(said, Not(ContainsRegex(": nothing was (done|written|sent)"))) << where;
+        EXPECT_THAT(said, Not(ContainsRegex(": nothing was (done|written|sent)"))) << where.str();
       }
     }
   }

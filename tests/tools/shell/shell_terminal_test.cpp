@@ -75,6 +75,29 @@ TEST_F(ShellOnATerminal, EndsWithItsTerminal) {
   EXPECT_EQ(terminal_.WaitForEnd(), 128 + SIGHUP);
 }
 
+TEST(ShellAsAJob, StopsOnCtrlZAndGoesOnInTheForeground) {
+  test::PseudoTerminal terminal({"/bin/bash", "--norc", "--noprofile", "-i"},
+                                {.environment = {"PS1=job> ", "HISTFILE="}});
+  terminal.WaitFor("job> ");
+  terminal.Type(VEXOSIM " shell --chips 1\r");
+  terminal.WaitFor("vexosim> ");
+  terminal.WaitForEditor();
+  terminal.Type("loss");
+  terminal.WaitFor("loss");
+  terminal.Type("\x1a");
+  terminal.WaitFor("Stopped");
+  terminal.WaitFor("job> ");
+  terminal.Type("fg\r");
+  terminal.WaitFor("vexosim> loss");
+  terminal.Type(" 0\r");
+  terminal.WaitFor("      = 0\r\nvexosim> ");
+  terminal.WaitForEditor();
+  terminal.Type("\x04");
+  terminal.WaitFor("job> ");
+  terminal.Type("exit $?\r");
+  EXPECT_EQ(terminal.WaitForEnd(), 0);
+}
+
 TEST(ShellOnADumbTerminal, SendsNothingButText) {
   test::PseudoTerminal terminal({VEXOSIM, "shell", "--chips", "1"}, {.environment = {"TERM=dumb"}});
   terminal.WaitFor("vexosim> ");

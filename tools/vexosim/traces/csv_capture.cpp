@@ -59,8 +59,10 @@ CsvCapture::CsvCapture(FileLines lines, const CaptureColumns& columns)
 bool CsvCapture::NextRow() {
   while (lines_.Next(row_)) {
     const std::string_view text = Trimmed(row_);
-    // Comments, as some programs put them before the names.
-    if (!text.empty() && text.front() != ';' && text.front() != '#') return true;
+    // What some programs put before the names.
+    const bool comment =
+        text.starts_with(';') || text.starts_with('#') || text.starts_with("META ");
+    if (!text.empty() && !comment) return true;
   }
   return false;
 }

@@ -166,7 +166,7 @@ int DiffTraces(const DiffOptions& options, std::ostream& out) {
         (registers ? SameAccess(*x->access, *y->access) : SameEvent(x->read, y->read))) {
       continue;
     }
-    const std::string moment = (x != nullptr ? a : b).Moment(registers);
+    const std::string moment = (x != nullptr && !a.IsCapture() ? a : b).Moment(registers);
     const std::size_t columns = std::max({a.Name().size(), b.Name().size(), std::size_t{6}});
     out << a.Name() << " and " << b.Name() << " differ" << (moment.empty() ? "" : ": ") << moment
         << '\n';

@@ -59,14 +59,6 @@ std::string Number(const sim::CallEvent& call, std::size_t index) {
 
 std::string Unless(bool ok) { return ok ? "" : ", failed"; }
 
-std::string RecordInWords(const sim::Bytes& record) {
-  const auto last =
-      std::find_if(record.rbegin(), record.rend(), [](auto byte) { return byte != 0; });
-  const auto length = static_cast<std::size_t>(record.rend() - last);
-  if (length == 0) return "all 0";
-  return sim::HexBytes(std::span(record).first(length), " ");
-}
-
 std::string ReasonInWords(const sim::CallEvent& call) {
   const std::int64_t reason = call.args.empty() ? -1 : call.args.front();
   return reason == 1 ? "attach" : reason == 0 ? "detach" : "reason " + Number(call, 0);
@@ -187,6 +179,14 @@ std::string CallInWords(const sim::CallEvent& call) {
   }
   if (call.record) text += ", record " + RecordInWords(*call.record);
   return text;
+}
+
+std::string RecordInWords(const sim::Bytes& record) {
+  const auto last =
+      std::find_if(record.rbegin(), record.rend(), [](auto byte) { return byte != 0; });
+  const auto length = static_cast<std::size_t>(record.rend() - last);
+  if (length == 0) return "all 0";
+  return sim::HexBytes(std::span(record).first(length), " ");
 }
 
 std::string EventInWords(const sim::EventDetail& detail, unsigned channels) {

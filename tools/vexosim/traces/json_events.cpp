@@ -242,8 +242,9 @@ std::optional<ReadEvent> JsonEvents::Next() {
   while (lines_.Next(line_)) {
     const Json json = Json::parse(line_, nullptr, false);
     if (json.is_discarded()) {
-      lines_.Wrong(lines_.Cut() ? "expected the end of the object, found the end of the file"
-                                : "expected a JSON object, found '" + Shown(line_) + "'");
+      lines_.Wrong(lines_.Cut() && line_.starts_with('{')
+                       ? "expected the end of the object, found the end of the file"
+                       : "expected a JSON object, found '" + Shown(line_) + "'");
     }
     try {
       if (auto read = EventFromJson(json)) return read;

@@ -93,7 +93,7 @@ void TracePrinter::OnReturn(const sim::Event& event, const sim::ReturnEvent& res
   if (Wanted(event) && (!filter_.Registers() || call_shown_)) {
     std::string text = EventInWords(result, channels_);
     if (result.record && (!call_ || result.record != call_->record)) {
-      text += ", record " + sim::HexBytes(*result.record, " ");
+      text += ", record " + RecordInWords(*result.record);
     }
     if (call_cycles_ != 0) text += " (" + std::to_string(call_cycles_) + " bus cycles)";
     Print(event.t, event.by, "  " + text);

@@ -95,7 +95,9 @@ void VcdCapture::ReadHeader() {
   std::vector<std::string> scopes;
   for (;;) {
     const std::string word(Word());
-    if (word == "$scope") {
+    if (word == "META") {
+      at_ = line_.size();  // a line that sigrok-cli puts first
+    } else if (word == "$scope") {
       Word();
       scopes.emplace_back(Word());
       SkipToEnd();

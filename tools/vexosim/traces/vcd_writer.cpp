@@ -1,7 +1,6 @@
 #include "tools/vexosim/traces/vcd_writer.h"
 
 #include <algorithm>
-#include <bitset>
 
 #include "chip/registers.h"
 #include "script/register_words.h"
@@ -16,6 +15,14 @@ constexpr std::array<std::string_view, kBusLines> kIds = {"s", "a", "d", "w", "r
 constexpr std::string_view kSyncId = "y";
 constexpr std::string_view kRegisterId = "g";
 constexpr std::array<std::string_view, 2> kCallIds = {"h", "k"};  // of host and worker
+
+constexpr unsigned kBits = 8;
+
+// A bus is a signal for each bit: readers of logic analysers know no others, and viewers put names
+// like data[7] to data[0] together again.
+std::string BitId(std::size_t line, unsigned bit) {
+  return std::string(kIds[line]) + std::to_string(bit);
+}
 
 constexpr std::size_t Index(BusLine line) { return static_cast<std::size_t>(line); }
 
@@ -44,21 +51,27 @@ VcdWriter::VcdWriter(std::ostream& out, std::uint32_t cycle_ns) : out_(out), cyc
   out_ << "$comment Bus cycles take no virtual time: those of one millisecond stand one after the "
           "other, "
        << cycle_ns_ << " ns each. $end\n$timescale 1 ns $end\n$scope module bus $end\n";
+  std::string values;
+  const auto signal = [&](std::string_view type, const std::string& id, const std::string& name,
+                          std::string_view value) {
+    out_ << "$var " << type << " 1 " << id << ' ' << name << " $end\n";
+    if (!value.empty()) values += std::string(value) + id + '\n';
+  };
   for (std::size_t line = 0; line < kBusLines; ++line) {
-    const bool wide = line < kWideBusLines;
-    out_ << "$var wire " << (wide ? 8 : 1) << ' ' << kIds[line] << ' ' << kBusLineNames[line]
-         << (wide ? " [7:0]" : "") << " $end\n";
+    const std::string id(kIds[line]);
+    const std::string name(kBusLineNames[line]);
+    for (unsigned bit = kBits; line < kWideBusLines && bit-- > 0;) {
+      signal("wire", BitId(line, bit), name + '[' + std::to_string(bit) + ']', "x");
+    }
+    if (line < kWideBusLines) continue;
+    signal("wire", id, name, "0");
+    shown_.emplace(id, "0");
   }
-  out_ << "$var wire 1 " << kSyncId << " sync $end\n"
-       << "$var string 1 " << kRegisterId << " register $end\n"
-       << "$var string 1 " << kCallIds[0] << " host $end\n"
-       << "$var string 1 " << kCallIds[1] << " worker $end\n"
-       << "$upscope $end\n$enddefinitions $end\n#0\n$dumpvars\n";
-  for (std::size_t line = 0; line < kBusLines; ++line) {
-    out_ << (line < kWideBusLines ? "bx " : "0") << kIds[line] << '\n';
-    if (line >= kWideBusLines) shown_.emplace(kIds[line], "0");
-  }
-  out_ << 'x' << kSyncId << "\n$end\n";
+  signal("wire", std::string(kSyncId), "sync", "x");
+  signal("string", std::string(kRegisterId), "register", "");
+  signal("string", std::string(kCallIds[0]), "host", "");
+  signal("string", std::string(kCallIds[1]), "worker", "");
+  out_ << "$upscope $end\n$enddefinitions $end\n#0\n$dumpvars\n" << values << "$end\n";
 }
 
 void VcdWriter::Stamp(std::uint64_t time) {
@@ -73,11 +86,7 @@ void VcdWriter::Advance(std::uint32_t t_ms) {
 }
 
 void VcdWriter::Byte(std::size_t line, std::uint8_t value) {
-  std::string bits = std::bitset<8>(value).to_string();
-  std::string& shown = shown_[std::string(kIds[line])];
-  if (shown == bits) return;
-  out_ << 'b' << bits << ' ' << kIds[line] << '\n';
-  shown = std::move(bits);
+  for (unsigned bit = 0; bit < kBits; ++bit) Bit(BitId(line, bit), (value >> bit & 1U) != 0);
 }
 
 void VcdWriter::Bit(std::string_view id, bool value) {
