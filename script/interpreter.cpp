@@ -109,9 +109,10 @@ void Interpreter::SetReplaying(bool replaying) {
 
 std::optional<Statement> Interpreter::Next() {
   if (replaying_ && !replayed_.empty()) {
-    Statement statement = std::move(replayed_.front());
+    const Logged logged = std::move(replayed_.front());
     replayed_.pop_front();
-    return statement;
+    replayed_unmet_ = logged.unmet;
+    return logged.statement;
   }
   if (replaying_) {
     SetReplaying(false);
@@ -146,7 +147,11 @@ void Interpreter::Execute(const Statement& statement) {
         Act(statement);
         break;
       case LineGroup::Check:
-        if (!replaying_) Check(statement);
+        if (replaying_) {
+          log_.back().unmet = replayed_unmet_;
+        } else {
+          Check(statement);
+        }
         break;
       case LineGroup::Output:
         if (!replaying_) statement.step(*session_);
@@ -332,7 +337,7 @@ void Interpreter::Back(const std::string& name) {
 void Interpreter::TurnBack(std::size_t lines) {
   replayed_.clear();
   for (std::size_t i = 0; i < std::min(lines, log_.size()); ++i) {
-    replayed_.push_back(std::move(log_[i].statement));
+    replayed_.push_back(std::move(log_[i]));
   }
   End();
   Start();

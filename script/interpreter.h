@@ -151,8 +151,9 @@ class Interpreter {
   std::optional<StopPoints> stops_;
 
   std::vector<OpenSource> sources_;  // the innermost last
-  std::deque<Statement> replayed_;   // lines that run again, unseen, before any others
+  std::deque<Logged> replayed_;      // lines that run again, unseen, before any others
   bool replaying_ = false;
+  bool replayed_unmet_ = false;  // of the line that runs again
   std::vector<Logged> log_;
   std::size_t kept_ = 0;                      // lines of the log that cannot be undone
   std::map<std::string, std::size_t> marks_;  // lines of the log before it

@@ -1,10 +1,11 @@
 // Script lines about the session itself: switches, files of lines, time turned back, help.
+#include <algorithm>
 #include <array>
-#include <limits>
 
 #include "script/help/help.h"
 #include "script/interpreter.h"
 #include "script/line.h"
+#include "script/register_diff.h"
 
 namespace script {
 namespace {
@@ -16,7 +17,11 @@ Step ParseSwitch(Arguments& arguments) {
 }
 
 Step ParseMark(Arguments& arguments) {
+  const Arguments before = arguments;
   const std::string name = arguments.Text("a name");
+  if (std::find(kMoments.begin(), kMoments.end(), name) != kMoments.end()) {
+    before.Expected("a name of your own");
+  }
   return [=](Session& session) { session.Runner().Mark(name); };
 }
 

@@ -5,27 +5,11 @@
 #include "script/interpreter.h"
 #include "script/line.h"
 #include "script/message_words.h"
-#include "script/register_words.h"
+#include "script/register_names.h"
 #include "sim/text.h"
 
 namespace script {
 namespace {
-
-// Registers of a name, at every position or at one; none when there is no such name.
-RegisterSet RegistersOf(std::string_view name) {
-  RegisterSet set;
-  for (const Register& each : kRegisters) {
-    for (unsigned position = 0; position < each.count; ++position) {
-      const RegisterAddress first = each.AddressOf(position, 0);
-      if (name != each.name && name != RegisterLabel(first.page, first.number)) continue;
-      for (unsigned i = 0; i < each.length; ++i) {
-        const RegisterAddress at = each.AddressOf(position, i);
-        set.at(at.page).set(at.number);
-      }
-    }
-  }
-  return set;
-}
 
 bool IsChip(std::string_view word) {
   const auto chips = ChipWords();
@@ -33,18 +17,22 @@ bool IsChip(std::string_view word) {
 }
 
 RegisterSet ParseRegisterSet(Arguments& arguments) {
-  if (arguments.Take("page")) {
-    const std::uint8_t page = arguments.Page();
-    RegisterSet set;
-    set.at(page).set(arguments.Byte("a register"));
-    return set;
-  }
-  const RegisterSet set = RegistersOf(arguments.Peek());
-  const bool none =
-      std::all_of(set.begin(), set.end(), [](const auto& page) { return page.none(); });
-  if (none) arguments.Expected("a register's name or page P REG");
-  arguments.Text("a name");
+  RegisterSet set;
+  for (const RegisterAddress at : ParseRegisterList(arguments)) set.at(at.page).set(at.number);
   return set;
+}
+
+// "page 1 0x30-0x33"
+std::string InWords(const RegisterSet& set) {
+  for (std::uint8_t page = 0; page < kPageCount; ++page) {
+    if (set.at(page).none()) continue;
+    std::uint8_t first = 0;
+    while (!set.at(page)[first]) ++first;
+    const auto last = static_cast<std::uint8_t>(first + set.at(page).count() - 1);
+    return "page " + std::to_string(page) + ' ' + sim::Hex(first) +
+           (last == first ? "" : '-' + sim::Hex(last));
+  }
+  return {};
 }
 
 Step AddPoint(StopPoint point) {
@@ -59,8 +47,10 @@ Step ParseAccess(Arguments& arguments, StopPoint::Kind kind) {
     point.words += ' ' + std::string(arguments.Peek());
     point.chips = arguments.Chips();
   }
-  point.words += " \"" + std::string(arguments.Peek()) + '"';
+  const std::string name(arguments.Peek());
+  const bool numbered = name == "page";
   point.registers = ParseRegisterSet(arguments);
+  point.words += numbered ? " " + InWords(point.registers) : " \"" + name + '"';
   return AddPoint(std::move(point));
 }
 
@@ -78,7 +68,9 @@ Step ParseText(Arguments& arguments) {
 Step ParseMessage(Arguments& arguments) {
   StopPoint point{};
   point.kind = StopPoint::Kind::Message;
-  point.number = arguments.Number("a message number");
+  const auto named = FindMessage(arguments.Peek());
+  point.number = named ? *named : arguments.Number("a message's number or name (help messages)");
+  if (named) arguments.Text("a message");
   point.words = "message " + sim::Hex(point.number, 4);
   return AddPoint(std::move(point));
 }
@@ -127,13 +119,13 @@ constexpr LineGroup kSwitch = LineGroup::Switch;
 constexpr LineGroup kTool = LineGroup::Tool;
 
 constexpr std::array kStopLines = {
-    LineKind{kSwitch, "break write", "[CHIP] \"NAME\" | [CHIP] page P REG",
+    LineKind{kSwitch, "break write", "[CHIP] \"NAME\" | [CHIP] page P REG[-REG]",
              "stops at writes of these registers", ParseWrite},
-    LineKind{kSwitch, "break read", "[CHIP] \"NAME\" | [CHIP] page P REG",
+    LineKind{kSwitch, "break read", "[CHIP] \"NAME\" | [CHIP] page P REG[-REG]",
              "stops at reads of these registers", ParseRead},
     LineKind{kSwitch, "break text", "\"TEXT\"", "stops at a debug output with this in it",
              ParseText},
-    LineKind{kSwitch, "break message", "CODE", "stops at a message to the host", ParseMessage},
+    LineKind{kSwitch, "break message", "CODE|NAME", "stops at a message to the host", ParseMessage},
     LineKind{kSwitch, "break cycle", "N", "stops at the bus cycle of this number since the start",
              ParseCycle},
     LineKind{kTool, "break", "", "lists the stops", ParseList},

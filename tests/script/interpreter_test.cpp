@@ -281,7 +281,7 @@ TEST_F(InterpreterTest, QuietFoldsWhatComesAgain) {
 
 TEST_F(InterpreterTest, MessagesHaveTheTimeAtWhichTheyCame) {
   EXPECT_THAT(Type("camera 1 off\nrun 100\n"),
-              ContainsRegex("> 0x2403 video info: .*channel 1 lost.*, at 5[0-9][0-9] ms\n"));
+              ContainsRegex("> 0x2403 video info: .*channel 1 lost.*, at 760 ms\n"));
 }
 
 TEST_F(InterpreterTest, ExpectationsOfALongRunAreMetWithoutItsTrace) {
@@ -352,9 +352,9 @@ TEST(RunWatch, EndsAScriptThatWaitsForWhatNeverComes) {
     const char* said;
   };
   const Case cases[] = {
-      {"settle never\nvexo lsplit 1 0", "s:6: vexo lsplit 1 0: waits for chips master, slave1, "},
-      {"board chips 1\nvexo lsplit 6 0", "s:6: vexo lsplit 6 0: waits for chips slave1, slave2, "},
-      {"board chips 3\nvexo bluescr init", "s:6: vexo bluescr init: waits for chip slave3 to "},
+      {"settle never\nvexo lsplit 1 0", "s:7: vexo lsplit 1 0: waits for chips master, slave1, "},
+      {"board chips 1\nvexo lsplit 6 0", "s:7: vexo lsplit 6 0: waits for chips slave1, slave2, "},
+      {"board chips 3\nvexo bluescr init", "s:7: vexo bluescr init: waits for chip slave3 to "},
   };
   for (const Case& each : cases) {
     std::string complaints;

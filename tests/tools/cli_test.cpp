@@ -143,7 +143,7 @@ TEST_F(CommandLine, TeachesInItsHelp) {
   EXPECT_THAT(out_.str(), HasSubstr("camera CH ntsc|pal|off"));
   EXPECT_THAT(out_.str(), HasSubstr("expect message MESSAGE [WPARAM]"));
   EXPECT_EQ(Run({"shell", "--help"}), script::kExitDone);
-  EXPECT_THAT(out_.str(), HasSubstr("help lsplit explains a\ncommand"));
+  EXPECT_THAT(out_.str(), HasSubstr("help lsplit explains a line"));
 }
 
 }  // namespace

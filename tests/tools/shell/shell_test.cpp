@@ -258,7 +258,8 @@ TEST_F(ShellTest, SaysWhatIsWrongWithAScriptLine) {
 
 TEST_F(ShellTest, RunsScriptTextLinesAsTheyStand) {
   Start();
-  EXPECT_EQ(Run("text \"vexo rver\""), "      = -1\n      no keyword\n");
+  EXPECT_EQ(Run("text \"vexo rver\""),
+            "      = -1\n      no separator after 'rver', so it is not read\n");
   EXPECT_THAT(Run("registers master 0"), StartsWith("master page 0\n"));
   EXPECT_EQ(Run("# nothing"), "");
   EXPECT_EQ(Run("   "), "");
