@@ -110,7 +110,9 @@ TEST(JsonEvents, TellsThatATraceIsCut) {
 }
 
 TEST(JsonEvents, TakesNoLineOfMoreThanAMebibyte) {
-  EXPECT_THAT(WrongWith("long.jsonl", "{}\n" + std::string(2'000'000, '{')),
+  EXPECT_THAT(WrongWith("long.jsonl", R"({"t":1,"by":"host","ev":"sleep","ms":1})"
+                                      "\n" +
+                                          std::string(2'000'000, '{')),
               HasSubstr("line 2 has more than 1 MiB"));
 }
 

@@ -81,7 +81,7 @@ TEST(ShowTrace, HasALineForEachCallAccessTextAndMessage) {
   EXPECT_THAT(text, HasSubstr("host      w master page 1 0x10 channel display 0 = 0x92 (enable, "
                               "hold, position 2)\n"));
   EXPECT_THAT(text, HasSubstr("       6 ms  host      > 0x2404 motion status: mask 0x0004"));
-  EXPECT_THAT(text, HasSubstr("       6 ms  host      = 0 (10 bus cycles)\n"));
+  EXPECT_THAT(text, HasSubstr("       6 ms  host      = 0 (11 bus cycles)\n"));
   EXPECT_THAT(text, HasSubstr("       7 ms  worker    r master page 0 0xFE chip identification"));
 }
 
@@ -92,7 +92,7 @@ TEST(ShowTrace, ShowsOnlyWhatIsAskedFor) {
             "       0 ms  host    DllMain attach\n"
             "       0 ms  host      = 1\n"
             "       5 ms  host    VEXOAPI_CommandProc 0xF005 live-split, record all 0\n"
-            "       6 ms  host      = 0 (10 bus cycles)\n");
+            "       6 ms  host      = 0 (11 bus cycles)\n");
   filter = {};
   filter.registers = {{1, 0x10}};
   std::string text = Show(Example(), filter);
@@ -162,7 +162,7 @@ TEST(Diff, FindsTracesTheSameApartFromBuildTimeThreadNumbersAndHandles) {
   };
   const Outcome same = Diff(with("Jan 1", "00000001", 5), with("Feb 2 2026", "f0000001", 77));
   EXPECT_EQ(same.status, files::kExitDone);
-  EXPECT_EQ(same.text, "the same: 23 events\n");
+  EXPECT_EQ(same.text, "the same: 25 events\n");
 }
 
 TEST(Diff, NamesTheFirstDifferenceWithItsCallAndWhatWasBefore) {

@@ -35,7 +35,7 @@ sigrok-cli -I vcd:downsample=50 -i start.vcd -O csv:label=channel -o sigrok.csv 
 same sigrok.csv
 # Bits 7 to 0 of the data while the first read strobe is active: 0x28.
 sed '1,/^select/d' sigrok.csv |
-  awk -F, '$26 == 1 {for (i = 17; i <= 24; ++i) printf "%s", $i; print ""; exit}' >data.txt
+  awk -F, '$26 == 1 && !found++ {for (i = 17; i <= 24; ++i) printf "%s", $i}' >data.txt
 [ "$(cat data.txt)" = 00101000 ] || fail "sigrok-cli reads $(cat data.txt)"
 sigrok-cli -I vcd -i start.vcd -O vcd -o sigrok.vcd 2>sigrok.txt
 same sigrok.vcd
