@@ -112,7 +112,7 @@ struct InWords {
 }  // namespace
 
 std::string CallName(const sim::CallEvent& call) {
-  const std::string fn = Shown(call.fn);
+  std::string fn = Shown(call.fn);
   if (call.fn == "DllMain") return fn + ' ' + ReasonInWords(call);
   if (call.fn == "VEXOAPI_CommandProc" && !call.args.empty()) {
     const auto code = static_cast<std::uint32_t>(call.args.front());
