@@ -21,6 +21,10 @@ _vexosim_argument() {
     'run 0') _vexosim_files '[vV][eE][xX][oO]' ;;
     'compare 0') _vexosim_files '[dD][lL][lL]' ;;
     'compare '*) _vexosim_files '[vV][eE][xX][oO]' ;;
+    'trace 0') _vexosim_files ;;
+    'diff 0') _vexosim_files ;;
+    'diff 1') _vexosim_files ;;
+    'replay 0') _vexosim_files ;;
     'completion 0') _vexosim_words 'bash' ;;
   esac
 }
@@ -33,7 +37,7 @@ _vexosim() {
   [[ "$before" != "=" ]] || before="${COMP_WORDS[COMP_CWORD - 2]}"
   [[ "$cur" != "=" ]] || cur=""
   if ((COMP_CWORD == 1)); then
-    _vexosim_words 'demo run shell compare manual completion -h --help'
+    _vexosim_words 'demo run shell compare trace diff replay manual completion -h --help'
     return
   fi
   case "$command" in
@@ -42,8 +46,8 @@ _vexosim() {
       valued=' --picture --image --image-base --color --colour '
       ;;
     run)
-      options='-h --help --variant --trace --picture --registers --seed --quiet --image --image-base --color --colour'
-      valued=' --variant --trace --picture --seed --image --image-base --color --colour '
+      options='-h --help --variant --trace --picture --registers --vcd --cycle-ns --seed --quiet --image --image-base --color --colour'
+      valued=' --variant --trace --picture --vcd --cycle-ns --seed --image --image-base --color --colour '
       ;;
     shell)
       options='-h --help --chips --pal --bare --seed --color --colour'
@@ -52,6 +56,18 @@ _vexosim() {
     compare)
       options='-h --help --image-base --seed --relocations'
       valued=' --image-base --seed '
+      ;;
+    trace)
+      options='-h --help --chip --register --thread --from --to --calls --summary --vcd --cycle-ns --column --hex'
+      valued=' --chip --register --thread --from --to --vcd --cycle-ns --column '
+      ;;
+    diff)
+      options='-h --help --registers --column --hex'
+      valued=' --column '
+      ;;
+    replay)
+      options='-h --help -o --output'
+      valued=' -o --output '
       ;;
     manual)
       options='-h --help --man'
@@ -81,6 +97,8 @@ _vexosim() {
     'run --variant') : ;;
     'run --trace') _vexosim_files ;;
     'run --picture') _vexosim_files '[pP][nN][gG]' ;;
+    'run --vcd') _vexosim_files '[vV][cC][dD]' ;;
+    'run --cycle-ns') : ;;
     'run --seed') : ;;
     'run --image') _vexosim_files '[dD][lL][lL]' ;;
     'run --image-base') : ;;
@@ -90,6 +108,16 @@ _vexosim() {
     'shell --color' | 'shell --colour') _vexosim_words 'auto always never' ;;
     'compare --image-base') : ;;
     'compare --seed') : ;;
+    'trace --chip') : ;;
+    'trace --register') : ;;
+    'trace --thread') : ;;
+    'trace --from') : ;;
+    'trace --to') : ;;
+    'trace --vcd') _vexosim_files '[vV][cC][dD]' ;;
+    'trace --cycle-ns') : ;;
+    'trace --column') : ;;
+    'diff --column') : ;;
+    'replay -o' | 'replay --output') _vexosim_files '[vV][eE][xX][oO]' ;;
     *)
       if [[ "$cur" == -* ]]; then
         _vexosim_words "$options"

@@ -87,7 +87,8 @@ std::vector<Script> ChosenVariants(std::vector<Script> scripts, const std::strin
                       (names.front().empty() ? "no variant, it has none" : sim::OneOf(names)) +
                       ", found '" + *options.variant + "'");
   }
-  if (scripts.size() > 1 && (options.trace != nullptr || options.picture)) {
+  if (scripts.size() > 1 &&
+      (options.trace != nullptr || !options.sinks.empty() || options.picture)) {
     throw ScriptError(name + ": a trace or a picture is of one variant: choose " +
                       sim::OneOf(names) + " (--variant)");
   }

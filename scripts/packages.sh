@@ -21,7 +21,7 @@ device_packages=(
 # manual page; MinGW-w64 and Wine build and run the library as a DLL.
 test_packages=(
   "${device_packages[@]}" clang clang-format clang-tidy groff-base libclang-rt-14-dev
-  g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix wine wine64
+  g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix gtkwave sigrok-cli wine wine64
 )
 
 case "${1:-}" in

@@ -3,11 +3,15 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 
+#include "files/output.h"
 #include "script/line.h"
 #include "tools/vexosim/commands/commands.h"
 #include "tools/vexosim/commands/options.h"
+#include "tools/vexosim/commands/trace_options.h"
 #include "tools/vexosim/listing/terminal_surroundings.h"
+#include "tools/vexosim/traces/vcd_sink.h"
 
 namespace vexosim {
 namespace {
@@ -40,6 +44,7 @@ struct Arguments {
   std::optional<std::string> variant;
   std::string trace;
   std::string picture;
+  VcdOptions vcd;
   bool registers = false;
   bool quiet = false;
   std::uint64_t seed = 0;
@@ -79,10 +84,22 @@ int Run(const Arguments& arguments, const emulator::Machine* machine) {
     }
     options.trace = &trace;
   }
+  std::optional<files::OutputFile> waveform;
+  std::optional<VcdSink> vcd;
+  if (!arguments.vcd.file.empty()) {
+    waveform.emplace(arguments.vcd.file, std::vector{arguments.script, arguments.trace},
+                     files::Appears::AsItGrows);
+    options.sinks.push_back(&vcd.emplace(waveform->Stream(), arguments.vcd.cycle_ns,
+                                         [&waveform] { waveform->Restart(); }));
+  }
   TerminalSurroundings around(arguments.colour.Style(), Progress::OnTerminal());
   const int status = script::RunScript(standard_input ? std::cin : script,
                                        standard_input ? "<stdin>" : arguments.script, options,
                                        around, std::cout, std::cerr);
+  if (vcd && status != script::kExitWrong) {
+    vcd->Finish();
+    waveform->Commit();
+  }
   if (trace.is_open() && !trace.flush()) {
     std::cerr << "vexosim: cannot write " << arguments.trace << std::endl;
     return script::kExitWrong;
@@ -106,6 +123,7 @@ void AddRun(CLI::App& app, int& status) {
   run->add_flag("--registers", arguments->registers,
                 "Prints all register pages at the end, with the names of registers; * marks what "
                 "changed since attach");
+  AddVcd(*run, arguments->vcd);
   AddSeed(*run, arguments->seed);
   run->add_flag("--quiet", arguments->quiet,
                 "Only what the script prints, and the expectations that are not met");
@@ -113,8 +131,10 @@ void AddRun(CLI::App& app, int& status) {
   AddColour(*run, arguments->colour);
   run->footer(kIntroduction + script::LanguageHelp());
   run->callback([arguments, &status] {
-    status = WithImage(arguments->image,
+    status = WithFiles([&] {
+      return WithImage(arguments->image,
                        [&](const emulator::Machine* machine) { return Run(*arguments, machine); });
+    });
   });
 }
 

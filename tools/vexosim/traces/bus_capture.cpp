@@ -20,7 +20,7 @@ constexpr BusLine EnableOf(sim::BusWindow window) {
 std::string CaptureColumns::Set(const std::string& assignment) {
   const std::size_t equals = assignment.find('=');
   const std::string role = assignment.substr(0, equals);
-  const auto found = std::find(kBusLineNames.begin(), kBusLineNames.end(), role);
+  const auto* const found = std::find(kBusLineNames.begin(), kBusLineNames.end(), role);
   if (equals == std::string::npos || found == kBusLineNames.end()) {
     std::string names;
     for (const std::string_view name : kBusLineNames) {

@@ -5,7 +5,7 @@
 #include <limits>
 #include <span>
 
-#include "VexoCtrlSDK.h"
+#include "script/command_table.h"
 #include "script/message_words.h"
 #include "script/words.h"
 #include "sim/text.h"
@@ -15,43 +15,6 @@ namespace vexosim {
 namespace {
 
 std::string Text(std::string_view text) { return files::Printable(text, 400); }
-
-struct CommandWords {
-  std::uint32_t code;
-  std::string_view name;
-};
-
-constexpr std::array kCommands = {
-    CommandWords{VEXO_CMD_INIT, "init"},
-    CommandWords{VEXO_CMD_STOP_MONITOR, "stop-monitor"},
-    CommandWords{VEXO_CMD_READ_REG, "read-reg"},
-    CommandWords{VEXO_CMD_WRITE_REG, "write-reg"},
-    CommandWords{VEXO_CMD_LIVE_SPLIT, "live-split"},
-    CommandWords{VEXO_CMD_PLAY_SPLIT, "play-split"},
-    CommandWords{VEXO_CMD_MOTION_MASK, "motion-mask"},
-    CommandWords{VEXO_CMD_CHANNEL_MASKS, "channel-masks"},
-    CommandWords{VEXO_CMD_LIVE_MODE, "live-mode"},
-    CommandWords{VEXO_CMD_PLAY_MODE, "play-mode"},
-    CommandWords{VEXO_CMD_BLANK_MASK, "blank-mask"},
-    CommandWords{VEXO_CMD_BIT0_MASK, "bit0-mask"},
-    CommandWords{VEXO_CMD_RESTORE_BLANK, "restore-blank"},
-    CommandWords{VEXO_CMD_MOTION_SETUP, "motion-setup"},
-    CommandWords{VEXO_CMD_MOTION_CLEAR, "motion-clear"},
-    CommandWords{VEXO_CMD_MOTION_MASK_PREVIEW, "motion-mask-preview"},
-    CommandWords{VEXO_CMD_MOTION_REG, "motion-reg"},
-    CommandWords{VEXO_CMD_DUMP_MASTER_P0, "dump-master-p0"},
-    CommandWords{VEXO_CMD_DUMP_SLAVE1_P0, "dump-slave1-p0"},
-    CommandWords{VEXO_CMD_DUMP_SLAVE2_P0, "dump-slave2-p0"},
-    CommandWords{VEXO_CMD_DUMP_SLAVE3_P0, "dump-slave3-p0"},
-    CommandWords{VEXO_CMD_DUMP_MASTER_P1, "dump-master-p1"},
-    CommandWords{VEXO_CMD_DUMP_SLAVE1_P1, "dump-slave1-p1"},
-    CommandWords{VEXO_CMD_DUMP_SLAVE2_P1, "dump-slave2-p1"},
-    CommandWords{VEXO_CMD_DUMP_SLAVE3_P1, "dump-slave3-p1"},
-    CommandWords{VEXO_CMD_DUMP_MASTER_P2, "dump-master-p2"},
-    CommandWords{VEXO_CMD_DUMP_SLAVE1_P2, "dump-slave1-p2"},
-    CommandWords{VEXO_CMD_DUMP_SLAVE2_P2, "dump-slave2-p2"},
-    CommandWords{VEXO_CMD_DUMP_SLAVE3_P2, "dump-slave3-p2"},
-};
 
 std::string Number(const sim::CallEvent& call, std::size_t index) {
   return index < call.args.size() ? std::to_string(call.args[index]) : "?";
@@ -148,20 +111,14 @@ struct InWords {
 
 }  // namespace
 
-std::string_view CommandName(std::uint32_t code) {
-  const auto* const found = std::find_if(kCommands.begin(), kCommands.end(), [&](const auto& row) {
-    return row.code == (code & 0xFFFF);  // the upper bits count for nothing
-  });
-  return found == kCommands.end() ? std::string_view() : found->name;
-}
-
 std::string CallName(const sim::CallEvent& call) {
-  const std::string fn = Shown(call.fn);
+  std::string fn = Shown(call.fn);
   if (call.fn == "DllMain") return fn + ' ' + ReasonInWords(call);
   if (call.fn == "VEXOAPI_CommandProc" && !call.args.empty()) {
     const auto code = static_cast<std::uint32_t>(call.args.front());
-    const std::string_view name = CommandName(code);
-    return fn + ' ' + sim::Hex(code, 4) + (name.empty() ? "" : ' ' + std::string(name));
+    const script::CommandKind* const command = script::FindCommand(code);
+    return fn + ' ' + sim::Hex(code, 4) +
+           (command == nullptr ? "" : ' ' + std::string(command->name));
   }
   if (call.text) return fn + ' ' + Keywords(*call.text);
   return fn;

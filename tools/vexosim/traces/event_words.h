@@ -1,16 +1,12 @@
 // Events of a trace in words.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "sim/trace.h"
 
 namespace vexosim {
-
-// "live-split", empty for an unknown command.
-std::string_view CommandName(std::uint32_t code);
 
 // What is called: "VEXOAPI_CommandProc 0xF005 live-split", "VEXOAPI_TextCommandProc lsplit",
 // "DllMain attach". The same for calls that do the same kind of thing.

@@ -86,7 +86,12 @@ void VcdWriter::Advance(std::uint32_t t_ms) {
 }
 
 void VcdWriter::Byte(std::size_t line, std::uint8_t value) {
-  for (unsigned bit = 0; bit < kBits; ++bit) Bit(BitId(line, bit), (value >> bit & 1U) != 0);
+  const int held = bytes_[line];
+  const int changed = held < 0 ? 0xFF : held ^ value;
+  for (unsigned bit = 0; bit < kBits; ++bit) {
+    if ((changed >> bit & 1) != 0) out_ << (value >> bit & 1) << BitId(line, bit) << '\n';
+  }
+  bytes_[line] = value;
 }
 
 void VcdWriter::Bit(std::string_view id, bool value) {

@@ -41,7 +41,8 @@ class VcdWriter : public sim::TraceListener {
   std::uint32_t cycle_ns_;
   std::uint64_t now_ns_ = 0;
   std::uint64_t stamped_ns_ = 0;
-  std::map<std::string, std::string, std::less<>> shown_;  // by signal
+  std::array<int, 3> bytes_ = {-1, -1, -1};                // of the windows; -1 before the first
+  std::map<std::string, std::string, std::less<>> shown_;  // of the other signals
   sim::RegisterDecoder decoder_;
 };
 
