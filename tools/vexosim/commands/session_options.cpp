@@ -38,28 +38,6 @@ void AddSessionOptions(CLI::App& app, SessionOptions& options) {
   AddTime(app, "--limit-real", options.limit_real_ms, "Ends the run after this much real time");
 }
 
-class SessionOutputs::Waveform : public script::TraceSink {
- public:
-  Waveform(const VcdOptions& options, const std::vector<std::string>& others)
-      : file_(options.file, others, files::Appears::AsItGrows), cycle_ns_(options.cycle_ns) {}
-
-  void Begin(sim::World& world) override {
-    if (writer_) file_.Restart();
-    writer_.emplace(file_.Stream(), cycle_ns_);
-    world.trace.AddListener(*writer_);
-  }
-  bool CanBeginAgain() const override { return file_.CanRestart(); }
-  void Commit() {
-    if (writer_) writer_->Finish();
-    file_.Commit();
-  }
-
- private:
-  files::OutputFile file_;
-  std::uint32_t cycle_ns_;
-  std::optional<VcdWriter> writer_;
-};
-
 SessionOutputs::SessionOutputs(const SessionOptions& options,
                                const std::vector<std::string>& inputs) {
   std::vector<std::string> others = inputs;
@@ -68,21 +46,25 @@ SessionOutputs::SessionOutputs(const SessionOptions& options,
     trace_.emplace(trace_file_->Stream(), RestartOf(*trace_file_));
     others.push_back(options.trace);
   }
-  if (!options.vcd.file.empty()) waveform_ = std::make_unique<Waveform>(options.vcd, others);
+  if (!options.vcd.file.empty()) {
+    waveform_file_.emplace(options.vcd.file, others, files::Appears::AsItGrows);
+    waveform_.emplace(waveform_file_->Stream(), options.vcd.cycle_ns, RestartOf(*waveform_file_));
+  }
 }
-
-SessionOutputs::~SessionOutputs() = default;
 
 std::vector<script::TraceSink*> SessionOutputs::Sinks() {
   std::vector<script::TraceSink*> sinks;
   if (trace_) sinks.push_back(&*trace_);
-  if (waveform_) sinks.push_back(waveform_.get());
+  if (waveform_) sinks.push_back(&*waveform_);
   return sinks;
 }
 
 void SessionOutputs::Commit() {
   if (trace_file_) trace_file_->Commit();
-  if (waveform_) waveform_->Commit();
+  if (waveform_) {
+    waveform_->Finish();
+    waveform_file_->Commit();
+  }
 }
 
 }  // namespace vexosim

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,6 +10,7 @@
 #include "script/run_watch.h"
 #include "script/trace_sink.h"
 #include "tools/vexosim/commands/trace_options.h"
+#include "tools/vexosim/traces/vcd_sink.h"
 
 namespace vexosim {
 
@@ -31,17 +31,16 @@ class SessionOutputs {
  public:
   // inputs: the files that are read. Throws files::FileError.
   SessionOutputs(const SessionOptions& options, const std::vector<std::string>& inputs);
-  ~SessionOutputs();
 
   std::vector<script::TraceSink*> Sinks();
   // Throws files::FileError when not all of it could be written.
   void Commit();
 
  private:
-  class Waveform;
   std::optional<files::OutputFile> trace_file_;
   std::optional<script::JsonSink> trace_;
-  std::unique_ptr<Waveform> waveform_;
+  std::optional<files::OutputFile> waveform_file_;
+  std::optional<VcdSink> waveform_;
 };
 
 }  // namespace vexosim
