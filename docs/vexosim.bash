@@ -19,6 +19,7 @@ _vexosim_files() {
 _vexosim_argument() {
   case "$1" in
     'run 0') _vexosim_files '[vV][eE][xX][oO]' ;;
+    'shell 0') _vexosim_files '[vV][eE][xX][oO]' ;;
     'compare 0') _vexosim_files '[dD][lL][lL]' ;;
     'compare '*) _vexosim_files '[vV][eE][xX][oO]' ;;
     'trace 0') _vexosim_files ;;
@@ -50,8 +51,8 @@ _vexosim() {
       valued=' --variant --trace --picture --vcd --cycle-ns --seed --image --image-base --color --colour '
       ;;
     shell)
-      options='-h --help --chips --pal --bare --seed --color --colour'
-      valued=' --chips --seed --color --colour '
+      options='-h --help --chips --pal --bare --trace --vcd --cycle-ns --limit --limit-real --seed --image --image-base --color --colour'
+      valued=' --chips --trace --vcd --cycle-ns --limit --limit-real --seed --image --image-base --color --colour '
       ;;
     compare)
       options='-h --help --image-base --seed --relocations'
@@ -104,7 +105,14 @@ _vexosim() {
     'run --image-base') : ;;
     'run --color' | 'run --colour') _vexosim_words 'auto always never' ;;
     'shell --chips') : ;;
+    'shell --trace') _vexosim_files ;;
+    'shell --vcd') _vexosim_files '[vV][cC][dD]' ;;
+    'shell --cycle-ns') : ;;
+    'shell --limit') : ;;
+    'shell --limit-real') : ;;
     'shell --seed') : ;;
+    'shell --image') _vexosim_files '[dD][lL][lL]' ;;
+    'shell --image-base') : ;;
     'shell --color' | 'shell --colour') _vexosim_words 'auto always never' ;;
     'compare --image-base') : ;;
     'compare --seed') : ;;
