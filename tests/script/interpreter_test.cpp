@@ -220,6 +220,8 @@ TEST_F(InterpreterTest, StopsAtReadsTextsMessagesAndCycles) {
        "stopped: break 1: r slave2 page 1 0x78 loss"},
       {"break text \"LOSS\"", "camera 1 off\nrun 100\n", "stopped: break 1: text \"LOSS\"\n"},
       {"break message 0x2403", "camera 1 off\nrun 100\n", "stopped: break 1: message 0x2403\n"},
+      {"break message video-info", "camera 1 off\nrun 100\n",
+       "stopped: break 1: message 0x2403 video-info\n"},
       {"break cycle 6000", "run 5000\n", ", the worker, bus cycle 6000, "},
   };
   for (const Case& each : cases) {

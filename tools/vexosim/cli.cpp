@@ -17,18 +17,20 @@ constexpr const char* kFooter =
     "  vexosim run live.vexo --picture live.png      runs a script, writes the screen\n"
     "  vexosim run live.vexo --trace live.jsonl      writes every bus cycle and call as JSON "
     "lines\n"
-    "  printf 'lsplit 6 0\\nprint\\n' | vexosim shell  the same from a pipe\n"
+    "  vexosim trace live.jsonl --summary            reads it back: bus cycles of each call\n"
+    "  vexosim diff good.jsonl bad.jsonl             names the first difference of two\n"
+    "  vexosim replay bad.jsonl -o again.vexo        makes a script of one\n"
+    "  printf 'lsplit 6 0\\nprint\\n' | vexosim shell  a console's lines from a pipe\n"
     "  printf 'attach\\nwindow\\ncommand 0xF001\\nprint\\n' | vexosim run -\n"
     "\n"
-    "Exit status: 0 done, 1 an expectation was not met, 2 the script or the command line is "
-    "wrong.\n"
+    "Exit status: 0 done; 1 an expectation was not met, something differs, or a run had to be\n"
+    "ended; 2 the command line, a file or a script is wrong.\n"
     "vexosim run --help lists the script language.\n";
 
 }  // namespace
 
 int Main(int argc, const char* const* argv) {
   CLI::App app(kDescription, "vexosim");
-  app.footer(kFooter);
   app.require_subcommand(1);
   int status = script::kExitDone;
   AddDemo(app, status);
@@ -40,6 +42,7 @@ int Main(int argc, const char* const* argv) {
   AddReplay(app, status);
   AddManual(app, status);
   AddCompletion(app, status);
+  app.footer(kFooter);  // each subcommand takes what there is when it is added
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
