@@ -204,6 +204,7 @@ TEST_F(InterpreterTest, ShowsTheLibrarysStack) {
   EXPECT_THAT(
       text, AllOf(ContainsRegex("        WriteWindow \\(display/window_tables.cpp:[0-9]+\\)\n"),
                   ContainsRegex("        VEXOAPI_TextCommandProc \\(text/[a-z_]+.cpp:[0-9]+\\)\n"),
+                  Not(ContainsRegex("VEXOAPI_TextCommandProc .*\n *VEXOAPI_TextCommandProc")),
                   Not(HasSubstr("interpreter"))));
 }
 
