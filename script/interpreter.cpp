@@ -274,6 +274,7 @@ void Interpreter::ShowWhere() {
   Note("stopped: " + stopped_.back());
   Note("  in '" + acting_ + "', " + (host ? "the host's thread" : "the worker") + ", bus cycle " +
        std::to_string(world.trace.Cycles()) + ", " + std::to_string(world.kernel.Now()) + " ms");
+  if (!options_.stacks) return;
   for (const std::string& frame : LibraryStack()) Note("  " + frame);
 }
 
@@ -339,8 +340,11 @@ void Interpreter::TurnBack(std::size_t lines) {
   for (std::size_t i = 0; i < std::min(lines, log_.size()); ++i) {
     replayed_.push_back(std::move(log_[i]));
   }
+  // What was seen can still be compared with.
+  auto moments = std::move(session_->moments);
   End();
   Start();
+  session_->moments = std::move(moments);
   SetReplaying(true);
 }
 

@@ -5,6 +5,7 @@
 
 #include "device/emulator/machine.h"
 #include "sim/text.h"
+#include "sim/world.h"
 
 namespace emulator {
 namespace {
@@ -141,6 +142,7 @@ std::uint32_t Cpu::Call(std::uint32_t address, std::span<const std::uint32_t> ar
 
 void Cpu::RunUntilTrap(std::uint32_t address) {
   trap_.reset();
+  resumed_ = instructions_;
   const uc_err error = uc_emu_start(engine_, address, kNowhere, 0, 0);
   if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
   if (fault_) Fault(*fault_);
@@ -253,6 +255,21 @@ void Cpu::OnBlock(uc_engine*, std::uint64_t address, std::uint32_t bytes, void* 
   Cpu& cpu = *static_cast<Cpu*>(self);
   cpu.block_ = static_cast<std::uint32_t>(address);
   if (address < kTrapAddress) cpu.instructions_ += bytes / 4;
+  if (cpu.instructions_ >= cpu.next_look_) cpu.Look();
+}
+
+void Cpu::Look() {
+  next_look_ = instructions_ + kLookInstructions;
+  if (instructions_ - resumed_ > machine_.MostInstructions()) {
+    return Note("the code runs without end: " + std::to_string(instructions_ - resumed_) +
+                " instructions since the system was last called");
+  }
+  try {
+    sim::TheWorld().kernel.Watch();
+  } catch (...) {
+    thrown_ = std::current_exception();
+    uc_emu_stop(engine_);
+  }
 }
 
 void Cpu::OnInterrupt(uc_engine* engine, std::uint32_t number, void* self) {

@@ -95,6 +95,34 @@ TEST_F(MachineTest, CountsTheInstructionsThatRan) {
   }
 }
 
+constexpr std::uint32_t kBranchToItself = 0xEAFFFFFE;
+
+TEST_F(MachineTest, ReportsALoopWithoutEnd) {
+  MachineOptions options;
+  options.most_instructions = 1'000'000;
+  MakeCode({kBranchToItself}, options);
+  try {
+    Call();
+    FAIL() << "it came back";
+  } catch (const harness::ImageFault& fault) {
+    EXPECT_THAT(fault.what(), HasSubstr("the code runs without end: 1"));
+  }
+}
+
+TEST_F(MachineTest, WhatWatchesTheRunIsAskedWithinALoop) {
+  struct Enough : std::runtime_error {
+    using std::runtime_error::runtime_error;
+  };
+  unsigned asked = 0;
+  sim::TheWorld().kernel.SetWatch([&asked] {
+    if (++asked == 10) throw Enough("enough");
+  });
+  Machine& machine = MakeCode({kBranchToItself});
+  EXPECT_THROW(Call(), Enough);
+  EXPECT_LT(machine.Instructions(), 2'000'000u);
+  sim::TheWorld().kernel.SetWatch(nullptr);
+}
+
 TEST_F(MachineTest, RunsRelocatedCodeAtEachBase) {
   // ldr r1, [pc, #12]; ldr r0, [r1]; add r2, r0, #1; str r2, [r1]; bx lr
   ToyImage toy;
