@@ -7,15 +7,16 @@
 #include <ostream>
 #include <string>
 
+#include "files/exit_status.h"
 #include "harness/image_run.h"
 #include "script/parse.h"
 #include "script/surroundings.h"
 
 namespace script {
 
-inline constexpr int kExitDone = 0;
-inline constexpr int kExitUnmet = 1;  // an expectation failed, nothing could go on, or a fault
-inline constexpr int kExitWrong = 2;  // the script or the command line is wrong
+using files::kExitDone;
+using files::kExitUnmet;
+using files::kExitWrong;
 
 struct RunOptions {
   std::optional<std::string> variant;  // of a script that has variants: this one alone

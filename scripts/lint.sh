@@ -17,6 +17,7 @@ windows together windows windows/host windows/stand_in
 library alone    src/report src/chip src/display src/motion src/setup src/text src/api
 windows alone    src/platform/ce
 device  alone    src/platform/ce device/library
+pc      together files
 pc      together sim sim/board
 pc      together sim/kernel
 pc      together sim/platform
@@ -28,7 +29,7 @@ pc      together tools/vexosim
 pc      together tools/vexosim/commands tools/vexosim/listing tools/vexosim/shell
 pc      together bench
 pc      together fuzz
-pc      together tests/display
+pc      together tests/display tests/files
 pc      together tests/api tests/harness tests/support
 pc      together tests/text tests/model
 pc      together tests/setup tests/chip tests/motion tests/report
@@ -155,7 +156,7 @@ done
 mkdir -p "$work/headers"
 ln -sfn /usr/include/nlohmann "$work/headers/nlohmann"
 # What every group depends on.
-find include src sim harness script tools tests bench fuzz windows device \
+find files include src sim harness script tools tests bench fuzz windows device \
   \( -name '*.h' -o -name .clang-tidy \) -print0 | sort -z |
   xargs -0 cat .clang-tidy scripts/lint.sh >"$work/settings"
 

@@ -1,0 +1,14 @@
+// Text from files and command lines, as a terminal may have it.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace files {
+
+// The text with \xHH for each control byte and each byte that is no UTF-8. Of a text longer than
+// `most` bytes the beginning, and "...".
+std::string Printable(std::string_view text, std::size_t most = 200);
+
+}  // namespace files
