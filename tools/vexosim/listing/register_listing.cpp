@@ -177,9 +177,4 @@ std::string ListRegisters(const sim::Board& board, unsigned position,
   return text;
 }
 
-std::string RegisterLabel(std::uint8_t page, std::uint8_t reg) {
-  const char* const name = RegisterNameOf(page, reg);
-  return name == nullptr ? kNoName : name + ChannelOf(page, reg, name);
-}
-
 }  // namespace vexosim

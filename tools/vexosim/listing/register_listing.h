@@ -17,8 +17,4 @@ std::string ListRegisters(const sim::Board& board, unsigned position,
                           std::optional<std::uint8_t> page,
                           const std::optional<sim::RegisterSnapshot>& at_attach, bool colour);
 
-// A register's name, with the channel's position on its chip where the name repeats: "window 2".
-// "(no name)" when it has none.
-std::string RegisterLabel(std::uint8_t page, std::uint8_t reg);
-
 }  // namespace vexosim

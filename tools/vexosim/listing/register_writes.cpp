@@ -4,9 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "script/words.h"
+#include "script/register_words.h"
 #include "sim/text.h"
-#include "tools/vexosim/listing/register_listing.h"
 
 namespace vexosim {
 namespace {
@@ -22,12 +21,8 @@ std::string Padded(std::string text, std::size_t columns) {
 }
 
 std::string ChipName(const sim::RegisterAccess& write) {
-  if (write.Chip() == kChipAll) return std::string(script::ChipWords()[kChipsMax]);
-  for (unsigned position = 0; position < kChipsMax; ++position) {
-    if (write.Chip() == kChipByPosition[position])
-      return std::string(script::ChipWords()[position]);
-  }
-  return write.select == kSelectIdle ? "none" : sim::Hex(write.select);
+  const std::string_view chip = script::ChipOfSelect(write.select);
+  return chip == "several" ? sim::Hex(write.select) : std::string(chip);
 }
 
 bool Continues(const sim::RegisterAccess& last, const sim::RegisterAccess& next) {
@@ -35,7 +30,7 @@ bool Continues(const sim::RegisterAccess& last, const sim::RegisterAccess& next)
 }
 
 std::string LabelOf(const sim::RegisterAccess& write) {
-  return RegisterLabel(write.Page(), write.reg);
+  return script::RegisterLabel(write.Page(), write.reg);
 }
 
 void PrintLine(std::ostream& out, Writes writes) {

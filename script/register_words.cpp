@@ -1,0 +1,91 @@
+#include "script/register_words.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "script/words.h"
+#include "sim/text.h"
+
+namespace script {
+namespace {
+
+bool IsFlag(const Field& field) { return std::has_single_bit(field.bits); }
+
+// Whether other bits lie between those of the field.
+bool HasGaps(const Field& field) {
+  const unsigned low = unsigned{field.bits} >> std::countr_zero(field.bits);
+  return !std::has_single_bit(low + 1);
+}
+
+int ShiftOf(const Field& field) { return HasGaps(field) ? 0 : std::countr_zero(field.bits); }
+
+std::string InWords(const Field& field, std::uint8_t value) {
+  return std::string(field.name) + ' ' + (HasGaps(field) ? sim::Hex(value) : std::to_string(value));
+}
+
+}  // namespace
+
+std::string RegisterLabel(std::uint8_t page, std::uint8_t reg) {
+  const Register* const found = FindRegister(page, reg);
+  if (found == nullptr) return "(no name)";
+  if (found->count == 1) return found->name;
+  return std::string(found->name) + ' ' + std::to_string((reg - found->first) / found->stride);
+}
+
+std::span<const Field> FieldsOf(std::uint8_t page, std::uint8_t reg) {
+  const Register* const found = FindRegister(page, reg);
+  if (found == nullptr) return {};
+  const auto end = std::find_if(found->fields.begin(), found->fields.end(),
+                                [](const Field& field) { return field.name == nullptr; });
+  return {found->fields.begin(), end};
+}
+
+std::uint8_t FieldValue(const Field& field, std::uint8_t byte) {
+  return static_cast<std::uint8_t>((byte & field.bits) >> ShiftOf(field));
+}
+
+std::uint8_t WithFieldValue(const Field& field, std::uint8_t byte, std::uint8_t value) {
+  const unsigned bits = unsigned{value} << ShiftOf(field) & field.bits;
+  return static_cast<std::uint8_t>((byte & ~unsigned{field.bits}) | bits);
+}
+
+std::uint8_t FieldMost(const Field& field) { return FieldValue(field, field.bits); }
+
+std::string FieldsInWords(std::uint8_t page, std::uint8_t reg, std::uint8_t value) {
+  const std::span<const Field> fields = FieldsOf(page, reg);
+  const bool numbers_alone = std::none_of(fields.begin(), fields.end(), IsFlag);
+  std::string text;
+  for (const Field& field : fields) {
+    const std::uint8_t has = FieldValue(field, value);
+    if (has == 0 && !numbers_alone) continue;
+    if (!text.empty()) text += ", ";
+    text += IsFlag(field) ? field.name : InWords(field, has);
+  }
+  return text;
+}
+
+std::string_view ChipOfSelect(std::uint8_t select) {
+  sim::RegisterAccess access;
+  access.select = select;
+  const std::uint8_t chip = access.Chip();
+  if (chip == kChipAll) return ChipWords()[kChipsMax];
+  for (unsigned position = 0; position < kChipsMax; ++position) {
+    if (chip == kChipByPosition[position]) return ChipWords()[position];
+  }
+  return select == kSelectIdle ? "none" : "several";
+}
+
+std::string AccessInWords(const sim::RegisterAccess& access) {
+  const std::string_view chip = ChipOfSelect(access.select);
+  std::string text = access.read ? "r " : "w ";
+  text += chip == "several" ? sim::Hex(access.select) : std::string(chip);
+  text += " page " + (access.Page() < kPageCount ? std::to_string(access.Page()) : "-");
+  text += ' ' + sim::Hex(access.reg) + ' ' + RegisterLabel(access.Page(), access.reg) + " = " +
+          sim::Hex(access.value);
+  const std::string fields = FieldsInWords(access.Page(), access.reg, access.value);
+  if (!fields.empty()) text += " (" + fields + ')';
+  if (access.by == sim::By::Worker) text += " (worker)";
+  return text;
+}
+
+}  // namespace script
