@@ -13,7 +13,7 @@ namespace script {
 
 struct Statement {
   unsigned line = 0;  // from 1
-  std::string text;   // as it stands, without blanks around it
+  std::string text;   // as it stands, without blanks around it, as a terminal may have it
   LineGroup group = LineGroup::Board;
   Step step;
 };

@@ -41,12 +41,12 @@ device/ceimage:         files
 device/emulator:        +harness files
 device/library:         include src/platform/ce
 tools/vexosim/terminal:
-tools/vexosim/listing:  +script files sim/screen sim/picture tools/vexosim/terminal
+tools/vexosim/listing:  +script sim/screen sim/picture tools/vexosim/terminal
 tools/vexosim/shell:    +tools/vexosim/listing script/grammar script/help
 tools/vexosim/demo:     +tools/vexosim/listing
 tools/vexosim/compare:  +tools/vexosim/listing +device/emulator
 tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare
-tools/vexosim/cli:      files script script/grammar tools/vexosim/commands
+tools/vexosim/cli:      files sim/text script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
 windows/stand_in:
 windows:                +script +harness windows/stand_in src/platform/ce

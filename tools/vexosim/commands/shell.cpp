@@ -37,7 +37,7 @@ void AddShell(CLI::App& app, int& status) {
   CLI::App* shell = app.add_subcommand("shell", "A console for text commands and script lines");
   shell->add_option("--chips", options.chips, "How many chips are fitted, four channels each")
       ->type_name("N")
-      ->check(CLI::Range(1, int{kChipsMax}))
+      ->transform(WholeNumber(1, kChipsMax))
       ->capture_default_str();
   shell->add_flag("--pal", options.pal, "PAL cameras and stored standard, else NTSC");
   shell->add_flag("--bare", options.bare, "Leaves the library unattached");
