@@ -38,6 +38,8 @@ class OutputFile {
   // Goes bad when the disk is full; Commit() then tells why.
   std::ostream& Stream() { return stream_; }
 
+  // Whether what was written can be called back.
+  bool CanRestart() const { return buffer_ != nullptr && !written_.empty(); }
   // Forgets what was written; false where that cannot be called back.
   bool Restart();
 

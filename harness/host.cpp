@@ -20,8 +20,19 @@ ExportTable& Exports() {
   return exports;
 }
 
-void RecordCall(const char* fn, std::vector<std::int64_t> args = {}) {
-  sim::TheWorld().Record(sim::CallEvent{fn, std::move(args)});
+void RecordCall(const char* fn, std::vector<std::int64_t> args = {},
+                std::optional<sim::Bytes> record = std::nullopt) {
+  sim::TheWorld().Record(
+      sim::CallEvent{.fn = fn, .args = std::move(args), .record = std::move(record)});
+}
+
+// A line that is no valid text has its bytes beside it.
+void RecordTextCall(const char* fn, const char* line) {
+  sim::CallEvent call{.fn = fn, .text = line};
+  if (sim::ToUtf8(sim::ToUtf16(line).c_str()) != line) {
+    call.record.emplace(call.text->begin(), call.text->end());
+  }
+  sim::TheWorld().Record(std::move(call));
 }
 
 void RecordReturn(const char* fn, std::optional<std::int64_t> value,
@@ -59,7 +70,10 @@ int Entry(std::uint32_t reason) {
 }
 
 int Initialize(PlatWindow window) {
-  RecordCall("VEXOAPI_Initialize", {static_cast<std::int64_t>(window)});
+  sim::World& world = sim::TheWorld();
+  world.Record(sim::CallEvent{.fn = "VEXOAPI_Initialize",
+                              .args = {static_cast<std::int64_t>(window)},
+                              .valid = world.windows.Exists(window)});
   const int result = Exports().initialize(reinterpret_cast<VexoWindow>(window));
   RecordReturn("VEXOAPI_Initialize", result);
   return result;
@@ -98,7 +112,7 @@ void SetEnableOutputMsg(std::uint32_t enable) {
 
 int CommandProc(std::uint32_t code, sim::Bytes* record) {
   if (record != nullptr) record->resize(std::max(record->size(), kCommandRecordBytes));
-  RecordCall("VEXOAPI_CommandProc", {code});
+  RecordCall("VEXOAPI_CommandProc", {code}, Copy(record));
   const int result = Exports().command_proc(code, record == nullptr ? nullptr : record->data());
   RecordReturn("VEXOAPI_CommandProc", result, Copy(record));
   return result;
@@ -106,7 +120,7 @@ int CommandProc(std::uint32_t code, sim::Bytes* record) {
 
 int SetMotionInfo(std::uint8_t channel, std::uint8_t level, sim::Bytes* mask24) {
   if (mask24 != nullptr) mask24->resize(VEXO_MOTION_MASK_BYTES);
-  RecordCall("VEXOAPI_SetMotionInfo", {channel, level});
+  RecordCall("VEXOAPI_SetMotionInfo", {channel, level}, Copy(mask24));
   const int result =
       Exports().set_motion_info(channel, level, mask24 == nullptr ? nullptr : mask24->data());
   RecordReturn("VEXOAPI_SetMotionInfo", result, Copy(mask24));
@@ -114,7 +128,7 @@ int SetMotionInfo(std::uint8_t channel, std::uint8_t level, sim::Bytes* mask24) 
 }
 
 int TextCommandProc(const std::string& line) {
-  RecordCall("VEXOAPI_TextCommandProc");
+  RecordTextCall("VEXOAPI_TextCommandProc", line.c_str());
   const int result = Exports().text_command_proc(line.c_str());
   RecordReturn("VEXOAPI_TextCommandProc", result);
   return result;

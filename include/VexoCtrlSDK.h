@@ -282,6 +282,13 @@ void VEXOAPI_SetEnableOutputMsg(uint32_t enable);
  * operation; VEXO_ERROR_PARAMETER for a missing record or a refused argument;
  * VEXO_ERROR_NOT_READY when the library is not initialized, no window is bound, or the chips are
  * not ready.
+ * VEXO_OK comes back although nothing was done from VEXO_CMD_READ_REG (value 0) and
+ * VEXO_CMD_WRITE_REG while the chips are not ready and for a page above 2; from VEXO_CMD_MOTION_REG
+ * for a channel above 15; from VEXO_CMD_STOP_MONITOR when nothing runs. It comes back although a
+ * part was not done: the level of VEXO_CMD_MOTION_MASK and its preview above 3; the split of
+ * VEXO_CMD_LIVE_MODE and VEXO_CMD_PLAY_MODE that the board lacks (12 channels lack all of the
+ * former and refuse the latter); the split of VEXO_CMD_MOTION_SETUP in playback; the blanking of
+ * VEXO_CMD_CHANNEL_MASKS on 12 channels.
  * Any thread: commands wait for "CS4_GlobalLock". An unknown code, VEXO_CMD_INIT without a record
  * and a failed VEXO_CMD_INIT return with that lock still held by the calling thread.
  */
@@ -289,10 +296,13 @@ int VEXOAPI_CommandProc(uint32_t code, void* parameter);
 
 /*
  * Runs one line of text: at most 255 characters, zero-terminated, read only, tokens separated and
- * ended by single blanks, commas or line feeds. Takes no lock: one thread at a time.
- * Returns VEXO_OK, also for a command that does nothing because the chips are not ready;
- * VEXO_ERROR_FAILED for a rejected or longer line; VEXO_ERROR_NO_HEADER for a line without a known
- * header word and for null; or VEXO_ERROR_UNINITIALIZED.
+ * ended by single blanks, commas or line feeds; two of them in a row end the line, and what a
+ * command does not take is not read. Takes no lock: one thread at a time.
+ * Returns VEXO_OK for a line that is a command, whatever came of it: also when the chips are not
+ * ready, a word behind the first one of a "vexo" command is unknown, the driver of a "vpb" command
+ * is closed, or the operation refuses a number, finds no chip, or fails. VEXO_ERROR_FAILED for a
+ * rejected or longer line; VEXO_ERROR_NO_HEADER for a line without a known header word and for
+ * null; or VEXO_ERROR_UNINITIALIZED.
  */
 int VEXOAPI_TextCommandProc(const char* line);
 

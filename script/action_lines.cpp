@@ -4,7 +4,11 @@
 
 #include "VexoCtrlSDK.h"
 #include "harness/host.h"
+#include "script/command_words.h"
+#include "script/interpreter.h"
 #include "script/line.h"
+#include "script/outcome/text_outcome.h"
+#include "script/text_step.h"
 
 namespace script {
 namespace {
@@ -40,20 +44,39 @@ Step ParseUnbind(Arguments&) {
   return [](Session&) { harness::Uninitialize(); };
 }
 
-Step ParseCommand(Arguments& arguments) {
-  const std::uint32_t code = arguments.Number("a command code");
-  if (arguments.Take("null")) {
-    return [=](Session& session) { session.returned = harness::CommandProc(code, nullptr); };
-  }
+sim::Bytes ParseRecordBytes(Arguments& arguments) {
   sim::Bytes record;
   while (!arguments.AtEnd()) {
     if (record.size() == harness::kCommandRecordBytes)
       arguments.Expected("64 record bytes at most");
     record.push_back(arguments.RecordByte());
   }
+  return record;
+}
+
+Step ParseCommand(Arguments& arguments) {
+  const bool by_number = arguments.AtNumber();
+  if (!by_number && FindCommand(arguments.Peek()) == nullptr) {
+    arguments.Expected("a command code or its name (help commands)", CommandNames());
+  }
+  const std::uint32_t code = by_number ? arguments.Number("a command code")
+                                       : FindCommand(arguments.Text("a command"))->code;
+  if (arguments.Take("null")) {
+    return [=](Session& session) {
+      session.returned = harness::CommandProc(code, nullptr);
+      session.outcome = ReturnInWords(code, {}, {}, *session.returned);
+    };
+  }
+  const CommandKind* const command = FindCommand(code);
+  const bool by_field =
+      !by_number || (command != nullptr && command->Find(arguments.Peek()) != nullptr);
+  const sim::Bytes record =
+      by_field ? RecordOf(ParseRecordFields(*command, arguments)) : ParseRecordBytes(arguments);
   return [=](Session& session) {
     sim::Bytes bytes = record;
     session.returned = harness::CommandProc(code, &bytes);
+    session.outcome = ReturnInWords(code, record, bytes, *session.returned,
+                                    kChannelsPerChip * session.World().board.FittedCount());
   };
 }
 
@@ -76,16 +99,31 @@ Step ParseMotionInfo(Arguments& arguments) {
   };
 }
 
+}  // namespace
+
+Step TextStep(std::string line) {
+  return [line = std::move(line)](Session& session) {
+    session.returned = harness::TextCommandProc(line);
+    if (auto what = OutcomeOfText(line, static_cast<int>(*session.returned), session.World(),
+                                  session.FirstEvent(), session.facts)) {
+      session.notes.push_back(std::move(*what));
+    }
+  };
+}
+
+namespace {
+
 Step ParseText(Arguments& arguments) {
   const std::string line = arguments.Text("a line of text");
-  return [=](Session& session) { session.returned = harness::TextCommandProc(line); };
+  return TextStep(line);
 }
 
 Step VersionStep(bool null_buffer) {
   return [=](Session& session) {
     int length = 0;
-    harness::GetVersion(null_buffer, &length);
+    const std::optional<std::string> text = harness::GetVersion(null_buffer, &length);
     session.returned = length;
+    if (text) session.outcome = {'"' + *text + '"', "= " + std::to_string(length)};
   };
 }
 
@@ -107,13 +145,24 @@ Step ParseRun(Arguments& arguments) {
   return [=](Session& session) {
     constexpr std::uint32_t kSlice = 60'000;  // a long run shows how far it is, and can be ended
     Surroundings& around = session.Around();
+    session.World().Record(sim::LineEvent{"run " + std::to_string(ms)});
     if (ms == 0) around.LetTimePass(0);
-    for (std::uint32_t done = 0; done < ms && !around.Interrupted();) {
-      const std::uint32_t slice = std::min(kSlice, ms - done);
-      around.LetTimePass(slice);
-      done += slice;
-      around.ShowProgress("run: " + std::to_string(done / 1000) + " of " +
-                          std::to_string(ms / 1000) + " s of virtual time");
+    const std::uint32_t begin = session.World().kernel.Now();
+    try {
+      for (std::uint32_t done = 0; done < ms;) {
+        const std::uint32_t slice = std::min(kSlice, ms - done);
+        around.LetTimePass(slice);
+        done += slice;
+        around.ShowProgress("run: " + std::to_string(done / 1000) + " of " +
+                            std::to_string(ms / 1000) + " s of virtual time");
+      }
+    } catch (const Ended& ended) {
+      // The host was in no call: what has passed has passed.
+      if (ended.why != Ended::Why::Interrupt) throw;
+      around.ForgetInterrupt();
+      const std::uint32_t passed = session.World().kernel.Now() - begin;
+      session.Runner().Shorten("run " + std::to_string(passed));
+      session.notes.push_back("interrupted after " + std::to_string(passed) + " ms");
     }
   };
 }
@@ -129,8 +178,10 @@ constexpr std::array kActionLines = {
     LineKind{kAction, "window invalid", "", "VEXOAPI_Initialize with a handle that is no window",
              ParseWindowInvalid},
     LineKind{kAction, "unbind", "", "VEXOAPI_Uninitialize", ParseUnbind},
-    LineKind{kAction, "command", "CODE [BYTE... | null]",
-             "VEXOAPI_CommandProc; the record is zero-filled to 64 bytes", ParseCommand},
+    LineKind{kAction, "command", "COMMAND [FIELD VALUE... | BYTE... | null]",
+             "VEXOAPI_CommandProc by name or code; what the record is not given is 0 (help "
+             "commands)",
+             ParseCommand},
     LineKind{kAction, "motioninfo", "CH LEVEL BYTE x 24", "VEXOAPI_SetMotionInfo", ParseMotionInfo},
     LineKind{kAction, "text", "\"LINE\"", "VEXOAPI_TextCommandProc", ParseText},
     LineKind{kAction, "version", "", "VEXOAPI_GetVersion", ParseVersion},

@@ -51,17 +51,6 @@ Step ParseMotion(Arguments& arguments) {
   };
 }
 
-Step ParsePoke(Arguments& arguments) {
-  const ChipChoice chips = arguments.Chips();
-  const std::uint8_t page = arguments.Page();
-  const std::uint8_t reg = arguments.Byte("a register");
-  const std::uint8_t value = arguments.Byte("a value");
-  return [=](Session& session) {
-    sim::Board& board = session.World().board;
-    for (const unsigned position : chips.Fitted(board)) board.Poke(position, page, reg, value);
-  };
-}
-
 Step ParseSettle(Arguments& arguments) {
   int reads = -1;
   if (!arguments.Take("never")) {
@@ -149,6 +138,11 @@ Step ParseFault(Arguments& arguments) {
   return [=](Session& session) { session.World().faults.Set(fault, on); };
 }
 
+Step ParseSeed(Arguments& arguments) {
+  const std::uint32_t seed = arguments.Number("a number");
+  return [=](Session& session) { session.World().kernel.SetSeed(seed); };
+}
+
 Step ParseWindowDeaf(Arguments&) {
   return [](Session& session) { session.World().windows.deaf = true; };
 }
@@ -172,8 +166,6 @@ const std::array kBoardLines = {
              "signal of a channel; off sets its loss bit (ntsc)", ParseCamera},
     LineKind{kBoard, "weak", "CH on|off", "second loss bit of a channel (off)", ParseWeak},
     LineKind{kBoard, "motion", "CH on|off", "motion bit of a channel (off)", ParseMotion},
-    LineKind{kBoard, "poke", "CHIP PAGE REG VALUE", "sets a stored register byte, no bus cycle",
-             ParsePoke},
     LineKind{kBoard, "settle", "N|never",
              "how many reads of each chip's settle status are busy after a hold (0)", ParseSettle},
     LineKind{kBoard, "sync period", "MS", "toggles the master's sync bit every MS ms (20)",
@@ -190,6 +182,8 @@ const std::array kBoardLines = {
     LineKind{kBoard, "driver", "DRIVER present|absent|null", kDriverHelp, ParseDriver},
     LineKind{kBoard, "fault", "FAULT on|off", kFaultHelp, ParseFault},
     LineKind{kBoard, "window deaf", "", "the host window answers no sent message", ParseWindowDeaf},
+    LineKind{kBoard, "seed", "N", "chooses among threads that could run; 0: the fixed order (0)",
+             ParseSeed},
     LineKind{kBoard, "window hearing", "", "it answers again", ParseWindowHearing},
 };
 

@@ -3,9 +3,10 @@
 #include <array>
 
 #include "harness/host.h"
-#include "script/action_log.h"
+#include "script/command_words.h"
 #include "script/expect_registers.h"
 #include "script/line.h"
+#include "script/message_words.h"
 #include "sim/text.h"
 
 namespace script {
@@ -22,7 +23,7 @@ Step ParseReturn(Arguments& arguments) {
 Step ParseDebugText(Arguments& arguments) {
   const std::string wanted = arguments.Text("a text");
   return [=](Session& session) {
-    const std::string text = session.DebugText();
+    const std::string& text = session.DebugText();
     if (text.find(wanted) != std::string::npos) return;
     const std::vector<std::string> lines = sim::TextLines(text);
     if (lines.empty()) throw Unmet{"no debug output"};
@@ -32,13 +33,25 @@ Step ParseDebugText(Arguments& arguments) {
   };
 }
 
+std::uint32_t ParseMessageNumber(Arguments& arguments) {
+  const std::string_view word = arguments.Peek();
+  if (const auto message = FindMessage(word)) {
+    arguments.Take(word);
+    return *message;
+  }
+  if (!arguments.AtNumber()) {
+    arguments.Expected("a message number, or " + sim::OneOf(MessageNames()), MessageNames());
+  }
+  return arguments.Number("a message number");
+}
+
 Step ParseMessage(Arguments& arguments) {
-  const std::uint32_t message = arguments.Number("a message number");
+  const std::uint32_t message = ParseMessageNumber(arguments);
   std::optional<std::uint32_t> wparam;
   if (!arguments.AtEnd()) wparam = arguments.Number("a wParam");
   return [=](Session& session) {
     if (session.HasMessage(message, wparam)) return;
-    const std::vector<std::string> messages = MessagesInWords(session);
+    const std::vector<std::string> messages = session.MessagesInWords();
     if (messages.empty()) throw Unmet{"no message"};
     std::string found = "the messages were";
     for (const std::string& line : messages) found += "\n      > " + line;
@@ -54,23 +67,78 @@ Step ParseNoDebugText(Arguments& arguments) {
 }
 
 Step ParseNoMessage(Arguments& arguments) {
-  const std::uint32_t message = arguments.Number("a message number");
+  const std::uint32_t message = ParseMessageNumber(arguments);
   return [=](Session& session) {
     if (session.HasMessage(message, std::nullopt)) throw Unmet{"there was one"};
   };
 }
 
+const sim::Bytes& RecordOfAction(const Session& session) {
+  const sim::Bytes* record = session.Record();
+  if (record == nullptr) throw Unmet{"'" + session.ActionName() + "' has no record"};
+  return *record;
+}
+
+// Any command's fields, each command with those that its record has: which one was called shows
+// when the expectation is looked at.
+struct WantedFields {
+  const CommandKind* command;
+  std::vector<FieldBytes> fields;
+};
+
+std::vector<WantedFields> ParseWantedFields(Arguments& arguments) {
+  std::vector<WantedFields> wanted;
+  std::vector<std::string_view> names;
+  std::string mistake;
+  for (const CommandKind& command : Commands()) {
+    for (const RecordField& field : command.fields) {
+      const bool known = std::find(names.begin(), names.end(), field.name) != names.end();
+      if (!known) names.push_back(field.name);
+    }
+    if (command.Find(arguments.Peek()) == nullptr) continue;
+    Arguments attempt = arguments;
+    try {
+      wanted.push_back({&command, ParseRecordFields(command, attempt)});
+    } catch (const Malformed& error) {
+      if (mistake.empty()) mistake = error.what();
+    }
+  }
+  if (wanted.empty() && !mistake.empty()) throw Malformed(mistake);
+  if (wanted.empty()) arguments.Expected("an offset below 64 or a field of a record", names);
+  arguments = Arguments({});
+  return wanted;
+}
+
+Step ParseRecordFields(Arguments& arguments) {
+  const std::vector<WantedFields> wanted = ParseWantedFields(arguments);
+  return [=](Session& session) {
+    const sim::Bytes& record = RecordOfAction(session);
+    const auto code = session.CommandCode();
+    const CommandKind* const command = code ? FindCommand(*code) : nullptr;
+    const auto own = std::find_if(wanted.begin(), wanted.end(),
+                                  [&](const WantedFields& one) { return one.command == command; });
+    if (own == wanted.end()) throw Unmet{"'" + session.ActionName() + "' has no such field"};
+    std::string found;
+    for (const auto& [field, bytes] : own->fields) {
+      const auto from = record.begin() + static_cast<std::ptrdiff_t>(field->offset);
+      if (std::equal(bytes.begin(), bytes.end(), from)) continue;
+      found += (found.empty() ? "" : ", ") + FieldInWords(*field, record);
+    }
+    if (!found.empty()) throw Unmet{"the record has " + found};
+  };
+}
+
 Step ParseRecord(Arguments& arguments) {
+  if (!arguments.AtNumber()) return ParseRecordFields(arguments);
   const std::size_t offset =
       arguments.Number("an offset below 64", 0, harness::kCommandRecordBytes - 1);
   sim::Bytes wanted = {arguments.RecordByte()};
   while (!arguments.AtEnd()) wanted.push_back(arguments.RecordByte());
   return [=](Session& session) {
-    const sim::Bytes* record = session.Record();
-    if (record == nullptr) throw Unmet{"'" + session.ActionName() + "' has no record"};
-    const auto from = static_cast<std::ptrdiff_t>(std::min(offset, record->size()));
-    const auto to = static_cast<std::ptrdiff_t>(std::min(offset + wanted.size(), record->size()));
-    const sim::Bytes found(record->begin() + from, record->begin() + to);
+    const sim::Bytes& record = RecordOfAction(session);
+    const auto from = static_cast<std::ptrdiff_t>(std::min(offset, record.size()));
+    const auto to = static_cast<std::ptrdiff_t>(std::min(offset + wanted.size(), record.size()));
+    const sim::Bytes found(record.begin() + from, record.begin() + to);
     if (found != wanted) throw Unmet{"the record has " + sim::HexBytes(found, " ")};
   };
 }
@@ -94,16 +162,18 @@ constexpr std::array kExpectLines = {
              "registers from REG on, or those of a name (\"window\", \"window 2\"); -- leaves one "
              "out; CHIP may be several (master,slave1)",
              ParseRegisters},
+    LineKind{kCheck, "expect field", "CHIP \"NAME\" FIELD VALUE",
+             "a field of the registers of a name", ParseField},
     LineKind{kCheck, "expect debug", "\"TEXT\"", "occurs in its debug output, all writes joined",
              ParseDebugText},
-    LineKind{kCheck, "expect message", "CODE [WPARAM]",
+    LineKind{kCheck, "expect message", "MESSAGE [WPARAM]",
              "it sent or posted such a message, or the window handled one", ParseMessage},
     LineKind{kCheck, "expect no debug", "\"TEXT\"", "does not occur in its debug output",
              ParseNoDebugText},
-    LineKind{kCheck, "expect no message", "CODE", "it sent, posted and handled no such message",
+    LineKind{kCheck, "expect no message", "MESSAGE", "it sent, posted and handled no such message",
              ParseNoMessage},
-    LineKind{kCheck, "expect record", "OFFSET BYTE...", "the caller's record after its call",
-             ParseRecord},
+    LineKind{kCheck, "expect record", "OFFSET BYTE... | FIELD VALUE...",
+             "the caller's record after its call, by offset or by field", ParseRecord},
     LineKind{kCheck, "expect cycles", "N", "its number of bus cycles", ParseCycles},
 };
 

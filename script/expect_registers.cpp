@@ -2,58 +2,25 @@
 
 #include <optional>
 
-#include "chip/registers.h"
+#include "script/register_names.h"
+#include "script/register_words.h"
 #include "sim/text.h"
 
 namespace script {
 namespace {
 
-struct NamedRegister {
-  RegisterAddress at;
-  std::string name;      // "window"
-  std::string position;  // "window 2"; as the name when there is one position
-};
-
-// The table of names, register by register, in its order.
-std::vector<NamedRegister> ListNames() {
-  std::vector<NamedRegister> registers;
-  for (const Register& run : kRegisters) {
-    for (unsigned k = 0; k < run.count; ++k) {
-      std::string position = run.name;
-      if (run.count > 1) position += ' ' + std::to_string(k);
-      for (unsigned i = 0; i < run.length; ++i) {
-        registers.push_back({run.AddressOf(k, i), run.name, position});
-      }
-    }
-  }
-  return registers;
-}
-
-const std::vector<NamedRegister>& Names() {
-  static const std::vector<NamedRegister> names = ListNames();
-  return names;
-}
-
-// Those of a name, at every position or at one; empty for a name that there is not.
-std::vector<RegisterAddress> RegistersOf(std::string_view name) {
-  std::vector<RegisterAddress> registers;
-  for (const NamedRegister& one : Names()) {
-    if (name == one.name || name == one.position) registers.push_back(one.at);
-  }
-  return registers;
-}
-
 // "0x31 (window 0)"
 std::string InWords(RegisterAddress at) {
   std::string text = sim::Hex(at.number);
-  for (const NamedRegister& one : Names()) {
-    if (one.at == at) return text + " (" + one.position + ')';
-  }
-  return text;
+  if (FindRegister(at.page, at.number) == nullptr) return text;
+  return text + " (" + RegisterLabel(at.page, at.number) + ')';
 }
 
 // From REG to the end of PAGE.
 std::vector<RegisterAddress> ParsePlace(Arguments& arguments) {
+  if (!arguments.AtNumber()) {
+    arguments.Expected("a page 0 to 2 or a name of registers", RegisterNames());
+  }
   const std::uint8_t page = arguments.Page("a page 0 to 2 or a name of registers");
   std::vector<RegisterAddress> registers;
   for (unsigned reg = arguments.Byte("a register"); reg < kRegistersPerPage; ++reg) {
@@ -146,6 +113,23 @@ Step ParseRegisters(Arguments& arguments) {
   const std::vector<Wanted> wanted = ParseWanted(arguments);
   return OnEachChip(chips, [=](const sim::Board& board, unsigned position) {
     return Differences(board, position, wanted);
+  });
+}
+
+Step ParseField(Arguments& arguments) {
+  const ChipChoice chips = arguments.Chips();
+  const std::string name = ParseRegisterName(arguments);
+  const FieldSetting wanted = ParseFieldSetting(arguments, name);
+  return OnEachChip({chips}, [=](const sim::Board& board, unsigned position) {
+    std::string found;
+    for (const RegisterAddress at : RegistersOf(name)) {
+      const std::uint8_t byte = board.Peek(position, at);
+      const std::uint8_t has = FieldValue(wanted.field, byte);
+      if (has == wanted.value) continue;
+      found += (found.empty() ? "has " : ", ") + std::string(wanted.field.name) + ' ' +
+               std::to_string(has) + " at " + InWords(at) + " = " + sim::Hex(byte);
+    }
+    return found;
   });
 }
 

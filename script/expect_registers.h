@@ -7,5 +7,6 @@ namespace script {
 
 Step ParseRegister(Arguments& arguments);
 Step ParseRegisters(Arguments& arguments);
+Step ParseField(Arguments& arguments);
 
 }  // namespace script

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "sim/text.h"
+#include "script/help/help.h"
 
 namespace script {
 namespace {
@@ -12,16 +12,6 @@ std::string_view FirstWord(std::string_view words) { return words.substr(0, word
 bool Fits(const LineKind& kind, std::span<const std::string> words) {
   const std::vector<std::string> own = SplitWords(kind.words);
   return own.size() <= words.size() && std::equal(own.begin(), own.end(), words.begin());
-}
-
-// The words that a line may begin with, each once.
-std::string FirstWords() {
-  std::vector<std::string_view> words;
-  for (const LineKind* kind : AllLines()) {
-    const std::string_view word = FirstWord(kind->words);
-    if (std::find(words.begin(), words.end(), word) == words.end()) words.push_back(word);
-  }
-  return sim::OneOf(words);
 }
 
 // One kind: its usage, and its help beside or below it, wrapped.
@@ -63,7 +53,8 @@ std::string LineKind::Usage() const {
 
 std::vector<const LineKind*> AllLines() {
   std::vector<const LineKind*> all;
-  for (const auto& kinds : {BoardLines(), ActionLines(), ExpectLines(), OutputLines()}) {
+  for (const auto& kinds : {BoardLines(), ActionLines(), ExpectLines(), RegisterLines(),
+                            OutputLines(), StopLines(), SessionLines()}) {
     for (const LineKind& kind : kinds) all.push_back(&kind);
   }
   return all;
@@ -81,7 +72,9 @@ const LineKind& FindLine(std::span<const std::string> words) {
   if (best != nullptr) return *best;
   const std::string usages = UsagesOf(words.front());
   if (usages.empty()) {
-    throw Malformed("expected " + FirstWords() + ", found '" + words.front() + "'");
+    const std::string near = HelpSuggestion(words.front());
+    throw Malformed("unknown: '" + words.front() + '\'' +
+                    (near.empty() ? "; help lists what there is" : near));
   }
   Arguments rest(words.subspan(1));
   rest.Expected(usages);
@@ -102,14 +95,19 @@ std::string LanguageHelp() {
   AppendGroup(text, "Board lines (at any time, at once):", BoardLines());
   AppendGroup(text, "\nActions:", ActionLines());
   AppendGroup(text, "\nExpectations about the last action:", ExpectLines());
+  AppendGroup(text, "\nRegisters, at once and without a bus cycle:", RegisterLines());
   AppendGroup(text, "\nOutput:", OutputLines());
+  AppendGroup(text,
+              "\nStops, where the lines that follow run before the action goes on:", StopLines());
+  AppendGroup(text, "\nThe session:", SessionLines());
   text +=
       "\nAfter the line variants NAME NAME... a script runs once for each NAME: {a|b} reads a in\n"
       "the first and b in the second, and only NAME LINE is a line for that one alone.\n"
       "\nWords are separated by blanks; # starts a comment; a word in double quotes may hold\n"
       "\\n \\r \\t \\\\ \\\" \\xHH. Numbers are decimal or 0x-hexadecimal. CH is 0 to 15 or all,\n"
       "CHIP is master, slave1, slave2, slave3 or all, PAGE is 0 to 2, and a BYTE of a record or\n"
-      "a register has two hexadecimal digits.\n";
+      "a register has two hexadecimal digits. COMMAND and MESSAGE are a name or a number; the\n"
+      "shell's help commands, help messages and help NAME list names and fields.\n";
   return text;
 }
 

@@ -17,6 +17,8 @@ enum class LineGroup {
   Action,  // calls the library or lets time pass; expectations are about the last one
   Check,
   Output,
+  Switch,  // how the session goes on; part of what it is
+  Tool,    // about the session, and no part of it
 };
 
 // What a parsed line does.
@@ -35,7 +37,10 @@ struct LineKind {
 std::span<const LineKind> BoardLines();
 std::span<const LineKind> ActionLines();
 std::span<const LineKind> ExpectLines();
+std::span<const LineKind> RegisterLines();
 std::span<const LineKind> OutputLines();
+std::span<const LineKind> StopLines();
+std::span<const LineKind> SessionLines();
 
 // All kinds, in the order of help.
 std::vector<const LineKind*> AllLines();

@@ -9,6 +9,7 @@
 
 #include "VexoCtrlSDK.h"
 #include "chip/registers.h"
+#include "script/register_words.h"
 #include "script/words.h"
 #include "sim/kernel/message_records.h"
 #include "sim/text.h"
@@ -111,36 +112,58 @@ std::string RegisterValue(const Content& content) {
   std::memcpy(&record, content.record.data(), sizeof record);
   std::string text = ChipInWords(record.chip_select) + " page " + std::to_string(record.page) +
                      " register " + sim::Hex(record.reg);
-  if (const char* name = RegisterNameOf(record.page, record.reg))
-    text += " (" + std::string(name) + ')';
-  return text + " = " + sim::Hex(record.value);
+  if (FindRegister(record.page, record.reg) != nullptr) {
+    text += " (" + RegisterLabel(record.page, record.reg) + ')';
+  }
+  text += " = " + sim::Hex(record.value);
+  const std::string fields = FieldsInWords(record.page, record.reg, record.value);
+  return fields.empty() ? text : text + " (" + fields + ')';
 }
 
 struct MessageWords {
   std::uint32_t message;
-  const char* name;
+  std::string_view name;  // with hyphens, as scripts have it
   std::string (*words)(const Content& content);
 };
 
 constexpr std::array kMessages = {
     MessageWords{VEXO_MSG_STATUS, "status", Status},
-    MessageWords{VEXO_MSG_INIT_RESULT, "init result", InitResult},
-    MessageWords{VEXO_MSG_VIDEO_INFO, "video info", VideoInfo},
-    MessageWords{VEXO_MSG_MOTION_STATUS, "motion status", MotionStatus},
-    MessageWords{VEXO_MSG_CHIP_VERSION, "chip version", ChipVersion},
-    MessageWords{VEXO_MSG_REG_VALUE, "register value", RegisterValue},
+    MessageWords{VEXO_MSG_INIT_RESULT, "init-result", InitResult},
+    MessageWords{VEXO_MSG_VIDEO_INFO, "video-info", VideoInfo},
+    MessageWords{VEXO_MSG_MOTION_STATUS, "motion-status", MotionStatus},
+    MessageWords{VEXO_MSG_CHIP_VERSION, "chip-version", ChipVersion},
+    MessageWords{VEXO_MSG_REG_VALUE, "register-value", RegisterValue},
 };
 
 std::string Meaning(std::uint32_t message, const Content& content) {
   for (const MessageWords& row : kMessages) {
     if (row.message != message) continue;
     const bool whole = content.record.size() >= sim::MessageRecordBytes(message);
-    return row.name + (whole ? ": " + row.words(content) : " without its record");
+    std::string name(row.name);
+    std::replace(name.begin(), name.end(), '-', ' ');
+    return name + (whole ? ": " + row.words(content) : " without its record");
   }
   return "no message of the library, wParam " + sim::Hex(content.wparam, 8);
 }
 
 }  // namespace
+
+std::span<const std::string_view> MessageNames() {
+  static constexpr auto kNames = [] {
+    std::array<std::string_view, kMessages.size()> names;
+    std::transform(kMessages.begin(), kMessages.end(), names.begin(),
+                   [](const MessageWords& row) { return row.name; });
+    return names;
+  }();
+  return kNames;
+}
+
+std::optional<std::uint32_t> FindMessage(std::string_view name) {
+  for (const MessageWords& row : kMessages) {
+    if (row.name == name) return row.message;
+  }
+  return std::nullopt;
+}
 
 std::string StandardInWords(std::uint32_t standard) {
   switch (standard) {

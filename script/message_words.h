@@ -2,7 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 
 #include "sim/trace.h"
 
@@ -16,6 +19,11 @@ std::string MessageInWords(std::uint32_t message, std::uint32_t wparam, const si
 
 // The same from the trace.
 std::string MessageInWords(const sim::MessageEvent& event, unsigned channels);
+
+// The messages by name, with hyphens ("video-info"), and the number of one; none for an unknown
+// one.
+std::span<const std::string_view> MessageNames();
+std::optional<std::uint32_t> FindMessage(std::string_view name);
 
 // "NTSC", "PAL", "no video", or the number.
 std::string StandardInWords(std::uint32_t standard);

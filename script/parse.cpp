@@ -5,6 +5,10 @@
 
 #include "files/input.h"
 #include "files/printable.h"
+#include "script/grammar/pattern_walk.h"
+#include "script/grammar/text_line.h"
+#include "script/help/first_words.h"
+#include "script/text_step.h"
 #include "script/variants.h"
 
 namespace script {
@@ -68,7 +72,32 @@ Lines ReadVariants(const Lines& lines, const std::string& name, std::size_t& tak
 
 }  // namespace
 
+namespace {
+
+// A text command: its header, and what the library gets.
+Statement TextStatement(const std::string& line, bool completed) {
+  const std::string text = WithSeparator(line);
+  return {0, line, LineGroup::Action, TextStep(text), completed};
+}
+
+// A line that is a text command, with its header or without; none when it is another.
+std::optional<Statement> ParseTextLine(const std::string& typed) {
+  const std::string line = Trim(typed.substr(0, CommentBegin(typed)));
+  const std::string_view word = FirstWordOf(line);
+  if (FindGrammar(word) != nullptr) return TextStatement(line, false);
+  if (IsScriptWord(word)) return std::nullopt;
+  const std::vector<const TextGrammar*> grammars = GrammarsWith(word);
+  if (grammars.empty()) return std::nullopt;
+  if (grammars.size() == 1) return TextStatement(grammars.front()->header + (' ' + line), true);
+  std::string text = "several families have " + std::string(word) + "; say which:";
+  for (const TextGrammar* grammar : grammars) text += '\n' + (grammar->header + (' ' + line));
+  throw Malformed(text);
+}
+
+}  // namespace
+
 std::optional<Statement> ParseLine(const std::string& text, bool after_action) {
+  if (std::optional<Statement> command = ParseTextLine(text)) return command;
   const std::vector<std::string> words = SplitWords(text);
   if (words.empty()) return std::nullopt;
   const LineKind& kind = FindLine(words);
@@ -80,7 +109,7 @@ std::optional<Statement> ParseLine(const std::string& text, bool after_action) {
   try {
     Step step = kind.parse(arguments);
     arguments.End();
-    return Statement{0, files::Printable(Trim(text), kLongestLine), kind.group, std::move(step)};
+    return Statement{0, Trim(text), kind.group, std::move(step)};
   } catch (const Malformed& error) {
     throw Malformed(std::string(error.what()) + " (" + UsagesOf(words.front()) + ')');
   }

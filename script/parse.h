@@ -13,9 +13,10 @@ namespace script {
 
 struct Statement {
   unsigned line = 0;  // from 1
-  std::string text;   // as it stands, without blanks around it, as a terminal may have it
+  std::string text;   // as it stands, without blanks around it; a text command with its header
   LineGroup group = LineGroup::Board;
   Step step;
+  bool completed = false;  // the header of a text command was left out
 };
 
 // What a line does; `line` is left 0, none for a line without words. Throws Malformed, for an

@@ -19,8 +19,8 @@ bool HasGaps(const Field& field) {
 
 int ShiftOf(const Field& field) { return HasGaps(field) ? 0 : std::countr_zero(field.bits); }
 
-std::string InWords(const Field& field, std::uint8_t value) {
-  return std::string(field.name) + ' ' + (HasGaps(field) ? sim::Hex(value) : std::to_string(value));
+std::string NumberOf(const Field& field, std::uint8_t value) {
+  return HasGaps(field) ? sim::Hex(value) : std::to_string(value);
 }
 
 }  // namespace
@@ -32,12 +32,15 @@ std::string RegisterLabel(std::uint8_t page, std::uint8_t reg) {
   return std::string(found->name) + ' ' + std::to_string((reg - found->first) / found->stride);
 }
 
+std::span<const Field> FieldsOf(const Register& row) {
+  const auto count = std::count_if(row.fields.begin(), row.fields.end(),
+                                   [](const Field& field) { return field.name != nullptr; });
+  return std::span(row.fields).first(static_cast<std::size_t>(count));
+}
+
 std::span<const Field> FieldsOf(std::uint8_t page, std::uint8_t reg) {
   const Register* const found = FindRegister(page, reg);
-  if (found == nullptr) return {};
-  const auto end = std::find_if(found->fields.begin(), found->fields.end(),
-                                [](const Field& field) { return field.name == nullptr; });
-  return {found->fields.begin(), end};
+  return found == nullptr ? std::span<const Field>() : FieldsOf(*found);
 }
 
 std::uint8_t FieldValue(const Field& field, std::uint8_t byte) {
@@ -59,9 +62,61 @@ std::string FieldsInWords(std::uint8_t page, std::uint8_t reg, std::uint8_t valu
     const std::uint8_t has = FieldValue(field, value);
     if (has == 0 && !numbers_alone) continue;
     if (!text.empty()) text += ", ";
-    text += IsFlag(field) ? field.name : InWords(field, has);
+    text += field.name;
+    if (!IsFlag(field)) text += ' ' + NumberOf(field, has);
   }
   return text;
+}
+
+std::string FieldChangesInWords(std::uint8_t page, std::uint8_t reg, std::uint8_t before,
+                                std::uint8_t after) {
+  std::string text;
+  for (const Field& field : FieldsOf(page, reg)) {
+    const std::uint8_t had = FieldValue(field, before);
+    const std::uint8_t has = FieldValue(field, after);
+    if (had == has) continue;
+    if (!text.empty()) text += ", ";
+    if (IsFlag(field)) {
+      text += field.name + std::string(has == 0 ? " cleared" : " set");
+    } else {
+      text += field.name + (' ' + NumberOf(field, had)) + " -> " + NumberOf(field, has);
+    }
+  }
+  return text;
+}
+
+std::vector<RegisterRun> RegisterRuns(std::uint8_t page) {
+  constexpr unsigned kLongest = 8;
+  std::vector<RegisterRun> runs;
+  for (unsigned number = 0; number < kRegistersPerPage; ++number) {
+    const auto reg = static_cast<std::uint8_t>(number);
+    const Register* const row = FindRegister(page, reg);
+    std::string label = RegisterLabel(page, reg);
+    if (runs.empty() || row == nullptr || runs.back().label != label ||
+        runs.back().length == kLongest) {
+      runs.push_back({row, std::move(label), page, reg, 0});
+    }
+    ++runs.back().length;
+  }
+  return runs;
+}
+
+std::string ChangeInWords(const RegisterRun& run, const RegisterPage& before,
+                          const RegisterPage& after) {
+  constexpr std::size_t kLabelColumns = 26;
+  std::string label = run.label;
+  label.resize(std::max(kLabelColumns, label.size() + 1), ' ');
+  const auto had = std::span(before).subspan(run.first, run.length);
+  const auto has = std::span(after).subspan(run.first, run.length);
+  std::string text = sim::Hex(run.first) + "  " + label + sim::HexBytes(had, " ") + " -> " +
+                     sim::HexBytes(has, " ");
+  const auto same = [](std::span<const std::uint8_t> bytes) {
+    return std::all_of(bytes.begin(), bytes.end(),
+                       [&](auto byte) { return byte == bytes.front(); });
+  };
+  if (!same(had) || !same(has)) return text;
+  const std::string fields = FieldChangesInWords(run.page, run.first, had.front(), has.front());
+  return fields.empty() ? text : text + " (" + fields + ')';
 }
 
 std::string_view ChipOfSelect(std::uint8_t select) {

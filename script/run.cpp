@@ -4,149 +4,53 @@
 #include <stdexcept>
 #include <vector>
 
-#include "harness/host.h"
-#include "script/action_log.h"
+#include "script/interpreter.h"
 #include "script/parse.h"
 #include "script/report_words.h"
 #include "sim/text.h"
-#include "sim/trace_json.h"
 #include "sim/world.h"
 
 namespace script {
 namespace {
 
-// One run of a script.
-class Run {
+// What is said when a script has run.
+class Summary {
  public:
-  Run(const Script& script, const RunOptions& options, Surroundings& around, std::ostream& out,
-      std::ostream& err)
-      : script_(script),
-        options_(options),
-        around_(around),
-        out_(out),
-        err_(err),
-        session_(out, around) {
-    if (options.trace != nullptr) trace_.emplace(*options.trace);
-  }
+  Summary(const Script& script, const RunOptions& options, Surroundings& around, std::ostream& out,
+          std::ostream& err)
+      : script_(script), options_(options), around_(around), out_(out), err_(err) {}
 
-  int All() {
-    const std::vector<Statement>& statements = script_.statements;
-    if (!options_.quiet && !script_.variant.empty()) out_ << "variant " << script_.variant << '\n';
-    harness::Restart();
-    sim::TheWorld().kernel.SetSeed(options_.seed);
-    bool goes_on = true;
-    for (std::size_t i = 0; i < statements.size() && goes_on; ++i) {
-      if (options_.quiet) {
-        around_.ShowProgress(script_.name + ": line " + std::to_string(statements[i].line) +
-                             " of " + std::to_string(statements.back().line));
-      }
-      goes_on = One(statements[i]);
-      if (trace_) trace_->Write(sim::TheWorld().trace);
+  // Returns the exit status.
+  int Print(const Interpreter& run) {
+    status_ = run.Status();
+    if (options_.registers) around_.ShowRegisters(out_, {true, 0}, std::nullopt);
+    if (options_.picture) WritePicture();
+    PrintChecks(run.Checks(), run.UnmetChecks());
+    if (options_.machine != nullptr) PrintMachine(*options_.machine);
+    out_.flush();
+    for (const std::string& warning : WarningsInWords(sim::TheWorld().reports.All())) {
+      err_ << "warning: " << warning << '\n';
     }
-    around_.ClearProgress();
-    Finish();
     return status_;
   }
 
  private:
-  // False when nothing more can run.
-  bool One(const Statement& statement) {
+  void WritePicture() {
     try {
-      switch (statement.group) {
-        case LineGroup::Action:
-          Act(statement);
-          break;
-        case LineGroup::Check:
-          Check(statement);
-          break;
-        case LineGroup::Board:
-        case LineGroup::Output:
-          Echo(statement);
-          statement.step(session_);
-          break;
-      }
-      return true;
-    } catch (const sim::Deadlock& deadlock) {
-      Complain(statement, deadlock.what());
-      status_ = kExitUnmet;
-    } catch (const harness::ImageFault& fault) {
-      Complain(statement, fault.what());
-      status_ = kExitUnmet;
+      around_.SavePicture(*options_.picture);
     } catch (const std::exception& error) {
-      Complain(statement, error.what());
+      err_ << error.what() << std::endl;
       status_ = kExitWrong;
     }
-    return false;
   }
 
-  void Act(const Statement& statement) {
-    Echo(statement);
-    session_.BeginAction(statement.text);
-    try {
-      statement.step(session_);
-    } catch (...) {
-      PrintAction();
-      throw;
-    }
-    PrintAction();
-  }
-
-  void PrintAction() {
-    around_.ClearProgress();
-    if (options_.quiet) return;
-    PrintEvents(out_, session_.World(), session_.FirstEvent(), session_.FirstReceived());
-    if (session_.returned) out_ << "      = " << *session_.returned << '\n';
-  }
-
-  void Check(const Statement& statement) {
-    ++checks_;
-    try {
-      statement.step(session_);
-    } catch (const Unmet& unmet) {
-      ++unmet_;
-      status_ = kExitUnmet;
-      Complain(statement, unmet.found);
-    }
-  }
-
-  void Echo(const Statement& statement) {
-    if (options_.quiet) return;
-    around_.ClearProgress();
-    const std::string time = std::to_string(sim::TheWorld().kernel.Now());
-    out_ << std::string(time.size() < 8 ? 8 - time.size() : 0, ' ') << time << " ms  "
-         << statement.text << '\n';
-  }
-
-  void Complain(const Statement& statement, const std::string& what) {
-    around_.ClearProgress();
-    out_.flush();
-    err_ << script_.name << ':' << statement.line << ": " << statement.text << ": " << what
-         << std::endl;
-  }
-
-  void Finish() {
-    const sim::World& world = sim::TheWorld();
-    if (options_.registers) around_.ShowRegisters(out_, {true, 0}, std::nullopt);
-    if (options_.picture) {
-      try {
-        around_.SavePicture(*options_.picture);
-      } catch (const std::exception& error) {
-        err_ << error.what() << std::endl;
-        status_ = kExitWrong;
-      }
-    }
-    if (checks_ != 0) {
-      if (!script_.variant.empty()) out_ << script_.variant << ": ";
-      out_ << (unmet_ == 0 ? std::to_string(checks_)
-                           : std::to_string(unmet_) + " of " + std::to_string(checks_))
-           << (checks_ == 1 ? " expectation" : " expectations")
-           << (unmet_ == 0 ? " met" : " not met") << '\n';
-    }
-    if (options_.machine != nullptr) PrintMachine(*options_.machine);
-    out_.flush();
-    for (const std::string& warning : WarningsInWords(world.reports.All())) {
-      err_ << "warning: " << warning << '\n';
-    }
+  void PrintChecks(unsigned checks, unsigned unmet) {
+    if (checks == 0) return;
+    if (!script_.variant.empty()) out_ << script_.variant << ": ";
+    out_ << (unmet == 0 ? std::to_string(checks)
+                        : std::to_string(unmet) + " of " + std::to_string(checks))
+         << (checks == 1 ? " expectation" : " expectations") << (unmet == 0 ? " met" : " not met")
+         << '\n';
   }
 
   void PrintMachine(const harness::ImageRun& machine) {
@@ -166,10 +70,6 @@ class Run {
   Surroundings& around_;
   std::ostream& out_;
   std::ostream& err_;
-  Session session_;
-  std::optional<sim::TraceWriter> trace_;
-  unsigned checks_ = 0;
-  unsigned unmet_ = 0;
   int status_ = kExitDone;
 };
 
@@ -187,7 +87,8 @@ std::vector<Script> ChosenVariants(std::vector<Script> scripts, const std::strin
                       (names.front().empty() ? "no variant, it has none" : sim::OneOf(names)) +
                       ", found '" + *options.variant + "'");
   }
-  if (scripts.size() > 1 && (options.trace != nullptr || options.picture)) {
+  if (scripts.size() > 1 &&
+      (options.trace != nullptr || !options.sinks.empty() || options.picture)) {
     throw ScriptError(name + ": a trace or a picture is of one variant: choose " +
                       sim::OneOf(names) + " (--variant)");
   }
@@ -198,7 +99,18 @@ std::vector<Script> ChosenVariants(std::vector<Script> scripts, const std::strin
 
 int RunScript(const Script& script, const RunOptions& options, Surroundings& around,
               std::ostream& out, std::ostream& err) {
-  return Run(script, options, around, out, err).All();
+  if (!options.quiet && !script.variant.empty()) out << "variant " << script.variant << '\n';
+  InterpreterOptions how;
+  how.quiet = options.quiet;
+  how.seed = options.seed;
+  how.limits = options.limits;
+  how.sinks = options.sinks;
+  std::optional<JsonSink> trace;
+  if (options.trace != nullptr) how.sinks.push_back(&trace.emplace(*options.trace));
+  Interpreter interpreter(how, around, out, err);
+  ScriptSource source(script);
+  interpreter.Run(source);
+  return Summary(script, options, around, out, err).Print(interpreter);
 }
 
 int RunScript(std::istream& in, const std::string& name, const RunOptions& options,

@@ -6,11 +6,14 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "files/exit_status.h"
 #include "harness/image_run.h"
 #include "script/parse.h"
+#include "script/run_watch.h"
 #include "script/surroundings.h"
+#include "script/trace_sink.h"
 
 namespace script {
 
@@ -22,9 +25,11 @@ struct RunOptions {
   std::optional<std::string> variant;  // of a script that has variants: this one alone
   bool quiet = false;  // only failed expectations, the summary and what the script prints
   std::uint64_t seed = 0;
+  Limits limits;
   bool registers = false;              // print all register pages at the end
   std::optional<std::string> picture;  // write the screen at the end
   std::ostream* trace = nullptr;       // JSON lines
+  std::vector<TraceSink*> sinks;       // what else listens to the trace
   // The machine that runs the library, none for the linked one. A fault of it fails the run.
   const harness::ImageRun* machine = nullptr;
 };

@@ -1,47 +1,100 @@
 #include "script/session.h"
 
+#include <algorithm>
+#include <stdexcept>
+
+#include "script/action_printer.h"
+#include "script/register_diff.h"
+
 namespace script {
+namespace {
+
+constexpr std::size_t kMostDebugText = std::size_t{16} << 20;
+constexpr std::size_t kMostMessageWords = 1000;
+
+}  // namespace
+
+Session::Session(std::ostream& out, Surroundings& around, Interpreter* interpreter)
+    : out_(out), around_(around), interpreter_(interpreter) {
+  World().trace.AddListener(*this, sim::Trace::Hears::AllButCycles);
+  World().trace.AddListener(facts, sim::Trace::Hears::AllButCycles);
+  World().windows.on_received = [this](const sim::ReceivedMessage& message) {
+    OnReceived(message);
+  };
+}
+
+Session::~Session() {
+  World().trace.RemoveListener(*this);
+  World().trace.RemoveListener(facts);
+  World().windows.on_received = nullptr;
+}
+
+Interpreter& Session::Runner() const {
+  if (interpreter_ == nullptr) throw std::runtime_error("this program has no such lines");
+  return *interpreter_;
+}
 
 void Session::BeginAction(std::string name) {
   action_ = std::move(name);
   returned.reset();
+  outcome.clear();
+  notes.clear();
   first_event_ = World().trace.Mark();
   first_received_ = World().windows.received.size();
   first_cycle_ = World().trace.Cycles();
+  begin_ = World().kernel.Now();
+  record_.reset();
+  command_.reset();
+  debug_text_.clear();
+  messages_.clear();
+  message_words_.clear();
+  moments.insert_or_assign(std::string(kStartMoment), sim::TakeSnapshot(World().board));
 }
 
-const sim::Bytes* Session::Record() const {
-  const sim::Trace& trace = World().trace;
-  for (std::size_t i = trace.Mark(); i > first_event_; --i) {
-    const auto* event = trace.As<sim::ReturnEvent>(trace.Events()[i - 1]);
-    if (event != nullptr) return event->record ? &*event->record : nullptr;
+void Session::OnEvent(const sim::Event&, const sim::EventDetail* detail) {
+  if (const auto* call = std::get_if<sim::CallEvent>(detail)) {
+    if (call->fn == "VEXOAPI_CommandProc")
+      command_ = static_cast<std::uint32_t>(call->args.front());
+  } else if (const auto* ended = std::get_if<sim::ReturnEvent>(detail)) {
+    record_ = ended->record;
+  } else if (const auto* debug = std::get_if<sim::DebugEvent>(detail)) {
+    if (debug_text_.size() < kMostDebugText) debug_text_ += debug->text;
+  } else if (const auto* message = std::get_if<sim::MessageEvent>(detail)) {
+    if (message->ok) messages_.emplace(message->message, message->wparam);
+    CountMessage(script::MessageInWords(World(), *message));
   }
-  return nullptr;
 }
 
-std::string Session::DebugText() const {
-  const sim::Trace& trace = World().trace;
-  std::string text;
-  for (std::size_t i = first_event_; i < trace.Mark(); ++i) {
-    if (const auto* debug = trace.As<sim::DebugEvent>(trace.Events()[i])) text += debug->text;
+void Session::OnReceived(const sim::ReceivedMessage& message) {
+  // An address is no number that a script could know.
+  messages_.emplace(message.message,
+                    message.record.empty() ? std::optional(message.wparam) : std::nullopt);
+  if (message.posted) CountMessage(script::MessageInWords(World(), message));
+  if (on_received) on_received(message);
+}
+
+void Session::CountMessage(const std::string& words) {
+  const auto found = std::find_if(message_words_.begin(), message_words_.end(),
+                                  [&words](const auto& counted) { return counted.first == words; });
+  if (found != message_words_.end()) {
+    ++found->second;
+  } else if (message_words_.size() < kMostMessageWords) {
+    message_words_.emplace_back(words, 1);
   }
-  return text;
 }
 
 bool Session::HasMessage(std::uint32_t message, std::optional<std::uint32_t> wparam) const {
-  const sim::Trace& trace = World().trace;
-  for (std::size_t i = first_event_; i < trace.Mark(); ++i) {
-    const auto* event = trace.As<sim::MessageEvent>(trace.Events()[i]);
-    if (event == nullptr || !event->ok || event->message != message) continue;
-    if (!wparam || event->wparam == wparam) return true;
+  if (wparam) return messages_.contains({message, wparam});
+  const auto first = messages_.lower_bound({message, std::nullopt});
+  return first != messages_.end() && first->first == message;
+}
+
+std::vector<std::string> Session::MessagesInWords() const {
+  std::vector<std::string> lines;
+  for (const auto& [words, count] : message_words_) {
+    lines.push_back(count == 1 ? words : words + ", " + std::to_string(count) + " times");
   }
-  const auto& received = World().windows.received;
-  for (std::size_t i = first_received_; i < received.size(); ++i) {
-    if (received[i].message != message) continue;
-    // An address is no number that a script could know.
-    if (!wparam || (received[i].record.empty() && received[i].wparam == *wparam)) return true;
-  }
-  return false;
+  return lines;
 }
 
 }  // namespace script

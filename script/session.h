@@ -3,54 +3,97 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <ostream>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "script/outcome/library_facts.h"
 #include "script/surroundings.h"
+#include "sim/board/snapshot.h"
 #include "sim/world.h"
 
 namespace script {
+
+class Interpreter;
 
 // An expectation that was not met; the text says what was found.
 struct Unmet {
   std::string found;
 };
 
-class Session {
+// Hears what the library does from its beginning to its end, and keeps what an expectation can ask
+// for. The world must not be reset meanwhile.
+class Session : public sim::TraceListener {
  public:
-  Session(std::ostream& out, Surroundings& around) : out_(out), around_(around) {}
+  Session(std::ostream& out, Surroundings& around, Interpreter* interpreter = nullptr);
+  ~Session() override;
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
 
   sim::World& World() const { return sim::TheWorld(); }
   std::ostream& Out() const { return out_; }
   Surroundings& Around() const { return around_; }
+  // What runs the lines; a program that runs them itself has none, and no lines that need it.
+  Interpreter& Runner() const;
 
   // An action begins: what is looked at from now on is its own.
   void BeginAction(std::string name);
   // The last action's name and result, none when its call has none.
   const std::string& ActionName() const { return action_; }
   std::optional<std::int64_t> returned;
+  LibraryFacts facts;  // what all calls so far have shown
+  std::vector<std::string>
+      outcome;                     // the result in words, when there is more to say than its number
+  std::vector<std::string> notes;  // what is said below it
+  // Hears of the messages that reach the host window.
+  std::function<void(const sim::ReceivedMessage&)> on_received;
+
+  // The registers at moments that have a name; "start" is when the last action began.
+  std::map<std::string, sim::RegisterSnapshot, std::less<>> moments;
 
   // ---- What the last action did -------------------------------------------------------------
 
   std::size_t FirstEvent() const { return first_event_; }
   std::size_t FirstReceived() const { return first_received_; }
+  std::uint32_t BeginTime() const { return begin_; }
   std::uint64_t Cycles() const { return World().trace.Cycles() - first_cycle_; }
   // The caller's record as its call left it; null when the call had none.
-  const sim::Bytes* Record() const;
-  // All its debug and kernel debug writes, in order.
-  std::string DebugText() const;
+  const sim::Bytes* Record() const { return record_ ? &*record_ : nullptr; }
+  // The code of the binary command that it called, the last of several.
+  std::optional<std::uint32_t> CommandCode() const { return command_; }
+  // All its debug and kernel debug writes, in order; 16 MiB at most.
+  const std::string& DebugText() const { return debug_text_; }
   // Whether it sent or posted such a message with success, or the host window handled one.
   bool HasMessage(std::uint32_t message, std::optional<std::uint32_t> wparam) const;
+  // Its messages, each kind once, with how often it came.
+  std::vector<std::string> MessagesInWords() const;
+
+  // sim::TraceListener
+  void OnEvent(const sim::Event& event, const sim::EventDetail* detail) override;
 
  private:
+  void OnReceived(const sim::ReceivedMessage& message);
+  void CountMessage(const std::string& words);
+
   std::ostream& out_;
   Surroundings& around_;
+  Interpreter* interpreter_;
   std::string action_;
   std::size_t first_event_ = 0;
   std::size_t first_received_ = 0;
   std::uint64_t first_cycle_ = 0;
+  std::uint32_t begin_ = 0;
+
+  std::optional<sim::Bytes> record_;
+  std::optional<std::uint32_t> command_;
+  std::string debug_text_;
+  // Numbers and, where they are no addresses, wParams of the messages that came.
+  std::set<std::pair<std::uint32_t, std::optional<std::uint32_t>>> messages_;
+  std::vector<std::pair<std::string, std::uint64_t>> message_words_;
 };
 
 }  // namespace script

@@ -18,6 +18,8 @@ class Surroundings {
   virtual void LetTimePass(std::uint32_t ms);
   // Whether the user wants the line that is running to end.
   virtual bool Interrupted() const { return false; }
+  // A line begins: what was pressed before is not meant for it.
+  virtual void ForgetInterrupt() {}
 
   // Says how far a long line is, where somebody watches; wipes it before anything else is printed.
   virtual void ShowProgress(const std::string& /*text*/) {}
@@ -26,6 +28,8 @@ class Surroundings {
   // The register pages of these chips, all pages or one.
   virtual void ShowRegisters(std::ostream& out, ChipChoice chips,
                              std::optional<std::uint8_t> page) = 0;
+  // The register writes of the trace from this event on.
+  virtual void ShowWrites(std::ostream& out, std::size_t first_event) = 0;
   virtual void ShowScreen(std::ostream& out) = 0;
   // Writes the screen to a file. Throws std::runtime_error with the reason.
   virtual void SavePicture(const std::string& path) = 0;

@@ -5,6 +5,10 @@
 #include <charconv>
 #include <optional>
 
+#include "script/command_table.h"
+#include "script/grammar/did_you_mean.h"
+#include "script/message_words.h"
+#include "script/register_diff.h"
 #include "sim/board/drivers.h"
 #include "sim/faults.h"
 #include "sim/text.h"
@@ -36,6 +40,19 @@ std::optional<std::int64_t> ReadNumber(std::string_view text) {
   if (error != std::errc{} || end != text.end()) return std::nullopt;
   if (value > std::uint64_t{std::numeric_limits<std::int64_t>::max()}) return std::nullopt;
   return negative ? -static_cast<std::int64_t>(value) : static_cast<std::int64_t>(value);
+}
+
+// The parts of a word between separators; of an empty one that itself.
+std::vector<std::string> Split(std::string_view word, char separator) {
+  std::vector<std::string> parts(1);
+  for (const char c : word) {
+    if (c == separator) {
+      parts.emplace_back();
+    } else {
+      parts.back() += c;
+    }
+  }
+  return parts;
 }
 
 // Reads a quoted word from behind its opening quote; `at` is left behind the closing one.
@@ -107,6 +124,9 @@ std::span<const std::string_view> WordsOf(std::string_view argument) {
   if (argument == "CHIP") return kChipWords;
   if (argument == "DRIVER") return sim::kDriverNames;
   if (argument == "FAULT") return kFaultWords;
+  if (argument == "COMMAND") return CommandNames();
+  if (argument == "MESSAGE") return MessageNames();
+  if (argument == "MOMENT") return kMoments;
   return {};
 }
 
@@ -156,15 +176,20 @@ std::string_view Arguments::Peek() const {
   return words_.empty() ? std::string_view() : words_.front();
 }
 
+bool Arguments::AtNumber() const {
+  return !Peek().empty() && '0' <= Peek().front() && Peek().front() <= '9';
+}
+
 bool Arguments::Take(std::string_view word) {
   if (words_.empty() || words_.front() != word) return false;
   words_ = words_.subspan(1);
   return true;
 }
 
-void Arguments::Expected(std::string_view what) const {
+void Arguments::Expected(std::string_view what, std::span<const std::string_view> near) const {
   throw Malformed("expected " + std::string(what) + ", found " +
-                  (words_.empty() ? "the end of the line" : "'" + words_.front() + "'"));
+                  (words_.empty() ? "the end of the line"
+                                  : "'" + words_.front() + "'" + DidYouMean(words_.front(), near)));
 }
 
 std::string Arguments::Text(std::string_view what) {
@@ -211,6 +236,21 @@ std::vector<unsigned> Arguments::Channels() {
   return channels;
 }
 
+std::vector<std::uint32_t> Arguments::NumberList(std::string_view what, std::uint32_t most) {
+  std::vector<std::uint32_t> numbers;
+  for (const std::string& item : Split(Peek(), ',')) {
+    const std::vector<std::string> ends = Split(item, '-');
+    const auto first = ReadNumber(ends.front());
+    const auto last = ReadNumber(ends.back());
+    if (ends.size() > 2 || !first || !last || *last > most || *first > *last) Expected(what);
+    for (auto number = *first; number <= *last; ++number) {
+      numbers.push_back(static_cast<std::uint32_t>(number));
+    }
+  }
+  words_ = words_.subspan(1);
+  return numbers;
+}
+
 ChipChoice Arguments::Chips() {
   const auto index = static_cast<unsigned>(Choice(kChipWords));
   return {index == kChipsMax, index};
@@ -218,13 +258,7 @@ ChipChoice Arguments::Chips() {
 
 std::vector<ChipChoice> Arguments::ChipList() {
   if (Peek().find(',') == std::string_view::npos) return {Chips()};
-  std::vector<std::string> names(1);
-  for (const char c : Text("chips")) {
-    if (c == ',')
-      names.emplace_back();
-    else
-      names.back() += c;
-  }
+  const std::vector<std::string> names = Split(Text("chips"), ',');
   std::vector<ChipChoice> chips;
   for (Arguments list(names); !list.AtEnd();) {
     const auto position =

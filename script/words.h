@@ -53,6 +53,8 @@ class Arguments {
   bool AtEnd() const { return words_.empty(); }
   // The next word, which is left; empty at the end.
   std::string_view Peek() const;
+  // The next word begins with a digit.
+  bool AtNumber() const;
   // The next word is this one: takes it.
   bool Take(std::string_view word);
 
@@ -64,14 +66,17 @@ class Arguments {
   std::uint8_t RecordByte();  // two hexadecimal digits
   std::uint8_t Page(std::string_view what = "a page 0 to 2");
   std::vector<unsigned> Channels();  // 0 to 15, or all
+  // One word: numbers and ranges with commas between them, "0-3,6".
+  std::vector<std::uint32_t> NumberList(std::string_view what, std::uint32_t most);
   ChipChoice Chips();
   std::vector<ChipChoice> ChipList();  // chips with commas between them, or all
   bool OnOff();
   std::size_t Choice(std::span<const std::string_view> words);  // index of the word
   void End();
 
-  // Throws for the next word.
-  [[noreturn]] void Expected(std::string_view what) const;
+  // Throws for the next word, with those of `near` that it may have been meant to be.
+  [[noreturn]] void Expected(std::string_view what,
+                             std::span<const std::string_view> near = {}) const;
 
  private:
   std::span<const std::string> words_;

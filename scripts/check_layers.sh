@@ -24,29 +24,33 @@ files:
 sim/text:
 sim/faults:
 sim/board:              sim/text include src/platform/platform.h src/chip/registers.h
-sim/trace:              +sim/board
+sim/trace:              +sim/board sim/register_decoder
+sim/register_decoder:   +sim/trace
 sim/screen:             sim/board
+sim/polling:            sim/board
 sim/picture:            +sim/screen files
 sim/kernel:             +sim/trace sim/faults sim/kernel/kernel_impl
 sim/kernel/kernel_impl: +sim/kernel sim/world  # the world holds the kernel, and the kernel it
-sim/world:              +sim/kernel
+sim/world:              +sim/kernel sim/polling
 sim/trace_json:         +sim/world
 sim/platform:           +sim/world
 
 harness:                +sim/platform sim/trace_json +sim/picture +src/api
-script:                 files harness +sim/platform sim/trace_json script/grammar script/help
+script:                 files harness +sim/platform sim/trace_json script/grammar script/help script/outcome
 script/grammar:         sim/text include src/text src/display
+script/outcome:         script/grammar +sim/world src/text src/display
 script/help:            script +script/grammar sim/faults
 device/ceimage:         files
 device/emulator:        +harness files
 device/library:         include src/platform/ce
 tools/vexosim/terminal:
-tools/vexosim/listing:  +script sim/screen sim/picture tools/vexosim/terminal
+tools/vexosim/listing:  +script files sim/screen sim/picture tools/vexosim/terminal
 tools/vexosim/shell:    +tools/vexosim/listing script/grammar script/help
 tools/vexosim/demo:     +tools/vexosim/listing
-tools/vexosim/compare:  +tools/vexosim/listing +device/emulator
-tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare
-tools/vexosim/cli:      files sim/text script/grammar tools/vexosim/commands
+tools/vexosim/traces:   +tools/vexosim/listing sim/register_decoder
+tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/traces
+tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/traces
+tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
 windows/stand_in:
 windows:                +script +harness windows/stand_in src/platform/ce

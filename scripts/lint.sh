@@ -22,11 +22,12 @@ pc      together sim sim/board
 pc      together sim/kernel
 pc      together sim/platform
 pc      together sim/screen sim/picture
-pc      together harness script script/grammar script/help
+pc      together harness script script/grammar script/help script/outcome
 pc      together device/emulator
 pc      together device/ceimage
 pc      together tools/vexosim
 pc      together tools/vexosim/commands tools/vexosim/listing tools/vexosim/shell
+pc      together tools/vexosim/traces
 pc      together bench
 pc      together fuzz
 pc      together tests/display tests/files
@@ -34,7 +35,7 @@ pc      together tests/api tests/harness tests/support
 pc      together tests/text tests/model
 pc      together tests/setup tests/chip tests/motion tests/report
 pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture tests/sim/platform tests/sim/screen
-pc      together tests tests/script tests/tools tests/tools/listing tests/tools/shell tests/tools/commands tests/script/grammar tests/script/help
+pc      together tests tests/script tests/tools tests/tools/commands tests/tools/listing tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/outcome
 pc      together tests/device/ceimage tests/device/emulator
 '
 
@@ -55,7 +56,7 @@ flags() {
     library) printf '%s\n' "${common[@]}" "${library[@]}" -Isim/platform ;;
     pc)
       printf '%s\n' "${common[@]}" "${others[@]}" -Isim/platform "-DVEXO_SOURCE_DIR=\"$root\"" \
-        '-DVEXO_DEFAULT_IMAGE=""'
+        '-DVEXO_DEFAULT_IMAGE=""' '-DVEXOSIM=""'
       ;;
     windows)
       printf '%s\n' "${common[@]}" "${others[@]}" -Isrc/platform/ce -Iwindows/stand_in \

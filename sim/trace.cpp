@@ -1,20 +1,44 @@
 #include "sim/trace.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
+
+#include "sim/register_decoder.h"
 
 namespace sim {
 
-void Trace::Add(std::uint32_t t, By by, EventDetail detail) {
-  if (!enabled_) return;
-  const auto place = static_cast<std::uint32_t>(details_.size());
-  details_.push_back(std::move(detail));
-  events_.push_back({t, by, Event::Kind::Other, BusWindow::Select, 0, place});
+void Trace::AddListener(TraceListener& listener, Hears hears) {
+  listeners_.push_back(&listener);
+  if (hears == Hears::Everything) cycle_listeners_.push_back(&listener);
+}
+
+void Trace::RemoveListener(TraceListener& listener) {
+  std::erase(listeners_, &listener);
+  std::erase(cycle_listeners_, &listener);
+}
+
+void Trace::KeepCycle(const Event& event) {
+  if (events_.size() < capacity_) events_.push_back(event);
+  for (TraceListener* listener : cycle_listeners_) listener->OnEvent(event, nullptr);
+}
+
+void Trace::Keep(std::uint32_t t, By by, EventDetail detail) {
+  const Event event{
+      t, by, Event::Kind::Other, BusWindow::Select, 0, static_cast<std::uint32_t>(details_.size())};
+  const EventDetail* kept = &detail;
+  if (events_.size() < capacity_) {
+    events_.push_back(event);
+    kept = &details_.emplace_back(std::move(detail));
+  }
+  for (TraceListener* listener : listeners_) listener->OnEvent(event, kept);
 }
 
 void Trace::Clear() {
   cycles_ = 0;
+  ForgetEvents();
+}
+
+void Trace::ForgetEvents() {
   events_.clear();
   details_.clear();
 }
@@ -50,27 +74,13 @@ std::uint8_t RegisterAccess::Page() const {
 }
 
 std::vector<RegisterAccess> DecodeAccesses(const Trace& trace, std::size_t from) {
-  struct Bus {
-    std::uint8_t select = kSelectIdle;
-    std::uint8_t address = 0;
-  };
-  std::array<Bus, 2> buses;  // the host's and the worker's view
+  RegisterDecoder decoder;
   std::vector<RegisterAccess> accesses;
   const std::vector<Event>& events = trace.Events();
   // From the first event on, because an access may have begun before `from`.
   for (std::size_t i = 0; i < events.size(); ++i) {
-    const Event& event = events[i];
-    if (event.kind == Event::Kind::Other) continue;
-    Bus& bus = buses[static_cast<std::size_t>(event.by)];
-    const bool load = event.kind == Event::Kind::Load;
-    if (event.window == BusWindow::Data) {
-      if (i >= from) {
-        accesses.push_back({load, bus.select, bus.address, event.value, event.by, event.t});
-      }
-      ++bus.address;
-    } else if (!load) {
-      (event.window == BusWindow::Select ? bus.select : bus.address) = event.value;
-    }
+    const auto access = decoder.Take(events[i]);
+    if (access && i >= from) accesses.push_back(*access);
   }
   return accesses;
 }

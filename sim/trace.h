@@ -2,8 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
+#include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -16,8 +19,15 @@ enum class By : std::uint8_t { Host, Worker };
 
 // Details of the events that are no bus cycles; one struct a kind of event.
 struct CallEvent {
-  std::string fn;                  // export name, or DllMain
-  std::vector<std::int64_t> args;  // the numbers among the arguments
+  std::string fn{};                                // export name, or DllMain
+  std::vector<std::int64_t> args{};                // the numbers among the arguments
+  std::optional<Bytes> record = std::nullopt;      // the caller's record before the call
+  std::optional<std::string> text = std::nullopt;  // the line of a text command, UTF-8
+  std::optional<bool> valid = std::nullopt;        // of a window handle: whether it is a window
+};
+// A script's line that changes the board or lets time pass; what it does comes after it.
+struct LineEvent {
+  std::string text;
 };
 struct ReturnEvent {
   std::string fn;
@@ -87,7 +97,7 @@ struct ThreadEvent {
 
 using EventDetail =
     std::variant<CallEvent, ReturnEvent, DebugEvent, MessageEvent, LockEvent, SleepEvent, OpenEvent,
-                 IoctlEvent, CloseEvent, NvramEvent, MapEvent, UnmapEvent, ThreadEvent>;
+                 IoctlEvent, CloseEvent, NvramEvent, MapEvent, UnmapEvent, ThreadEvent, LineEvent>;
 
 // Bus cycles are stored in the event itself, so that millions of them stay cheap.
 struct Event {
@@ -110,18 +120,34 @@ class TraceListener {
 
 class Trace {
  public:
-  // Switched off, events are not kept (cycles are still counted).
-  void SetEnabled(bool enabled) { enabled_ = enabled; }
+  // Events beyond this many are not kept until the next Clear; listeners hear of them, and cycles
+  // are counted.
+  void SetCapacity(std::size_t events) { capacity_ = events; }
+  void SetEnabled(bool enabled) { SetCapacity(enabled ? kUnlimited : 0); }
+
+  enum class Hears { Everything, AllButCycles };
+  // A listener is told until it is removed, in the order of addition. What it throws comes out of
+  // what added the event, which is kept.
+  void AddListener(TraceListener& listener, Hears hears = Hears::Everything);
+  void RemoveListener(TraceListener& listener);
 
   void AddCycle(std::uint32_t t, By by, bool load, BusWindow window, std::uint8_t value) {
     ++cycles_;
-    if (!enabled_) return;
-    events_.push_back({t, by, load ? Event::Kind::Load : Event::Kind::Store, window, value, 0});
+    if (events_.size() >= capacity_ && cycle_listeners_.empty()) return;
+    KeepCycle({t, by, load ? Event::Kind::Load : Event::Kind::Store, window, value, 0});
   }
-  void Add(std::uint32_t t, By by, EventDetail detail);
+  template <typename Detail>
+  void Add(std::uint32_t t, By by, Detail&& detail) {
+    if (events_.size() >= capacity_ && listeners_.empty()) return;
+    Keep(t, by, EventDetail(std::forward<Detail>(detail)));
+  }
 
   const std::vector<Event>& Events() const { return events_; }
   const EventDetail& Detail(const Event& event) const { return details_[event.detail]; }
+  // The same, null for a bus cycle.
+  const EventDetail* DetailOf(const Event& event) const {
+    return event.kind == Event::Kind::Other ? &details_[event.detail] : nullptr;
+  }
 
   // The event's detail when it is of type T, else null.
   template <typename T>
@@ -132,13 +158,20 @@ class Trace {
   // Number of events so far: a place in the list to look from later.
   std::size_t Mark() const { return events_.size(); }
   std::uint64_t Cycles() const { return cycles_; }
-  void Clear();
+  void Clear();         // cycles count from 0 again
+  void ForgetEvents();  // but not their number of cycles
 
  private:
-  bool enabled_ = true;
+  static constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
+  void KeepCycle(const Event& event);
+  void Keep(std::uint32_t t, By by, EventDetail detail);
+
+  std::size_t capacity_ = kUnlimited;
   std::uint64_t cycles_ = 0;
+  std::vector<TraceListener*> listeners_;        // to all but cycles
+  std::vector<TraceListener*> cycle_listeners_;  // some of them
   std::vector<Event> events_;
-  std::vector<EventDetail> details_;
+  std::deque<EventDetail> details_;  // stay where they are: listeners may add events
 };
 
 // One register access decoded from its bus cycles.

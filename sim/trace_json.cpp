@@ -25,6 +25,13 @@ struct Members {
     json["ev"] = "call";
     json["fn"] = e.fn;
     json["args"] = e.args;
+    if (e.record) json["record"] = HexBytes(*e.record);
+    if (e.text) json["text"] = *e.text;
+    if (e.valid) json["valid"] = *e.valid;
+  }
+  void operator()(const sim::LineEvent& e) const {
+    json["ev"] = "line";
+    json["text"] = e.text;
   }
   void operator()(const sim::ReturnEvent& e) const {
     json["ev"] = "return";
@@ -110,12 +117,12 @@ void WriteCycle(std::ostream& out, const sim::Event& event) {
 
 }  // namespace
 
-Json EventToJson(const sim::Trace& trace, const sim::Event& event) {
+Json EventToJson(const sim::Event& event, const sim::EventDetail* detail) {
   Json json;
   json["t"] = event.t;
   json["by"] = ByName(event.by);
-  if (event.kind == sim::Event::Kind::Other) {
-    std::visit(Members{json}, trace.Detail(event));
+  if (detail != nullptr) {
+    std::visit(Members{json}, *detail);
   } else {
     json["ev"] = event.kind == sim::Event::Kind::Store ? "store" : "load";
     json["window"] = WindowName(event.window);
@@ -124,16 +131,19 @@ Json EventToJson(const sim::Trace& trace, const sim::Event& event) {
   return json;
 }
 
+void TraceWriter::OnEvent(const sim::Event& event, const sim::EventDetail* detail) {
+  if (detail != nullptr) {
+    // A text that is no valid UTF-8 is shown as far as it goes.
+    out_ << EventToJson(event, detail).dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+  } else {
+    WriteCycle(out_, event);
+  }
+}
+
 void TraceWriter::Write(const sim::Trace& trace) {
   for (; written_ < trace.Mark(); ++written_) {
     const sim::Event& event = trace.Events()[written_];
-    if (event.kind == sim::Event::Kind::Other) {
-      // A text that is no valid UTF-8 is shown as far as it goes.
-      out_ << EventToJson(trace, event).dump(-1, ' ', false, Json::error_handler_t::replace)
-           << '\n';
-    } else {
-      WriteCycle(out_, event);
-    }
+    OnEvent(event, trace.DetailOf(event));
   }
 }
 

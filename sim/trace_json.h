@@ -9,14 +9,18 @@
 
 namespace sim {
 
-// One event; members in the order of docs/trace-format.md.
-nlohmann::ordered_json EventToJson(const sim::Trace& trace, const sim::Event& event);
+// One event; members in the order of docs/trace-format.md. detail: null for a bus cycle.
+nlohmann::ordered_json EventToJson(const sim::Event& event, const sim::EventDetail* detail);
+inline nlohmann::ordered_json EventToJson(const sim::Trace& trace, const sim::Event& event) {
+  return EventToJson(event, trace.DetailOf(event));
+}
 
-// Writes a trace as it grows.
-class TraceWriter {
+// Writes events as they happen, one object a line, or those of a trace as it grows.
+class TraceWriter : public TraceListener {
  public:
   explicit TraceWriter(std::ostream& out) : out_(out) {}
-  // The events since the last call, one object a line.
+  void OnEvent(const sim::Event& event, const sim::EventDetail* detail) override;
+  // The events since the last call.
   void Write(const sim::Trace& trace);
 
  private:

@@ -1,7 +1,6 @@
 #include "sim/world.h"
 
 #include <memory>
-#include <utility>
 
 namespace sim {
 
@@ -14,14 +13,11 @@ World::World()
                    {1400, "Invalid window handle.\r\n"},
                    {1460, "This operation returned because the timeout period expired.\r\n"}},
       kernel(*this) {
+  board.on_countdown = [this] { polling.Progress(); };
   windows.on_destroyed = [this](PlatWindow window) { kernel.WindowDestroyed(window); };
 }
 
 World::~World() = default;
-
-void World::Record(EventDetail detail) {
-  trace.Add(kernel.Now(), kernel.Current(), std::move(detail));
-}
 
 World* g_the_world = nullptr;
 

@@ -5,6 +5,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "sim/board/board.h"
 #include "sim/board/bus_windows.h"
@@ -16,6 +17,7 @@
 #include "sim/kernel/files.h"
 #include "sim/kernel/kernel.h"
 #include "sim/kernel/windows.h"
+#include "sim/polling.h"
 #include "sim/text.h"
 #include "sim/trace.h"
 
@@ -37,6 +39,7 @@ class World {
   Drivers drivers;
   Windows windows;
   BusWindows bus_windows;
+  Polling polling;
   // Texts of system error codes; what is not here has no text.
   std::map<std::uint32_t, std::string> system_texts;
   unsigned system_text_asks = 0;  // how often a text was asked for
@@ -47,7 +50,10 @@ class World {
   Kernel kernel;  // last: its threads use all of the above
 
   // Adds an event at the current time by the current thread.
-  void Record(EventDetail detail);
+  template <typename Detail>
+  void Record(Detail&& detail) {
+    trace.Add(kernel.Now(), kernel.Current(), std::forward<Detail>(detail));
+  }
 };
 
 // The one world that platform.h acts on. The thread that resets it is the main host thread.

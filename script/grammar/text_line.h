@@ -1,7 +1,6 @@
-// A text command as a user types it: what the library gets, and what was wrong with it.
+// A text command as a user types it, and what the library gets.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,9 +11,5 @@ std::string_view FirstWordOf(std::string_view line);
 
 // The line with the separator that must end it.
 std::string WithSeparator(std::string_view line);
-
-// Why a line that begins with a header had this result, in words; none when there is nothing to
-// say.
-std::optional<std::string> WhyNot(std::string_view line, int result);
 
 }  // namespace script

@@ -1,11 +1,14 @@
 #include "script/help/help.h"
 
+#include <array>
 #include <span>
+#include <stdexcept>
 #include <vector>
 
 #include "script/grammar/did_you_mean.h"
 #include "script/grammar/pattern_walk.h"
 #include "script/grammar/text_help.h"
+#include "script/help/command_help.h"
 #include "script/help/first_words.h"
 #include "script/line.h"
 #include "sim/faults.h"
@@ -14,6 +17,9 @@ namespace script {
 namespace {
 
 constexpr std::string_view kScript = "script";  // help on the script language
+constexpr std::string_view kCommands = "commands";
+constexpr std::string_view kMessages = "messages";
+constexpr std::array kTopics = {kScript, kCommands, kMessages};
 
 std::string Wrapped(std::span<const std::string_view> words) {
   constexpr std::size_t kWidth = 78;
@@ -28,12 +34,6 @@ std::string Wrapped(std::span<const std::string_view> words) {
     line += word;
   }
   return text + line + '\n';
-}
-
-std::string UsageOf(const ShellCommand& command) {
-  std::string usage(command.word);
-  if (!command.arguments.empty()) usage += ' ' + std::string(command.arguments);
-  return usage;
 }
 
 std::string HelpOnHeader(const TextGrammar& grammar) {
@@ -63,6 +63,7 @@ std::string HelpOnScriptWord(std::string_view word) {
     }
   }
   if (word == "fault") text += HelpOnFaults();
+  if (word == "command") text += HelpOnCommands();
   return text;
 }
 
@@ -73,7 +74,8 @@ std::vector<std::string_view> AllWords() {
     words.insert(words.end(), keywords.begin(), keywords.end());
     words.emplace_back(grammar->header);
   }
-  for (const ShellCommand& command : ShellCommands()) words.push_back(command.word);
+  words.insert(words.end(), CommandNames().begin(), CommandNames().end());
+  words.insert(words.end(), kTopics.begin(), kTopics.end());
   return words;
 }
 
@@ -90,13 +92,7 @@ std::string HelpOverview() {
       "  The blank at the end is added. A header may be left out where only one family has the\n"
       "  keyword: lsplit 6 0 is vexo lsplit 6 0.\n\n"
       "Script lines, which change the board, call the library, let time pass and look:\n" +
-      Wrapped(ScriptWords()) + "\nThe shell itself:\n";
-  constexpr std::size_t kColumn = 16;
-  for (const ShellCommand& command : ShellCommands()) {
-    std::string line = "  " + UsageOf(command);
-    line.resize(kColumn, ' ');
-    text += line + ' ' + std::string(command.help) + '\n';
-  }
+      Wrapped(ScriptWords());
   text +=
       "\nTab completes a word, or says which number is expected. Below a line stand\n"
       "  | what the library wrote to the debug output (! to the kernel debug output)\n"
@@ -109,13 +105,25 @@ std::string HelpOverview() {
 
 std::string HelpOnWord(std::string_view word) {
   if (word == kScript) return LanguageHelp();
+  if (word == kCommands) return HelpOnCommands();
+  if (word == kMessages) return HelpOnMessages();
   if (const TextGrammar* grammar = FindGrammar(word)) return HelpOnHeader(*grammar);
-  std::string text = HelpOnKeyword(word) + HelpOnScriptWord(word);
-  if (const ShellCommand* command = FindShellCommand(word)) {
-    text += UsageOf(*command) + "\n    " + std::string(command->help) + '\n';
-  }
-  return text;
+  return HelpOnKeyword(word) + HelpOnScriptWord(word) + HelpOnCommand(word);
 }
+
+std::string Help(std::span<const std::string> words) {
+  if (words.empty()) return HelpOverview();
+  // A whole command line is explained by its keyword.
+  const std::string& word =
+      words.size() > 1 && FindGrammar(words[0]) != nullptr ? words[1] : words[0];
+  std::string text = HelpOnWord(word);
+  if (!text.empty()) return text;
+  const std::string near = HelpSuggestion(word);
+  throw std::runtime_error("unknown: '" + word + '\'' +
+                           (near.empty() ? "; help lists what there is" : near));
+}
+
+std::span<const std::string_view> HelpTopics() { return kTopics; }
 
 std::string HelpSuggestion(std::string_view word) { return DidYouMean(word, AllWords()); }
 

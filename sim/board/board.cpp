@@ -96,6 +96,10 @@ const ChannelInput& Board::Input(unsigned channel) const {
   return chips_.at(channel / kChannelsPerChip).inputs[channel % kChannelsPerChip];
 }
 
+InputColors Board::Colors(unsigned channel) const {
+  return chips_.at(channel / kChannelsPerChip).Colors(channel % kChannelsPerChip);
+}
+
 std::uint32_t Board::FrozenAt(unsigned channel) const { return FrozenState(channel).at_ms; }
 
 const Frozen& Board::FrozenState(unsigned channel) const {
@@ -149,7 +153,9 @@ std::uint8_t Board::LoadData() {
     Chip& chip = chips_[position];
     CheckNamed(position, page, chip.address, Report::Access::Read);
     reg = chip.address;
+    const bool counts_down = chip.CountsDown(page, reg);
     value &= chip.Read(page, reg, position == 0 && Sync());
+    if (counts_down && on_countdown) on_countdown();
     ++chip.address;
     ++selected;
   }

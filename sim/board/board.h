@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 
 #include "chip/registers.h"
 #include "sim/board/bus_windows.h"
@@ -40,10 +41,14 @@ class Board {
   std::uint8_t Peek(unsigned position, std::uint8_t page, std::uint8_t reg) const;
   std::uint8_t Peek(unsigned position, RegisterAddress at) const;
   const ChannelInput& Input(unsigned channel) const;
+  InputColors Colors(unsigned channel) const;  // of its input
   std::uint32_t FrozenAt(unsigned channel) const;
   const Frozen& FrozenState(unsigned channel) const;
   const Bitmap& BitmapOf(unsigned position) const;
   bool Sync() const;  // the sync bit now
+
+  // Told when a read brings a chip nearer to the end of what it is busy with.
+  std::function<void()> on_countdown;
 
   // Virtual time, milliseconds: set by the owner whenever it moves.
   void SetTime(std::uint32_t now_ms) { now_ms_ = now_ms; }

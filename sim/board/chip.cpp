@@ -35,6 +35,27 @@ constexpr bool Is(const ChipRegister<1>& of, std::uint8_t page, std::uint8_t reg
 
 }  // namespace
 
+Chip::Chip() {
+  for (unsigned p = 0; p < kChannelsPerChip; ++p) {
+    const auto power_on = [this](RegisterAddress at, std::uint8_t value) {
+      stored_[at.page][at.number] = value;
+    };
+    power_on(kInputHue.At(p), kNeutralColors.hue);
+    power_on(kInputSaturation.At(p), kNeutralColors.saturation);
+    power_on(kInputContrast.At(p), kNeutralColors.contrast);
+    power_on(kInputBrightness.At(p), kNeutralColors.brightness);
+  }
+}
+
+InputColors Chip::Colors(unsigned position) const {
+  const auto stored = [&](const ChannelRegister<1>& of) {
+    const RegisterAddress at = of.At(position);
+    return stored_[at.page][at.number];
+  };
+  return {stored(kInputHue), stored(kInputSaturation), stored(kInputContrast),
+          stored(kInputBrightness)};
+}
+
 void Chip::Poke(std::uint8_t page, std::uint8_t reg, std::uint8_t value, std::uint32_t now_ms) {
   if (!Fitted()) return;
   std::uint8_t& stored = stored_.at(page)[reg];
@@ -45,6 +66,7 @@ void Chip::Poke(std::uint8_t page, std::uint8_t reg, std::uint8_t value, std::ui
       for (unsigned i = 0; i < kChannelsPerChip; ++i) {
         frozen.has_picture[i] = inputs[i].HasPicture();
         frozen.pal[i] = inputs[i].pal;
+        frozen.colors[i] = Colors(i);
       }
     }
   }
@@ -97,6 +119,11 @@ std::uint8_t Chip::Read(std::uint8_t page, std::uint8_t reg, bool sync) {
   if (settle_left_ > 0 && Is(kSettleStatus, page, reg)) --settle_left_;
   if (fill_left_ > 0 && Is(kFillControl, page, reg)) --fill_left_;
   return value;
+}
+
+bool Chip::CountsDown(std::uint8_t page, std::uint8_t reg) const {
+  return (settle_left_ > 0 && Is(kSettleStatus, page, reg)) ||
+         (fill_left_ > 0 && Is(kFillControl, page, reg));
 }
 
 void Chip::LimitSettle(int reads) {

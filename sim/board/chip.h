@@ -19,15 +19,30 @@ struct ChannelInput {
   bool HasPicture() const { return !lost && !weak; }
 };
 
+// The picture controls of an input, as its registers have them.
+struct InputColors {
+  std::uint8_t hue = 0x80;
+  std::uint8_t saturation = 0x80;
+  std::uint8_t contrast = 0x80;
+  std::uint8_t brightness = 0x80;
+  bool operator==(const InputColors&) const = default;
+};
+// The camera's picture as it is. It is what initialization writes, and what the registers hold when
+// the power comes on.
+inline constexpr InputColors kNeutralColors{};
+
 // What a frozen position keeps of the moment when its freeze bit was set.
 struct Frozen {
   std::uint32_t at_ms = 0;
   std::array<bool, kChannelsPerChip> has_picture{};  // by input of the chip
   std::array<bool, kChannelsPerChip> pal{};
+  std::array<InputColors, kChannelsPerChip> colors{};
 };
 
 class Chip {
  public:
+  Chip();
+
   // The back side: what cameras and tests do. No bus cycle.
   std::array<ChannelInput, kChannelsPerChip> inputs;
   void SetId(std::uint8_t id) { id_ = id; }
@@ -43,6 +58,8 @@ class Chip {
   void Write(std::uint8_t page, std::uint8_t reg, std::uint8_t value, int settle_reads,
              std::uint32_t now_ms);
   std::uint8_t Read(std::uint8_t page, std::uint8_t reg, bool sync);
+  // A read of this register is one of those that the chip still answers busy, and not without end.
+  bool CountsDown(std::uint8_t page, std::uint8_t reg) const;
 
   // A hold in progress settles after this many more reads at most.
   void LimitSettle(int reads);
@@ -58,6 +75,8 @@ class Chip {
   // When the channel's freeze bit was last set; meaningful while it is set.
   std::uint32_t FrozenAt(std::uint8_t position) const { return frozen_[position].at_ms; }
   const Frozen& FrozenState(std::uint8_t position) const { return frozen_[position]; }
+  // The picture controls of the input at a position.
+  InputColors Colors(unsigned position) const;
 
  private:
   std::uint8_t OwnValue(std::uint8_t page, std::uint8_t reg, bool sync) const;

@@ -38,8 +38,17 @@ class Kernel {
   // time has not come (time then jumps). 0: never.
   void SetPreemption(unsigned one_in);
   void AtBusCycle() {
-    if (preempt_one_in_ != 0) Preempt();
+    if (preempt_one_in_ != 0 || watch_) BusCycleWork();
   }
+
+  // Virtual time without the wrap.
+  std::uint64_t NowUnwrapped() const;
+
+  // Called now and then, in whatever thread runs: before each pause, and within a thousand bus
+  // cycles. What it throws ends what the main host thread does, and comes out there. None: never.
+  void SetWatch(std::function<void()> watch);
+  // For what takes long without either: asks the watch now.
+  void Watch();
 
   // ---- Host threads -------------------------------------------------------------------------
 
@@ -96,12 +105,15 @@ class Kernel {
   unsigned LiveThreads() const;  // library threads that have not ended
 
  private:
-  void Preempt();
+  static constexpr unsigned kCyclesToWatch = 1000;
+  void BusCycleWork();
   struct Impl;
   std::unique_ptr<Impl> impl_;
   std::uint32_t now_ms_ = 0;
   By by_ = By::Host;
   unsigned preempt_one_in_ = 0;
+  std::function<void()> watch_;
+  unsigned cycles_to_watch_ = kCyclesToWatch;
 };
 
 }  // namespace sim

@@ -53,16 +53,21 @@ struct Thread;
 
 // What a handle stands for.
 struct Object : std::enable_shared_from_this<Object> {
+  enum class Kind : std::uint8_t { Mutex, Event, Module, Thread };
+  explicit Object(Kind of_kind) : kind(of_kind) {}
   virtual ~Object() = default;
   // The result of a wait when the object is there for the taking, which takes it; else nothing.
   virtual std::optional<std::uint32_t> TryTake(Thread& taker) = 0;
 
+  const Kind kind;
   std::u16string name;          // empty: unnamed
   unsigned handles = 0;         // open ones
   std::deque<Thread*> waiters;  // in order of arrival
 };
 
 struct Mutex : Object {
+  static constexpr Kind kKind = Kind::Mutex;
+  Mutex() : Object(kKind) {}
   std::optional<std::uint32_t> TryTake(Thread& taker) override;
   Thread* owner = nullptr;
   unsigned depth = 0;      // acquisitions of the owner
@@ -70,18 +75,29 @@ struct Mutex : Object {
 };
 
 struct EventObject : Object {
+  static constexpr Kind kKind = Kind::Event;
+  EventObject() : Object(kKind) {}
   std::optional<std::uint32_t> TryTake(Thread& taker) override;
   bool manual_reset = false;
   bool signalled = false;
 };
 
 struct Module : Object {
+  Module() : Object(Kind::Module) {}
   std::optional<std::uint32_t> TryTake(Thread&) override { return kPlatWaitFailed; }
 };
+
+// The object as what it is, null when it is something else.
+template <typename T, typename From>
+T* As(From* object) {
+  return object != nullptr && object->kind == T::kKind ? static_cast<T*>(object) : nullptr;
+}
 
 struct PendingSend;
 
 struct Thread : Object {
+  static constexpr Kind kKind = Kind::Thread;
+  Thread() : Object(kKind) {}
   std::optional<std::uint32_t> TryTake(Thread& taker) override;
 
   // Fixed at creation.
@@ -141,6 +157,8 @@ struct Kernel::Impl {
   // With a seed: any other thread that is due now may go first.
   void MayYield();
   void PreemptNow(unsigned one_in);
+  // Asks the watch. What it throws comes out of the main host thread, whoever runs.
+  void AskWatch();
   void Wake(Thread& thread, std::uint32_t result);
   // Who goes on when the current thread does not. Marks the main host thread deadlocked and picks
   // it when it can never go on otherwise.
@@ -168,7 +186,8 @@ struct Kernel::Impl {
   template <typename T>
   std::shared_ptr<T> Find(PlatHandle handle) const {
     const auto found = handles.find(handle);
-    return found == handles.end() ? nullptr : std::dynamic_pointer_cast<T>(found->second);
+    if (found == handles.end() || found->second->kind != T::kKind) return nullptr;
+    return std::static_pointer_cast<T>(found->second);
   }
   const Mutex* FindNamedMutex(const std::u16string& name) const;
   std::uint32_t Wait(const std::shared_ptr<Object>& object, std::uint32_t timeout_ms);

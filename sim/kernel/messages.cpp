@@ -36,9 +36,9 @@ void Kernel::Impl::TraceMessage(const Thread& sender, bool post, bool ok,
 
 void Kernel::Impl::Handle(const PostedMessage& message, bool posted) {
   const bool number = MessageRecordBytes(message.message) == 0;
-  world.windows.received.push_back({kernel.now_ms_, message.message,
-                                    number ? static_cast<std::uint32_t>(message.wparam) : 0,
-                                    TakeRecord(message.message, message.wparam), posted});
+  world.windows.Receive({kernel.now_ms_, message.message,
+                         number ? static_cast<std::uint32_t>(message.wparam) : 0,
+                         TakeRecord(message.message, message.wparam), posted});
   if (world.windows.procedure) world.windows.procedure(message.message, message.wparam);
 }
 

@@ -83,7 +83,7 @@ PlatHandle Kernel::LoadModule(const std::u16string&) {
 unsigned Kernel::OpenModules() const {
   unsigned count = 0;
   for (const auto& [handle, object] : impl_->handles) {
-    if (dynamic_cast<const Module*>(object.get()) != nullptr) ++count;
+    if (object->kind == Object::Kind::Module) ++count;
   }
   return count;
 }
@@ -110,7 +110,8 @@ std::shared_ptr<T> MakeNamed(std::map<std::u16string, Object*>& named, const std
     return object;
   }
   *existed = true;
-  return std::dynamic_pointer_cast<T>(found->second->shared_from_this());
+  if (found->second->kind != T::kKind) return nullptr;
+  return std::static_pointer_cast<T>(found->second->shared_from_this());
 }
 
 }  // namespace
@@ -157,13 +158,14 @@ bool Kernel::SetEvent(PlatHandle handle) {
 }
 
 std::uint32_t Kernel::Wait(PlatHandle handle, std::uint32_t timeout_ms) {
-  const auto object = impl_->Find<Object>(handle);
-  const auto* mutex = dynamic_cast<const Mutex*>(object.get());
-  if (object == nullptr || dynamic_cast<const Module*>(object.get()) != nullptr) {
+  const auto found = impl_->handles.find(handle);
+  if (found == impl_->handles.end() || found->second->kind == Object::Kind::Module) {
     impl_->world.Record(LockEvent{false, "", false});
     SetLastError(kErrorInvalidHandle);
     return kPlatWaitFailed;
   }
+  const std::shared_ptr<Object> object = found->second;  // may be closed meanwhile
+  const auto* mutex = As<const Mutex>(object.get());
   if (mutex == nullptr) {
     impl_->world.Record(SleepEvent{true, timeout_ms});
     return impl_->Wait(object, timeout_ms);
@@ -193,7 +195,7 @@ bool Kernel::ReleaseMutex(PlatHandle handle) {
 
 const Mutex* Kernel::Impl::FindNamedMutex(const std::u16string& name) const {
   const auto found = named.find(name);
-  return found == named.end() ? nullptr : dynamic_cast<const Mutex*>(found->second);
+  return found == named.end() ? nullptr : As<const Mutex>(found->second);
 }
 
 bool Kernel::MutexHeld(const std::u16string& name) const {

@@ -29,8 +29,8 @@ bool Kernel::Impl::MainIsStuck() const {
   std::set<const Thread*> seen;
   const Thread* thread = main.get();
   while (seen.insert(thread).second) {
-    const auto* mutex = dynamic_cast<const Mutex*>(thread->waiting_for);
-    const auto* other = dynamic_cast<const Thread*>(thread->waiting_for);
+    const auto* mutex = As<const Mutex>(thread->waiting_for);
+    const auto* other = As<const Thread>(thread->waiting_for);
     thread = mutex != nullptr ? mutex->owner : other;
     if (thread == nullptr) return true;  // nobody signals an event
     if (thread->due != kNever) return false;
@@ -85,7 +85,10 @@ void Kernel::Impl::SwitchTo(Thread& self, Thread& next) {
   }
   if (self.killed) throw ThreadEnded{};
   if (!self.main) return;
-  if (host_failure) std::rethrow_exception(std::exchange(host_failure, nullptr));
+  if (host_failure) {
+    StopWaiting(self);
+    std::rethrow_exception(std::exchange(host_failure, nullptr));
+  }
   if (std::exchange(self.deadlocked, false)) {
     const std::string text = WhoWaitsForWhat();
     StopWaiting(self);
@@ -93,9 +96,25 @@ void Kernel::Impl::SwitchTo(Thread& self, Thread& next) {
   }
 }
 
+void Kernel::Impl::AskWatch() {
+  Thread& self = *current;
+  if (self.killed) return;
+  try {
+    kernel.watch_();
+  } catch (...) {
+    if (self.main) throw;
+    if (!host_failure) host_failure = std::current_exception();
+    self.due = now;
+    main->due = now;
+    MakeCurrent(*main);
+    SwitchTo(self, *main);
+  }
+}
+
 void Kernel::Impl::Block(std::uint64_t due) {
   Thread& self = *current;
   if (self.killed) return;  // it unwinds: no more pauses
+  if (kernel.watch_) AskWatch();
   self.due = due;
   Thread& next = Choose();
   MakeCurrent(next);
@@ -140,10 +159,10 @@ std::string Kernel::Impl::WhoWaitsForWhat() const {
   std::string text = "nothing can wake the main host thread:";
   for (const Thread* thread : live) {
     text += (thread == live.front() ? " " : "; ") + name(*thread);
-    if (const auto* mutex = dynamic_cast<const Mutex*>(thread->waiting_for)) {
+    if (const auto* mutex = As<const Mutex>(thread->waiting_for)) {
       text += " waits for the mutex \"" + ToUtf8(mutex->name.c_str()) + "\"";
       if (mutex->owner != nullptr) text += " that " + name(*mutex->owner) + " holds";
-    } else if (const auto* other = dynamic_cast<const Thread*>(thread->waiting_for)) {
+    } else if (const auto* other = As<const Thread>(thread->waiting_for)) {
       text += " waits for the end of " + name(*other);
     } else if (thread->waiting_for != nullptr) {
       const std::string event = ToUtf8(thread->waiting_for->name.c_str());
@@ -169,7 +188,22 @@ void Kernel::SetSeed(std::uint64_t seed) {
 
 void Kernel::SetPreemption(unsigned one_in) { preempt_one_in_ = one_in; }
 
-void Kernel::Preempt() { impl_->PreemptNow(preempt_one_in_); }
+void Kernel::SetWatch(std::function<void()> watch) {
+  watch_ = std::move(watch);
+  cycles_to_watch_ = kCyclesToWatch;
+}
+
+void Kernel::Watch() {
+  if (watch_) impl_->AskWatch();
+}
+
+void Kernel::BusCycleWork() {
+  if (watch_ && --cycles_to_watch_ == 0) {
+    cycles_to_watch_ = kCyclesToWatch;
+    impl_->AskWatch();
+  }
+  if (preempt_one_in_ != 0) impl_->PreemptNow(preempt_one_in_);
+}
 
 void Kernel::Sleep(std::uint32_t ms) {
   impl_->world.Record(SleepEvent{false, ms});

@@ -56,6 +56,7 @@ void Kernel::Impl::RunThread(Thread& self) {
     terminated_itself = true;
   } catch (...) {
     if (!host_failure) host_failure = std::current_exception();
+    main->due = now;  // to be told at once
   }
   if (!terminated_itself) {
     self.exit_code = code;
@@ -177,6 +178,8 @@ std::uint32_t Kernel::ThreadQuantum(PlatHandle handle) const {
   const auto thread = impl_->Find<Thread>(handle);
   return thread == nullptr ? 0 : thread->quantum;
 }
+
+std::uint64_t Kernel::NowUnwrapped() const { return impl_->now; }
 
 std::uint32_t Kernel::CurrentThreadId() const { return impl_->current->id; }
 

@@ -1,6 +1,7 @@
 #include "sim/kernel/windows.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace sim {
 
@@ -17,6 +18,11 @@ void Windows::Destroy(PlatWindow window) {
 
 bool Windows::Exists(PlatWindow window) const {
   return std::find(windows_.begin(), windows_.end(), window) != windows_.end();
+}
+
+void Windows::Receive(ReceivedMessage message) {
+  if (on_received) on_received(message);
+  if (keep_received) received.push_back(std::move(message));
 }
 
 }  // namespace sim

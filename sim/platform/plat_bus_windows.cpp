@@ -21,6 +21,10 @@ void ReportUnmapped(sim::Report::Access access) {
   sim::TheWorld().reports.Add({.kind = sim::ReportKind::UnmappedAccess, .access = access});
 }
 
+void NotePolling(sim::World& world, bool load, sim::BusWindow window, std::uint8_t value) {
+  if (world.kernel.Current() == sim::By::Host) world.polling.OnCycle(load, window, value);
+}
+
 }  // namespace
 
 PlatBusWindow Plat_MapBusWindow(std::uint32_t physical, std::uint32_t length_bytes, bool cached) {
@@ -54,8 +58,9 @@ void Plat_StoreByte(PlatBusWindow window, std::uint8_t value) {
     ReportUnmapped(sim::Report::Access::Write);
     return;
   }
+  world.board.Store(*found, value);  // before anybody hears of it
+  NotePolling(world, false, *found, value);
   world.trace.AddCycle(world.kernel.Now(), world.kernel.Current(), false, *found, value);
-  world.board.Store(*found, value);
   world.kernel.AtBusCycle();
 }
 
@@ -67,6 +72,7 @@ std::uint8_t Plat_LoadByte(PlatBusWindow window) {
     return 0xFF;
   }
   const std::uint8_t value = world.board.Load(*found);
+  NotePolling(world, true, *found, value);
   world.trace.AddCycle(world.kernel.Now(), world.kernel.Current(), true, *found, value);
   world.kernel.AtBusCycle();
   return value;

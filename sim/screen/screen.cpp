@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "sim/screen/bitmap_layer.h"
+#include "sim/screen/input_colors.h"
 #include "sim/screen/motion_boxes.h"
 #include "sim/screen/tape_card.h"
 #include "sim/screen/test_card.h"
@@ -206,10 +208,15 @@ class Composer {
     // A camera of the other standard has its own number of lines, on whatever screen.
     const bool pal = window.frozen ? frozen.pal[of_chip] : input.pal;
     const int lines = pal ? kCardHeightPal : kCardHeightNtsc;
+    const InputColors colors =
+        window.frozen ? frozen.colors[of_chip] : board_.Colors(window.picture);
+    std::optional<ColorTable> table;
+    if (colors != kNeutralColors) table.emplace(colors);
     DrawCard(window.rect, MakeCard<CardLine>(window.picture, lines, TimeOf(window)),
              ScaledAxis(window.rect.Width(), kCardWidth, window.horizontal,
                         window.control & kScalerFilterX),
-             ScaledAxis(window.rect.Height(), lines, window.vertical, window.control >> 2 & 3));
+             ScaledAxis(window.rect.Height(), lines, window.vertical, window.control >> 2 & 3),
+             table ? &*table : nullptr);
   }
 
   // The tape plays in the board's standard, whatever the cameras do.
@@ -223,14 +230,17 @@ class Composer {
     return window.frozen ? board_.FrozenAt(window.channel) : board_.Time();
   }
 
+  // colors: what an input makes of the picture's, null where nothing. It comes behind the scaler,
+  // once a pixel; on the board it comes before, which differs where colours are clipped alone.
   template <typename Line>
   void DrawCard(const Rect& rect, const std::vector<Line>& card, const Axis& across,
-                const Axis& down) {
+                const Axis& down, const ColorTable* colors = nullptr) {
     Draw(rect, [&](int x, int y) {
       const auto column = static_cast<std::size_t>(x);
       const auto row = static_cast<std::size_t>(y);
       if (column >= across.size() || row >= down.size()) return kScreenNoPicture;
-      return Filtered(card, across[column], down[row]);
+      const Rgb pixel = Filtered(card, across[column], down[row]);
+      return colors == nullptr ? pixel : (*colors)(pixel);
     });
   }
 

@@ -48,10 +48,11 @@ inline constexpr Rgb kScreenNoPicture{44, 18, 52};   // part of a window that it
                                                      // or all of it: the decoded input is off
 
 // The screen at the board's current time: 720 x 480 pixels on NTSC, 720 x 576 on PAL; one display
-// unit is 4 x 4 pixels. A window shows its camera's test card through its scaler, or fills itself
-// with the tape card of the channel that its path takes from the decoder. Motion grids lie on the
-// windows and are zoomed with them; bitmaps lie on the screen, above the zoom. A colour bar, which
-// the master puts out instead of its picture, hides all of that.
+// unit is 4 x 4 pixels. A window shows its camera's test card through its scaler, in the colours
+// that the picture controls of its input make of it, or fills itself with the tape card of the
+// channel that its path takes from the decoder. Motion grids lie on the windows and are zoomed with
+// them; bitmaps lie on the screen, above the zoom. A colour bar, which the master puts out instead
+// of its picture, hides all of that.
 Image ComposeScreen(const Board& board);
 
 }  // namespace sim

@@ -40,6 +40,7 @@ const char* FailedUnless(bool ok) { return ok ? "" : " failed"; }
 
 struct DetailText {
   std::string operator()(const sim::CallEvent& e) const { return "call " + e.fn; }
+  std::string operator()(const sim::LineEvent& e) const { return "line " + e.text; }
   std::string operator()(const sim::ReturnEvent& e) const {
     return "return " + e.fn + (e.value ? " " + std::to_string(*e.value) : "");
   }

@@ -81,6 +81,13 @@ TEST_F(Host, RecordsTheWindowHandle) {
   EXPECT_EQ(Initialize(window), 0);
   EXPECT_EQ(Call().fn, "VEXOAPI_Initialize");
   EXPECT_THAT(Call().args, ElementsAre(static_cast<std::int64_t>(window)));
+  EXPECT_EQ(Call().valid, true);
+}
+
+TEST_F(Host, RecordsThatAHandleIsNoWindow) {
+  Initialize(0xBAD0);
+  EXPECT_THAT(Call().args, ElementsAre(0xBAD0));
+  EXPECT_EQ(Call().valid, false);
 }
 
 TEST_F(Host, RecordsNoValueForExportsWithoutAResult) {
@@ -103,7 +110,10 @@ TEST_F(Host, RecordsTheSwitches) {
 
 TEST_F(Host, PadsTheRecordOfACommandTo64BytesAndRecordsWhatItBecame) {
   sim::Bytes record = {0x11, 0x22};
+  sim::Bytes before = record;
   EXPECT_EQ(CommandProc(0xF00E, &record), -1);
+  before.resize(64);
+  EXPECT_EQ(Call().record, before);
   EXPECT_THAT(Call().args, ElementsAre(0xF00E));
   ASSERT_EQ(record.size(), 64U);
   EXPECT_EQ(record[63], 0x99);
@@ -113,6 +123,7 @@ TEST_F(Host, PadsTheRecordOfACommandTo64BytesAndRecordsWhatItBecame) {
 
 TEST_F(Host, RecordsNoRecordForANullOne) {
   CommandProc(0xF00E, nullptr);
+  EXPECT_EQ(Call().record, std::nullopt);
   EXPECT_EQ(Return().record, std::nullopt);
 }
 
@@ -121,6 +132,7 @@ TEST_F(Host, RecordsChannelLevelAndMaskOfMotionInfo) {
   EXPECT_EQ(SetMotionInfo(3, 2, &mask), 0);
   EXPECT_EQ(Call().fn, "VEXOAPI_SetMotionInfo");
   EXPECT_THAT(Call().args, ElementsAre(3, 2));
+  EXPECT_EQ(Call().record, sim::Bytes(24, 0x0F));
   EXPECT_EQ(Return().record, sim::Bytes(24, 0x0F));
 }
 
@@ -140,11 +152,24 @@ TEST_F(Host, RecordsNoTextWithoutAVersionBuffer) {
   EXPECT_EQ(Return().text, std::nullopt);
 }
 
-TEST_F(Host, RecordsNoArgumentsOfATextLine) {
+TEST_F(Host, RecordsATextLineAndNoArguments) {
   EXPECT_EQ(TextCommandProc("vexo"), -4);
   EXPECT_EQ(Call().fn, "VEXOAPI_TextCommandProc");
   EXPECT_THAT(Call().args, IsEmpty());
+  EXPECT_EQ(Call().text, "vexo");
+  EXPECT_EQ(Call().record, std::nullopt);
   EXPECT_EQ(Return().value, -4);
+}
+
+TEST_F(Host, RecordsTheBytesOfALineThatIsNoText) {
+  TextCommandProc("a\xFF");
+  EXPECT_EQ(Call().record, (sim::Bytes{'a', 0xFF}));
+}
+
+TEST_F(Host, RecordsATextLineAsFarAsTheLibrarySeesIt) {
+  TextCommandProc(std::string("ab\0cd", 5));
+  EXPECT_EQ(Call().text, "ab");
+  EXPECT_EQ(Call().record, std::nullopt);
 }
 
 }  // namespace

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <regex>
+#include <set>
+
 #include "VexoCtrlSDK.h"
 
 namespace script {
@@ -74,11 +78,36 @@ TEST(MessageInWords, ReadsTheInitResult) {
 
 TEST(MessageInWords, ReadsRegisterValues) {
   EXPECT_EQ(MessageInWords(0x2406, 0, {0x03, 0x00, 0xFE, 0x28}, 16),
-            "0x2406 register value: master page 0 register 0xFE (chip identification) = 0x28");
+            "0x2406 register value: master page 0 register 0xFE (chip identification) = 0x28 "
+            "(family 5, revision 0)");
   EXPECT_EQ(MessageInWords(0x2406, 0, {0xC0, 0x02, 0x0F, 0x01}, 16),
             "0x2406 register value: slave3 page 2 register 0x0F = 0x01");
   EXPECT_EQ(MessageInWords(0x2406, 0, {0x05, 0x07, 0x00, 0x01}, 16),
             "0x2406 register value: 0x05 page 7 register 0x00 = 0x01");
+}
+
+TEST(MessageInWords, NamesTheFieldsOfARegisterValue) {
+  EXPECT_EQ(
+      MessageInWords(0x2406, 0, {0x0C, 0x01, 0x18, 0x92}, 16),
+      "0x2406 register value: slave1 page 1 register 0x18 (channel display 1) = 0x92 (enable, "
+      "hold, position 2)");
+}
+
+TEST(MessageNames, AreThoseOfThePublicHeader) {
+  std::ifstream file(VEXO_SOURCE_DIR "/include/VexoCtrlSDK.h");
+  const std::regex define("#define VEXO_MSG_\\w+ (0x[0-9A-F]+)u.*");
+  std::set<std::uint32_t> numbers;
+  for (std::string line; std::getline(file, line);) {
+    std::smatch match;
+    if (!std::regex_match(line, match, define)) continue;
+    numbers.insert(static_cast<std::uint32_t>(std::stoul(match[1], nullptr, 16)));
+  }
+  EXPECT_EQ(numbers.size(), 6u);
+  std::set<std::uint32_t> named;
+  for (const std::string_view name : MessageNames()) named.insert(FindMessage(name).value());
+  EXPECT_EQ(named, numbers);
+  EXPECT_EQ(FindMessage("video-info"), VEXO_MSG_VIDEO_INFO);
+  EXPECT_EQ(FindMessage("video info"), std::nullopt);
 }
 
 TEST(MessageInWords, ReadsTheChipVersionAndUnknownMessages) {

@@ -40,6 +40,8 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "motion all off",
       "poke slave3 2 0xFF 0x80",
       "poke all 1 16 128",
+      "poke all \"window 0\" 1 2 3 0x04",
+      "poke all \"channel display\" position 3",
       "settle 0",
       "settle 300",
       "settle never",
@@ -78,6 +80,10 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "unbind",
       "command 0xF001",
       "command 0xF001 null",
+      "command init",
+      "command live-split mode 16 channels 0-15",
+      "command 0xF005 channels 3 mode full",
+      "command live-split null",
       "command 0x1F005 00 00 00 00 06 00 00 01 02",
       "motioninfo 3 2 " + std::string(kMask),
       "motioninfo all 2 " + std::string(kMask),
@@ -97,18 +103,62 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "expect registers master 1 0x30 04 b0 01 77",
       "expect registers slave1,slave3 2 255 FF",
       "expect registers all \"window 3\" 00 -- -- 01",
+      "expect field all \"channel display 1\" hold 0",
       "expect debug \">> FINISH NTSC CAMERA!!\\r\\n\"",
       "expect message 0x2403",
+      "expect message video-info",
+      "expect record chip-count 4 chip-id 28 28",
       "expect message 0x2404 0x0004",
       "expect cycles 0",
       "expect no debug \"text\"",
       "expect no message 0x2403",
+      "expect no message video-info",
       "expect record 12 04 00 00 00",
+      "peek master \"window 0\"",
+      "peek slave1 page 1 0x30-0x3f",
+      "peek all 1 0x10,0x18",
+      "fields master \"channel display 0\"",
+      "fields master page 1 0x10",
+      "diff",
+      "diff attach",
+      "diff attach start",
+      "diff master slave1",
       "registers",
       "registers slave1",
       "registers all 2",
       "picture screen.png",
       "print",
+      "seed 5",
+      "break write \"window 0\"",
+      "break write slave1 \"window\"",
+      "break read all page 1 0x04",
+      "break text \"Complete\"",
+      "break message 0x2403",
+      "break cycle 17",
+      "break",
+      "break off",
+      "break off 1",
+      "where",
+      "continue",
+      "step",
+      "step call",
+      "writes on",
+      "quiet on",
+      "pump off",
+      "undo",
+      "mark here",
+      "back here",
+      "source more.vexo",
+      "save session.vexo",
+      "history",
+      "help",
+      "help camera",
+      "? camera",
+      "quit",
+      "exit",
+      "lsplit 6 0",
+      "vexo lsplit 6 0",
+      "vexo",
   };
   for (const std::string& line : lines) EXPECT_EQ(MistakeOf("attach\n" + line), "none") << line;
 }
@@ -117,8 +167,11 @@ TEST(ScriptParsing, CoversTheWholeTableOfLines) {
   // A new kind of line needs its place in the table above.
   EXPECT_EQ(BoardLines().size(), 17U);
   EXPECT_EQ(ActionLines().size(), 15U);
-  EXPECT_EQ(ExpectLines().size(), 9U);
+  EXPECT_EQ(ExpectLines().size(), 10U);
+  EXPECT_EQ(RegisterLines().size(), 4U);
   EXPECT_EQ(OutputLines().size(), 3U);
+  EXPECT_EQ(StopLines().size(), 11U);
+  EXPECT_EQ(SessionLines().size(), 13U);
 }
 
 struct Wrong {
@@ -149,12 +202,16 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
       {"motion x on", "expected a channel 0 to 15 or all, found 'x' (motion CH on|off)"},
       {"poke chip 0 0 0",
        "expected master, slave1, slave2, slave3 or all, found 'chip'"
-       " (poke CHIP PAGE REG VALUE)"},
-      {"poke master 3 0 0", "expected a page 0 to 2, found '3' (poke CHIP PAGE REG VALUE)"},
+       " (poke CHIP PAGE REG VALUE | CHIP \"NAME\" VALUE... | CHIP \"NAME\" FIELD VALUE)"},
+      {"poke master 3 0 0",
+       "expected a page 0 to 2, found '3' (poke CHIP PAGE REG VALUE | CHIP \"NAME\" VALUE... | "
+       "CHIP \"NAME\" FIELD VALUE)"},
       {"poke master 0 0x100 0",
-       "expected a register 0 to 255, found '0x100' (poke CHIP PAGE REG VALUE)"},
+       "expected a register 0 to 255, found '0x100' (poke CHIP PAGE REG VALUE | CHIP \"NAME\" "
+       "VALUE... | CHIP \"NAME\" FIELD VALUE)"},
       {"poke master 0 0",
-       "expected a value 0 to 255, found the end of the line (poke CHIP PAGE REG VALUE)"},
+       "expected a value 0 to 255, found the end of the line (poke CHIP PAGE REG VALUE | CHIP "
+       "\"NAME\" VALUE... | CHIP \"NAME\" FIELD VALUE)"},
       {"settle soon", "expected a number of reads or never, found 'soon' (settle N|never)"},
       {"sync period 0",
        "expected a period of 1 ms or more, found '0'"
@@ -184,15 +241,17 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
       {"attach now", "expected the end of the line, found 'now' (attach)"},
       {"entry", "expected a reason code, found the end of the line (entry N)"},
       {"command",
-       "expected a command code, found the end of the line"
-       " (command CODE [BYTE... | null])"},
-      {"command init", "expected a command code, found 'init' (command CODE [BYTE... | null])"},
+       "expected a command code or its name (help commands), found the end of the line"
+       " (command COMMAND [FIELD VALUE... | BYTE... | null])"},
+      {"command iint",
+       "expected a command code or its name (help commands), found 'iint'; did you mean init? "
+       "(command COMMAND [FIELD VALUE... | BYTE... | null])"},
       {"command 0xF005 0",
        "expected a byte of two hexadecimal digits, found '0'"
-       " (command CODE [BYTE... | null])"},
+       " (command COMMAND [FIELD VALUE... | BYTE... | null])"},
       {"command 0xF005 null 00",
        "expected the end of the line, found '00'"
-       " (command CODE [BYTE... | null])"},
+       " (command COMMAND [FIELD VALUE... | BYTE... | null])"},
       {"motioninfo 1 2 00",
        "expected a byte of two hexadecimal digits, found the end of the line"
        " (motioninfo CH LEVEL BYTE x 24)"},
@@ -202,7 +261,8 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
       {"run", "expected a number of milliseconds, found the end of the line (run MS)"},
       {"run -1", "expected a number of milliseconds, found '-1' (run MS)"},
       {"registers slave1 3", "expected a page 0 to 2, found '3' (registers [CHIP [PAGE]])"},
-      {"picture", "expected a file name that ends in .png, found the end of the line (picture FILE.png)"},
+      {"picture",
+       "expected a file name that ends in .png, found the end of the line (picture FILE.png)"},
       {"print it", "expected the end of the line, found 'it' (print)"},
       {"text \"vexo", "expected a closing quote, found the end of the line"},
   };
@@ -211,12 +271,9 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
   }
 }
 
-TEST(ScriptParsing, ListsTheFirstWordsWhenItKnowsNone) {
-  EXPECT_EQ(
-      MistakeOf("\n\nhello world"),
-      "s.vexo:3: expected board, camera, weak, motion, poke, settle, sync, nvram, file, "
-      "driver, fault, window, attach, detach, lowmem, entry, unbind, command, motioninfo, "
-      "text, version, debug, output, run, expect, registers, picture or print, found 'hello'");
+TEST(ScriptParsing, SaysWhichWordsAreNearAnUnknownOne) {
+  EXPECT_EQ(MistakeOf("\n\ncamra 2 off"), "s.vexo:3: unknown: 'camra'; did you mean camera?");
+  EXPECT_EQ(MistakeOf("zzzzzz"), "s.vexo:1: unknown: 'zzzzzz'; help lists what there is");
 }
 
 TEST(ScriptParsing, WantsAnActionBeforeTheFirstExpectation) {
@@ -233,7 +290,7 @@ TEST(ScriptParsing, RefusesMalformedExpectations) {
               HasSubstr("expected a value 0 to 255, found the end of the line"));
   EXPECT_THAT(MistakeOf("attach\nexpect debug"), HasSubstr("expected a text, found the end"));
   EXPECT_THAT(MistakeOf("attach\nexpect message motion"),
-              HasSubstr("expected a message number, found 'motion'"));
+              HasSubstr("expected a message number, or status, init-result, "));
   EXPECT_THAT(MistakeOf("attach\nexpect message 0x2404 yes"),
               HasSubstr("expected a wParam, found 'yes'"));
   EXPECT_THAT(MistakeOf("attach\nexpect cycles many"),
@@ -249,10 +306,15 @@ TEST(ScriptParsing, RefusesRegistersThatDoNotFitTheirBytes) {
       {"master,all 1 0 00", "expected master, slave1, slave2 or slave3, found 'all'"},
       {"master, 1 0 00", "expected master, slave1, slave2 or slave3, found ''"},
       {"master 3 0 00", "expected a page 0 to 2 or a name of registers, found '3'"},
-      {"master \"windows\" 00", "expected a page 0 to 2 or a name of registers, found 'windows'"},
-      {"master \"window 4\" 00", "expected a page 0 to 2 or a name of registers, found 'window 4'"},
+      {"master \"windows\" 00",
+       "expected a page 0 to 2 or a name of registers, found 'windows'; did you mean window, "
+       "window 0, window 1 or window 2?"},
+      {"master \"window 4\" 00",
+       "expected a page 0 to 2 or a name of registers, found 'window 4'; did you mean window "
+       "0, window 1, window 2 or window 3?"},
       {"master \"display mode 0\" 00",
-       "expected a page 0 to 2 or a name of registers, found 'display mode 0'"},
+       "expected a page 0 to 2 or a name of registers, found 'display mode 0'; did you mean "
+       "display mode?"},
       {"master", "expected a page 0 to 2 or a name of registers, found the end of the line"},
       {"master 1 256 00", "expected a register 0 to 255, found '256'"},
       {"master 1 0x30", "expected a byte other than --, found the end of the line"},
@@ -277,9 +339,9 @@ TEST(ScriptParsing, TakesRecordsOfUpTo64Bytes) {
   std::string line = "command 0xF005";
   for (int i = 0; i < 64; ++i) line += " 00";
   EXPECT_EQ(MistakeOf(line), "none");
-  EXPECT_EQ(
-      MistakeOf(line + " 01"),
-      "s.vexo:1: expected 64 record bytes at most, found '01' (command CODE [BYTE... | null])");
+  EXPECT_EQ(MistakeOf(line + " 01"),
+            "s.vexo:1: expected 64 record bytes at most, found '01' (command COMMAND [FIELD "
+            "VALUE... | BYTE... | null])");
 }
 
 TEST(ScriptParsing, KeepsLineNumbersAndTexts) {

@@ -271,7 +271,7 @@ TEST_F(ScriptRun, GoesOnAfterAFailedExpectation) {
 TEST_F(ScriptRun, DoesNothingForAMalformedScript) {
   EXPECT_EQ(Run("attach\nexpect return 0\nfly"), kExitWrong);
   EXPECT_THAT(harness::TheFake().calls, IsEmpty());
-  EXPECT_THAT(Err(), HasSubstr("s.vexo:3: expected board, camera, "));
+  EXPECT_THAT(Err(), HasSubstr("s.vexo:3: unknown: 'fly'"));
   EXPECT_EQ(Out(), "");
 }
 
@@ -435,11 +435,20 @@ TEST_F(ScriptRun, WritesPicturesRegistersAndTheTrace) {
               HasSubstr(R"({"t":0,"by":"host","ev":"store","window":"data","value":90})"));
 }
 
+TEST_F(ScriptRun, WritesLinesThatChangeTheBoardOrLetTimePassIntoTheTrace) {
+  std::ostringstream trace;
+  options_.trace = &trace;
+  EXPECT_EQ(Run("camera 5 off\nrun 30\nprint\n"), kExitDone);
+  EXPECT_EQ(trace.str(),
+            "{\"t\":0,\"by\":\"host\",\"ev\":\"line\",\"text\":\"camera 5 off\"}\n"
+            "{\"t\":0,\"by\":\"host\",\"ev\":\"line\",\"text\":\"run 30\"}\n");
+}
+
 TEST_F(ScriptRun, WritesTheTraceOfTheActionThatHung) {
   std::ostringstream trace;
   options_.trace = &trace;
   EXPECT_EQ(RunBound("command 0xF001"), kExitUnmet);
-  EXPECT_THAT(trace.str(), HasSubstr(R"("fn":"VEXOAPI_CommandProc","args":[61441]})"));
+  EXPECT_THAT(trace.str(), HasSubstr(R"("fn":"VEXOAPI_CommandProc","args":[61441],)"));
 }
 
 }  // namespace

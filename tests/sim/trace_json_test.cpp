@@ -27,9 +27,15 @@ struct Case {
 
 TEST(TraceJson, WritesEachKindOfEventWithItsMembersInOrder) {
   const std::vector<Case> cases = {
-      {sim::CallEvent{"VEXOAPI_CommandProc", {0xF005}},
-       R"("ev":"call","fn":"VEXOAPI_CommandProc","args":[61445]})"},
-      {sim::CallEvent{"VEXOAPI_Uninitialize", {}},
+      {sim::CallEvent{.fn = "VEXOAPI_CommandProc", .args = {0xF002}},
+       R"("ev":"call","fn":"VEXOAPI_CommandProc","args":[61442]})"},
+      {sim::CallEvent{.fn = "VEXOAPI_CommandProc", .args = {0xF005}, .record = sim::Bytes{1, 0xAB}},
+       R"("ev":"call","fn":"VEXOAPI_CommandProc","args":[61445],"record":"01ab"})"},
+      {sim::CallEvent{.fn = "VEXOAPI_TextCommandProc", .text = "vexo rver "},
+       R"("ev":"call","fn":"VEXOAPI_TextCommandProc","args":[],"text":"vexo rver "})"},
+      {sim::CallEvent{.fn = "VEXOAPI_Initialize", .args = {4096}, .valid = false},
+       R"("ev":"call","fn":"VEXOAPI_Initialize","args":[4096],"valid":false})"},
+      {sim::CallEvent{.fn = "VEXOAPI_Uninitialize"},
        R"("ev":"call","fn":"VEXOAPI_Uninitialize","args":[]})"},
       {sim::ReturnEvent{"VEXOAPI_CommandProc", -8, sim::Bytes{0x00, 0xAB}, std::nullopt},
        R"("ev":"return","fn":"VEXOAPI_CommandProc","value":-8,"record":"00ab"})"},
@@ -62,6 +68,7 @@ TEST(TraceJson, WritesEachKindOfEventWithItsMembersInOrder) {
        R"("ev":"map","physical":106954752,"length":4,"cached":false,"ok":true})"},
       {sim::UnmapEvent{sim::BusWindow::Address}, R"("ev":"unmap","window":"address"})"},
       {sim::ThreadEvent{"end", 0xF0000001}, R"("ev":"thread","what":"end","code":4026531841})"},
+      {sim::LineEvent{"camera 5 off"}, R"("ev":"line","text":"camera 5 off"})"},
   };
   for (const Case& c : cases) EXPECT_EQ(LineOf(c.detail), std::string(c.line) + '\n');
 }
@@ -108,6 +115,19 @@ TEST(TraceJson, WritesOnlyWhatIsNew) {
   trace.Add(1, By::Host, sim::SleepEvent{false, 2});
   writer.Write(trace);
   EXPECT_EQ(out.str(), "{\"t\":1,\"by\":\"host\",\"ev\":\"sleep\",\"ms\":2}\n");
+}
+
+TEST(TraceJson, WritesEachEventAsItHappensToo) {
+  std::ostringstream out;
+  TraceWriter writer(out);
+  const sim::EventDetail sleep = sim::SleepEvent{false, 3};
+  TraceListener& listener = writer;
+  listener.OnEvent({.t = 5, .by = By::Worker}, &sleep);
+  listener.OnEvent({.t = 8, .kind = Event::Kind::Load, .window = BusWindow::Data, .value = 40},
+                   nullptr);
+  EXPECT_EQ(out.str(),
+            "{\"t\":5,\"by\":\"worker\",\"ev\":\"sleep\",\"ms\":3}\n"
+            "{\"t\":8,\"by\":\"host\",\"ev\":\"load\",\"window\":\"data\",\"value\":40}\n");
 }
 
 TEST(TraceJson, ShowsTextThatIsNoUtf8AsFarAsItGoes) {

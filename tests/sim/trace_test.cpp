@@ -28,6 +28,44 @@ TEST(TraceList, KeepsCyclesAndOtherEventsInOneOrder) {
   EXPECT_EQ(trace.Mark(), 3u);
 }
 
+// Counts what it hears.
+class Hearer : public TraceListener {
+ public:
+  void OnEvent(const Event& event, const EventDetail* detail) override {
+    ++(detail == nullptr ? cycles : others);
+    last = event.t;
+  }
+  unsigned cycles = 0;
+  unsigned others = 0;
+  std::uint32_t last = 0;
+};
+
+TEST(TraceList, ListenersHearWhatIsNotKeptUntilTheyAreRemoved) {
+  Trace trace;
+  Hearer all;
+  Hearer but_cycles;
+  trace.SetCapacity(2);
+  trace.AddListener(all);
+  trace.AddListener(but_cycles, Trace::Hears::AllButCycles);
+  for (std::uint32_t t = 0; t < 5; ++t) {
+    trace.AddCycle(t, By::Host, false, BusWindow::Data, 0);
+    trace.Add(t + 10, By::Host, SleepEvent{false, 5});
+  }
+  EXPECT_EQ(trace.Events().size(), 2u);
+  EXPECT_EQ(trace.Cycles(), 5u);
+  EXPECT_EQ(all.cycles, 5u);
+  EXPECT_EQ(all.others, 5u);
+  EXPECT_EQ(but_cycles.cycles, 0u);
+  EXPECT_EQ(but_cycles.others, 5u);
+  EXPECT_EQ(all.last, 14u);
+  trace.RemoveListener(all);
+  trace.ForgetEvents();
+  Cycle(trace, By::Host, BusWindow::Data, 0);
+  EXPECT_EQ(all.cycles, 5u);
+  EXPECT_EQ(trace.Events().size(), 1u);  // kept again
+  EXPECT_EQ(trace.Cycles(), 6u);
+}
+
 TEST(TraceList, SwitchedOffCountsCyclesOnly) {
   Trace trace;
   trace.SetEnabled(false);

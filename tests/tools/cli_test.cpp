@@ -141,9 +141,9 @@ TEST_F(CommandLine, TeachesInItsHelp) {
   EXPECT_THAT(out_.str(), HasSubstr("Exit status: 0 done"));
   EXPECT_EQ(Run({"run", "--help"}), script::kExitDone);
   EXPECT_THAT(out_.str(), HasSubstr("camera CH ntsc|pal|off"));
-  EXPECT_THAT(out_.str(), HasSubstr("expect message CODE [WPARAM]"));
+  EXPECT_THAT(out_.str(), HasSubstr("expect message MESSAGE [WPARAM]"));
   EXPECT_EQ(Run({"shell", "--help"}), script::kExitDone);
-  EXPECT_THAT(out_.str(), HasSubstr("help lsplit explains a\ncommand"));
+  EXPECT_THAT(out_.str(), HasSubstr("help lsplit explains a line"));
 }
 
 }  // namespace

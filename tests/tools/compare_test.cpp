@@ -156,7 +156,7 @@ TEST_F(ImageCompareTest, RefusesAFileThatIsNoImage) {
 
 TEST_F(ImageCompareTest, RefusesAScriptThatIsWrong) {
   EXPECT_EQ(Compare(Toy(), "debug 1\nfly\n"), script::kExitWrong);
-  EXPECT_THAT(err_.str(), HasSubstr("toy.vexo:2: expected "));
+  EXPECT_THAT(err_.str(), HasSubstr("toy.vexo:2: unknown: 'fly'"));
   EXPECT_THAT(out_.str(), IsEmpty());
 }
 

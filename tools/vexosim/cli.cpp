@@ -67,7 +67,11 @@ int Main(int argc, const char* const* argv) {
   AddRun(app, status);
   AddShell(app, status);
   AddCompare(app, status);
+  AddTrace(app, status);
+  AddDiff(app, status);
+  AddReplay(app, status);
   AddManual(app, status);
+  AddCompletion(app, status);
   try {
     CheckSubcommand(app, argc > 1 ? argv[1] : nullptr);
     app.parse(argc, argv);

@@ -12,22 +12,13 @@
 #include "sim/text.h"
 #include "sim/world.h"
 #include "tools/vexosim/listing/terminal_surroundings.h"
+#include "tools/vexosim/traces/build_time.h"
 
 namespace vexosim {
 namespace {
 
 // High in the part of a process's addresses where the system puts libraries.
 constexpr std::uint32_t kOtherBase = 0x01E40000;
-
-// The time of the build is the one thing in which two builds may differ.
-std::string WithoutBuildTime(const std::string& line) {
-  constexpr std::string_view kBanner = ">> build : ";
-  const std::size_t begin = line.find(kBanner);
-  if (begin == std::string::npos) return line;
-  const std::size_t end = line.find("\\r", begin);
-  if (end == std::string::npos) return line;
-  return line.substr(0, begin + kBanner.size()) + line.substr(end);
-}
 
 std::vector<script::Script> ReadScript(const std::string& path) {
   std::ifstream script = files::OpenInput(path);

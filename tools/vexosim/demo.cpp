@@ -11,7 +11,7 @@
 #include "VexoCtrlSDK.h"
 #include "files/file_error.h"
 #include "harness/host.h"
-#include "script/action_log.h"
+#include "script/action_printer.h"
 #include "script/message_words.h"
 #include "script/report_words.h"
 #include "script/run.h"
@@ -66,15 +66,20 @@ class Demo {
   // Does one thing and prints what came of it.
   template <typename Function>
   void Do(const std::string& what, Function function) {
-    const std::size_t event = World().trace.Mark();
-    const std::size_t received = World().windows.received.size();
+    std::ostringstream events;
+    script::ActionPrinter printer(World(), events);
+    World().windows.on_received = [&printer](const sim::ReceivedMessage& message) {
+      printer.OnReceived(message);
+    };
+    printer.Begin();
     const std::uint64_t cycles = World().trace.Cycles();
     const std::uint32_t begin = World().kernel.Now();
     function();
     out_ << "   " << what << ": " << World().trace.Cycles() - cycles << " bus cycles, "
          << World().kernel.Now() - begin << " ms\n";
-    script::PrintEvents(out_, World(), event, received);
-    out_.flush();
+    printer.End();
+    World().windows.on_received = nullptr;
+    out_ << events.str() << std::flush;
   }
 
   // Returns the record as the command left it.

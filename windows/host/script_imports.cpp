@@ -305,9 +305,9 @@ void Receive(std::uint32_t message, std::uintptr_t wparam, Origin origin) {
   }
   const BoardLock lock;
   const bool number = sim::MessageRecordBytes(message) == 0;
-  sim::TheWorld().windows.received.push_back(
-      {g_turns.Now(), message, number ? static_cast<std::uint32_t>(wparam) : 0,
-       TakeRecord(message, wparam), origin == Origin::Queue});
+  sim::TheWorld().windows.Receive({g_turns.Now(), message,
+                                   number ? static_cast<std::uint32_t>(wparam) : 0,
+                                   TakeRecord(message, wparam), origin == Origin::Queue});
 }
 
 // The host is elsewhere: the send waits until it pumps, or until the board's time is up. Real time

@@ -95,6 +95,7 @@ class HostSurroundings : public script::Surroundings {
     g_turns.Pump(ms, sim::TheWorld().windows.deaf);
   }
   void ShowRegisters(std::ostream&, script::ChipChoice, std::optional<std::uint8_t>) override {}
+  void ShowWrites(std::ostream&, std::size_t) override {}
   void ShowScreen(std::ostream&) override {}
   void SavePicture(const std::string&) override {}
 
@@ -147,6 +148,8 @@ class Run {
         break;
       case LineGroup::Board:
       case LineGroup::Output:
+      case LineGroup::Switch:
+      case LineGroup::Tool:
         statement.step(session_);
         break;
     }

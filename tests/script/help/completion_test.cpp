@@ -67,8 +67,8 @@ TEST(Completion, OffersKeywordsAndSubKeywordsOfTextCommands) {
 TEST(Completion, SaysWhichNumberIsExpected) {
   EXPECT_THAT(Hints("vexo lsplit "), ElementsAre(StartsWith("MODE: split: 0 one picture")));
   EXPECT_THAT(Hints("vexo lsplit 6 "),
-              ElementsAre("CHANNEL: 0 to 15. For color the board's channel "
-                          "count means every channel, but for hue"));
+              ElementsAre("CHANNEL: 0 to 15, below the channel count. For color the count itself "
+                          "means every channel, but for hue"));
   EXPECT_THAT(Hints("vexo lsplit 6 0 "), ElementsAre(StartsWith("[BLANK_MASK]: ")));
   EXPECT_THAT(Hints("vexo lsplit 6 0 0 "), IsEmpty());
   EXPECT_THAT(Hints("vexo rr "), ElementsAre(StartsWith("$CHIP: hexadecimal: 3 master")));
@@ -108,7 +108,7 @@ TEST(Completion, ReachesEveryScriptLine) {
       EXPECT_THAT(Words(line), Contains(word)) << kind->words;
       line += word + ' ';
     }
-    if (kind->arguments.empty()) continue;
+    if (kind->arguments.empty() || kind->words == "help" || kind->words == "?") continue;
     EXPECT_THAT(Hints(line), ElementsAre(kind->Usage() + ": " + std::string(kind->help)));
   }
 }
@@ -121,7 +121,7 @@ TEST(Completion, OffersTheWordsAmongScriptArguments) {
       {"registers slave2 ", {}},
       {"poke s", {"slave1", "slave2", "slave3"}},
       {"expect ",
-       {"return", "register", "registers", "debug", "message", "no", "record", "cycles"}},
+       {"return", "register", "registers", "field", "debug", "message", "no", "record", "cycles"}},
       {"expect no ", {"debug", "message"}},
       {"nvram fail ", {"none", "read", "write"}},
       {"settle ", {"never"}},
@@ -133,6 +133,64 @@ TEST(Completion, OffersTheWordsAmongScriptArguments) {
       {"window ", {"deaf", "hearing", "invalid"}},
   };
   for (const NextWords& next : cases) EXPECT_EQ(Words(next.line), next.words) << next.line;
+}
+
+TEST(Completion, OffersCommandsTheirFieldsAndTheirChoices) {
+  const NextWords cases[] = {
+      {"command live-", {"live-split", "live-mode"}},
+      {"command live-split ", {"null", "mode", "channels"}},
+      {"command 0xF005 ", {"null", "mode", "channels"}},
+      {"command live-split mode ", {"full", "4", "6", "8", "9", "13", "16"}},
+      {"command play-split mode 1", {"16"}},
+      {"command live-split mode 16 ", {"channels"}},
+      {"command live-split mode 16 channels ", {}},
+      {"command live-split mode 16 channels 0-15 ", {}},
+      {"command live-split mod 16 ", {}},
+      {"command motion-mask mask FF ", {"channel", "level"}},
+      {"command blank-mask mask ", {"all", "none"}},
+      {"command init ", {"null", "reserved1", "reserved2"}},
+      {"command init null ", {}},
+      {"command stop-monitor ", {"null"}},
+      {"command nothing ", {}},
+      {"expect record chip-", {"chip-count", "chip-id"}},
+      {"expect record video-standard ", {"ntsc", "pal", "none"}},
+      {"expect record chip-count 4 v", {"video-standard"}},
+      {"expect message video", {"video-info"}},
+      {"expect no message m", {"motion-status"}},
+  };
+  for (const NextWords& next : cases) EXPECT_EQ(Words(next.line), next.words) << next.line;
+  EXPECT_THAT(Hints("command live-split mode 16 channels "),
+              Contains("channels: 16 channels (0-3,7); channel of each window, 0-15; others show "
+                       "nothing"));
+  EXPECT_THAT(Hints("command motion-mask level "), Contains("level: 0-3; sensitivity"));
+  EXPECT_THAT(Hints("command motion-mask mask FF 00 "), Contains(StartsWith("mask: 24 bytes; ")));
+  EXPECT_THAT(Hints("command motion-mask mask FF level 1 "), Not(Contains(StartsWith("mask: "))));
+}
+
+TEST(Completion, OffersRegistersInQuotesAndTheirFields) {
+  const NextWords cases[] = {
+      {"peek master \"chip", {"\"chip identification\""}},
+      {"peek master \"window",
+       {"\"window\"", "\"window 0\"", "\"window 1\"", "\"window 2\"", "\"window 3\"",
+        "\"window block\""}},
+      {"peek master wind", {"window"}},
+      {"peek master pa", {"page"}},
+      {"peek master page ", {}},
+      {"peek master \"window 2\" ", {}},
+      {"poke master \"channel display 1\" ", {"enable", "front", "hold", "decoded", "position"}},
+      {"poke master \"channel display 1\" h", {"hold"}},
+      {"expect field slave1 \"scaler control\" \"fi", {"\"filter y\"", "\"filter x\""}},
+      {"expect field slave1 \"scaler control\" ", {"position", "\"filter y\"", "\"filter x\""}},
+      {"poke master 1 ", {}},
+      {"diff ", {"attach", "start", "now", "master", "slave1", "slave2", "slave3", "all"}},
+      {"diff start n", {"now"}},
+      {"break write \"chip", {"\"chip identification\""}},
+      {"break read slave1 \"chip", {"\"chip identification\""}},
+      {"mark ", {}},
+  };
+  for (const NextWords& next : cases) EXPECT_EQ(Words(next.line), next.words) << next.line;
+  EXPECT_THAT(Words("fields all "), IsSupersetOf({"window", "\"channel display\"", "page"}));
+  EXPECT_THAT(Words("fields all "), Not(Contains("\"window 0\"")));
 }
 
 TEST(Completion, KnowsTheShellsOwnCommands) {
@@ -150,6 +208,12 @@ TEST(CompletionKey, PutsInWhatIsCertain) {
   EXPECT_EQ(CompleteStep("registers s").insert, "lave");
   EXPECT_EQ(CompleteStep("vexo mmask change a").insert, "ll ");
   EXPECT_EQ(CompleteStep("vexo zoom s").show, "");
+}
+
+TEST(CompletionKey, PutsQuotesAroundNamesWithBlanks) {
+  EXPECT_EQ(CompleteStep("peek master \"chip").insert, " identification\" ");
+  EXPECT_EQ(CompleteStep("peek master \"channel d").insert, "isplay");
+  EXPECT_EQ(CompleteStep("poke master \"channel display 1\" po").insert, "sition ");
 }
 
 TEST(CompletionKey, ShowsWhatThereIsToChoose) {

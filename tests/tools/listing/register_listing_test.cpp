@@ -127,12 +127,12 @@ TEST_F(RegisterListing, MarksChangedBytesAndListsThemWithTheirOldValues) {
   EXPECT_THAT(text, HasSubstr("\n  30  00 00 00 00 00 00 00 00 04*00 00 3c*00 00 00 12*\n"));
   EXPECT_THAT(text, HasSubstr("\n  40  01*00 00 "));
   const std::vector<std::string> names = Names(0, kPage1);
-  EXPECT_THAT(
-      std::vector(names.begin(), names.begin() + 6),
-      ElementsAre("  * changed since attach", "    0x10  channel display 0         80 -> 94",
-                  "    0x38  window 2                  00 00 00 00 -> 04 00 00 3c",
-                  "    0x3C  window 3                  00 00 00 11 -> 00 00 00 12",
-                  "    0x40  (no name)                 00 -> 01", "  not changed"));
+  EXPECT_THAT(std::vector(names.begin(), names.begin() + 6),
+              ElementsAre("  * changed since attach",
+                          "    0x10  channel display 0         80 -> 94 (hold set, decoded set)",
+                          "    0x38  window 2                  00 00 00 00 -> 04 00 00 3c",
+                          "    0x3C  window 3                  00 00 00 11 -> 00 00 00 12",
+                          "    0x40  (no name)                 00 -> 01", "  not changed"));
   EXPECT_THAT(names, Contains("    channel display            18 20 28"));
   EXPECT_THAT(names, Contains("    window                     30-33 34-37"));
 }
@@ -155,7 +155,8 @@ TEST_F(RegisterListing, CutsLongRunsIntoEightBytesALine) {
 TEST_F(RegisterListing, ShowsTheChipsOwnBitsAsChangedToo) {
   Attach();
   board.SetMotion(6, true);
-  EXPECT_THAT(Names(1, kPage1), Contains("    0x79  motion status             00 -> 04"));
+  EXPECT_THAT(Names(1, kPage1),
+              Contains("    0x79  motion status             00 -> 04 (motion 0 -> 4)"));
   EXPECT_EQ(Names(0, kPage1).front(), "  nothing changed since attach");
 }
 
@@ -186,11 +187,11 @@ TEST(PlainPicture, GoesFromDarkToBright) {
       image.At(x, y) = {level, level, level};
     }
   }
-  EXPECT_EQ(DrawPicture(image, {false, 10}), " .:-=+*#%@\n");
-  EXPECT_EQ(DrawPicture(image, {false, 1000}), "  ..::--==++**##%%@@\n  ..::--==++**##%%@@\n");
+  EXPECT_EQ(DrawPicture(image, {.columns = 10}), " .:-=+*#%@\n");
+  EXPECT_EQ(DrawPicture(image, {.columns = 1000}), "  ..::--==++**##%%@@\n  ..::--==++**##%%@@\n");
 }
 
-TEST(PlainPicture, IsNothingForNoImage) { EXPECT_EQ(DrawPicture({}, {false, 80}), ""); }
+TEST(PlainPicture, IsNothingForNoImage) { EXPECT_EQ(DrawPicture({}, {}), ""); }
 
 TEST(ToolTexts, ShowNumbers) {
   EXPECT_EQ(sim::Hex(0), "0x00");

@@ -48,7 +48,7 @@ TEST_F(RegisterWrites, NameChipPageAndRegister) {
   Write(kSlave3Page2, 0x60, 0xA0);
   EXPECT_EQ(Text(),
             "      w master page 0  0x07      input hue 0               = 0x80\n"
-            "      w slave3 page 2  0x60      box control 0             = 0xA0\n");
+            "      w slave3 page 2  0x60      box control 0             = 0xA0 (enable, look 4)\n");
 }
 
 TEST_F(RegisterWrites, ShowOddSelectBytesAndRegistersWithoutName) {

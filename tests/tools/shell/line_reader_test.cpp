@@ -3,20 +3,16 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <pty.h>
-#include <sys/wait.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
-#include <thread>
 
+#include "tests/support/pseudo_terminal.h"
 #include "tests/support/temp_path.h"
 
 namespace vexosim {
@@ -107,96 +103,58 @@ TEST(PlainReader, GivesLineAfterLineAndShowsThem) {
 
 // ---- The terminal -------------------------------------------------------------------------------
 
-// A process on a terminal of its own that prints each line that it reads as "<line>", "<end>" at
-// the end.
-class Terminal {
- public:
-  explicit Terminal(const std::string& history_path) {
-    process_ = forkpty(&terminal_, nullptr, nullptr, nullptr);
-    if (process_ == 0) {
-      setenv("TERM", "vt100", 1);
-      setenv("HOME", "/nonexistent", 1);
-      LineHistory history(history_path);
-      const auto reader = MakeTerminalReader(history);
-      while (const auto line = reader->Next()) {
-        std::printf("<%s>\n", line->c_str());
-        std::fflush(stdout);
-        history.Add(*line);
-      }
-      std::printf("<end>\n");
-      std::fflush(stdout);
-      _exit(0);
-    }
+// Prints each line that it reads as "<line>", "<end>" at the end.
+int PrintLines(const std::string& history_path) {
+  LineHistory history(history_path);
+  const auto reader = MakeTerminalReader(history);
+  while (const auto line = reader->Next()) {
+    std::printf("<%s>\n", line->c_str());
+    std::fflush(stdout);
+    history.Add(*line);
   }
-  ~Terminal() {
-    close(terminal_);
-    waitpid(process_, nullptr, 0);
-  }
+  std::printf("<end>\n");
+  std::fflush(stdout);
+  return 0;
+}
 
-  bool Started() const { return process_ > 0; }
-  void Type(const std::string& keys) {
-    AwaitEditor();
-    ASSERT_EQ(write(terminal_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
-  }
-  // Everything that is shown up to this text; it fails when the text does not come.
-  std::string Until(const std::string& text) {
-    constexpr int kPatienceMs = 60'000;
-    while (shown_.find(text) == std::string::npos) {
-      pollfd ready = {terminal_, POLLIN, 0};
-      char bytes[512];
-      ssize_t length = 0;
-      if (poll(&ready, 1, kPatienceMs) > 0) length = read(terminal_, bytes, sizeof bytes);
-      if (length <= 0) {
-        ADD_FAILURE() << "no \"" << text << "\" in: " << shown_;
-        break;
-      }
-      shown_.append(bytes, static_cast<std::size_t>(length));
-    }
-    const std::size_t end = std::min(shown_.size(), shown_.find(text) + text.size());
-    std::string before = shown_.substr(0, end);
-    shown_.erase(0, end);
-    return before;
-  }
-
- private:
-  // The editor takes the keys over only after it has shown its prompt.
-  void AwaitEditor() const {
-    using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + std::chrono::minutes(1);
-    termios settings{};
-    while (Clock::now() < end && tcgetattr(terminal_, &settings) == 0) {
-      if ((settings.c_lflag & ICANON) == 0) return;
-      std::this_thread::yield();
-    }
-    ADD_FAILURE() << "no editor on the terminal";
-  }
-
-  pid_t process_ = -1;
-  int terminal_ = -1;
-  std::string shown_;
-};
-
-class TerminalReaderTest : public testing::Test {
+class ReaderOnATerminal : public testing::Test {
  protected:
-  TerminalReaderTest() : terminal_(path_) {}
-  void SetUp() override {
-    ASSERT_TRUE(terminal_.Started());
-    terminal_.Until(kPrompt);
-  }
+  explicit ReaderOnATerminal(const test::PseudoTerminal::Options& options = {})
+      : terminal_([this] { return PrintLines(path_); }, options) {}
+  void SetUp() override { terminal_.WaitFor(kPrompt); }
   void TearDown() override { std::remove(path_.c_str()); }
 
-  // The line that the keys give, without its brackets.
-  std::string Line(const std::string& keys) {
-    terminal_.Type(keys);
-    terminal_.Until("<");
-    std::string line = terminal_.Until(">\r\n");
+  // The line that is printed next, without its brackets.
+  std::string Printed() {
+    terminal_.WaitFor("<");
+    std::string line = terminal_.WaitFor(">\r\n");
     line.erase(std::min(line.size(), line.rfind(">\r\n")));
-    terminal_.Until(kPrompt);
     return line;
+  }
+  void ExpectTheEnd() {
+    EXPECT_EQ(Printed(), "end");
+    EXPECT_EQ(terminal_.WaitForEnd(), 0);
   }
 
   const std::string path_ = test::TempPath("terminal_history");
-  Terminal terminal_;
+  test::PseudoTerminal terminal_;
+};
+
+class TerminalReaderTest : public ReaderOnATerminal {
+ protected:
+  using ReaderOnATerminal::ReaderOnATerminal;
+
+  void Type(const std::string& keys) {
+    terminal_.WaitForEditor();
+    terminal_.Type(keys);
+  }
+  // The line that the keys give.
+  std::string Line(const std::string& keys) {
+    Type(keys);
+    std::string line = Printed();
+    terminal_.WaitFor(kPrompt);
+    return line;
+  }
 };
 
 TEST_F(TerminalReaderTest, EditsALine) {
@@ -209,8 +167,8 @@ TEST_F(TerminalReaderTest, CompletesWithTab) {
 }
 
 TEST_F(TerminalReaderTest, ShowsWhatIsExpectedBelowTheLine) {
-  terminal_.Type("vexo zoom pos \t");
-  terminal_.Until("X: 0 to 180 display units");
+  Type("vexo zoom pos \t");
+  terminal_.WaitFor("X: 0 to 180 display units");
   EXPECT_EQ(Line("7 8\r"), "vexo zoom pos 7 8");
 }
 
@@ -227,26 +185,152 @@ TEST_F(TerminalReaderTest, GivesUpALineOnCtrlC) {
   EXPECT_EQ(Line("loss 2\r"), "loss 2");
 }
 
-TEST_F(TerminalReaderTest, EndsOnCtrlD) {
-  terminal_.Type("\x04");
-  terminal_.Until("<end>");
+TEST_F(TerminalReaderTest, StaysOnCtrlCAtAnEmptyLine) {
+  EXPECT_EQ(Line("\x03"), "");
+  EXPECT_EQ(Line("\x03"), "");
+  EXPECT_EQ(Line("loss 2\r"), "loss 2");
+}
+
+TEST_F(TerminalReaderTest, TakesAnInterruptFromElsewhereForCtrlC) {
+  Type("loss 1");
+  terminal_.WaitFor("loss 1");
+  terminal_.Signal(SIGINT);
+  EXPECT_EQ(Printed(), "");
+  terminal_.WaitFor(kPrompt);
+  EXPECT_EQ(Line("loss 2\r"), "loss 2");
+}
+
+TEST_F(TerminalReaderTest, EndsOnCtrlDAtAnEmptyLineOnly) {
+  EXPECT_EQ(Line("loss 1\x01\x04\r"), "oss 1");  // deletes a character
+  Type("\x04");
+  ExpectTheEnd();
+}
+
+TEST_F(TerminalReaderTest, GoesOnWithTheLineAfterAStop) {
+  Type("loss");
+  terminal_.WaitFor("loss");
+  terminal_.Signal(SIGSTOP);
+  terminal_.WaitForStop();
+  terminal_.Signal(SIGCONT);
+  terminal_.WaitFor("vexosim> loss");
+  EXPECT_EQ(Line(" 4\r"), "loss 4");
+}
+
+TEST_F(TerminalReaderTest, TakesLinesLongerThanTheTerminal) {
+  const std::string line = "history " + std::string(300, 'x');
+  EXPECT_EQ(Line(line + "\x7f\x7fz\r"), line.substr(0, line.size() - 2) + 'z');
+}
+
+TEST_F(TerminalReaderTest, WrapsTheLineWhereTheTerminalEndsNow) {
+  Type("ab");
+  terminal_.WaitFor("ab");
+  terminal_.Resize(20, 24);
+  Type("cdefghijklmno\x01");
+  const std::string shown = terminal_.WaitFor("\x1b[A");  // Ctrl-A: up to the line's first row
+  EXPECT_THAT(shown, HasSubstr("cdefghi"));
+  EXPECT_EQ(Line("\r"), "abcdefghijklmno");
+}
+
+TEST_F(TerminalReaderTest, TakesAPasteOfManyLines) {
+  constexpr int kLines = 300;
+  std::string paste;
+  for (int i = 0; i < kLines; ++i) paste += "loss " + std::to_string(i) + '\n';
+  Type(paste);
+  for (int i = 0; i < kLines; ++i) ASSERT_EQ(Printed(), "loss " + std::to_string(i));
+}
+
+TEST_F(TerminalReaderTest, TakesUtf8AndMarksBytesThatAreNone) {
+  struct Case {
+    const char* typed;
+    const char* line;
+  };
+  for (const Case& c : {Case{"\u00e4\u20ac\U0001f600", "\u00e4\u20ac\U0001f600"},
+                        Case{"a\xff"
+                             "b",
+                             "a\ufffd"
+                             "b"},
+                        Case{"a\xe2\x82"
+                             "b",
+                             "ab"},
+                        Case{"\xc3\u00e4", "\u00e4"}, Case{"\x80", "\ufffd"}}) {
+    EXPECT_EQ(Line(std::string(c.typed) + '\r'), c.line);
+  }
+}
+
+TEST_F(TerminalReaderTest, EndsWhenTheTerminalHangsUp) {
+  terminal_.WaitForEditor();
+  terminal_.HangUp();
+  EXPECT_EQ(terminal_.WaitForEnd(), 128 + SIGHUP);
+}
+
+TEST(TerminalReaderWithoutHangUps, EndsWithTheTerminal) {
+  const std::string path = test::TempPath("hung_up_history");
+  test::PseudoTerminal terminal(
+      [&path] {
+        std::signal(SIGHUP, SIG_IGN);  // as nohup does
+        return PrintLines(path);
+      },
+      {});
+  terminal.WaitFor(kPrompt);
+  terminal.WaitForEditor();
+  terminal.HangUp();
+  EXPECT_EQ(terminal.WaitForEnd(), 0);
+}
+
+TEST_F(TerminalReaderTest, GivesTheTerminalBackWhenItIsEnded) {
+  terminal_.WaitForEditor();
+  terminal_.Signal(SIGTERM);
+  EXPECT_EQ(terminal_.WaitForEnd(), 128 + SIGTERM);
+  EXPECT_NE(terminal_.Settings().c_lflag & ICANON, 0u);
+  EXPECT_NE(terminal_.Settings().c_lflag & ECHO, 0u);
 }
 
 TEST(TerminalHistory, ComesFromTheFile) {
   const std::string path = test::TempPath("kept_history");
   std::ofstream(path) << "loss 7\nloss 8\n";
-  {
-    Terminal terminal(path);
-    ASSERT_TRUE(terminal.Started());
-    terminal.Until(kPrompt);
-    terminal.Type("\x10\x10\r");
-    terminal.Until("<loss 7>");
-    terminal.Until(kPrompt);
-    terminal.Type("\x04");
-    terminal.Until("<end>");
-  }
+  test::PseudoTerminal terminal([&path] { return PrintLines(path); }, {});
+  terminal.WaitFor(kPrompt);
+  terminal.WaitForEditor();
+  terminal.Type("\x10\x10\r");
+  terminal.WaitFor("<loss 7>");
+  terminal.WaitFor(kPrompt);
+  terminal.WaitForEditor();
+  terminal.Type("\x04");
+  EXPECT_EQ(terminal.WaitForEnd(), 0);
   EXPECT_THAT(LineHistory(path).Lines(), ElementsAre("loss 7", "loss 8", "loss 7"));
   std::remove(path.c_str());
+}
+
+// ---- A terminal that can only print -------------------------------------------------------------
+
+class DumbTerminal : public ReaderOnATerminal {
+ protected:
+  DumbTerminal() : ReaderOnATerminal({.environment = {"TERM=dumb"}}) {}
+};
+
+TEST_F(DumbTerminal, EditsTheLineItself) {
+  terminal_.Type(
+      "loss 12\x7f\x7f"
+      "3\n");
+  // Nothing that moves a cursor, but what the terminal itself does to wipe a character.
+  EXPECT_EQ(terminal_.WaitFor("<"), "loss 12\b \b\b \b3\r\n<");
+  terminal_.WaitFor("loss 3>\r\nvexosim> ");
+}
+
+TEST_F(DumbTerminal, GivesUpALineOnCtrlCAndEndsOnCtrlD) {
+  terminal_.Type("loss 1");
+  terminal_.WaitFor("loss 1");
+  terminal_.Type("\x03");
+  EXPECT_EQ(Printed(), "");
+  terminal_.WaitFor(kPrompt);
+  terminal_.Type("\x03");
+  EXPECT_EQ(Printed(), "");
+  terminal_.WaitFor(kPrompt);
+  terminal_.Type("loss 2\n");
+  EXPECT_EQ(Printed(), "loss 2");
+  terminal_.WaitFor(kPrompt);
+  terminal_.Type("\x04");
+  ExpectTheEnd();
 }
 
 }  // namespace

@@ -11,5 +11,9 @@ void AddRun(CLI::App& app, int& status);
 void AddShell(CLI::App& app, int& status);
 void AddCompare(CLI::App& app, int& status);
 void AddManual(CLI::App& app, int& status);
+void AddCompletion(CLI::App& app, int& status);
+void AddTrace(CLI::App& app, int& status);
+void AddDiff(CLI::App& app, int& status);
+void AddReplay(CLI::App& app, int& status);
 
 }  // namespace vexosim

@@ -72,9 +72,11 @@ CLI::Validator Address() {
 PictureStyle ColourOption::Style() const { return StandardOutputStyle(kColourChoices.at(word)); }
 
 void AddColour(CLI::App& app, ColourOption& colour) {
-  app.add_option("--color,--colour", colour.word,
-                 "Pictures and marks in colour: auto (on a terminal), always or never")
-      ->type_name("WHEN")
+  app.add_option(
+         "--color,--colour", colour.word,
+         "Pictures and marks in colour; auto: on a terminal that has it, unless NO_COLOR is set")
+      ->type_name("auto|always|never")
+      ->capture_default_str()
       ->check([](const std::string& word) {
         return kColourChoices.contains(word) ? "" : "expected auto, always or never, found " + word;
       });

@@ -21,7 +21,7 @@ CLI::Validator WholeNumber(std::uint64_t least = 0,
                            std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
 CLI::Validator Address();
 
-// --color WHEN.
+// --color auto|always|never.
 struct ColourOption {
   std::string word = "auto";
   PictureStyle Style() const;

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "files/input.h"
@@ -10,7 +11,9 @@
 #include "script/line.h"
 #include "tools/vexosim/commands/commands.h"
 #include "tools/vexosim/commands/options.h"
+#include "tools/vexosim/commands/trace_options.h"
 #include "tools/vexosim/listing/terminal_surroundings.h"
+#include "tools/vexosim/traces/vcd_sink.h"
 
 namespace vexosim {
 namespace {
@@ -49,6 +52,7 @@ struct Arguments {
   std::optional<std::string> variant;
   std::string trace;
   std::string picture;
+  VcdOptions vcd;
   bool registers = false;
   bool quiet = false;
   std::uint64_t seed = 0;
@@ -72,8 +76,8 @@ int Run(const Arguments& arguments, const emulator::Machine* machine) {
   }
   if (!arguments.picture.empty()) {
     options.picture = arguments.picture;
-    files::OutputFile::Check(arguments.picture,
-                             {script_file, arguments.image.file, arguments.trace});
+    files::OutputFile::Check(arguments.picture, {script_file, arguments.image.file, arguments.trace,
+                                                 arguments.vcd.file});
   }
   std::optional<files::OutputFile> trace;
   if (!arguments.trace.empty()) {
@@ -81,11 +85,24 @@ int Run(const Arguments& arguments, const emulator::Machine* machine) {
                   files::Appears::AsItGrows);
     options.trace = &trace->Stream();
   }
+  std::optional<files::OutputFile> waveform;
+  std::optional<VcdSink> vcd;
+  if (!arguments.vcd.file.empty()) {
+    waveform.emplace(arguments.vcd.file,
+                     std::vector{script_file, arguments.image.file, arguments.trace},
+                     files::Appears::AsItGrows);
+    options.sinks.push_back(&vcd.emplace(waveform->Stream(), arguments.vcd.cycle_ns,
+                                         [&waveform] { waveform->Restart(); }));
+  }
   TerminalSurroundings around(arguments.colour.Style(), Progress::OnTerminal());
   const int status = script::RunScript(standard_input ? std::cin : script,
                                        standard_input ? "<stdin>" : arguments.script, options,
                                        around, std::cout, std::cerr);
   if (trace) trace->Commit();
+  if (vcd && status != script::kExitWrong) {
+    vcd->Finish();
+    waveform->Commit();
+  }
   return status;
 }
 
@@ -109,6 +126,7 @@ void AddRun(CLI::App& app, int& status) {
   run->add_flag("--registers", arguments->registers,
                 "Prints all register pages at the end, with the names of registers; * marks what "
                 "changed since attach");
+  AddVcd(*run, arguments->vcd);
   AddSeed(*run, arguments->seed);
   run->add_flag("--quiet", arguments->quiet,
                 "Only what the script prints, and the expectations that are not met");
@@ -116,8 +134,10 @@ void AddRun(CLI::App& app, int& status) {
   AddColour(*run, arguments->colour);
   run->footer(kIntroduction + script::LanguageHelp() + kExitStatus);
   run->callback([arguments, &status] {
-    status = WithImage(arguments->image,
+    status = WithFiles([&] {
+      return WithImage(arguments->image,
                        [&](const emulator::Machine* machine) { return Run(*arguments, machine); });
+    });
   });
 }
 

@@ -3,50 +3,71 @@
 #include <iostream>
 #include <memory>
 
+#include "script/run.h"
 #include "tools/vexosim/commands/commands.h"
 #include "tools/vexosim/commands/options.h"
+#include "tools/vexosim/commands/session_options.h"
 
 namespace vexosim {
 namespace {
 
 constexpr const char* kIntroduction =
-    "Brings a board up and runs a line at a time: text commands (vexo lsplit 6 0), without their\n"
-    "header where it is clear (lsplit 6 0), script lines (camera 2 off), and help, writes on,\n"
-    "history, quit. Tab completes words and says which number comes next; help lsplit explains a\n"
-    "command. Lines are kept in ~/.vexosim_history, or in the folder $XDG_STATE_HOME.\n"
-    "Lines from a pipe are run in the same way, one after the other.\n"
-    "Exit status: 0.\n";
+    "Brings a board up and runs lines of the script language as they are typed: text commands\n"
+    "(vexo lsplit 6 0), without their header where it is clear (lsplit 6 0), and all other lines\n"
+    "(camera 2 off, break write \"window 0\", undo). Tab completes words and says what comes "
+    "next;\n"
+    "help lsplit explains a line. Lines are kept in ~/.vexosim_history, or in the folder\n"
+    "$XDG_STATE_HOME. Lines from a pipe are run in the same way, one after the other.\n"
+    "\n"
+    "Exit status: 0 done, 2 the command line or a file is wrong; from a pipe also 1 when an\n"
+    "expectation was not met or a line had to be ended, and 2 when a line is none.\n";
 
-int Run(const ShellOptions& options) {
+struct Arguments {
+  ShellOptions shell;
+  std::string script;
+  SessionOptions session;
+  ImageOptions image;
+  ColourOption colour;
+};
+
+int Run(Arguments& arguments) {
+  ShellOptions& options = arguments.shell;
+  options.style = arguments.colour.Style();
+  options.run.limits = arguments.session.Limits();
+  if (!arguments.script.empty()) options.script = arguments.script;
+  SessionOutputs outputs(arguments.session, {arguments.script, arguments.image.file});
+  options.run.sinks = outputs.Sinks();
   const bool terminal = OnTerminal();
   // What a pipe types is nobody's history.
   LineHistory history(terminal ? HistoryPath() : std::nullopt);
   const auto reader = terminal ? MakeTerminalReader(history) : MakePlainReader(std::cin, std::cout);
-  return RunShell(options, history, *reader, std::cout);
+  const int status = RunShell(options, history, *reader, std::cout);
+  outputs.Commit();
+  return terminal ? script::kExitDone : status;  // who types has seen what there was
 }
 
 }  // namespace
 
 void AddShell(CLI::App& app, int& status) {
-  struct Arguments {
-    ShellOptions shell;
-    ColourOption colour;
-  };
   const auto arguments = std::make_shared<Arguments>();
   ShellOptions& options = arguments->shell;
-  CLI::App* shell = app.add_subcommand("shell", "A console for text commands and script lines");
+  CLI::App* shell = app.add_subcommand("shell", "A console for lines of the script language");
+  shell->add_option("SCRIPT", arguments->script, "Lines to begin with")
+      ->type_name("")
+      ->check(FileName());
   shell->add_option("--chips", options.chips, "How many chips are fitted, four channels each")
       ->type_name("N")
       ->transform(WholeNumber(1, kChipsMax))
       ->capture_default_str();
   shell->add_flag("--pal", options.pal, "PAL cameras and stored standard, else NTSC");
   shell->add_flag("--bare", options.bare, "Leaves the library unattached");
-  AddSeed(*shell, options.seed);
+  AddSessionOptions(*shell, arguments->session);
+  AddSeed(*shell, options.run.seed);
+  AddImage(*shell, arguments->image);
   AddColour(*shell, arguments->colour);
   shell->footer(kIntroduction);
   shell->callback([arguments, &status] {
-    arguments->shell.style = arguments->colour.Style();
-    status = Run(arguments->shell);
+    status = WithImage(arguments->image, [&](const emulator::Machine*) { return Run(*arguments); });
   });
 }
 

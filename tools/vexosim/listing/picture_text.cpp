@@ -47,10 +47,11 @@ std::string DrawPlain(const sim::Image& image, int columns) {
 
 std::string DrawPicture(const sim::Image& image, const PictureStyle& style) {
   if (image.width <= 0 || image.height <= 0) return {};
-  if (!style.colour) return DrawPlain(image, style.columns);
-  std::string text = sim::RenderForTerminal(image, style.columns);
-  if (!text.ends_with('\n')) text += '\n';
-  return text;
+  const PictureRoom room = RoomFor(style);
+  int columns = room.columns;
+  if (room.rows != 0) columns = std::min(columns, 2 * room.rows * image.width / image.height);
+  columns = std::max(1, columns);
+  return style.colour ? sim::RenderForTerminal(image, columns) : DrawPlain(image, columns);
 }
 
 }  // namespace vexosim

@@ -8,7 +8,8 @@
 
 namespace vexosim {
 
-// In terminal colours or in plain characters, dark to bright: " .:-=+*#%@".
+// In terminal colours or in plain characters, dark to bright: " .:-=+*#%@". A character is taken to
+// be twice as high as it is wide.
 std::string DrawPicture(const sim::Image& image, const PictureStyle& style);
 
 }  // namespace vexosim

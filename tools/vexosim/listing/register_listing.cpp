@@ -2,18 +2,16 @@
 
 #include <algorithm>
 #include <array>
-#include <span>
 #include <vector>
 
+#include "script/register_words.h"
 #include "script/words.h"
 #include "sim/text.h"
 
 namespace vexosim {
 namespace {
 
-constexpr const char* kNoName = "(no name)";
 constexpr unsigned kBytesALine = 16;
-constexpr unsigned kMostBytesOfAPiece = 8;
 constexpr std::size_t kNameColumns = 26;
 
 std::string Padded(std::string text, std::size_t columns) {
@@ -21,13 +19,7 @@ std::string Padded(std::string text, std::size_t columns) {
   return text;
 }
 
-// " 2" for the third of a name that repeats, else nothing.
-std::string ChannelOf(std::uint8_t page, unsigned reg, const char* name) {
-  const auto* row = std::find_if(kRegisters.begin(), kRegisters.end(), [&](const Register& r) {
-    return r.page == page && r.name == name;
-  });
-  return row->count == 1 ? "" : ' ' + std::to_string((reg - row->first) / row->stride);
-}
+using script::RegisterRun;
 
 // One page now and, when it is known, as it was.
 class PageListing {
@@ -44,18 +36,10 @@ class PageListing {
   std::string Text() const { return Bytes() + Names(); }
 
  private:
-  // Neighbours with the same name and, where the name repeats, of the same channel.
-  struct Piece {
-    const char* name = nullptr;  // null: none
-    std::string channel;
-    unsigned base = 0;
-    unsigned length = 0;
-  };
-
   bool Changed(unsigned reg) const { return now_[reg] != before_[reg]; }
-  bool Changed(const Piece& piece) const {
-    for (unsigned i = 0; i < piece.length; ++i) {
-      if (Changed(piece.base + i)) return true;
+  bool Changed(const RegisterRun& run) const {
+    for (unsigned i = 0; i < run.length; ++i) {
+      if (Changed(run.first + i)) return true;
     }
     return false;
   }
@@ -83,78 +67,57 @@ class PageListing {
 
   // What changed, then the names of all else.
   std::string Names() const {
-    const std::vector<Piece> pieces = Pieces();
+    const std::vector<RegisterRun> runs = script::RegisterRuns(page_);
     std::string changed;
     std::string same;
     for (const Register& row : kRegisters) {
       if (row.page != page_) continue;
-      std::vector<Piece> places;
-      for (const Piece& piece : pieces) {
-        if (piece.name != row.name) continue;
-        if (Changed(piece)) {
-          changed += ChangeOf(piece);
-        } else if (!places.empty() && Continues(places.back(), piece)) {
-          places.back().length += piece.length;
+      std::vector<RegisterRun> places;
+      for (const RegisterRun& run : runs) {
+        if (run.row != &row) continue;
+        if (Changed(run)) {
+          changed += ChangeOf(run);
+        } else if (!places.empty() && Continues(places.back(), run)) {
+          places.back().length += run.length;
         } else {
-          places.push_back(piece);
+          places.push_back(run);
         }
       }
       if (places.empty()) continue;
       same += "    " + Padded(row.name, kNameColumns);
-      for (const Piece& place : places) same += ' ' + Range(place);
+      for (const RegisterRun& place : places) same += ' ' + Range(place);
       same += '\n';
     }
-    for (const Piece& piece : pieces) {
-      if (piece.name == nullptr && Changed(piece)) changed += ChangeOf(piece);
+    for (const RegisterRun& run : runs) {
+      if (run.row == nullptr && Changed(run)) changed += ChangeOf(run);
     }
     if (!has_before_) return "  names\n" + same;
     if (changed.empty()) return "  nothing changed since attach\n" + same;
     return "  * changed since attach\n" + changed + (same.empty() ? "" : "  not changed\n" + same);
   }
 
-  std::vector<Piece> Pieces() const {
-    std::vector<Piece> pieces;
-    for (unsigned reg = 0; reg < kRegistersPerPage; ++reg) {
-      const char* const name = RegisterNameOf(page_, static_cast<std::uint8_t>(reg));
-      const std::string channel = name == nullptr ? "" : ChannelOf(page_, reg, name);
-      // Registers without a name stand alone: nothing says that neighbours belong together.
-      if (pieces.empty() || name == nullptr || pieces.back().name != name ||
-          pieces.back().channel != channel || pieces.back().length == kMostBytesOfAPiece) {
-        pieces.push_back({name, channel, reg, 0});
-      }
-      ++pieces.back().length;
-    }
-    return pieces;
+  std::string ChangeOf(const RegisterRun& run) const {
+    return "    " + script::ChangeInWords(run, before_, now_) + '\n';
   }
 
-  std::string ChangeOf(const Piece& piece) const {
-    const std::string name = piece.name == nullptr ? kNoName : piece.name + piece.channel;
-    const auto bytes = [&](const Values& values) {
-      return sim::HexBytes(std::span(values).subspan(piece.base, piece.length), " ");
-    };
-    return "    " + sim::Hex(piece.base) + "  " + Padded(name, kNameColumns) + bytes(before_) +
-           " -> " + bytes(now_) + '\n';
+  static bool Continues(const RegisterRun& run, const RegisterRun& next) {
+    return next.label == run.label && next.first == run.first + run.length;
   }
 
-  static bool Continues(const Piece& piece, const Piece& next) {
-    return next.channel == piece.channel && next.base == piece.base + piece.length;
-  }
-
-  static std::string Range(const Piece& piece) {
-    const std::string first = TwoDigits(piece.base);
-    return piece.length == 1 ? first : first + '-' + TwoDigits(piece.base + piece.length - 1);
+  static std::string Range(const RegisterRun& run) {
+    const std::string first = TwoDigits(run.first);
+    return run.length == 1 ? first : first + '-' + TwoDigits(run.first + run.length - 1);
   }
 
   static std::string TwoDigits(unsigned value) {
     return sim::HexBytes(std::array{static_cast<std::uint8_t>(value)});
   }
 
-  using Values = std::array<std::uint8_t, kRegistersPerPage>;
   std::uint8_t page_;
   bool colour_;
   bool has_before_;
-  Values now_{};
-  Values before_{};
+  script::RegisterPage now_{};
+  script::RegisterPage before_{};
 };
 
 }  // namespace

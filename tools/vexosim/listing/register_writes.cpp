@@ -25,10 +25,6 @@ std::string ChipName(const sim::RegisterAccess& write) {
   return chip == "several" ? sim::Hex(write.select) : std::string(chip);
 }
 
-bool Continues(const sim::RegisterAccess& last, const sim::RegisterAccess& next) {
-  return !next.read && next.select == last.select && next.by == last.by && next.reg == last.reg + 1;
-}
-
 std::string LabelOf(const sim::RegisterAccess& write) {
   return script::RegisterLabel(write.Page(), write.reg);
 }
@@ -51,10 +47,12 @@ void PrintLine(std::ostream& out, Writes writes) {
     if (LabelOf(last) != label) label += " to " + LabelOf(last);
   }
   const std::string page = first.Page() < kPageCount ? std::to_string(first.Page()) : "-";
-  out << "      w " << Padded(ChipName(first), kChipColumns) << " page " << page << "  "
-      << Padded(reg, kRegColumns) << ' ' << Padded(label, kLabelColumns) << " = ";
+  out << (first.read ? "      r " : "      w ") << Padded(ChipName(first), kChipColumns) << " page "
+      << page << "  " << Padded(reg, kRegColumns) << ' ' << Padded(label, kLabelColumns) << " = ";
   if (writes.size() == 1) {
     out << sim::Hex(first.value);
+    const std::string fields = script::FieldsInWords(first.Page(), first.reg, first.value);
+    if (!fields.empty()) out << " (" << fields << ')';
   } else {
     out << sim::HexBytes(bytes, " ");
   }
@@ -63,8 +61,14 @@ void PrintLine(std::ostream& out, Writes writes) {
   out << '\n';
 }
 
-// Writes to neighbouring registers, one after the other.
-void PrintRun(std::ostream& out, Writes run) {
+}  // namespace
+
+bool Continues(const sim::RegisterAccess& last, const sim::RegisterAccess& next) {
+  return next.read == last.read && next.select == last.select && next.by == last.by &&
+         next.reg == last.reg + 1;
+}
+
+void PrintRun(std::ostream& out, std::span<const sim::RegisterAccess> run) {
   std::vector<Writes> pieces;
   for (Writes rest = run; !rest.empty(); rest = rest.subspan(pieces.back().size())) {
     std::size_t length = 1;
@@ -74,8 +78,6 @@ void PrintRun(std::ostream& out, Writes run) {
   if (pieces.size() > kMostPieces) return PrintLine(out, run);
   for (const Writes piece : pieces) PrintLine(out, piece);
 }
-
-}  // namespace
 
 void PrintWrites(std::ostream& out, const sim::Trace& trace, std::size_t first_event) {
   const std::vector<sim::RegisterAccess> accesses = sim::DecodeAccesses(trace, first_event);

@@ -4,6 +4,7 @@
 #include "sim/world.h"
 #include "tools/vexosim/listing/picture_text.h"
 #include "tools/vexosim/listing/register_listing.h"
+#include "tools/vexosim/listing/register_writes.h"
 
 namespace vexosim {
 
@@ -14,6 +15,10 @@ void TerminalSurroundings::ShowRegisters(std::ostream& out, script::ChipChoice c
     if (!chips.all && chips.position != position) continue;
     out << ListRegisters(world.board, position, page, world.at_attach, style_.colour);
   }
+}
+
+void TerminalSurroundings::ShowWrites(std::ostream& out, std::size_t first_event) {
+  PrintWrites(out, sim::TheWorld().trace, first_event);
 }
 
 void TerminalSurroundings::ShowScreen(std::ostream& out) {

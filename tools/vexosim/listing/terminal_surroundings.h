@@ -17,10 +17,12 @@ class TerminalSurroundings : public script::Surroundings {
       : style_(style), progress_(show_progress) {}
 
   bool Interrupted() const override { return vexosim::Interrupted(); }
+  void ForgetInterrupt() override { vexosim::ForgetInterrupt(); }
   void ShowProgress(const std::string& text) override { progress_.Update(text); }
   void ClearProgress() override { progress_.Clear(); }
   void ShowRegisters(std::ostream& out, script::ChipChoice chips,
                      std::optional<std::uint8_t> page) override;
+  void ShowWrites(std::ostream& out, std::size_t first_event) override;
   void ShowScreen(std::ostream& out) override;
   void SavePicture(const std::string& path) override;
 

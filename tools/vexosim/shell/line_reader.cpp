@@ -6,10 +6,13 @@
 #include <clocale>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <cwchar>
 #include <istream>
 #include <ostream>
 
 #include "script/help/completion.h"
+#include "tools/vexosim/shell/terminal_input.h"
 #include "tools/vexosim/terminal.h"
 
 namespace vexosim {
@@ -31,6 +34,35 @@ class PlainReader : public LineReader {
   std::ostream& out_;
 };
 
+// Makes characters of bytes.
+class Characters {
+ public:
+  // Whether the byte completes a character, which Given() has: U+FFFD for bytes that are none.
+  bool Take(char byte) {
+    const bool begun = std::mbsinit(&state_) == 0;
+    switch (std::mbrtowc(&given_, &byte, 1, &state_)) {
+      case kIncomplete:
+        return false;
+      case kWrong:
+        state_ = {};
+        // What had begun is given up; the byte may be a character, or begin one.
+        if (begun) return Take(byte);
+        given_ = kReplacement;
+        return true;
+      default:
+        return true;
+    }
+  }
+  wchar_t Given() const { return given_; }
+
+ private:
+  static constexpr auto kIncomplete = static_cast<std::size_t>(-2);
+  static constexpr auto kWrong = static_cast<std::size_t>(-1);
+  static constexpr wchar_t kReplacement = 0xFFFD;
+  std::mbstate_t state_{};
+  wchar_t given_ = 0;
+};
+
 class TerminalReader : public LineReader {
  public:
   explicit TerminalReader(const LineHistory& lines)
@@ -44,9 +76,10 @@ class TerminalReader : public LineReader {
     el_set(
         edit, EL_PROMPT, +[](EditLine*) { return const_cast<char*>(kPrompt); });
     el_set(edit, EL_EDITOR, "emacs");
-    el_set(edit, EL_SIGNAL, 1);  // redraws when the terminal changes its size
+    el_set(edit, EL_GETCFN, ReadKey);
     el_set(edit, EL_HIST, history, history_.get());
-    // Ctrl-C and Ctrl-Z are keys like any other while a line is typed.
+    // Ctrl-C and Ctrl-Z are keys like any other while a line is typed: the editor has the terminal,
+    // and must have given it back before anything ends or stops.
     el_set(edit, EL_SETTY, "-d", "-isig", nullptr);
     el_set(edit, EL_ADDFN, "vexosim-abandon", "Gives up the line", Abandon);
     el_set(edit, EL_ADDFN, "vexosim-complete", "Completes a word or says what is expected",
@@ -63,13 +96,14 @@ class TerminalReader : public LineReader {
   std::optional<std::string> Next() override {
     if (!lines_.Lines().empty()) Remember(lines_.Lines().back());
     abandoned_ = false;
+    ForgetInterrupt();  // it was for the line before
     int length = 0;
     const char* const text = el_gets(edit_.get(), &length);
+    if (abandoned_) return "";
     if (text == nullptr || length <= 0) {
       std::fputs("\n", stdout);
       return std::nullopt;
     }
-    if (abandoned_) return "";
     std::string line(text, static_cast<std::size_t>(length));
     while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.pop_back();
     return line;
@@ -88,10 +122,39 @@ class TerminalReader : public LineReader {
     return CC_NEWLINE;
   }
 
-  // The editor's own handlers give the terminal back and redraw the line afterwards.
-  static unsigned char Suspend(EditLine*, int) {
-    std::raise(SIGTSTP);
-    return CC_REDISPLAY;
+  // Stops what the terminal's owner has started, all of it, as the terminal itself would.
+  static unsigned char Suspend(EditLine* edit, int) {
+    el_set(edit, EL_PREP_TERM, 0);
+    kill(0, SIGTSTP);
+    return CC_NORM;  // ReadKey is told that it went on
+  }
+
+  // The editor's source of keys: 1, 0 at the end.
+  static int ReadKey(EditLine* edit, wchar_t* key) {
+    TerminalReader& self = Of(edit);
+    for (;;) {
+      const TerminalInput::Input input = self.input_.Next();
+      switch (input.kind) {
+        case TerminalInput::Kind::Byte:
+          if (!self.characters_.Take(input.byte)) break;
+          *key = self.characters_.Given();
+          return 1;
+        case TerminalInput::Kind::Interrupt:
+          *key = kCtrlC;
+          return 1;
+        case TerminalInput::Kind::Resized:
+          el_resize(edit);
+          break;
+        case TerminalInput::Kind::Resumed:  // somebody else had the terminal
+          el_set(edit, EL_PREP_TERM, 0);
+          el_set(edit, EL_PREP_TERM, 1);
+          std::fputs("\r", stdout);
+          el_set(edit, EL_REFRESH);
+          break;
+        case TerminalInput::Kind::End:
+          return 0;
+      }
+    }
   }
 
   static unsigned char CompleteWord(EditLine* edit, int) {
@@ -114,7 +177,11 @@ class TerminalReader : public LineReader {
     history(history_.get(), &event, H_ENTER, line.c_str());
   }
 
+  static constexpr wchar_t kCtrlC = 3;
+
   const InterruptWatch watch_;  // lines that run are ended, the shell is not
+  TerminalInput input_;
+  Characters characters_;
   const LineHistory& lines_;
   std::string last_;  // of the lines that the editor has
   bool abandoned_ = false;
@@ -122,12 +189,44 @@ class TerminalReader : public LineReader {
   std::unique_ptr<History, void (*)(History*)> history_;
 };
 
+// On a terminal that can only print: it edits the line itself, as well as it can.
+class DumbReader : public LineReader {
+ public:
+  std::optional<std::string> Next() override {
+    ForgetInterrupt();  // it was for the line before
+    std::fputs(kPrompt, stdout);
+    std::fflush(stdout);
+    std::string line;
+    for (;;) {
+      const TerminalInput::Input input = input_.Next();
+      if (input.kind == TerminalInput::Kind::Byte) {
+        if (input.byte == '\n') return line;
+        line += input.byte;
+      } else if (input.kind == TerminalInput::Kind::Interrupt) {
+        std::fputs("\n", stdout);
+        return "";
+      } else if (input.kind == TerminalInput::Kind::End) {
+        std::fputs("\n", stdout);
+        if (line.empty()) return std::nullopt;
+        return line;
+      }
+    }
+  }
+
+ private:
+  const InterruptWatch watch_;
+  TerminalInput input_;
+};
+
 }  // namespace
 
 bool OnTerminal() { return isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0; }
 
 std::unique_ptr<LineReader> MakeTerminalReader(const LineHistory& history) {
+  if (!TerminalMovesItsCursor()) return std::make_unique<DumbReader>();
+  // Terminals send UTF-8 today, also where nobody has chosen a language.
   std::setlocale(LC_CTYPE, "");
+  if (MB_CUR_MAX == 1) std::setlocale(LC_CTYPE, "C.UTF-8");
   return std::make_unique<TerminalReader>(history);
 }
 

@@ -1,14 +1,12 @@
-// The console: text commands, script lines and a few commands of its own, a line at a time.
+// The console: lines of the script language, one at a time.
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
-#include <string_view>
 
-#include "script/line.h"
-#include "script/session.h"
+#include "script/interpreter.h"
 #include "tools/vexosim/listing/terminal_surroundings.h"
 #include "tools/vexosim/shell/line_history.h"
 #include "tools/vexosim/shell/line_reader.h"
@@ -17,50 +15,39 @@ namespace vexosim {
 
 struct ShellOptions {
   unsigned chips = 4;
-  bool pal = false;   // cameras and stored standard
-  bool bare = false;  // the library is not attached
-  std::uint64_t seed = 0;
+  bool pal = false;                   // cameras and stored standard
+  bool bare = false;                  // the library is not attached
+  std::optional<std::string> script;  // runs first
   PictureStyle style;
+  script::InterpreterOptions run;  // always interactive
 };
 
 // Works on a fresh library and a fresh board.
 class Shell {
  public:
-  // Brings the board up and says what is there. Both outlive the shell.
+  // Brings the board up and says what is there. `history` outlives the shell.
   Shell(const ShellOptions& options, LineHistory& history, std::ostream& out);
 
-  // Runs a line and prints what it did. False when the user is done.
+  // Runs the reader's lines to their end. False when the session is over before.
+  bool Run(LineReader& reader);
+  // Runs a line. False when it ends the session.
   bool Execute(const std::string& typed);
 
+  // What a script of the same lines would have: one of script::kExit....
+  int Status() const { return interpreter_.Status(); }
+
  private:
-  void BringUp();
-  void ShellCommandLine(const std::string& line);
-  void TextLine(const std::string& line);
-  void ShortTextLine(const std::string& line, std::string_view keyword);
-  void ScriptLine(const std::string& line);
-  void Act(const std::string& name, const script::Step& step);
-  void Check(const script::Step& step);
-  void Unknown(std::string_view word);
-  void SwitchWrites(const std::string& word);
-  void ShowHistory();
-  void PrintWarnings();
+  void BringUp(const ShellOptions& options);
+  void Prepare(const std::string& line);
 
-  // Keeps a board that never settles from holding a line for ever.
-  struct SettleGuard;
-  void Guard();
-
-  const ShellOptions options_;
   LineHistory& history_;
   std::ostream& out_;
   TerminalSurroundings around_;
-  script::Session session_;
-  bool writes_ = false;
-  bool acted_ = false;
-  std::size_t warned_ = 0;              // reports that have been shown
-  std::shared_ptr<SettleGuard> guard_;  // none while holds settle
+  script::Interpreter interpreter_;
+  bool acted_ = false;  // expectations have something to be about
 };
 
-// Runs the reader's lines until its end or a quit. Returns kExitDone.
+// Runs the reader's lines until its end or a quit. Returns what Status says.
 int RunShell(const ShellOptions& options, LineHistory& history, LineReader& reader,
              std::ostream& out);
 

@@ -1,0 +1,73 @@
+#include "tools/vexosim/commands/session_options.h"
+
+#include <map>
+
+#include "tools/vexosim/commands/options.h"
+
+namespace vexosim {
+namespace {
+
+void AddTime(CLI::App& app, const std::string& name, std::uint64_t& ms, const std::string& help) {
+  static const std::map<std::string, std::uint64_t> kUnits = {
+      {"ms", 1}, {"s", 1'000}, {"min", 60'000}, {"h", 3'600'000}, {"d", 86'400'000}};
+  app.add_option(name, ms, help + ": a number and ms, s, min, h or d")
+      ->type_name("TIME")
+      ->transform(CLI::AsNumberWithUnit(
+          kUnits, CLI::AsNumberWithUnit::Options(CLI::AsNumberWithUnit::UNIT_REQUIRED |
+                                                 CLI::AsNumberWithUnit::CASE_SENSITIVE)));
+}
+
+// For a sink: empties the file, where that can be.
+std::function<void()> RestartOf(files::OutputFile& file) {
+  if (!file.CanRestart()) return nullptr;
+  return [&file] { file.Restart(); };
+}
+
+}  // namespace
+
+script::Limits SessionOptions::Limits() const {
+  script::Limits limits;
+  if (limit_ms != 0) limits.virtual_ms = limit_ms;
+  if (limit_real_ms != 0) limits.real = std::chrono::milliseconds(limit_real_ms);
+  return limits;
+}
+
+void AddSessionOptions(CLI::App& app, SessionOptions& options) {
+  app.add_option("--trace", options.trace, "Writes the trace as JSON lines, as it happens")
+      ->type_name("FILE")
+      ->check(FileName());
+  AddVcd(app, options.vcd);
+  AddTime(app, "--limit", options.limit_ms, "Ends the run when the board's time reaches this");
+  AddTime(app, "--limit-real", options.limit_real_ms, "Ends the run after this much real time");
+}
+
+SessionOutputs::SessionOutputs(const SessionOptions& options,
+                               const std::vector<std::string>& inputs) {
+  std::vector<std::string> others = inputs;
+  if (!options.trace.empty()) {
+    trace_file_.emplace(options.trace, others, files::Appears::AsItGrows);
+    trace_.emplace(trace_file_->Stream(), RestartOf(*trace_file_));
+    others.push_back(options.trace);
+  }
+  if (!options.vcd.file.empty()) {
+    waveform_file_.emplace(options.vcd.file, others, files::Appears::AsItGrows);
+    waveform_.emplace(waveform_file_->Stream(), options.vcd.cycle_ns, RestartOf(*waveform_file_));
+  }
+}
+
+std::vector<script::TraceSink*> SessionOutputs::Sinks() {
+  std::vector<script::TraceSink*> sinks;
+  if (trace_) sinks.push_back(&*trace_);
+  if (waveform_) sinks.push_back(&*waveform_);
+  return sinks;
+}
+
+void SessionOutputs::Commit() {
+  if (trace_file_) trace_file_->Commit();
+  if (waveform_) {
+    waveform_->Finish();
+    waveform_file_->Commit();
+  }
+}
+
+}  // namespace vexosim

@@ -1,0 +1,46 @@
+// Options of the subcommands that run lines: where the trace goes, and when a run must end.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "files/output.h"
+#include "script/run_watch.h"
+#include "script/trace_sink.h"
+#include "tools/vexosim/commands/trace_options.h"
+#include "tools/vexosim/traces/vcd_sink.h"
+
+namespace vexosim {
+
+struct SessionOptions {
+  std::string trace;  // empty: none is written
+  VcdOptions vcd;
+  std::uint64_t limit_ms = 0;       // of the board's time; 0: none
+  std::uint64_t limit_real_ms = 0;  // 0: none
+
+  script::Limits Limits() const;
+};
+
+// --trace FILE, --vcd FILE, --cycle-ns N, --limit TIME, --limit-real TIME.
+void AddSessionOptions(CLI::App& app, SessionOptions& options);
+
+// The files that a run's trace goes to, as it happens.
+class SessionOutputs {
+ public:
+  // inputs: the files that are read. Throws files::FileError.
+  SessionOutputs(const SessionOptions& options, const std::vector<std::string>& inputs);
+
+  std::vector<script::TraceSink*> Sinks();
+  // Throws files::FileError when not all of it could be written.
+  void Commit();
+
+ private:
+  std::optional<files::OutputFile> trace_file_;
+  std::optional<script::JsonSink> trace_;
+  std::optional<files::OutputFile> waveform_file_;
+  std::optional<VcdSink> waveform_;
+};
+
+}  // namespace vexosim
