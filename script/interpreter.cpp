@@ -46,6 +46,7 @@ Interpreter::Interpreter(const InterpreterOptions& options, Surroundings& around
 Interpreter::~Interpreter() {
   sim::TheWorld().kernel.SetWatch(nullptr);
   End();
+  sim::TheWorld().trace.RemoveListeners();  // what the sinks have
 }
 
 void Interpreter::Start() {
