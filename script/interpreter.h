@@ -85,6 +85,7 @@ class Interpreter {
   Switches switches;
   StopPoints& Stops() { return *stops_; }
 
+  bool Interactive() const { return options_.interactive; }
   bool Stopped() const { return !stopped_.empty(); }
   void Continue();
   void StepCycle();
