@@ -212,7 +212,10 @@ TEST_F(CommandLines, TellWhatEachExitStatusMeansInEveryHelp) {
                                                                      {"demo", "--help"},
                                                                      {"run", "--help"},
                                                                      {"shell", "--help"},
-                                                                     {"compare", "--help"}}) {
+                                                                     {"compare", "--help"},
+                                                                     {"trace", "--help"},
+                                                                     {"diff", "--help"},
+                                                                     {"replay", "--help"}}) {
     out_.str({});
     EXPECT_EQ(Run(arguments), kDone);
     EXPECT_THAT(out_.str(), HasSubstr("Exit status: 0 ")) << arguments.front();
