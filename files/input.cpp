@@ -16,9 +16,10 @@ namespace {
 }
 
 std::string InWords(std::uint64_t bytes) {
-  constexpr std::uint64_t kMiB = std::uint64_t{1} << 20;
-  return bytes % kMiB == 0 ? std::to_string(bytes / kMiB) + " MiB"
-                           : std::to_string(bytes) + " bytes";
+  constexpr std::uint64_t kKiB = std::uint64_t{1} << 10;
+  if (bytes % (kKiB * kKiB) == 0) return std::to_string(bytes / (kKiB * kKiB)) + " MiB";
+  if (bytes % kKiB == 0) return std::to_string(bytes / kKiB) + " KiB";
+  return std::to_string(bytes) + " bytes";
 }
 
 }  // namespace
@@ -37,6 +38,11 @@ std::ifstream OpenInput(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   if (!in) Refuse(path, SystemText(errno));
   return in;
+}
+
+void CheckStandardInput() {
+  std::error_code none;
+  if (std::filesystem::is_directory("/dev/stdin", none)) Refuse("standard input", "it is a folder");
 }
 
 std::string ReadText(std::istream& in, const std::string& name, std::uint64_t most) {

@@ -16,6 +16,9 @@ namespace files {
 // Throws FileError, as all of these do.
 std::ifstream OpenInput(const std::string& path);
 
+// Refuses a standard input that is a folder, which would pass for an empty file.
+void CheckStandardInput();
+
 // The whole file; refuses more than `most` bytes.
 std::string ReadText(const std::string& path, std::uint64_t most);
 std::vector<std::uint8_t> ReadBytes(const std::string& path, std::uint64_t most);

@@ -1,6 +1,8 @@
 #include "files/output.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <cerrno>
 #include <filesystem>
 #include <iostream>
@@ -69,6 +71,16 @@ File OpenBeside(const fs::path& target, std::string& name) {
 }
 
 }  // namespace
+
+bool HasEnding(const std::string& path, std::string_view ending) {
+  std::error_code none;
+  if (is_other(fs::status(path, none))) return true;
+  return path.size() > ending.size() &&
+         std::equal(ending.rbegin(), ending.rend(), path.rbegin(), [](char a, char b) {
+           return std::tolower(static_cast<unsigned char>(a)) ==
+                  std::tolower(static_cast<unsigned char>(b));
+         });
+}
 
 // Remembers why a write failed.
 class OutputFile::Buffer : public std::streambuf {

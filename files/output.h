@@ -5,11 +5,15 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "files/file_error.h"
 
 namespace files {
+
+// Whether a name ends so, in whatever case. A device or a pipe may have any name.
+bool HasEnding(const std::string& path, std::string_view ending);
 
 enum class Appears {
   // Under its name only when it is whole: it is written beside, and takes the place of the old file

@@ -10,7 +10,7 @@ unsigned char ByteAt(std::string_view text, std::size_t at) {
 // Bytes of the character that the text begins with; 0 when it is none that can be shown.
 std::size_t ShownBytes(std::string_view text) {
   const unsigned char lead = ByteAt(text, 0);
-  if (lead < 0x80) return lead < 0x20 || lead == 0x7F ? 0 : 1;
+  if (lead < 0x80) return (lead < 0x20 && lead != '\t' && lead != '\n') || lead == 0x7F ? 0 : 1;
   const std::size_t bytes = lead >= 0xC2 && lead < 0xE0   ? 2
                             : lead >= 0xE0 && lead < 0xF0 ? 3
                             : lead >= 0xF0 && lead < 0xF5 ? 4

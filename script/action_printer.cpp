@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "files/printable.h"
 #include "script/message_words.h"
 #include "sim/text.h"
 
@@ -89,7 +90,10 @@ void ActionPrinter::Flush() {
 }
 
 void ActionPrinter::Print(char mark, const std::vector<std::string>& lines) {
-  for (const std::string& line : lines) Line(std::string(1, mark) + ' ' + line);
+  for (const std::string& line : lines) {
+    // A text command's bytes may come back in what the library says of it.
+    Line(std::string(1, mark) + ' ' + files::Printable(line, 4 * line.size()));
+  }
 }
 
 void ActionPrinter::Message(const std::string& words) {

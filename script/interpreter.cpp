@@ -5,6 +5,9 @@
 #include <span>
 #include <stdexcept>
 
+#include "files/input.h"
+#include "files/output.h"
+#include "files/printable.h"
 #include "harness/host.h"
 #include "harness/image_run.h"
 #include "script/call_stack.h"
@@ -16,6 +19,7 @@ namespace script {
 namespace {
 
 constexpr std::string_view kIndent = "      ";
+constexpr std::size_t kMostShown = 2000;        // of a line, which may have any length
 constexpr std::size_t kMostEvents = 1'000'000;  // of one action that stay in memory
 
 }  // namespace
@@ -42,6 +46,7 @@ Interpreter::Interpreter(const InterpreterOptions& options, Surroundings& around
 Interpreter::~Interpreter() {
   sim::TheWorld().kernel.SetWatch(nullptr);
   End();
+  sim::TheWorld().trace.RemoveListeners();  // what the sinks have
 }
 
 void Interpreter::Start() {
@@ -274,6 +279,7 @@ void Interpreter::ShowWhere() {
   Note("stopped: " + stopped_.back());
   Note("  in '" + acting_ + "', " + (host ? "the host's thread" : "the worker") + ", bus cycle " +
        std::to_string(world.trace.Cycles()) + ", " + std::to_string(world.kernel.Now()) + " ms");
+  if (!options_.stacks) return;
   for (const std::string& frame : LibraryStack()) Note("  " + frame);
 }
 
@@ -339,8 +345,11 @@ void Interpreter::TurnBack(std::size_t lines) {
   for (std::size_t i = 0; i < std::min(lines, log_.size()); ++i) {
     replayed_.push_back(std::move(log_[i]));
   }
+  // What was seen can still be compared with.
+  auto moments = std::move(session_->moments);
   End();
   Start();
+  session_->moments = std::move(moments);
   SetReplaying(true);
 }
 
@@ -375,8 +384,7 @@ class FileSource : public LineSource {
 void Interpreter::Source(const std::string& path) {
   constexpr std::size_t kMostOpen = 32;
   if (sources_.size() > kMostOpen) throw std::runtime_error("files name each other without end");
-  std::ifstream in(path);
-  if (!in) throw std::runtime_error("cannot read " + path);
+  std::ifstream in = files::OpenInput(path);
   std::vector<Script> scripts = ParseScript(in, path);
   if (scripts.size() > 1) throw std::runtime_error(path + " has variants, so it cannot be sourced");
   auto source = std::make_unique<FileSource>(std::move(scripts.front()));
@@ -393,9 +401,9 @@ std::vector<std::string> Interpreter::Lines() const {
 }
 
 void Interpreter::Save(const std::string& path) {
-  std::ofstream out(path);
-  for (const std::string& line : Lines()) out << line << '\n';
-  if (!out.flush()) throw std::runtime_error("cannot write " + path);
+  files::OutputFile file(path);
+  for (const std::string& line : Lines()) file.Stream() << line << '\n';
+  file.Commit();
 }
 
 void Interpreter::Quit() { throw Over{}; }
@@ -408,30 +416,34 @@ std::string Interpreter::PlaceOf(const Statement& statement) const {
 }
 
 void Interpreter::Echo(const Statement& statement) {
+  const std::string text = files::Printable(statement.text, kMostShown);
   if (options_.interactive) {
-    if (statement.completed) Note(statement.text);
+    if (statement.completed) Note(text);
     return;
   }
   if (statement.group == LineGroup::Check) return;
   if (options_.quiet) {
-    return around_.ShowProgress(PlaceOf(statement) + statement.text);
+    return around_.ShowProgress(PlaceOf(statement) + text);
   }
   around_.ClearProgress();
   const std::string time = std::to_string(session_->World().kernel.Now());
-  out_ << std::string(time.size() < 8 ? 8 - time.size() : 0, ' ') << time << " ms  "
-       << statement.text << '\n';
+  out_ << std::string(time.size() < 8 ? 8 - time.size() : 0, ' ') << time << " ms  " << text
+       << '\n';
 }
 
 void Interpreter::Complain(const Statement& statement, const std::string& what) {
   around_.ClearProgress();
   out_.flush();
-  err_ << PlaceOf(statement) << statement.text << ": " << what << std::endl;
+  err_ << PlaceOf(statement) << files::Printable(statement.text, kMostShown) << ": "
+       << files::Printable(what, kMostShown) << std::endl;
 }
 
 void Interpreter::Note(const std::string& text) {
   if (replaying_) return;
   around_.ClearProgress();
-  for (const std::string& line : sim::TextLines(text)) out_ << kIndent << line << '\n';
+  for (const std::string& line : sim::TextLines(text)) {
+    out_ << kIndent << files::Printable(line, kMostShown) << '\n';
+  }
 }
 
 void Interpreter::PrintWarnings() {

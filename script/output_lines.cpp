@@ -2,6 +2,7 @@
 #include <array>
 #include <optional>
 
+#include "files/output.h"
 #include "script/line.h"
 
 namespace script {
@@ -16,7 +17,9 @@ Step ParseRegisters(Arguments& arguments) {
 }
 
 Step ParsePicture(Arguments& arguments) {
-  const std::string path = arguments.Text("a file name");
+  constexpr std::string_view kWhat = "a file name that ends in .png";
+  if (!files::HasEnding(std::string(arguments.Peek()), ".png")) arguments.Expected(kWhat);
+  const std::string path = arguments.Text(kWhat);
   return [=](Session& session) { session.Around().SavePicture(path); };
 }
 

@@ -3,6 +3,8 @@
 #include <span>
 #include <string_view>
 
+#include "files/input.h"
+#include "files/printable.h"
 #include "script/grammar/pattern_walk.h"
 #include "script/grammar/text_line.h"
 #include "script/help/first_words.h"
@@ -20,8 +22,37 @@ std::string Trim(const std::string& text) {
 
 using Lines = std::vector<std::string>;
 
+// Far more than any script needs; what is longer is none.
+constexpr std::size_t kLongestLine = std::size_t{64} << 10;
+constexpr std::size_t kLongestScript = std::size_t{16} << 20;
+
+// Throws ScriptError for what is no text, or has no end.
+Lines ReadLines(std::istream& in, const std::string& name) {
+  Lines lines;
+  std::size_t bytes = 0;
+  try {
+    files::LineInput input(in, name, kLongestLine);
+    for (std::string text; input.Next(text);) {
+      const std::string where = name + ':' + std::to_string(input.Number()) + ": ";
+      bytes += text.size() + 1;
+      if (bytes > kLongestScript) {
+        throw ScriptError(where + "expected a script of 16 MiB at most, found more");
+      }
+      if (text.find('\0') != std::string::npos) {
+        throw ScriptError(where + "expected text, found a byte 00");
+      }
+      lines.push_back(text);
+    }
+  } catch (const files::FileError& error) {
+    throw ScriptError(error.what());
+  }
+  return lines;
+}
+
 [[noreturn]] void Wrong(const std::string& name, std::size_t line, const Malformed& error) {
-  throw ScriptError(name + ':' + std::to_string(line) + ": " + error.what());
+  constexpr std::size_t kMost = 2000;  // a wrong word may be as long as its line
+  throw ScriptError(name + ':' + std::to_string(line) + ": " +
+                    files::Printable(error.what(), kMost));
 }
 
 // The variants that the first line with words names, and how many lines that takes up; else none.
@@ -85,8 +116,7 @@ std::optional<Statement> ParseLine(const std::string& text, bool after_action) {
 }
 
 std::vector<Script> ParseScript(std::istream& in, const std::string& name) {
-  Lines lines;
-  for (std::string text; std::getline(in, text);) lines.push_back(text);
+  const Lines lines = ReadLines(in, name);
   std::size_t first = 0;
   const Lines variants = ReadVariants(lines, name, first);
   std::vector<Script> scripts;

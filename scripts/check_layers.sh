@@ -50,7 +50,7 @@ tools/vexosim/demo:     +tools/vexosim/listing
 tools/vexosim/traces:   +tools/vexosim/listing sim/register_decoder
 tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/traces
 tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/traces
-tools/vexosim/cli:      files script script/grammar tools/vexosim/commands
+tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
 windows/stand_in:
 windows:                +script +harness windows/stand_in src/platform/ce

@@ -5,6 +5,11 @@
 #include <charconv>
 
 namespace ceimage {
+namespace {
+
+constexpr std::size_t kMostText = 1024;  // else the texts of a damaged file would fill the memory
+
+}  // namespace
 
 std::string Hex(std::uint32_t value) {
   std::array<char, 8> digits = {};
@@ -33,9 +38,14 @@ std::uint32_t Get32(ByteView bytes, std::size_t offset) {
 
 std::string GetText(ByteView bytes, std::size_t offset) {
   const ByteView rest = Part(bytes, offset, offset > bytes.size() ? 0 : bytes.size() - offset);
-  const auto end = std::find(rest.begin(), rest.end(), std::uint8_t{0});
-  if (end == rest.end()) throw Refusal("A text without an end at " + std::to_string(offset) + ".");
-  return {rest.begin(), end};
+  const ByteView most = rest.first(std::min(rest.size(), kMostText + 1));
+  const auto end = std::find(most.begin(), most.end(), std::uint8_t{0});
+  if (end == most.end() && most.size() > kMostText) {
+    throw Refusal("A text of more than " + std::to_string(kMostText) + " characters at " +
+                  std::to_string(offset) + ".");
+  }
+  if (end == most.end()) throw Refusal("A text without an end at " + std::to_string(offset) + ".");
+  return {most.begin(), end};
 }
 
 void Put32(Bytes& bytes, std::size_t offset, std::uint32_t value) {

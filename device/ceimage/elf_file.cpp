@@ -16,6 +16,11 @@ constexpr std::uint32_t kTypeZeros = 8;
 constexpr std::uint32_t kTypeRel = 9;
 constexpr std::uint32_t kAllocated = 2;
 
+// Of all sections together; far more than the library has.
+constexpr std::size_t kMostContent = std::size_t{16} << 20;
+constexpr std::size_t kMostSymbols = std::size_t{1} << 16;
+constexpr std::size_t kMostRelocations = std::size_t{1} << 20;
+
 struct Header {
   std::string name;
   std::uint32_t type = 0;
@@ -64,12 +69,15 @@ std::vector<Header> ReadHeaders(ByteView file) {
 
 std::vector<ElfSection> ReadSections(ByteView file, const std::vector<Header>& headers) {
   std::vector<ElfSection> sections;
+  std::size_t bytes = 0;
   for (const Header& header : headers) {
     if ((header.flags & kAllocated) == 0 || header.size == 0) continue;
     ElfSection section = {
         header.name, header.flags, header.address, header.size, header.type == kTypeContent, {}};
     if (header.type == kTypeContent) {
       const ByteView content = Content(file, header);
+      bytes += content.size();
+      if (bytes > kMostContent) throw Refusal("The sections are too long.");
       section.content.assign(content.begin(), content.end());
     } else if (header.type != kTypeZeros) {
       throw Refusal("Section " + header.name + " has type " + std::to_string(header.type) +
@@ -96,6 +104,7 @@ std::vector<ElfSymbol> ReadSymbols(ByteView file, const std::vector<Header>& hea
       ElfSymbol symbol = {GetText(texts, Get32(raw, 0)), Get32(raw, 4), Get32(raw, 8),
                           static_cast<std::uint8_t>(Get8(raw, 12) & 0xF), Get16(raw, 14) != 0};
       if (!symbol.defined) throw Refusal("Symbol " + symbol.name + " is undefined.");
+      if (symbols.size() == kMostSymbols) throw Refusal("There are too many symbols.");
       symbols.push_back(std::move(symbol));
     }
   }
@@ -114,6 +123,7 @@ std::vector<ElfRelocation> ReadRelocations(ByteView file, const std::vector<Head
     const ByteView table = Content(file, header);
     for (std::size_t at = 0; at < table.size(); at += kRelocationBytes) {
       const ByteView raw = Part(table, at, kRelocationBytes);
+      if (relocations.size() == kMostRelocations) throw Refusal("There are too many relocations.");
       relocations.push_back({target.name, Get32(raw, 0), Get8(raw, 4)});
     }
   }

@@ -25,8 +25,10 @@ constexpr std::array kPlaces = {
     Place{".shared", ".shared", kData | kSectionShared, false},
 };
 
-// What a process of this system has for all that it loads.
-constexpr std::uint32_t kMostImage = 32u << 20;
+// Half of what a process of this system has for all that it loads.
+constexpr std::uint32_t kMostImage = 16u << 20;
+// Addresses above are the system's own.
+constexpr std::uint32_t kAddressLimit = 0x80000000;
 
 const Place& FindPlace(const std::string& name) {
   const auto* const place = std::find_if(kPlaces.begin(), kPlaces.end(),
@@ -114,6 +116,9 @@ Image PlaceSections(const ElfFile& elf) {
   Image image;
   image.base = SymbolValue(elf, "image_base");
   if (image.base % 0x10000 != 0) throw Refusal("The base " + Hex(image.base) + " is not at 64 KB.");
+  if (image.base == 0 || image.base > kAddressLimit - kMostImage) {
+    throw Refusal("The base " + Hex(image.base) + " is no address that a process has.");
+  }
   for (const ElfSection& section : elf.sections) Place1(image, section);
   for (std::size_t i = 0; i < image.sections.size(); ++i) {
     for (std::size_t j = 0; j < i; ++j) {
@@ -123,31 +128,51 @@ Image PlaceSections(const ElfFile& elf) {
     }
   }
   for (const ElfRelocation& relocation : elf.relocations) {
-    if (IsFixup(image, relocation)) image.fixups.push_back(relocation.address - image.base);
+    if (!IsFixup(image, relocation)) continue;
+    const std::uint32_t offset = relocation.address - image.base;
+    // In order, since the relocations are. The loader would move the word twice.
+    if (!image.fixups.empty() && image.fixups.back() == offset) {
+      throw Refusal("There are two relocations at " + Hex(relocation.address) + ".");
+    }
+    image.fixups.push_back(offset);
   }
   return image;
 }
 
-ByteView ImageBytes(const Image& image, std::uint32_t offset, std::size_t size) {
+namespace {
+
+const ImageSection* SectionWithContent(const Image& image, std::uint32_t offset) {
   for (const ImageSection& section : image.sections) {
     if (offset >= section.offset && offset - section.offset < section.content.size()) {
-      return Part(section.content, offset - section.offset, size);
+      return &section;
     }
   }
+  return nullptr;
+}
+
+}  // namespace
+
+ByteView ImageBytes(const Image& image, std::uint32_t offset, std::size_t size) {
+  const ImageSection* const section = SectionWithContent(image, offset);
+  if (section != nullptr) return Part(section->content, offset - section->offset, size);
   throw Refusal("The offset " + Hex(offset) + " is out of range: no section has content there.");
 }
 
 std::string ImageText(const Image& image, std::uint32_t offset) {
-  for (const ImageSection& section : image.sections) {
-    if (offset >= section.offset && offset - section.offset < section.content.size()) {
-      return GetText(section.content, offset - section.offset);
-    }
-  }
+  const ImageSection* const section = SectionWithContent(image, offset);
+  if (section != nullptr) return GetText(section->content, offset - section->offset);
   throw Refusal("The offset " + Hex(offset) + " is out of range: no text there.");
 }
 
+bool IsCode(const Image& image, std::uint32_t offset) {
+  const ImageSection* const section = SectionWithContent(image, offset);
+  return section != nullptr && (section->flags & kSectionExecutable) != 0;
+}
+
 void AppendSection(Image& image, const std::string& name, std::uint32_t flags, Bytes content) {
+  if (content.empty()) return;
   const std::uint32_t offset = AlignUp(image.End(), kPage);
+  if (content.size() > kMostImage - offset) throw Refusal("The image is too long.");
   const auto size = static_cast<std::uint32_t>(content.size());
   image.sections.push_back({name, flags, offset, size, std::move(content)});
 }

@@ -45,7 +45,10 @@ Image PlaceSections(const ElfFile& elf);
 ByteView ImageBytes(const Image& image, std::uint32_t offset, std::size_t size);
 std::string ImageText(const Image& image, std::uint32_t offset);
 
-// Puts a section behind the others.
+// Whether a section of code has content there.
+bool IsCode(const Image& image, std::uint32_t offset);
+
+// Puts a section behind the others; none that is empty, which the system would not load.
 void AppendSection(Image& image, const std::string& name, std::uint32_t flags, Bytes content);
 
 }  // namespace ceimage

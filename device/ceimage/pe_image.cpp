@@ -5,16 +5,12 @@
 
 #include "device/ceimage/function_table.h"
 #include "device/ceimage/image_sections.h"
+#include "device/ceimage/link_tables.h"
 
 namespace ceimage {
 namespace {
 
 constexpr std::uint32_t kFileAlignment = 0x200;
-
-struct Directory {
-  std::uint32_t offset = 0;
-  std::uint32_t size = 0;
-};
 
 enum DirectoryIndex : std::size_t {
   kExports = 0,
@@ -35,33 +31,22 @@ Directory BetweenSymbols(const ElfFile& elf, const Image& image, const std::stri
   return {begin - image.base, end - begin};
 }
 
+// Nothing when there is none.
 Directory WholeSection(const Image& image, const std::string& name) {
   for (const ImageSection& section : image.sections) {
     if (section.name == name) return {section.offset, section.size};
   }
-  throw Refusal("There is no section " + name + ".");
-}
-
-// The system looks an export up by halving: an unsorted table would hide some of them.
-void CheckExports(const Image& image, const Directory& directory) {
-  const ByteView table = ImageBytes(image, directory.offset, 40);
-  const std::uint32_t count = Get32(table, 24);
-  const std::uint32_t names = Get32(table, 32);
-  std::string before;
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const std::string name = ImageText(image, Get32(ImageBytes(image, names + i * 4, 4), 0));
-    if (name <= before) throw Refusal("Export " + name + " is not in the order of the names.");
-    before = name;
-  }
+  return {};
 }
 
 Directories FillImage(Image& image, const ElfFile& elf, const std::vector<Resource>& resources) {
   constexpr std::uint32_t kReadOnly = kSectionData | kSectionReadable;
   const std::vector<FunctionEntry> functions = FindFunctions(elf, image);
+  const std::uint32_t table = AlignUp(image.End(), kPage);
   AppendSection(image, ".pdata", kReadOnly, EncodeFunctions(functions, image.base));
   constexpr std::uint32_t kFunctionBytes = 8;
   for (std::uint32_t i = 0; i < functions.size(); ++i) {
-    image.fixups.push_back(image.sections.back().offset + i * kFunctionBytes);
+    image.fixups.push_back(table + i * kFunctionBytes);
   }
   AppendSection(image, ".rsrc", kReadOnly, EncodeResources(resources, AlignUp(image.End(), kPage)));
   AppendSection(image, ".reloc", kReadOnly | kSectionDiscardable, EncodeFixups(image.fixups));
@@ -74,6 +59,7 @@ Directories FillImage(Image& image, const ElfFile& elf, const std::vector<Resour
   directories[kRelocations] = WholeSection(image, ".reloc");
   directories[kImportAddresses] = BetweenSymbols(elf, image, "import_addresses");
   CheckExports(image, directories[kExports]);
+  CheckImports(image, directories[kImports], directories[kImportAddresses]);
   return directories;
 }
 
@@ -185,6 +171,9 @@ Bytes MakeImage(const ElfFile& elf, const std::vector<Resource>& resources, std:
   Image image = PlaceSections(elf);
   const std::uint32_t entry = elf.entry - image.base;
   ImageBytes(image, entry, 4);
+  if (!IsCode(image, entry) || entry % 4 != 0) {
+    throw Refusal("The entry point " + Hex(elf.entry) + " is no code.");
+  }
   const Directories directories = FillImage(image, elf, resources);
 
   constexpr std::uint32_t kStubBytes = 0x80;  // where the PE header begins

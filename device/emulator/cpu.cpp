@@ -1,10 +1,12 @@
 #include "device/emulator/cpu.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
 #include "device/emulator/machine.h"
 #include "sim/text.h"
+#include "sim/world.h"
 
 namespace emulator {
 namespace {
@@ -15,6 +17,7 @@ constexpr std::uint32_t kJunk = 0xBAD0C0DE;  // in registers that hold nothing
 constexpr std::uint32_t kUserMode = 0x10;
 constexpr std::uint32_t kNowhere = 0xFFFFFFF0;  // the engine stops at traps alone
 constexpr std::uint32_t kSoftwareInterrupt = 2;
+constexpr std::uint64_t kInstructionsToWatch = 100'000;  // a millisecond or less
 constexpr unsigned kRegisterArguments = 4;
 constexpr std::array<int, 8> kSavedRegisters = {UC_ARM_REG_R4,  UC_ARM_REG_R5, UC_ARM_REG_R6,
                                                 UC_ARM_REG_R7,  UC_ARM_REG_R8, UC_ARM_REG_R9,
@@ -141,6 +144,8 @@ std::uint32_t Cpu::Call(std::uint32_t address, std::span<const std::uint32_t> ar
 
 void Cpu::RunUntilTrap(std::uint32_t address) {
   trap_.reset();
+  began_ = instructions_;
+  next_look_ = began_ + std::min(kInstructionsToWatch, machine_.InstructionLimit());
   const uc_err error = uc_emu_start(engine_, address, kNowhere, 0, 0);
   if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
   if (fault_) Fault(*fault_);
@@ -252,7 +257,25 @@ std::u16string Cpu::WideText(std::uint32_t address, std::size_t most) const {
 void Cpu::OnBlock(uc_engine*, std::uint64_t address, std::uint32_t bytes, void* self) {
   Cpu& cpu = *static_cast<Cpu*>(self);
   cpu.block_ = static_cast<std::uint32_t>(address);
-  if (address < kTrapAddress) cpu.instructions_ += bytes / 4;
+  if (address >= kTrapAddress) return;
+  cpu.instructions_ += bytes / 4;
+  if (cpu.instructions_ >= cpu.next_look_) cpu.MayGoOn();
+}
+
+void Cpu::MayGoOn() {
+  next_look_ = instructions_ + kInstructionsToWatch;
+  if (fault_ || thrown_) return;
+  const std::uint64_t ran = instructions_ - began_;
+  if (ran >= machine_.InstructionLimit()) {
+    Note("ran " + std::to_string(ran) + " instructions without an end, and called no system");
+    return;
+  }
+  try {
+    sim::TheWorld().kernel.Watch();
+  } catch (...) {
+    thrown_ = std::current_exception();
+    uc_emu_stop(engine_);
+  }
 }
 
 void Cpu::OnInterrupt(uc_engine* engine, std::uint32_t number, void* self) {

@@ -95,6 +95,7 @@ class Cpu {
   std::uint32_t Register(int id) const;
   void SetRegister(int id, std::uint32_t value);
   void RunUntilTrap(std::uint32_t address);
+  void MayGoOn();  // asked now and then while code runs; stops the engine when it may not
 
   Machine& machine_;
   unsigned number_;
@@ -117,7 +118,9 @@ class Cpu {
   std::exception_ptr thrown_;         // by the platform, inside of the engine
   std::uint32_t block_ = 0;           // address of the block that runs
   std::uint64_t instructions_ = 0;
-  std::uint32_t lowest_stack_;  // address
+  std::uint64_t began_ = 0;      // how many they were when it last came from outside
+  std::uint64_t next_look_ = 0;  // how many they are when MayGoOn is asked next
+  std::uint32_t lowest_stack_;   // address
 };
 
 }  // namespace emulator

@@ -4,13 +4,14 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <sstream>
 
+#include "files/input.h"
 #include "sim/text.h"
 
 namespace emulator {
@@ -24,6 +25,15 @@ LinkedSection Named(const std::string& section) {
     if (section.starts_with(head)) return {std::string(kind), section.substr(head.size())};
   }
   return {section.substr(1), ""};
+}
+
+// "0x10001000", none for what is no number of 32 bits.
+std::optional<std::uint32_t> HexNumber(std::string_view text) {
+  if (!text.starts_with("0x")) return std::nullopt;
+  std::uint32_t value = 0;
+  const auto [end, error] = std::from_chars(text.begin() + 2, text.end(), value, 16);
+  if (error != std::errc{} || end != text.end()) return std::nullopt;
+  return value;
 }
 
 // Where the compiler's mark of a function's texts begins in a name: ".str2.2" for wide ones.
@@ -78,21 +88,26 @@ LinkerMap::LinkerMap(std::istream& map) {
       waiting = name;
       continue;
     }
-    if (name.empty() || !(words >> bytes) || !address.starts_with("0x") ||
-        !bytes.starts_with("0x")) {
-      continue;
-    }
+    if (name.empty() || !(words >> bytes)) continue;
+    const auto begin = HexNumber(address);
+    const auto size = HexNumber(bytes);
+    if (!begin || !size) continue;
     LinkedSection section = Named(name);
-    section.address = static_cast<std::uint32_t>(std::stoul(address, nullptr, 16));
-    section.bytes = static_cast<std::uint32_t>(std::stoul(bytes, nullptr, 16));
+    section.address = *begin;
+    section.bytes = *size;
     if (section.bytes != 0) sections_.push_back(std::move(section));
   }
 }
 
 std::optional<LinkerMap> LinkerMap::Beside(const std::string& image) {
-  std::ifstream map(std::filesystem::path(image).replace_extension(".map"));
-  if (!map) return std::nullopt;
-  return LinkerMap(map);
+  constexpr std::uint64_t kMost = std::uint64_t{64} << 20;
+  try {
+    std::istringstream map(
+        files::ReadText(std::filesystem::path(image).replace_extension(".map").string(), kMost));
+    return LinkerMap(map);
+  } catch (const files::FileError&) {
+    return std::nullopt;  // names are a help, no more
+  }
 }
 
 const LinkedSection* LinkerMap::At(std::uint32_t address) const {

@@ -27,7 +27,7 @@ struct LinkedSection {
 class LinkerMap {
  public:
   explicit LinkerMap(std::istream& map);
-  // The file of the image's name that ends in .map; none when there is no such file.
+  // The file of the image's name that ends in .map; none when it cannot be read.
   static std::optional<LinkerMap> Beside(const std::string& image);
 
   // What lies at an address of the image at the base it was linked for, null when nothing does.

@@ -23,6 +23,8 @@ namespace emulator {
 struct MachineOptions {
   std::optional<std::uint32_t> base;     // none: the image's own
   std::uint32_t stack_limit = 8 * 1024;  // bytes that a call may use
+  // From one call of the system to the next; the library needs some thousands.
+  std::uint64_t instruction_limit = 100'000'000;
 };
 
 struct MappedSection {
@@ -104,6 +106,7 @@ class Machine : public harness::ImageRun {
   const std::vector<MappedSection>& Sections() const { return sections_; }
   GuestHeap& Heap() { return heap_; }
   std::uint32_t StackLimit() const { return options_.stack_limit; }
+  std::uint64_t InstructionLimit() const { return options_.instruction_limit; }
 
   // Pages of byte-wide devices: the three bus windows, and the page at 0, where accesses through a
   // window that was never mapped go.

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
+#include "files/input.h"
+#include "files/printable.h"
 #include "sim/text.h"
 #include "sim/world.h"
 
@@ -20,6 +20,12 @@ constexpr std::uint16_t kMagicPe32 = 0x010B;
 constexpr std::uint16_t kSubsystemCe = 9;
 constexpr std::uint16_t kRelocationsStripped = 0x0001;
 constexpr std::uint16_t kDll = 0x2000;
+
+// The system's tables have 16-bit ordinals; the rest is far more than the library can ever need.
+constexpr std::uint32_t kMostExports = 0x10000;
+constexpr std::size_t kMostImports = 0x1000;
+constexpr std::size_t kMostName = 255;
+constexpr std::size_t kMostDllName = 31;  // with its end, what the system has room for
 
 constexpr std::uint32_t kExecutable = 0x20000000;
 constexpr std::uint32_t kReadable = 0x40000000;
@@ -44,10 +50,21 @@ class Data {
 
   std::uint16_t Half(std::uint32_t at) const { return static_cast<std::uint16_t>(Number(at, 2)); }
   std::uint32_t Word(std::uint32_t at) const { return Number(at, 4); }
-  std::string Text(std::uint32_t at) const {
+  // The name of `what`: 1 to `most` printable characters.
+  std::string Name(std::uint32_t at, const std::string& what, std::size_t most = kMostName) const {
     const auto begin = bytes_.begin() + static_cast<std::ptrdiff_t>(Check(at, 1));
-    const auto end = std::find(begin, bytes_.end(), std::uint8_t{0});
-    if (end == bytes_.end()) Refuse("a text without an end at " + Address(at));
+    const auto room = std::min(most + 1, bytes_.size() - at);
+    const auto last = begin + static_cast<std::ptrdiff_t>(room);
+    const auto end = std::find(begin, last, std::uint8_t{0});
+    if (end == begin) Refuse(what + " without a name at " + Address(at));
+    if (end == last) {
+      Refuse(room > most ? what + " with a name of more than " + std::to_string(most) +
+                               " characters at " + Address(at)
+                         : "a text without an end at " + Address(at));
+    }
+    if (!std::all_of(begin, end, [](std::uint8_t c) { return c > ' ' && c <= '~'; })) {
+      Refuse(what + " whose name is no ASCII text at " + Address(at));
+    }
     return {begin, end};
   }
   std::size_t Check(std::uint32_t at, std::uint32_t count) const {
@@ -195,10 +212,10 @@ class PeReader {
     const std::uint32_t name_table = memory_.Word(directory.rva + 32);
     const std::uint32_t ordinals = memory_.Word(directory.rva + 36);
     memory_.Check(name_table, 0);
-    if (names > image_.Bytes() / 4) Refuse(std::to_string(names) + " exported names");
+    if (names > kMostExports) Refuse(std::to_string(names) + " exported names");
     std::string last;
     for (std::uint32_t i = 0; i < names; ++i) {
-      const std::string name = memory_.Text(memory_.Word(name_table + 4 * i));
+      const std::string name = memory_.Name(memory_.Word(name_table + 4 * i), "an export");
       // The system looks for a name by halving.
       if (i != 0 && name <= last) Refuse("exported names out of order at " + name);
       last = name;
@@ -225,7 +242,8 @@ class PeReader {
       if (dll_name == 0 && slots == 0) break;
       std::uint32_t lookup = memory_.Word(at);
       if (lookup == 0) lookup = slots;
-      const std::string dll = sim::ToLower(memory_.Text(dll_name));
+      const std::string dll =
+          sim::ToLower(memory_.Name(dll_name, "an imported library", kMostDllName));
       for (std::uint32_t i = 0; memory_.Word(lookup + 4 * i) != 0; ++i) {
         const std::uint32_t entry = memory_.Word(lookup + 4 * i);
         ImageImport import;
@@ -234,12 +252,12 @@ class PeReader {
         if ((entry & kByOrdinal) != 0) {
           import.ordinal = entry & 0xFFFF;
         } else {
-          import.name = memory_.Text(entry + 2);
-          if (import.name.empty()) Refuse("an import of " + dll + " without a name");
+          import.name = memory_.Name(entry + 2, "an import of " + dll);
         }
         if (import.slot_rva % 4 != 0 || SectionAt(import.slot_rva, 4) == nullptr) {
           Refuse("the slot of " + import.InWords() + " lies in no section");
         }
+        if (image_.imports_.size() == kMostImports) Refuse("too many imports");
         image_.imports_.push_back(std::move(import));
       }
     }
@@ -301,13 +319,12 @@ class PeReader {
 PeImage PeImage::Parse(const std::vector<std::uint8_t>& file) { return PeReader(file).Read(); }
 
 PeImage PeImage::Load(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) Refuse("cannot read " + path);
-  const std::vector<std::uint8_t> file{std::istreambuf_iterator<char>(in), {}};
   try {
-    return Parse(file);
+    return Parse(files::ReadBytes(path, 2 * kMostBytes));
+  } catch (const files::FileError& error) {
+    Refuse(error.what());
   } catch (const BadImage& error) {
-    Refuse(path + ": " + error.what());
+    Refuse(files::Printable(path) + ": " + files::Printable(error.what()));
   }
 }
 

@@ -7,7 +7,10 @@
 
 namespace sim {
 
-// Writes a PNG file. Throws std::runtime_error with the reason.
+// Refuses a name of another kind of file, with a files::FileError.
+void CheckPngName(const std::string& path);
+
+// Writes a PNG file, whole or not at all. Throws std::runtime_error with the reason.
 void WritePng(const Image& image, const std::string& path);
 
 // Reads one back, for comparing pictures. Throws std::runtime_error with the reason.

@@ -21,6 +21,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 
 class InputFile : public testing::Test {
  protected:
@@ -45,8 +46,10 @@ TEST_F(InputFile, IsReadWholeUpToTheLimit) {
   EXPECT_EQ(ReadBytes(path_, 5), (std::vector<std::uint8_t>{'a', 0, '\r', '\n', 'b'}));
   EXPECT_EQ(Complaint([&] { ReadText(path_, 4); }),
             "cannot read " + path_ + ": it has more than 4 bytes");
+  Write(std::string(1025, 'x'));
+  EXPECT_THAT(Complaint([&] { ReadText(path_, 1024); }), HasSubstr("it has more than 1 KiB"));
   Write("");
-  EXPECT_EQ(ReadText(path_, 0), "");
+  EXPECT_THAT(ReadBytes(path_, 1), IsEmpty());
 }
 
 TEST_F(InputFile, IsRefusedInOneSentenceWhenItCannotBeRead) {

@@ -239,6 +239,15 @@ TEST_F(Output, ThatAppearsAsItGrowsCanBeReadMeanwhile) {
   EXPECT_EQ(Content(Path("trace")), "");
 }
 
+TEST_F(Output, IsKnownByItsEnding) {
+  EXPECT_TRUE(HasEnding("a.png", ".png"));
+  EXPECT_TRUE(HasEnding("a/b.PNG", ".png"));
+  EXPECT_TRUE(HasEnding("/dev/null", ".png"));
+  for (const char* name : {"", "a", ".png", "a.jpg", "apng", "a.png.gz", "/no/such"}) {
+    EXPECT_FALSE(HasEnding(name, ".png")) << name;
+  }
+}
+
 TEST_F(Output, CanBeCheckedLongBeforeItIsWritten) {
   Write("old", "old");
   OutputFile::Check(Path("old"));

@@ -23,7 +23,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Shown{"Plain", "camera 2 off", "camera 2 off"},  //
                     Shown{"Letters", "Größe ▲ 😀", "Größe ▲ 😀"},
                     Shown{"Escape", "\x1B[31mred", "\\x1B[31mred"},
-                    Shown{"TabAndDelete", "a\tb\x7F", "a\\x09b\\x7F"},
+                    Shown{"TabLineEndAndDelete", "a\tb\n\x7F", "a\tb\n\\x7F"},
                     Shown{"Zero", std::string("a\0b", 3), "a\\x00b"},
                     Shown{"ControlOfTwoBytes",
                           "\xC2\x9B"

@@ -261,7 +261,8 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
       {"run", "expected a number of milliseconds, found the end of the line (run MS)"},
       {"run -1", "expected a number of milliseconds, found '-1' (run MS)"},
       {"registers slave1 3", "expected a page 0 to 2, found '3' (registers [CHIP [PAGE]])"},
-      {"picture", "expected a file name, found the end of the line (picture FILE.png)"},
+      {"picture",
+       "expected a file name that ends in .png, found the end of the line (picture FILE.png)"},
       {"print it", "expected the end of the line, found 'it' (print)"},
       {"text \"vexo", "expected a closing quote, found the end of the line"},
   };

@@ -168,7 +168,7 @@ TEST_F(ImageCompareTest, RefusesAScriptThatItCannotRead) {
   for (const char* path : {"/no/such/script.vexo", "/"}) {
     options.scripts = {path};
     EXPECT_EQ(CompareImage(options, out_, err_), script::kExitWrong) << path;
-    EXPECT_THAT(err_.str(), HasSubstr(std::string("cannot read ") + path + '\n'));
+    EXPECT_THAT(err_.str(), HasSubstr(std::string("cannot read ") + path + ": "));
   }
 }
 

@@ -279,7 +279,7 @@ TEST_F(LibraryRun, DemoFailsWhenItsPictureCannotBeWritten) {
   options.picture = "/no/such/folder/demo.png";
   std::ostringstream out;
   std::ostringstream err;
-  EXPECT_EQ(RunDemo(options, out, err), script::kExitUnmet);
+  EXPECT_EQ(RunDemo(options, out, err), script::kExitWrong);
   EXPECT_THAT(err.str(), HasSubstr("vexosim demo: "));
 }
 

@@ -1,6 +1,17 @@
 #include "tools/vexosim/cli.h"
 
-#include "script/run.h"
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "files/exit_status.h"
+#include "files/file_error.h"
+#include "files/printable.h"
+#include "script/grammar/did_you_mean.h"
+#include "sim/text.h"
 #include "tools/vexosim/commands/commands.h"
 
 namespace vexosim {
@@ -27,12 +38,33 @@ constexpr const char* kFooter =
     "ended; 2 the command line, a file or a script is wrong.\n"
     "vexosim run --help lists the script language.\n";
 
+constexpr std::size_t kMostShown = 2000;
+
+int Wrong(const std::string& sentence) {
+  std::cerr << "vexosim: " << sentence << std::endl;
+  return files::kExitWrong;
+}
+
+// The parser would only say that there is no subcommand, or that it did not expect the word.
+void CheckSubcommand(const CLI::App& app, const char* word) {
+  if (word != nullptr && *word == '-') return;
+  const std::vector<const CLI::App*> subcommands =
+      app.get_subcommands([](const CLI::App*) { return true; });
+  std::vector<std::string> names;
+  for (const CLI::App* subcommand : subcommands) names.push_back(subcommand->get_name());
+  const std::vector<std::string_view> words(names.begin(), names.end());
+  const std::string expected = "expected " + sim::OneOf(words) + ", found ";
+  if (word == nullptr) throw CLI::ValidationError(expected + "nothing");
+  if (std::find(words.begin(), words.end(), word) != words.end()) return;
+  throw CLI::ValidationError(expected + '\'' + word + '\'' + script::DidYouMean(word, words));
+}
+
 }  // namespace
 
 int Main(int argc, const char* const* argv) {
   CLI::App app(kDescription, "vexosim");
   app.require_subcommand(1);
-  int status = script::kExitDone;
+  int status = files::kExitDone;
   AddDemo(app, status);
   AddRun(app, status);
   AddShell(app, status);
@@ -44,10 +76,14 @@ int Main(int argc, const char* const* argv) {
   AddCompletion(app, status);
   app.footer(kFooter);  // each subcommand takes what there is when it is added
   try {
+    CheckSubcommand(app, argc > 1 ? argv[1] : nullptr);
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     // Help is an exit too, but no mistake.
-    return app.exit(error) == 0 ? script::kExitDone : script::kExitWrong;
+    if (error.get_exit_code() == 0) return app.exit(error);
+    return Wrong(files::Printable(error.what(), kMostShown) + " (vexosim --help tells more)");
+  } catch (const files::FileError& error) {
+    return Wrong(error.what());
   }
   return status;
 }

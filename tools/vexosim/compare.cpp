@@ -7,6 +7,7 @@
 
 #include "device/emulator/exports.h"
 #include "device/emulator/linker_map.h"
+#include "files/input.h"
 #include "script/run.h"
 #include "sim/text.h"
 #include "sim/world.h"
@@ -20,10 +21,7 @@ namespace {
 constexpr std::uint32_t kOtherBase = 0x01E40000;
 
 std::vector<script::Script> ReadScript(const std::string& path) {
-  std::ifstream script(path);
-  // A folder opens but cannot be read.
-  script.peek();
-  if (!script.is_open() || script.bad()) throw std::runtime_error("cannot read " + path);
+  std::ifstream script = files::OpenInput(path);
   return script::ParseScript(script, path);
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "VexoCtrlSDK.h"
+#include "files/file_error.h"
 #include "harness/host.h"
 #include "script/action_printer.h"
 #include "script/message_words.h"
@@ -33,6 +34,10 @@ class Demo {
 
   void Run() {
     harness::Restart();
+    const InterruptWatch interrupts;
+    World().kernel.SetWatch([] {
+      if (Interrupted()) throw Failed("interrupted");
+    });
     PowerOn();
     Layouts();
     Cameras();
@@ -262,6 +267,10 @@ int RunDemo(const DemoOptions& options, std::ostream& out, std::ostream& err) {
   Demo demo(options, out);
   try {
     demo.Run();
+  } catch (const files::FileError& error) {
+    out.flush();
+    err << "vexosim demo: " << error.what() << std::endl;
+    return script::kExitWrong;
   } catch (const std::exception& error) {
     out.flush();
     err << "vexosim demo: " << error.what() << std::endl;

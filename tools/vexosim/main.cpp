@@ -1,5 +1,8 @@
+#include "files/program.h"
 #include "tools/vexosim/cli.h"
 
-// What nobody expects ends the program, with its text.
+// Nothing comes out of it: each exception is told and becomes a status.
 // NOLINTNEXTLINE(bugprone-exception-escape)
-int main(int argc, char** argv) { return vexosim::Main(argc, argv); }
+int main(int argc, char** argv) {
+  return files::RunProgram("vexosim", [=] { return vexosim::Main(argc, argv); });
+}

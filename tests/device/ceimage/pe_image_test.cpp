@@ -281,6 +281,23 @@ INSTANTIATE_TEST_SUITE_P(
                 "do not lie together"},
         Refused{"BaseNotAt64Kb", [](ElfBuilder& e) { e.GetSymbol("image_base").value += 0x1000; },
                 "not at 64 KB"},
+        Refused{"RelocationTwice",
+                [](ElfBuilder& e) {
+                  e.relocations.push_back({".data", kData, 2});
+                },
+                "two relocations at 0x10002008"},
+        Refused{"NoBase", [](ElfBuilder& e) { e.GetSymbol("image_base").value = 0; },
+                "no address that a process has"},
+        Refused{"BaseOfTheSystem",
+                [](ElfBuilder& e) { e.GetSymbol("image_base").value = 0x80000000; },
+                "no address that a process has"},
+        Refused{"EntryInData", [](ElfBuilder& e) { e.entry = kData; }, "is no code"},
+        Refused{"EntryNotAtAWord", [](ElfBuilder& e) { e.entry += 2; }, "is no code"},
+        Refused{"FunctionInData",
+                [](ElfBuilder& e) {
+                  e.symbols.push_back({"odd", kData, 8, 2});
+                },
+                "odd lies in no code"},
         Refused{"EntryOutsideOfTheImage", [](ElfBuilder& e) { e.entry = 0; }, "out of range"},
         Refused{"NoExportDirectory",
                 [](ElfBuilder& e) { e.GetSymbol("export_directory").name = "other"; },

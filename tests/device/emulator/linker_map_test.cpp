@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -69,6 +70,26 @@ TEST(LinkerMap, KnowsWhatLiesAtAnAddress) {
   for (const std::uint32_t address : {0x0u, 0x10000000u, 0x10001030u, 0x10001134u, 0x10002010u}) {
     EXPECT_EQ(map.At(address), nullptr) << std::hex << address;
   }
+}
+
+TEST(LinkerMap, LeavesOutWhatIsNoSection) {
+  for (const char* line : {" .text 0x 0x10", " .text 0xZZ 0x10", " .text 0x1 0x123456789A",
+                           " .text 0x1 -0x10", " .text 0x1 0x10x"}) {
+    std::istringstream text("Linker script and memory map\n" + std::string(line) + "\n");
+    EXPECT_EQ(LinkerMap(text).At(1), nullptr) << line;
+  }
+}
+
+TEST(LinkerMap, IsNoneBesideAnImageWhenItCannotBeRead) {
+  const std::string image = test::TempPath("no_map.DLL");
+  EXPECT_FALSE(LinkerMap::Beside(image));
+  const std::string map = std::filesystem::path(image).replace_extension(".map").string();
+  std::filesystem::create_directory(map);
+  EXPECT_FALSE(LinkerMap::Beside(image));
+  std::filesystem::remove(map);
+  std::filesystem::create_symlink("/dev/zero", map);
+  EXPECT_FALSE(LinkerMap::Beside(image));
+  std::filesystem::remove(map);
 }
 
 TEST(LinkerMap, FindsAFunctionByItsDecoratedName) {

@@ -95,6 +95,43 @@ TEST_F(MachineTest, CountsTheInstructionsThatRan) {
   }
 }
 
+// 1: b 1b
+const Code kEndless = {0xEAFFFFFE};
+
+TEST_F(MachineTest, EndsCodeThatRunsOnAndCallsNoSystem) {
+  Machine& machine = MakeCode(kEndless, {.instruction_limit = 1'000'000});
+  try {
+    Call();
+    FAIL() << "came back";
+  } catch (const harness::ImageFault& fault) {
+    EXPECT_THAT(fault.what(), HasSubstr("ran 1000000 instructions without an end, and called no "
+                                        "system (in the block at image+0x1000"));
+  }
+  EXPECT_TRUE(machine.FirstFault());
+  // By itself as well.
+  MakeCode(kEndless);
+  EXPECT_THROW(Call(), harness::ImageFault);
+}
+
+TEST_F(MachineTest, AsksTheWatchNowAndThenWhetherCodeMayGoOn) {
+  struct Enough {};
+  Machine& machine = MakeCode(kEndless);
+  unsigned asked = 0;
+  sim::TheWorld().kernel.SetWatch([&] {
+    if (++asked == 5) throw Enough();
+  });
+  EXPECT_THROW(Call(), Enough);
+  EXPECT_EQ(asked, 5u);
+  EXPECT_NEAR(static_cast<double>(machine.Instructions()), 500'000, 10);
+  EXPECT_FALSE(machine.FirstFault());
+}
+
+TEST_F(MachineTest, AsksNoWatchWhenLittleRuns) {
+  MakeCode({0xE3A01064, 0xE2511001, 0x1AFFFFFD, 0xE12FFF1E});
+  sim::TheWorld().kernel.SetWatch([] { FAIL() << "was asked"; });
+  for (int call = 0; call < 1000; ++call) Call();
+}
+
 TEST_F(MachineTest, RunsRelocatedCodeAtEachBase) {
   // ldr r1, [pc, #12]; ldr r0, [r1]; add r2, r0, #1; str r2, [r1]; bx lr
   ToyImage toy;

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <functional>
 
+#include "device/emulator/machine.h"
 #include "tests/device/emulator/toy_image.h"
 
 namespace emulator {
@@ -78,8 +79,10 @@ TEST(EmulatorPeImage, LeavesOneRelocationOutWhenTold) {
   EXPECT_EQ(WordAt(memory, 0x2100), 0x10001000u);
 }
 
-TEST(EmulatorPeImage, RefusesAFileThatIsNotThere) {
-  EXPECT_THROW(PeImage::Load("/nonexistent/VexoCtrlSDK.DLL"), BadImage);
+TEST(EmulatorPeImage, RefusesAFileThatCannotBeRead) {
+  for (const char* path : {"", "/", "/dev/zero", "/nonexistent/VexoCtrlSDK.DLL"}) {
+    EXPECT_THROW(PeImage::Load(path), BadImage) << path;
+  }
 }
 
 using File = std::vector<std::uint8_t>;
@@ -143,6 +146,19 @@ const Refusal kRefusals[] = {
     {"ForwardedExport", Word(At(0x3840), 0x3A00), "forwarded"},
     {"ImportSlotOutside", Word(At(0x3000) + 16, 0x8000), "slot of"},
     {"ImportNameOutside", Word(At(0x3200), 0x7FFFFFF0), "the image ends"},
+    {"ImportWithoutAName", [](File& file) { file[At(0x322A)] = 0; }, "without a name"},
+    {"ImportNotAscii", [](File& file) { file[At(0x322A)] = 0xE9; }, "no ASCII text"},
+    {"ImportNameTooLong",
+     [](File& file) {
+       for (std::uint32_t i = 0; i < 256; ++i) file[At(0x322A + i)] = 'n';
+     },
+     "more than 255 characters"},
+    {"ImportedLibraryNameTooLong",
+     [](File& file) {
+       for (std::uint32_t i = 0; i < 32; ++i) file[At(0x3208 + i)] = 'n';
+     },
+     "more than 31 characters"},
+    {"TooManyExports", Word(At(0x3818), 0x10001), "65537 exported names"},
     {"RelocationOfAnUnknownType", Half(At(0x4008), 0x5008), "type 5"},
     {"RelocationOfNoWord", Half(At(0x4008), 0x3006), "of no word"},
     {"RelocationOutside", Word(At(0x4000), 0x9000), "of no word"},
@@ -157,6 +173,45 @@ const Refusal kRefusals[] = {
      },
      "function table"},
 };
+
+// Reads it, and puts it where the device would; either may refuse it.
+void Take(const File& file, unsigned& taken) {
+  try {
+    const Machine machine(PeImage::Parse(file));
+    ++taken;
+  } catch (const BadImage&) {
+  }
+}
+
+TEST(EmulatorPeImage, TakesOrRefusesAFileOfWhichAByteIsDamaged) {
+  const File file = Toy().Bytes();
+  for (const std::uint8_t mask : {0x01, 0x80, 0xFF}) {
+    unsigned taken = 0;
+    // Headers, tables and relocations; what lies between is code and zeros.
+    for (const auto& [begin, end] : {std::pair<std::size_t, std::size_t>{0, 0x420},
+                                     {At(0x2000), At(0x2010)},
+                                     {At(0x3000), At(0x3280)},
+                                     {At(0x3800), At(0x3B20)},
+                                     {At(0x4000), At(0x4020)}}) {
+      for (std::size_t at = begin; at < end; ++at) {
+        File damaged = file;
+        damaged[at] ^= mask;
+        EXPECT_NO_THROW(Take(damaged, taken)) << at;
+      }
+    }
+    EXPECT_GT(taken, 100u);
+  }
+}
+
+TEST(EmulatorPeImage, RefusesAFileCutAtAnyLength) {
+  const File file = Toy().Bytes();
+  for (std::size_t size = 0; size < file.size(); size += size < 0x420 ? 1 : 61) {
+    EXPECT_THROW(
+        PeImage::Parse(File(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size))),
+        BadImage)
+        << size;
+  }
+}
 
 INSTANTIATE_TEST_SUITE_P(Files, EmulatorPeImageRefuses, testing::ValuesIn(kRefusals),
                          [](const auto& refusal) { return std::string(refusal.param.name); });

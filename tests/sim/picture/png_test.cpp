@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -60,8 +61,18 @@ TEST(Png, SaysWhichFileItCouldNotWriteOrRead) {
     return "no exception";
   };
   const std::string nowhere = "/no/such/directory/picture.png";
-  EXPECT_EQ(message([&] { WritePng(SmallImage(), nowhere); }).find(nowhere + ": "), 0u);
+  EXPECT_EQ(message([&] { WritePng(SmallImage(), nowhere); }),
+            "cannot write " + nowhere + ": No such file or directory");
   EXPECT_EQ(message([&] { ReadPng(nowhere); }).find(nowhere + ": "), 0u);
+  EXPECT_EQ(message([&] { WritePng(SmallImage(), "screen.jpg"); }),
+            "expected the name of a picture that ends in .png, found 'screen.jpg'");
+  EXPECT_EQ(message([&] { WritePng(SmallImage(), "/dev/full"); }),
+            "cannot write /dev/full: No space left on device");
+}
+
+TEST(Png, LeavesADeviceThatItCannotFillWhereItIs) {
+  EXPECT_ANY_THROW(WritePng(SmallImage(), "/dev/full"));
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
 }
 
 }  // namespace

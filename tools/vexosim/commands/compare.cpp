@@ -14,12 +14,19 @@ void AddCompare(CLI::App& app, int& status) {
       app.add_subcommand("compare", "Runs scripts on the library and on its image for the device");
   compare->add_option("IMAGE", options->image, "VexoCtrlSDK.DLL for Windows CE on ARM")
       ->required()
-      ->type_name("");
-  compare->add_option("SCRIPT", options->scripts, "Script files")->required()->type_name("");
+      ->type_name("")
+      ->check(FileName());
+  compare->add_option("SCRIPT", options->scripts, "Script files")
+      ->required()
+      ->type_name("")
+      ->check(FileName());
   compare
       ->add_option("--image-base", options->bases,
-                   "Where the image is loaded; default: where it wants, and elsewhere")
-      ->type_name("ADDRESS");
+                   "Where the image is loaded, also several times; default: where it wants, and "
+                   "elsewhere")
+      ->type_name("ADDRESS")
+      ->transform(Address())
+      ->allow_extra_args(false);  // what follows is a script
   AddSeed(*compare, options->seed);
   compare->add_flag("--relocations", options->relocations,
                     "Also leaves out one base relocation after the other, and lists those that "

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 
+#include "files/output.h"
 #include "tools/vexosim/commands/commands.h"
 #include "tools/vexosim/commands/options.h"
 
@@ -21,6 +22,7 @@ void AddDemo(CLI::App& app, int& status) {
           "--picture", arguments->demo.picture,
           "Where the 4 x 4 live picture is written; the one of playback is written beside it")
       ->type_name("FILE.png")
+      ->check(PictureName())
       ->capture_default_str();
   AddImage(*demo, arguments->image);
   AddColour(*demo, arguments->colour);
@@ -29,8 +31,12 @@ void AddDemo(CLI::App& app, int& status) {
       "motion, goes through playback and back, and dumps a register page; each message to the "
       "host\n"
       "is printed in words as it arrives.\n"
-      "Exit status: 0 done, 1 something answered as no healthy board would.\n");
+      "Exit status: 0 done, 1 something answered as no healthy board would, 2 a file or the\n"
+      "command line is wrong.\n");
   demo->callback([arguments, &status] {
+    const std::vector<std::string> image = {arguments->image.file};
+    files::OutputFile::Check(arguments->demo.picture, image);
+    files::OutputFile::Check(PlaybackPicture(arguments->demo.picture), image);
     status = WithImage(arguments->image, [&](const emulator::Machine* machine) {
       arguments->demo.style = arguments->colour.Style();
       arguments->demo.machine = machine;

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "tools/vexosim/commands/commands.h"
+#include "tools/vexosim/commands/options.h"
 #include "tools/vexosim/commands/trace_options.h"
 
 namespace vexosim {
@@ -13,8 +14,9 @@ void AddDiff(CLI::App& app, int& status) {
   CLI::App* diff = app.add_subcommand("diff", "Names the first difference of two traces in words");
   diff->add_option("A", options->a, "Trace (JSON lines), or capture (VCD or CSV)")
       ->required()
-      ->type_name("");
-  diff->add_option("B", options->b, "The other")->required()->type_name("");
+      ->type_name("")
+      ->check(FileName());
+  diff->add_option("B", options->b, "The other")->required()->type_name("")->check(FileName());
   diff->add_flag("--registers", options->registers,
                  "Accesses to registers alone, whenever and by whichever thread");
   AddCaptureColumns(*diff, options->columns);

@@ -1,9 +1,13 @@
 #include "tools/vexosim/commands/options.h"
 
+#include <charconv>
 #include <iostream>
 #include <map>
+#include <string_view>
 
 #include "device/emulator/exports.h"
+#include "files/output.h"
+#include "files/printable.h"
 #include "script/run.h"
 
 namespace vexosim {
@@ -12,7 +16,58 @@ namespace {
 const std::map<std::string, ColourChoice> kColourChoices = {
     {"auto", ColourChoice::Auto}, {"always", ColourChoice::Always}, {"never", ColourChoice::Never}};
 
+// A whole number of the script language: decimal or 0x-hexadecimal.
+std::optional<std::uint64_t> ReadNumber(std::string_view text) {
+  const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
+  if (hexadecimal) text.remove_prefix(2);
+  std::uint64_t value = 0;
+  const auto [end, error] = std::from_chars(text.begin(), text.end(), value, hexadecimal ? 16 : 10);
+  if (error != std::errc{} || end != text.end()) return std::nullopt;
+  return value;
+}
+
 }  // namespace
+
+CLI::Validator FileName() {
+  return {[](const std::string& text) {
+            return text.empty() ? std::string("expected a file name, found ''") : std::string();
+          },
+          ""};
+}
+
+CLI::Validator PictureName() {
+  return {[](const std::string& text) {
+            return files::HasEnding(text, ".png")
+                       ? std::string()
+                       : "expected a file name that ends in .png, found '" + text + "'";
+          },
+          ""};
+}
+
+CLI::Validator WholeNumber(std::uint64_t least, std::uint64_t most) {
+  return {[=](std::string& text) {
+            const auto value = ReadNumber(text);
+            if (!value || *value < least || *value > most) {
+              return "expected a whole number from " + std::to_string(least) + " to " +
+                     std::to_string(most) + ", found '" + text + "'";
+            }
+            text = std::to_string(*value);
+            return std::string();
+          },
+          ""};
+}
+
+CLI::Validator Address() {
+  return {[](std::string& text) {
+            const auto value = ReadNumber(text);
+            if (!value || *value > std::numeric_limits<std::uint32_t>::max()) {
+              return "expected an address of 32 bits, found '" + text + "'";
+            }
+            text = std::to_string(*value);
+            return std::string();
+          },
+          ""};
+}
 
 PictureStyle ColourOption::Style() const { return StandardOutputStyle(kColourChoices.at(word)); }
 
@@ -33,9 +88,11 @@ void AddImage(CLI::App& app, ImageOptions& image) {
              "--image", image.file,
              "Runs this image, VexoCtrlSDK.DLL for Windows CE on ARM, on an emulated device\n"
              "instead of the library in this program")
-          ->type_name("FILE.DLL");
+          ->type_name("FILE.DLL")
+          ->check(FileName());
   app.add_option("--image-base", image.base, "Where the image is loaded; default: where it wants")
       ->type_name("ADDRESS")
+      ->transform(Address())
       ->needs(file);
 }
 
@@ -49,14 +106,15 @@ int WithImage(const ImageOptions& options,
     const emulator::ImageInUse in_use(machine);
     return run(&machine);
   } catch (const emulator::BadImage& error) {
-    std::cerr << "vexosim: " << error.what() << std::endl;
+    std::cerr << "vexosim: " << files::Printable(error.what()) << std::endl;
     return script::kExitWrong;
   }
 }
 
 void AddSeed(CLI::App& app, std::uint64_t& seed) {
   app.add_option("--seed", seed, "Chooses among threads that could run; 0: the fixed order")
-      ->type_name("N");
+      ->type_name("N")
+      ->transform(WholeNumber());
 }
 
 }  // namespace vexosim

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -11,6 +12,14 @@
 #include "tools/vexosim/terminal.h"
 
 namespace vexosim {
+
+// What an option may be; each says what was expected and what was found.
+CLI::Validator FileName();     // not empty
+CLI::Validator PictureName();  // FILE.png
+// Numbers are decimal or 0x-hexadecimal; these are transforms.
+CLI::Validator WholeNumber(std::uint64_t least = 0,
+                           std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
+CLI::Validator Address();
 
 // --color auto|always|never.
 struct ColourOption {

@@ -7,6 +7,7 @@
 #include "files/exit_status.h"
 #include "files/output.h"
 #include "tools/vexosim/commands/commands.h"
+#include "tools/vexosim/commands/options.h"
 #include "tools/vexosim/commands/trace_options.h"
 #include "tools/vexosim/traces/events.h"
 
@@ -49,9 +50,13 @@ void AddReplay(CLI::App& app, int& status) {
   };
   const auto arguments = std::make_shared<Arguments>();
   CLI::App* replay = app.add_subcommand("replay", "Makes a script that gives a trace again");
-  replay->add_option("FILE", arguments->file, "Trace (JSON lines)")->required()->type_name("");
+  replay->add_option("FILE", arguments->file, "Trace (JSON lines)")
+      ->required()
+      ->type_name("")
+      ->check(FileName());
   replay->add_option("-o,--output", arguments->script, "Where the script is written, else printed")
-      ->type_name("FILE.vexo");
+      ->type_name("FILE.vexo")
+      ->check(FileName());
   replay->footer(
       "The script makes the same calls with the same records, changes the board in the same way\n"
       "and lets the same time pass.\n"

@@ -4,14 +4,15 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <vector>
 
+#include "files/input.h"
 #include "files/output.h"
 #include "script/line.h"
 #include "tools/vexosim/commands/commands.h"
 #include "tools/vexosim/commands/options.h"
-#include "tools/vexosim/commands/trace_options.h"
+#include "tools/vexosim/commands/session_options.h"
 #include "tools/vexosim/listing/terminal_surroundings.h"
-#include "tools/vexosim/traces/vcd_sink.h"
 
 namespace vexosim {
 namespace {
@@ -38,13 +39,18 @@ constexpr const char* kIntroduction =
     "  expect message 0x2403          # the host is told\n"
     "\n";
 
+constexpr const char* kExitStatus =
+    "\n"
+    "Exit status: 0 done, 1 an expectation was not met or the run had to be ended, 2 the script, "
+    "a\n"
+    "file or the command line is wrong.\n";
+
 struct Arguments {
   ImageOptions image;
   std::string script;
   std::optional<std::string> variant;
-  std::string trace;
   std::string picture;
-  VcdOptions vcd;
+  SessionOptions session;
   bool registers = false;
   bool quiet = false;
   std::uint64_t seed = 0;
@@ -58,52 +64,30 @@ int Run(const Arguments& arguments, const emulator::Machine* machine) {
   options.quiet = arguments.quiet;
   options.seed = arguments.seed;
   options.registers = arguments.registers;
-  if (!arguments.picture.empty()) options.picture = arguments.picture;
-
-  std::ifstream script;
+  options.limits = arguments.session.Limits();
   const bool standard_input = arguments.script == "-";
-  if (!standard_input) {
-    script.open(arguments.script);
-    if (!script || script.peek() == std::ifstream::traits_type::eof()) {
-      // A folder opens but cannot be read; an empty file is an empty script.
-      script.clear();
-      std::ifstream again(arguments.script);
-      std::string line;
-      if (!again.is_open() || (!std::getline(again, line) && again.bad())) {
-        std::cerr << "vexosim: cannot read " << arguments.script << std::endl;
-        return script::kExitWrong;
-      }
-    }
+  const std::string script_file = standard_input ? "/dev/stdin" : arguments.script;
+  std::ifstream script;
+  if (standard_input) {
+    files::CheckStandardInput();
+  } else {
+    script = files::OpenInput(script_file);
   }
-  std::ofstream trace;
-  if (!arguments.trace.empty()) {
-    trace.open(arguments.trace);
-    if (!trace) {
-      std::cerr << "vexosim: cannot write " << arguments.trace << std::endl;
-      return script::kExitWrong;
-    }
-    options.trace = &trace;
+  const std::vector<std::string> inputs = {script_file, arguments.image.file};
+  SessionOutputs outputs(arguments.session, inputs);
+  options.sinks = outputs.Sinks();
+  if (!arguments.picture.empty()) {
+    options.picture = arguments.picture;
+    std::vector<std::string> others = inputs;
+    others.insert(others.end(), {arguments.session.trace, arguments.session.vcd.file});
+    files::OutputFile::Check(arguments.picture, others);
   }
-  std::optional<files::OutputFile> waveform;
-  std::optional<VcdSink> vcd;
-  if (!arguments.vcd.file.empty()) {
-    waveform.emplace(arguments.vcd.file, std::vector{arguments.script, arguments.trace},
-                     files::Appears::AsItGrows);
-    options.sinks.push_back(&vcd.emplace(waveform->Stream(), arguments.vcd.cycle_ns,
-                                         [&waveform] { waveform->Restart(); }));
-  }
+  const InterruptWatch interrupts;
   TerminalSurroundings around(arguments.colour.Style(), Progress::OnTerminal());
   const int status = script::RunScript(standard_input ? std::cin : script,
                                        standard_input ? "<stdin>" : arguments.script, options,
                                        around, std::cout, std::cerr);
-  if (vcd && status != script::kExitWrong) {
-    vcd->Finish();
-    waveform->Commit();
-  }
-  if (trace.is_open() && !trace.flush()) {
-    std::cerr << "vexosim: cannot write " << arguments.trace << std::endl;
-    return script::kExitWrong;
-  }
+  outputs.Commit();
   return status;
 }
 
@@ -114,22 +98,23 @@ void AddRun(CLI::App& app, int& status) {
   CLI::App* run = app.add_subcommand("run", "Runs a script");
   run->add_option("SCRIPT", arguments->script, "Script file, or - for standard input")
       ->required()
-      ->type_name("");
+      ->type_name("")
+      ->check(FileName());
   run->add_option("--variant", arguments->variant, "Runs this variant of the script, not all")
       ->type_name("NAME");
-  run->add_option("--trace", arguments->trace, "Writes the trace as JSON lines")->type_name("FILE");
   run->add_option("--picture", arguments->picture, "Writes the screen at the end")
-      ->type_name("FILE.png");
+      ->type_name("FILE.png")
+      ->check(PictureName());
   run->add_flag("--registers", arguments->registers,
                 "Prints all register pages at the end, with the names of registers; * marks what "
                 "changed since attach");
-  AddVcd(*run, arguments->vcd);
+  AddSessionOptions(*run, arguments->session);
   AddSeed(*run, arguments->seed);
   run->add_flag("--quiet", arguments->quiet,
                 "Only what the script prints, and the expectations that are not met");
   AddImage(*run, arguments->image);
   AddColour(*run, arguments->colour);
-  run->footer(kIntroduction + script::LanguageHelp());
+  run->footer(kIntroduction + script::LanguageHelp() + kExitStatus);
   run->callback([arguments, &status] {
     status = WithFiles([&] {
       return WithImage(arguments->image,

@@ -2,6 +2,8 @@
 
 #include <map>
 
+#include "tools/vexosim/commands/options.h"
+
 namespace vexosim {
 namespace {
 
@@ -32,7 +34,8 @@ script::Limits SessionOptions::Limits() const {
 
 void AddSessionOptions(CLI::App& app, SessionOptions& options) {
   app.add_option("--trace", options.trace, "Writes the trace as JSON lines, as it happens")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(FileName());
   AddVcd(app, options.vcd);
   AddTime(app, "--limit", options.limit_ms, "Ends the run when the board's time reaches this");
   AddTime(app, "--limit-real", options.limit_real_ms, "Ends the run after this much real time");
@@ -60,8 +63,9 @@ std::vector<script::TraceSink*> SessionOutputs::Sinks() {
 }
 
 void SessionOutputs::Commit() {
-  if (trace_file_) trace_file_->Commit();
-  if (waveform_) {
+  // Of a script that never ran nothing is left.
+  if (trace_ && trace_->Begun()) trace_file_->Commit();
+  if (waveform_ && waveform_->Begun()) {
     waveform_->Finish();
     waveform_file_->Commit();
   }

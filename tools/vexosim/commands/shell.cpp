@@ -52,10 +52,12 @@ void AddShell(CLI::App& app, int& status) {
   const auto arguments = std::make_shared<Arguments>();
   ShellOptions& options = arguments->shell;
   CLI::App* shell = app.add_subcommand("shell", "A console for lines of the script language");
-  shell->add_option("SCRIPT", arguments->script, "Lines to begin with")->type_name("");
+  shell->add_option("SCRIPT", arguments->script, "Lines to begin with")
+      ->type_name("")
+      ->check(FileName());
   shell->add_option("--chips", options.chips, "How many chips are fitted, four channels each")
       ->type_name("N")
-      ->check(CLI::Range(1, int{kChipsMax}))
+      ->transform(WholeNumber(1, kChipsMax))
       ->capture_default_str();
   shell->add_flag("--pal", options.pal, "PAL cameras and stored standard, else NTSC");
   shell->add_flag("--bare", options.bare, "Leaves the library unattached");
@@ -65,7 +67,9 @@ void AddShell(CLI::App& app, int& status) {
   AddColour(*shell, arguments->colour);
   shell->footer(kIntroduction);
   shell->callback([arguments, &status] {
-    status = WithImage(arguments->image, [&](const emulator::Machine*) { return Run(*arguments); });
+    status = WithFiles([&] {
+      return WithImage(arguments->image, [&](const emulator::Machine*) { return Run(*arguments); });
+    });
   });
 }
 

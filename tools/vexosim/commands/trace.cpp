@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <iostream>
+#include <limits>
 #include <memory>
 
 #include "files/exit_status.h"
@@ -7,6 +8,7 @@
 #include "script/register_names.h"
 #include "script/words.h"
 #include "tools/vexosim/commands/commands.h"
+#include "tools/vexosim/commands/options.h"
 #include "tools/vexosim/commands/trace_options.h"
 #include "tools/vexosim/traces/events.h"
 #include "tools/vexosim/traces/show_trace.h"
@@ -14,6 +16,8 @@
 
 namespace vexosim {
 namespace {
+
+constexpr std::uint64_t kLatest = std::numeric_limits<std::uint32_t>::max();
 
 struct Arguments {
   std::string file;
@@ -74,7 +78,8 @@ void AddTrace(CLI::App& app, int& status) {
   CLI::App* trace = app.add_subcommand("trace", "Shows a trace, or a capture of a bus, in words");
   trace->add_option("FILE", arguments->file, "Trace (JSON lines), or capture (VCD or CSV)")
       ->required()
-      ->type_name("");
+      ->type_name("")
+      ->check(FileName());
   trace
       ->add_option_function<std::string>(
           "--chip",
@@ -106,8 +111,12 @@ void AddTrace(CLI::App& app, int& status) {
           "Only what this thread did: host or worker")
       ->type_name("THREAD")
       ->check(CLI::IsMember({"host", "worker"}));
-  trace->add_option("--from", filter.from_ms, "Only from this time on")->type_name("MS");
-  trace->add_option("--to", filter.to_ms, "Only until this time")->type_name("MS");
+  trace->add_option("--from", filter.from_ms, "Only from this time on")
+      ->type_name("MS")
+      ->transform(WholeNumber(0, kLatest));
+  trace->add_option("--to", filter.to_ms, "Only until this time")
+      ->type_name("MS")
+      ->transform(WholeNumber(0, kLatest));
   trace->add_flag("--calls", filter.calls, "Only calls and what they returned");
   trace->add_flag("--summary", arguments->summary,
                   "A table instead: bus cycles and register accesses of each kind of call");

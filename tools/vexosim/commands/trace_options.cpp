@@ -4,6 +4,7 @@
 
 #include "files/exit_status.h"
 #include "files/file_error.h"
+#include "tools/vexosim/commands/options.h"
 
 namespace vexosim {
 
@@ -26,7 +27,8 @@ void AddCaptureColumns(CLI::App& app, CaptureColumns& columns) {
 void AddVcd(CLI::App& app, VcdOptions& vcd) {
   CLI::Option* file =
       app.add_option("--vcd", vcd.file, "Writes the bus as a waveform, for GTKWave and others")
-          ->type_name("FILE.vcd");
+          ->type_name("FILE.vcd")
+          ->check(FileName());
   app.add_option("--cycle-ns", vcd.cycle_ns, "How long a bus cycle is in the waveform")
       ->type_name("N")
       ->check(CLI::Range(kLeastCycleNs, kMostCycleNs))

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "files/input.h"
+
 namespace vexosim {
 namespace {
 
@@ -17,10 +19,13 @@ std::optional<std::string> Environment(const char* name) {
 
 LineHistory::LineHistory(std::optional<std::string> path) : path_(std::move(path)) {
   if (!path_) return;
-  std::ifstream file(*path_);
-  std::string line;
-  while (std::getline(file, line)) {
-    if (!line.empty()) lines_.push_back(line);
+  try {
+    files::LineInput file(*path_);
+    for (std::string line; file.Next(line);) {
+      if (!line.empty()) lines_.push_back(line);
+    }
+  } catch (const files::FileError&) {
+    // What is no history is none; what was read of it is kept.
   }
   if (lines_.size() <= kMost) return;
   DropOldest();
