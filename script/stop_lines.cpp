@@ -70,7 +70,10 @@ Step ParseMessage(Arguments& arguments) {
   point.kind = StopPoint::Kind::Message;
   const std::string name(arguments.Peek());
   const auto named = FindMessage(name);
-  point.number = named ? *named : arguments.Number("a message's number or name (help messages)");
+  if (!named && !arguments.AtNumber()) {
+    arguments.Expected("a message's number or name (help messages)", MessageNames());
+  }
+  point.number = named ? *named : arguments.Number("a message's number");
   if (named) arguments.Text("a message");
   point.words = "message " + sim::Hex(point.number, 4) + (named ? ' ' + name : "");
   return AddPoint(point);
