@@ -47,8 +47,8 @@ _vexosim() {
       valued=' --picture --image --image-base --color --colour '
       ;;
     run)
-      options='-h --help --variant --trace --picture --registers --vcd --cycle-ns --seed --quiet --image --image-base --color --colour'
-      valued=' --variant --trace --picture --vcd --cycle-ns --seed --image --image-base --color --colour '
+      options='-h --help --variant --picture --registers --trace --vcd --cycle-ns --limit --limit-real --seed --quiet --image --image-base --color --colour'
+      valued=' --variant --picture --trace --vcd --cycle-ns --limit --limit-real --seed --image --image-base --color --colour '
       ;;
     shell)
       options='-h --help --chips --pal --bare --trace --vcd --cycle-ns --limit --limit-real --seed --image --image-base --color --colour'
@@ -96,10 +96,12 @@ _vexosim() {
     'demo --image-base') : ;;
     'demo --color' | 'demo --colour') _vexosim_words 'auto always never' ;;
     'run --variant') : ;;
-    'run --trace') _vexosim_files ;;
     'run --picture') _vexosim_files '[pP][nN][gG]' ;;
+    'run --trace') _vexosim_files ;;
     'run --vcd') _vexosim_files '[vV][cC][dD]' ;;
     'run --cycle-ns') : ;;
+    'run --limit') : ;;
+    'run --limit-real') : ;;
     'run --seed') : ;;
     'run --image') _vexosim_files '[dD][lL][lL]' ;;
     'run --image-base') : ;;

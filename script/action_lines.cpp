@@ -158,7 +158,7 @@ Step ParseRun(Arguments& arguments) {
       }
     } catch (const Ended& ended) {
       // The host was in no call: what has passed has passed.
-      if (ended.why != Ended::Why::Interrupt) throw;
+      if (ended.why != Ended::Why::Interrupt || !session.Runner().Interactive()) throw;
       around.ForgetInterrupt();
       const std::uint32_t passed = session.World().kernel.Now() - begin;
       session.Runner().Shorten("run " + std::to_string(passed));

@@ -46,6 +46,7 @@ Interpreter::Interpreter(const InterpreterOptions& options, Surroundings& around
 Interpreter::~Interpreter() {
   sim::TheWorld().kernel.SetWatch(nullptr);
   End();
+  sim::TheWorld().trace.RemoveListeners();  // what the sinks have
 }
 
 void Interpreter::Start() {
@@ -278,6 +279,7 @@ void Interpreter::ShowWhere() {
   Note("stopped: " + stopped_.back());
   Note("  in '" + acting_ + "', " + (host ? "the host's thread" : "the worker") + ", bus cycle " +
        std::to_string(world.trace.Cycles()) + ", " + std::to_string(world.kernel.Now()) + " ms");
+  if (!options_.stacks) return;
   for (const std::string& frame : LibraryStack()) Note("  " + frame);
 }
 
@@ -343,8 +345,11 @@ void Interpreter::TurnBack(std::size_t lines) {
   for (std::size_t i = 0; i < std::min(lines, log_.size()); ++i) {
     replayed_.push_back(std::move(log_[i]));
   }
+  // What was seen can still be compared with.
+  auto moments = std::move(session_->moments);
   End();
   Start();
+  session_->moments = std::move(moments);
   SetReplaying(true);
 }
 

@@ -46,6 +46,7 @@ class ScriptSource : public LineSource {
 struct InterpreterOptions {
   bool interactive = false;  // somebody types: no echo, and what goes wrong does not end the run
   bool quiet = false;        // only unmet expectations, and what the script prints
+  bool stacks = true;        // shows the library's call stack at stops
   std::uint64_t seed = 0;
   Limits limits;
   std::vector<TraceSink*> sinks;
@@ -84,6 +85,7 @@ class Interpreter {
   Switches switches;
   StopPoints& Stops() { return *stops_; }
 
+  bool Interactive() const { return options_.interactive; }
   bool Stopped() const { return !stopped_.empty(); }
   void Continue();
   void StepCycle();

@@ -35,7 +35,7 @@ std::string InWords(const RegisterSet& set) {
   return {};
 }
 
-Step AddPoint(StopPoint point) {
+Step AddPoint(const StopPoint& point) {
   return [=](Session& session) { session.Runner().Stops().Add(point); };
 }
 
@@ -51,7 +51,7 @@ Step ParseAccess(Arguments& arguments, StopPoint::Kind kind) {
   const bool numbered = name == "page";
   point.registers = ParseRegisterSet(arguments);
   point.words += numbered ? " " + InWords(point.registers) : " \"" + name + '"';
-  return AddPoint(std::move(point));
+  return AddPoint(point);
 }
 
 Step ParseWrite(Arguments& arguments) { return ParseAccess(arguments, StopPoint::Kind::Write); }
@@ -62,7 +62,7 @@ Step ParseText(Arguments& arguments) {
   point.kind = StopPoint::Kind::Text;
   point.text = arguments.Text("a text");
   point.words = "text \"" + point.text + '"';
-  return AddPoint(std::move(point));
+  return AddPoint(point);
 }
 
 Step ParseMessage(Arguments& arguments) {
@@ -72,7 +72,7 @@ Step ParseMessage(Arguments& arguments) {
   point.number = named ? *named : arguments.Number("a message's number or name (help messages)");
   if (named) arguments.Text("a message");
   point.words = "message " + sim::Hex(point.number, 4);
-  return AddPoint(std::move(point));
+  return AddPoint(point);
 }
 
 Step ParseCycle(Arguments& arguments) {
@@ -80,7 +80,7 @@ Step ParseCycle(Arguments& arguments) {
   point.kind = StopPoint::Kind::Cycle;
   point.cycle = arguments.Number("the number of a bus cycle", 1);
   point.words = "cycle " + std::to_string(point.cycle);
-  return AddPoint(std::move(point));
+  return AddPoint(point);
 }
 
 Step ParseList(Arguments&) {

@@ -34,6 +34,7 @@ class StreamSink : public TraceSink {
     world.trace.AddListener(*listener_);
   }
   bool CanBeginAgain() const override { return restart_ != nullptr; }
+  bool Begun() const { return listener_.has_value(); }
 
  private:
   std::ostream& out_;

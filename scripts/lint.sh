@@ -114,10 +114,10 @@ lint_group() {
   headers="${headers// /|}"
   local -a sources=()
   mapfile -t sources < <(find "$@" -maxdepth 1 -name '*.cpp' | sort | grep -E "$only")
+  ((${#sources[@]})) || return 0
   # The device's system needs nothing of what stands in for it on the desktop.
   [[ "$how" != device ]] ||
     mapfile -t sources < <(printf '%s\n' "${sources[@]}" | grep -v /desktop.cpp)
-  ((${#sources[@]})) || return 0
   if [[ -z "$only" ]]; then
     sum="$({ flags "$how"; cat "${sources[@]}" "$work/settings"; } | sha1sum)"
     [[ "$(cat "$work/$name.ok" 2>/dev/null)" != "$sum" ]] || return 0

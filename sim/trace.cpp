@@ -17,6 +17,11 @@ void Trace::RemoveListener(TraceListener& listener) {
   std::erase(cycle_listeners_, &listener);
 }
 
+void Trace::RemoveListeners() {
+  listeners_.clear();
+  cycle_listeners_.clear();
+}
+
 void Trace::KeepCycle(const Event& event) {
   if (events_.size() < capacity_) events_.push_back(event);
   for (TraceListener* listener : cycle_listeners_) listener->OnEvent(event, nullptr);

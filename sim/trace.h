@@ -130,6 +130,7 @@ class Trace {
   // what added the event, which is kept.
   void AddListener(TraceListener& listener, Hears hears = Hears::Everything);
   void RemoveListener(TraceListener& listener);
+  void RemoveListeners();
 
   void AddCycle(std::uint32_t t, By by, bool load, BusWindow window, std::uint8_t value) {
     ++cycles_;

@@ -49,8 +49,9 @@ class InterpreterTest : public testing::Test {
     harness::Restart();
   }
 
-  void Begin(InterpreterOptions options) {
+  void Begin(InterpreterOptions options, bool stacks = false) {
     options.interactive = true;
+    options.stacks = stacks;  // they take long in a program as large as this one
     run_.reset();
     run_.emplace(options, around_, out_, out_);
     Type(kBringUp);
@@ -129,6 +130,14 @@ TEST_F(InterpreterTest, BackPutsSwitchesAndStopsBackToo) {
   EXPECT_EQ(Type("pip stop\n"), "      vexo pip stop\n      = 0\n");
 }
 
+TEST_F(InterpreterTest, RegistersOfAMomentThatWasLeftCanStillBeComparedWith) {
+  Type("mark fork\nlsplit 6 0\nmark sixteen\nback fork\nlsplit 0 0\n");
+  EXPECT_THAT(Type("diff sixteen\n"), HasSubstr("window 0"));
+  EXPECT_THAT(Type("back sixteen\n"), HasSubstr("there is no mark 'sixteen'"));
+  EXPECT_THAT(Type("back fork\nlsplit 6 0\ndiff sixteen\n"),
+              AllOf(Not(HasSubstr("window 0")), EndsWith("no register differs\n")));
+}
+
 TEST_F(InterpreterTest, AVirtualHourIsTurnedBackExactly) {
   Type("run 3600000\nmark hour\n");
   const std::string hour = Everything();
@@ -200,6 +209,7 @@ TEST_F(InterpreterTest, AtAStopTheBoardHasWhatWasWritten) {
 }
 
 TEST_F(InterpreterTest, ShowsTheLibrarysStack) {
+  Begin({}, true);
   const std::string text = Type("break write slave1 \"window 0\"\nlsplit 5 0\n");
   EXPECT_THAT(
       text, AllOf(ContainsRegex("        WriteWindow \\(display/window_tables.cpp:[0-9]+\\)\n"),

@@ -34,6 +34,10 @@ class Demo {
 
   void Run() {
     harness::Restart();
+    const InterruptWatch interrupts;
+    World().kernel.SetWatch([] {
+      if (Interrupted()) throw Failed("interrupted");
+    });
     PowerOn();
     Layouts();
     Cameras();

@@ -11,9 +11,8 @@
 #include "script/line.h"
 #include "tools/vexosim/commands/commands.h"
 #include "tools/vexosim/commands/options.h"
-#include "tools/vexosim/commands/trace_options.h"
+#include "tools/vexosim/commands/session_options.h"
 #include "tools/vexosim/listing/terminal_surroundings.h"
-#include "tools/vexosim/traces/vcd_sink.h"
 
 namespace vexosim {
 namespace {
@@ -50,9 +49,8 @@ struct Arguments {
   ImageOptions image;
   std::string script;
   std::optional<std::string> variant;
-  std::string trace;
   std::string picture;
-  VcdOptions vcd;
+  SessionOptions session;
   bool registers = false;
   bool quiet = false;
   std::uint64_t seed = 0;
@@ -66,6 +64,7 @@ int Run(const Arguments& arguments, const emulator::Machine* machine) {
   options.quiet = arguments.quiet;
   options.seed = arguments.seed;
   options.registers = arguments.registers;
+  options.limits = arguments.session.Limits();
   const bool standard_input = arguments.script == "-";
   const std::string script_file = standard_input ? "/dev/stdin" : arguments.script;
   std::ifstream script;
@@ -74,35 +73,21 @@ int Run(const Arguments& arguments, const emulator::Machine* machine) {
   } else {
     script = files::OpenInput(script_file);
   }
+  const std::vector<std::string> inputs = {script_file, arguments.image.file};
+  SessionOutputs outputs(arguments.session, inputs);
+  options.sinks = outputs.Sinks();
   if (!arguments.picture.empty()) {
     options.picture = arguments.picture;
-    files::OutputFile::Check(arguments.picture, {script_file, arguments.image.file, arguments.trace,
-                                                 arguments.vcd.file});
+    std::vector<std::string> others = inputs;
+    others.insert(others.end(), {arguments.session.trace, arguments.session.vcd.file});
+    files::OutputFile::Check(arguments.picture, others);
   }
-  std::optional<files::OutputFile> trace;
-  if (!arguments.trace.empty()) {
-    trace.emplace(arguments.trace, std::vector{script_file, arguments.image.file},
-                  files::Appears::AsItGrows);
-    options.trace = &trace->Stream();
-  }
-  std::optional<files::OutputFile> waveform;
-  std::optional<VcdSink> vcd;
-  if (!arguments.vcd.file.empty()) {
-    waveform.emplace(arguments.vcd.file,
-                     std::vector{script_file, arguments.image.file, arguments.trace},
-                     files::Appears::AsItGrows);
-    options.sinks.push_back(&vcd.emplace(waveform->Stream(), arguments.vcd.cycle_ns,
-                                         [&waveform] { waveform->Restart(); }));
-  }
+  const InterruptWatch interrupts;
   TerminalSurroundings around(arguments.colour.Style(), Progress::OnTerminal());
   const int status = script::RunScript(standard_input ? std::cin : script,
                                        standard_input ? "<stdin>" : arguments.script, options,
                                        around, std::cout, std::cerr);
-  if (trace) trace->Commit();
-  if (vcd && status != script::kExitWrong) {
-    vcd->Finish();
-    waveform->Commit();
-  }
+  outputs.Commit();
   return status;
 }
 
@@ -117,16 +102,13 @@ void AddRun(CLI::App& app, int& status) {
       ->check(FileName());
   run->add_option("--variant", arguments->variant, "Runs this variant of the script, not all")
       ->type_name("NAME");
-  run->add_option("--trace", arguments->trace, "Writes the trace as JSON lines")
-      ->type_name("FILE")
-      ->check(FileName());
   run->add_option("--picture", arguments->picture, "Writes the screen at the end")
       ->type_name("FILE.png")
       ->check(PictureName());
   run->add_flag("--registers", arguments->registers,
                 "Prints all register pages at the end, with the names of registers; * marks what "
                 "changed since attach");
-  AddVcd(*run, arguments->vcd);
+  AddSessionOptions(*run, arguments->session);
   AddSeed(*run, arguments->seed);
   run->add_flag("--quiet", arguments->quiet,
                 "Only what the script prints, and the expectations that are not met");

@@ -57,8 +57,9 @@ std::vector<script::TraceSink*> SessionOutputs::Sinks() {
 }
 
 void SessionOutputs::Commit() {
-  if (trace_file_) trace_file_->Commit();
-  if (waveform_) {
+  // Of a script that never ran nothing is left.
+  if (trace_ && trace_->Begun()) trace_file_->Commit();
+  if (waveform_ && waveform_->Begun()) {
     waveform_->Finish();
     waveform_file_->Commit();
   }

@@ -67,7 +67,9 @@ void AddShell(CLI::App& app, int& status) {
   AddColour(*shell, arguments->colour);
   shell->footer(kIntroduction);
   shell->callback([arguments, &status] {
-    status = WithImage(arguments->image, [&](const emulator::Machine*) { return Run(*arguments); });
+    status = WithFiles([&] {
+      return WithImage(arguments->image, [&](const emulator::Machine*) { return Run(*arguments); });
+    });
   });
 }
 

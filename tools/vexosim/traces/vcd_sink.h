@@ -23,6 +23,7 @@ class VcdSink : public script::TraceSink {
     world.trace.AddListener(*writer_);
   }
   bool CanBeginAgain() const override { return restart_ != nullptr; }
+  bool Begun() const { return writer_.has_value(); }
   void Finish() {
     if (writer_) writer_->Finish();
   }
