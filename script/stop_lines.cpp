@@ -68,10 +68,11 @@ Step ParseText(Arguments& arguments) {
 Step ParseMessage(Arguments& arguments) {
   StopPoint point{};
   point.kind = StopPoint::Kind::Message;
-  const auto named = FindMessage(arguments.Peek());
+  const std::string name(arguments.Peek());
+  const auto named = FindMessage(name);
   point.number = named ? *named : arguments.Number("a message's number or name (help messages)");
   if (named) arguments.Text("a message");
-  point.words = "message " + sim::Hex(point.number, 4);
+  point.words = "message " + sim::Hex(point.number, 4) + (named ? ' ' + name : "");
   return AddPoint(point);
 }
 
