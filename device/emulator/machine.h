@@ -21,8 +21,8 @@
 namespace emulator {
 
 struct MachineOptions {
-  std::optional<std::uint32_t> base;     // none: the image's own
-  std::uint32_t stack_limit = 8 * 1024;  // bytes that a call may use
+  std::optional<std::uint32_t> base = {};  // none: the image's own
+  std::uint32_t stack_limit = 8 * 1024;    // bytes that a call may use
   // From one call of the system to the next; the library needs some thousands.
   std::uint64_t instruction_limit = 100'000'000;
 };

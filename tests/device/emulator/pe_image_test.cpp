@@ -185,7 +185,7 @@ void Take(const File& file, unsigned& taken) {
 
 TEST(EmulatorPeImage, TakesOrRefusesAFileOfWhichAByteIsDamaged) {
   const File file = Toy().Bytes();
-  for (const std::uint8_t mask : {0x01, 0x80, 0xFF}) {
+  for (const unsigned mask : {0x01u, 0x80u, 0xFFu}) {
     unsigned taken = 0;
     // Headers, tables and relocations; what lies between is code and zeros.
     for (const auto& [begin, end] : {std::pair<std::size_t, std::size_t>{0, 0x420},
@@ -195,7 +195,7 @@ TEST(EmulatorPeImage, TakesOrRefusesAFileOfWhichAByteIsDamaged) {
                                      {At(0x4000), At(0x4020)}}) {
       for (std::size_t at = begin; at < end; ++at) {
         File damaged = file;
-        damaged[at] ^= mask;
+        damaged[at] = static_cast<std::uint8_t>(damaged[at] ^ mask);
         EXPECT_NO_THROW(Take(damaged, taken)) << at;
       }
     }

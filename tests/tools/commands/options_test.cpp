@@ -31,8 +31,8 @@ struct CommandLine {
 
 void PrintTo(const CommandLine& line, std::ostream* out) { *out << line.name; }
 
-class CommandLines : public harness::FakeLibraryTest,
-                     public testing::WithParamInterface<CommandLine> {
+class RefusedCommandLines : public harness::FakeLibraryTest,
+                            public testing::WithParamInterface<CommandLine> {
  protected:
   void SetUp() override {
     harness::FakeLibraryTest::SetUp();
@@ -71,7 +71,7 @@ class CommandLines : public harness::FakeLibraryTest,
     return Main(static_cast<int>(argv.size()), argv.data());
   }
 
-  const std::string folder_ = test::TempPath("command_lines");
+  const std::string folder_ = test::TempPath("refused_command_lines");
   std::ostringstream out_;
   std::ostringstream err_;
 
@@ -80,7 +80,7 @@ class CommandLines : public harness::FakeLibraryTest,
   std::streambuf* old_err_ = nullptr;
 };
 
-TEST_P(CommandLines, GiveTheirStatusAndOneSentence) {
+TEST_P(RefusedCommandLines, GiveTheirStatusAndOneSentence) {
   const CommandLine& line = GetParam();
   EXPECT_EQ(Run(line.arguments), line.status) << err_.str();
   const std::string said = err_.str();
@@ -102,7 +102,7 @@ const CommandLine kSubcommands[] = {
     {"UnknownOption", {"run", "SCRIPT", "--speed", "1"}, kWrong, "--speed"},
     {"OneScriptTooMany", {"run", "SCRIPT", "SCRIPT"}, kWrong, "not expected"},
 };
-INSTANTIATE_TEST_SUITE_P(Subcommands, CommandLines, testing::ValuesIn(kSubcommands),
+INSTANTIATE_TEST_SUITE_P(Subcommands, RefusedCommandLines, testing::ValuesIn(kSubcommands),
                          [](const auto& test) { return std::string(test.param.name); });
 
 const CommandLine kNumbers[] = {
@@ -122,13 +122,27 @@ const CommandLine kNumbers[] = {
      kWrong,
      "--chips: expected a whole number from 1 to 4, found '5'"},
     {"NoChips", {"shell", "--chips", "0"}, kWrong, "found '0'"},
+    {"Limit", {"shell", "--limit", "2min", "--version"}, kWrong, "--version"},
+    {"NegativeLimit",
+     {"shell", "--limit", "-1ms"},
+     kWrong,
+     "--limit: expected a time as 10s: a whole number and ms, s, min, h or d, found '-1ms'"},
+    {"LimitWithoutUnit", {"shell", "--limit", "5"}, kWrong, "found '5'"},
+    {"LimitWithoutNumber", {"shell", "--limit-real", "s"}, kWrong, "found 's'"},
+    {"LimitOfAnotherUnit", {"shell", "--limit", "5weeks"}, kWrong, "found '5weeks'"},
+    {"LimitTooLarge", {"shell", "--limit", "300000000000d"}, kWrong, "found '300000000000d'"},
+    {"NegativeTime", {"trace", "SCRIPT", "--from", "-1"}, kWrong, "--from: expected a whole"},
+    {"CycleTooLong",
+     {"shell", "--vcd", "FOLDER/x.vcd", "--cycle-ns", "9999999"},
+     kWrong,
+     "--cycle-ns: expected a whole number"},
     {"BaseTooLarge",
      {"compare", "x", "SCRIPT", "--image-base", "0x100000000"},
      kWrong,
      "--image-base: expected an address of 32 bits, found '0x100000000'"},
     {"BaseWithoutImage", {"run", "SCRIPT", "--image-base", "0x10000"}, kWrong, "--image"},
 };
-INSTANTIATE_TEST_SUITE_P(Numbers, CommandLines, testing::ValuesIn(kNumbers),
+INSTANTIATE_TEST_SUITE_P(Numbers, RefusedCommandLines, testing::ValuesIn(kNumbers),
                          [](const auto& test) { return std::string(test.param.name); });
 
 const CommandLine kInputs[] = {
@@ -155,7 +169,7 @@ const CommandLine kInputs[] = {
      kWrong,
      "cannot read"},
 };
-INSTANTIATE_TEST_SUITE_P(Inputs, CommandLines, testing::ValuesIn(kInputs),
+INSTANTIATE_TEST_SUITE_P(Inputs, RefusedCommandLines, testing::ValuesIn(kInputs),
                          [](const auto& test) { return std::string(test.param.name); });
 
 const CommandLine kOutputs[] = {
@@ -176,6 +190,9 @@ const CommandLine kOutputs[] = {
      kWrong,
      "--picture: expected a file name that ends in .png, found 'a.jpg'"},
     {"DemoPictureOfAnotherKind", {"demo", "--picture", "a.jpg"}, kWrong, "ends in .png"},
+    {"EmptyWaveformName", {"shell", "--vcd", ""}, kWrong, "expected a file name, found ''"},
+    {"EmptyReplayName", {"replay", "SCRIPT", "-o", ""}, kWrong, "expected a file name, found ''"},
+    {"TraceOverTheShellsScript", {"shell", "SCRIPT", "--trace", "SCRIPT"}, kWrong, "cannot write"},
     {"EmptyPictureName", {"run", "SCRIPT", "--picture", ""}, kWrong, "found ''"},
     {"PictureInNoFolder",
      {"run", "SCRIPT", "--picture", "FOLDER/no/p.png"},
@@ -191,23 +208,23 @@ const CommandLine kOutputs[] = {
      kWrong,
      "cannot write"},
 };
-INSTANTIATE_TEST_SUITE_P(Outputs, CommandLines, testing::ValuesIn(kOutputs),
+INSTANTIATE_TEST_SUITE_P(Outputs, RefusedCommandLines, testing::ValuesIn(kOutputs),
                          [](const auto& test) { return std::string(test.param.name); });
 
-TEST_F(CommandLines, LeaveTheScriptAsItIsWhenTheyAreRefused) {
+TEST_F(RefusedCommandLines, LeaveTheScriptAsItIsWhenTheyAreRefused) {
   Run({"run", "SCRIPT", "--trace", "FOLDER/link.vexo"});
   std::string line;
   std::getline(std::ifstream(folder_ + "/script.vexo"), line);
   EXPECT_EQ(line, "attach");
 }
 
-TEST_F(CommandLines, EchoControlBytesOfAScriptAsNumbers) {
+TEST_F(RefusedCommandLines, EchoControlBytesOfAScriptAsNumbers) {
   std::ofstream(folder_ + "/script.vexo") << "attach\t# \x1B[31mred \xFF\r\n";
   EXPECT_EQ(Run({"run", "SCRIPT"}), kDone);
   EXPECT_THAT(out_.str(), HasSubstr("0 ms  attach\t# \\x1B[31mred \\xFF\n"));
 }
 
-TEST_F(CommandLines, TellWhatEachExitStatusMeansInEveryHelp) {
+TEST_F(RefusedCommandLines, TellWhatEachExitStatusMeansInEveryHelp) {
   for (const auto& arguments : std::vector<std::vector<std::string>>{{"--help"},
                                                                      {"demo", "--help"},
                                                                      {"run", "--help"},

@@ -12,6 +12,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "files/file_error.h"
 #include "tests/support/pseudo_terminal.h"
 #include "tests/support/temp_path.h"
 
@@ -99,6 +100,15 @@ TEST(PlainReader, GivesLineAfterLineAndShowsThem) {
   EXPECT_EQ(reader->Next(), "loss 2");
   EXPECT_EQ(reader->Next(), std::nullopt);
   EXPECT_EQ(out.str(), "vexosim> loss 1\nvexosim> \nvexosim> loss 2\n");
+}
+
+TEST(PlainReader, PrintsControlBytesAsNumbersAndReadsNoLineWithoutAnEnd) {
+  std::istringstream in("a\x1B[2Jb\n" + std::string(100000, 'x'));
+  std::ostringstream out;
+  const auto reader = MakePlainReader(in, out);
+  EXPECT_EQ(reader->Next(), "a\x1B[2Jb");
+  EXPECT_EQ(out.str(), "vexosim> a\\x1B[2Jb\n");
+  EXPECT_THROW(reader->Next(), files::FileError);
 }
 
 // ---- The terminal -------------------------------------------------------------------------------

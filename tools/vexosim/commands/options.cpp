@@ -1,5 +1,6 @@
 #include "tools/vexosim/commands/options.h"
 
+#include <algorithm>
 #include <charconv>
 #include <iostream>
 #include <map>
@@ -64,6 +65,25 @@ CLI::Validator Address() {
               return "expected an address of 32 bits, found '" + text + "'";
             }
             text = std::to_string(*value);
+            return std::string();
+          },
+          ""};
+}
+
+CLI::Validator Duration() {
+  return {[](std::string& text) {
+            static const std::map<std::string_view, std::uint64_t> kUnits = {
+                {"ms", 1}, {"s", 1'000}, {"min", 60'000}, {"h", 3'600'000}, {"d", 86'400'000}};
+            const std::string_view word = text;
+            const std::size_t digits = std::min(word.find_first_not_of("0123456789"), word.size());
+            const auto value = ReadNumber(word.substr(0, digits));
+            const auto unit = kUnits.find(word.substr(digits));
+            if (!value || unit == kUnits.end() ||
+                *value > std::numeric_limits<std::uint64_t>::max() / unit->second) {
+              return "expected a time as 10s: a whole number and ms, s, min, h or d, found '" +
+                     text + "'";
+            }
+            text = std::to_string(*value * unit->second);
             return std::string();
           },
           ""};

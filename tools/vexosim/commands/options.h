@@ -20,6 +20,7 @@ CLI::Validator PictureName();  // FILE.png
 CLI::Validator WholeNumber(std::uint64_t least = 0,
                            std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
 CLI::Validator Address();
+CLI::Validator Duration();  // becomes milliseconds
 
 // --color auto|always|never.
 struct ColourOption {

@@ -1,20 +1,14 @@
 #include "tools/vexosim/commands/session_options.h"
 
-#include <map>
-
 #include "tools/vexosim/commands/options.h"
 
 namespace vexosim {
 namespace {
 
 void AddTime(CLI::App& app, const std::string& name, std::uint64_t& ms, const std::string& help) {
-  static const std::map<std::string, std::uint64_t> kUnits = {
-      {"ms", 1}, {"s", 1'000}, {"min", 60'000}, {"h", 3'600'000}, {"d", 86'400'000}};
   app.add_option(name, ms, help + ": a number and ms, s, min, h or d")
       ->type_name("TIME")
-      ->transform(CLI::AsNumberWithUnit(
-          kUnits, CLI::AsNumberWithUnit::Options(CLI::AsNumberWithUnit::UNIT_REQUIRED |
-                                                 CLI::AsNumberWithUnit::CASE_SENSITIVE)));
+      ->transform(Duration());
 }
 
 // For a sink: empties the file, where that can be.

@@ -31,7 +31,7 @@ void AddVcd(CLI::App& app, VcdOptions& vcd) {
           ->check(FileName());
   app.add_option("--cycle-ns", vcd.cycle_ns, "How long a bus cycle is in the waveform")
       ->type_name("N")
-      ->check(CLI::Range(kLeastCycleNs, kMostCycleNs))
+      ->transform(WholeNumber(kLeastCycleNs, kMostCycleNs))
       ->capture_default_str()
       ->needs(file);
 }

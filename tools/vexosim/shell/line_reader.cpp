@@ -11,6 +11,8 @@
 #include <istream>
 #include <ostream>
 
+#include "files/input.h"
+#include "files/printable.h"
 #include "script/help/completion.h"
 #include "tools/vexosim/shell/terminal_input.h"
 #include "tools/vexosim/terminal.h"
@@ -20,17 +22,20 @@ namespace {
 
 class PlainReader : public LineReader {
  public:
-  PlainReader(std::istream& in, std::ostream& out) : in_(in), out_(out) {}
+  PlainReader(std::istream& in, std::ostream& out)
+      : lines_(in, "standard input", kLongestLine), out_(out) {}
 
   std::optional<std::string> Next() override {
     std::string line;
-    if (!std::getline(in_, line)) return std::nullopt;
-    out_ << kPrompt << line << std::endl;
+    if (!lines_.Next(line)) return std::nullopt;
+    out_ << kPrompt << files::Printable(line, kLongestLine) << std::endl;
     return line;
   }
 
  private:
-  std::istream& in_;
+  static constexpr std::size_t kLongestLine = std::size_t{64} << 10;
+
+  files::LineInput lines_;
   std::ostream& out_;
 };
 

@@ -24,7 +24,8 @@ bool OnTerminal();
 // Editing, history and completion on the terminal. `history` outlives the reader.
 std::unique_ptr<LineReader> MakeTerminalReader(const LineHistory& history);
 
-// Line after line, with the prompt and the line printed as a terminal would show them.
+// Line after line, with the prompt and the line printed as a terminal would show them. Its Next
+// throws files::FileError for a line without an end.
 std::unique_ptr<LineReader> MakePlainReader(std::istream& in, std::ostream& out);
 
 }  // namespace vexosim
