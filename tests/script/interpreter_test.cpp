@@ -290,6 +290,8 @@ TEST_F(InterpreterTest, QuietFoldsWhatComesAgain) {
   EXPECT_THAT(Type("quiet on\nrun 60000\n"),
               ContainsRegex("^      > 0x2404 motion status: mask 0x0000: no motion, 6[0-9] times, "
                             "the last at [0-9]+ ms\n$"));
+  // A text's blank at the end is left out.
+  EXPECT_THAT(Type("window deaf\nrun 20000\n"), ContainsRegex("0x000005B4, [0-9] times, the last"));
 }
 
 TEST_F(InterpreterTest, MessagesHaveTheTimeAtWhichTheyCame) {

@@ -197,6 +197,9 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
       {"camera 1",
        "expected ntsc, pal or off, found the end of the line"
        " (camera CH ntsc|pal|off)"},
+      {"break message video-inf",
+       "expected a message's number or name (help messages), found 'video-inf'; did you mean "
+       "video-info? (break message CODE|NAME)"},
       {"camera 1 off now", "expected the end of the line, found 'now' (camera CH ntsc|pal|off)"},
       {"weak 1 yes", "expected off or on, found 'yes' (weak CH on|off)"},
       {"motion x on", "expected a channel 0 to 15 or all, found 'x' (motion CH on|off)"},
