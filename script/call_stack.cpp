@@ -65,6 +65,7 @@ void NameInlined(std::span<Frame> frames) {
 
 std::vector<std::string> InWords(const std::vector<Frame>& frames) {
   std::vector<std::string> lines;
+  lines.reserve(frames.size());
   for (const Frame& frame : frames) lines.push_back(frame.function + " (" + frame.place + ')');
   return lines;
 }
