@@ -1,4 +1,4 @@
-#include "script/call_stack.h"
+#include "tools/vexosim/listing/call_stack.h"
 
 #include <dlfcn.h>
 #include <execinfo.h>
@@ -12,7 +12,7 @@
 
 #include "sim/text.h"
 
-namespace script {
+namespace vexosim {
 namespace {
 
 constexpr int kMostFrames = 64;
@@ -104,4 +104,4 @@ std::vector<std::string> LibraryStack() {
   }
 }
 
-}  // namespace script
+}  // namespace vexosim
