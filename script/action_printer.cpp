@@ -54,11 +54,14 @@ void ActionPrinter::End() {
   Flush();
   for (const Folded& folded : std::exchange(folded_, {})) {
     if (before_output) before_output();
-    out_ << kIndent << folded.line;
     if (folded.count > 1) {
-      out_ << ", " << folded.count << " times, the last at " << folded.last << " ms";
-    } else if (folded.last != begin_ && folded.line.front() == '>') {
-      out_ << ", at " << folded.last << " ms";
+      out_ << kIndent << folded.line.substr(0, folded.line.find_last_not_of(' ') + 1) << ", "
+           << folded.count << " times, the last at " << folded.last << " ms";
+    } else {
+      out_ << kIndent << folded.line;
+      if (folded.last != begin_ && folded.line.front() == '>') {
+        out_ << ", at " << folded.last << " ms";
+      }
     }
     out_ << '\n';
   }

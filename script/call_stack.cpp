@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdio>
 #include <memory>
+#include <span>
 #include <string_view>
 
 #include "sim/text.h"
@@ -50,6 +51,24 @@ std::string Without(std::string_view part, std::string text) {
   return text;
 }
 
+struct Frame {
+  std::string function;
+  std::string place;
+};
+
+// The tool gives the innermost function that was inlined at an address the name of the one that it
+// was inlined into.
+void NameInlined(std::span<Frame> frames) {
+  if (frames.size() < 2 || frames.front().function != frames.back().function) return;
+  frames.front().function = "inlined";
+}
+
+std::vector<std::string> InWords(const std::vector<Frame>& frames) {
+  std::vector<std::string> lines;
+  for (const Frame& frame : frames) lines.push_back(frame.function + " (" + frame.place + ')');
+  return lines;
+}
+
 }  // namespace
 
 std::vector<std::string> LibraryStack() {
@@ -57,22 +76,29 @@ std::vector<std::string> LibraryStack() {
   constexpr std::string_view kLibrary = "/src/";
   const std::string addresses = AddressesInFile();
   if (addresses.empty()) return {};
-  const std::string command = "addr2line -f -C -i -e /proc/" + std::to_string(getpid()) + "/exe" +
-                              addresses + " 2>/dev/null";
+  const std::string command = "addr2line -a -f -C -i -e /proc/" + std::to_string(getpid()) +
+                              "/exe" + addresses + " 2>/dev/null";
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> tool(popen(command.c_str(), "r"), pclose);
   if (tool == nullptr) return {};
-  std::vector<std::string> lines;
+  std::vector<Frame> frames;
+  std::size_t address = 0;  // where the frames of the last address begin
   for (;;) {
-    const std::string function = Without("(anonymous namespace)::", Line(tool.get()));
+    std::string line = Line(tool.get());
+    if (line.starts_with("0x") || line.empty()) {
+      NameInlined(std::span(frames).subspan(address));
+      address = frames.size();
+      if (line.empty()) return InWords(frames);
+      line = Line(tool.get());
+    }
+    const std::string function = Without("(anonymous namespace)::", line);
     const std::string place = Line(tool.get());
-    if (place.empty()) return lines;
     const std::size_t library = place.rfind(kLibrary);
     if (library != std::string::npos) {
-      const std::string line = place.substr(library + kLibrary.size());
-      lines.push_back(function.substr(0, function.find('(')) + " (" +
-                      line.substr(0, line.find(' ')) + ')');
-    } else if (!lines.empty()) {
-      return lines;  // the host
+      const std::string in_library = place.substr(library + kLibrary.size());
+      frames.push_back(
+          {function.substr(0, function.find('(')), in_library.substr(0, in_library.find(' '))});
+    } else if (!frames.empty()) {
+      return InWords(frames);  // the host
     }
   }
 }

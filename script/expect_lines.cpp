@@ -53,7 +53,9 @@ Step ParseMessage(Arguments& arguments) {
     if (session.HasMessage(message, wparam)) return;
     const std::vector<std::string> messages = session.MessagesInWords();
     if (messages.empty()) throw Unmet{"no message"};
-    std::string found = "the messages were";
+    const bool other = wparam && session.HasMessage(message, std::nullopt);
+    std::string found = other ? "its wParam is another, or an address; " : "";
+    found += "the messages were";
     for (const std::string& line : messages) found += "\n      > " + line;
     throw Unmet{found};
   };

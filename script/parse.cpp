@@ -111,7 +111,9 @@ std::optional<Statement> ParseLine(const std::string& text, bool after_action) {
     arguments.End();
     return Statement{0, Trim(text), kind.group, std::move(step)};
   } catch (const Malformed& error) {
-    throw Malformed(std::string(error.what()) + " (" + UsagesOf(words.front()) + ')');
+    // A word alone may have been meant to begin another line.
+    const std::string usage = WordCount(kind) > 1 ? kind.Usage() : UsagesOf(words.front());
+    throw Malformed(std::string(error.what()) + " (" + usage + ')');
   }
 }
 

@@ -139,7 +139,6 @@ std::string AccessInWords(const sim::RegisterAccess& access) {
           sim::Hex(access.value);
   const std::string fields = FieldsInWords(access.Page(), access.reg, access.value);
   if (!fields.empty()) text += " (" + fields + ')';
-  if (access.by == sim::By::Worker) text += " (worker)";
   return text;
 }
 

@@ -75,7 +75,8 @@ constexpr std::array kSessionLines = {
     LineKind{kSwitch, "quiet", "on|off",
              "folds the texts and messages of an action that come again (off)",
              ParseSwitch<&Interpreter::Switches::quiet>},
-    LineKind{kSwitch, "pump", "on|off",
+    // What the board sees depends on it, so a trace has it.
+    LineKind{LineGroup::Board, "pump", "on|off",
              "the host handles posted messages after each action (off; on in the shell)",
              ParseSwitch<&Interpreter::Switches::pump>},
     LineKind{kTool, "undo", "",

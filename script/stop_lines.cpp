@@ -68,10 +68,14 @@ Step ParseText(Arguments& arguments) {
 Step ParseMessage(Arguments& arguments) {
   StopPoint point{};
   point.kind = StopPoint::Kind::Message;
-  const auto named = FindMessage(arguments.Peek());
-  point.number = named ? *named : arguments.Number("a message's number or name (help messages)");
+  const std::string name(arguments.Peek());
+  const auto named = FindMessage(name);
+  if (!named && !arguments.AtNumber()) {
+    arguments.Expected("a message's number or name (help messages)", MessageNames());
+  }
+  point.number = named ? *named : arguments.Number("a message's number");
   if (named) arguments.Text("a message");
-  point.words = "message " + sim::Hex(point.number, 4);
+  point.words = "message " + sim::Hex(point.number, 4) + (named ? ' ' + name : "");
   return AddPoint(point);
 }
 

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Makes the documents anew that the program itself knows best: the manual of the text commands, the
-# manual page of vexosim, and its completion for bash.
+# manual page of vexosim, its completion for bash, and the outputs in the first hour.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 scripts/build.sh gcc vexosim
 build/gcc/vexosim manual >docs/text-commands.md
 build/gcc/vexosim manual --man >docs/vexosim.1
 build/gcc/vexosim completion bash >docs/vexosim.bash
+scripts/first_hour.sh build/gcc/vexosim --update

@@ -214,6 +214,7 @@ TEST_F(InterpreterTest, ShowsTheLibrarysStack) {
   EXPECT_THAT(
       text, AllOf(ContainsRegex("        WriteWindow \\(display/window_tables.cpp:[0-9]+\\)\n"),
                   ContainsRegex("        VEXOAPI_TextCommandProc \\(text/[a-z_]+.cpp:[0-9]+\\)\n"),
+                  Not(ContainsRegex("VEXOAPI_TextCommandProc .*\n *VEXOAPI_TextCommandProc")),
                   Not(HasSubstr("interpreter"))));
 }
 
@@ -230,6 +231,8 @@ TEST_F(InterpreterTest, StopsAtReadsTextsMessagesAndCycles) {
        "stopped: break 1: r slave2 page 1 0x78 loss"},
       {"break text \"LOSS\"", "camera 1 off\nrun 100\n", "stopped: break 1: text \"LOSS\"\n"},
       {"break message 0x2403", "camera 1 off\nrun 100\n", "stopped: break 1: message 0x2403\n"},
+      {"break message video-info", "camera 1 off\nrun 100\n",
+       "stopped: break 1: message 0x2403 video-info\n"},
       {"break cycle 6000", "run 5000\n", ", the worker, bus cycle 6000, "},
   };
   for (const Case& each : cases) {
@@ -287,6 +290,8 @@ TEST_F(InterpreterTest, QuietFoldsWhatComesAgain) {
   EXPECT_THAT(Type("quiet on\nrun 60000\n"),
               ContainsRegex("^      > 0x2404 motion status: mask 0x0000: no motion, 6[0-9] times, "
                             "the last at [0-9]+ ms\n$"));
+  // A text's blank at the end is left out.
+  EXPECT_THAT(Type("window deaf\nrun 20000\n"), ContainsRegex("0x000005B4, [0-9] times, the last"));
 }
 
 TEST_F(InterpreterTest, MessagesHaveTheTimeAtWhichTheyCame) {

@@ -185,18 +185,21 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
       {"board colour", "expected board chips N | board id CHIP BYTE, found 'colour'"},
       {"board chips",
        "expected a chip count 0 to 4, found the end of the line"
-       " (board chips N | board id CHIP BYTE)"},
+       " (board chips N)"},
       {"board chips 5",
        "expected a chip count 0 to 4, found '5'"
-       " (board chips N | board id CHIP BYTE)"},
+       " (board chips N)"},
       {"board id master 256",
        "expected an identification 0 to 255, found '256'"
-       " (board chips N | board id CHIP BYTE)"},
+       " (board id CHIP BYTE)"},
       {"camera 16 off", "expected a channel 0 to 15 or all, found '16' (camera CH ntsc|pal|off)"},
       {"camera 1 secam", "expected ntsc, pal or off, found 'secam' (camera CH ntsc|pal|off)"},
       {"camera 1",
        "expected ntsc, pal or off, found the end of the line"
        " (camera CH ntsc|pal|off)"},
+      {"break message video-inf",
+       "expected a message's number or name (help messages), found 'video-inf'; did you mean "
+       "video-info? (break message CODE|NAME)"},
       {"camera 1 off now", "expected the end of the line, found 'now' (camera CH ntsc|pal|off)"},
       {"weak 1 yes", "expected off or on, found 'yes' (weak CH on|off)"},
       {"motion x on", "expected a channel 0 to 15 or all, found 'x' (motion CH on|off)"},
@@ -329,8 +332,8 @@ TEST(ScriptParsing, RefusesRegistersThatDoNotFitTheirBytes) {
   };
   for (const Wrong& wrong : cases) {
     const std::string line = std::string("expect registers ") + wrong.line;
-    EXPECT_THAT(MistakeOf("attach\n" + line),
-                StartsWith(std::string("s.vexo:2: ") + wrong.mistake + " (expect return N | "))
+    EXPECT_THAT(MistakeOf("attach\n" + line), StartsWith(std::string("s.vexo:2: ") + wrong.mistake +
+                                                         " (expect registers CHIP PAGE"))
         << line;
   }
 }

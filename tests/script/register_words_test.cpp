@@ -75,7 +75,7 @@ TEST(RegisterWords, TellAnAccess) {
   access.read = true;
   access.by = sim::By::Worker;
   EXPECT_EQ(AccessInWords(access),
-            "r master page 1 0x10 channel display 0 = 0x92 (enable, hold, position 2) (worker)");
+            "r master page 1 0x10 channel display 0 = 0x92 (enable, hold, position 2)");
 }
 
 TEST(RegisterWords, TellAnAccessToNoChipOrToSeveral) {

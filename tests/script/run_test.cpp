@@ -213,6 +213,7 @@ TEST_F(ScriptRun, ExpectMessageFailsForAnotherNumberOrWParam) {
   EXPECT_EQ(RunBound("command 0xF007\nexpect message 0x2404 5"), kExitUnmet);
   // An address matches no number.
   EXPECT_EQ(RunBound("command 0xF003\nexpect message 0x2406 0"), kExitUnmet);
+  EXPECT_THAT(Err(), testing::HasSubstr(": its wParam is another, or an address; the messages "));
 }
 
 TEST_F(ScriptRun, ExpectMessageDoesNotTakeOneThatFailed) {

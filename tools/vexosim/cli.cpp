@@ -28,7 +28,10 @@ constexpr const char* kFooter =
     "  vexosim run live.vexo --picture live.png      runs a script, writes the screen\n"
     "  vexosim run live.vexo --trace live.jsonl      writes every bus cycle and call as JSON "
     "lines\n"
-    "  printf 'lsplit 6 0\\nprint\\n' | vexosim shell  the same from a pipe\n"
+    "  vexosim trace live.jsonl --summary            reads it back: bus cycles of each call\n"
+    "  vexosim diff good.jsonl bad.jsonl             names the first difference of two\n"
+    "  vexosim replay bad.jsonl -o again.vexo        makes a script of one\n"
+    "  printf 'lsplit 6 0\\nprint\\n' | vexosim shell  a console's lines from a pipe\n"
     "  printf 'attach\\nwindow\\ncommand 0xF001\\nprint\\n' | vexosim run -\n"
     "\n"
     "Exit status: 0 done; 1 an expectation was not met, something differs, or a run had to be\n"
@@ -60,7 +63,6 @@ void CheckSubcommand(const CLI::App& app, const char* word) {
 
 int Main(int argc, const char* const* argv) {
   CLI::App app(kDescription, "vexosim");
-  app.footer(kFooter);
   app.require_subcommand(1);
   int status = files::kExitDone;
   AddDemo(app, status);
@@ -72,6 +74,7 @@ int Main(int argc, const char* const* argv) {
   AddReplay(app, status);
   AddManual(app, status);
   AddCompletion(app, status);
+  app.footer(kFooter);  // each subcommand takes what there is when it is added
   try {
     CheckSubcommand(app, argc > 1 ? argv[1] : nullptr);
     app.parse(argc, argv);

@@ -114,7 +114,8 @@ TEST(FunctionTable, RefusesWhatIsNoWholeArmFunction) {
   EXPECT_THAT(with({"odd", kText + 12, 2, kElfFunction, true}),
               HasSubstr("odd is of unknown length"));
   EXPECT_THAT(with({"inside", kText + 8, 4, kElfFunction, true}), HasSubstr("inside overlaps"));
-  EXPECT_THAT(with({"outside", kText + 16, 4, kElfFunction, true}), HasSubstr("out of range"));
+  EXPECT_THAT(with({"outside", kText + 16, 4, kElfFunction, true}),
+              HasSubstr("outside lies in no code"));
   EXPECT_EQ(with({"other", kText + 12, 4, kElfFunction, true}), "taken");
 }
 

@@ -7,6 +7,7 @@
 
 #include "script/command_words.h"
 #include "script/help/help.h"
+#include "script/line.h"
 #include "script/message_words.h"
 #include "sim/text.h"
 
@@ -73,6 +74,19 @@ TEST(MessageHelp, IsWhatTheManualSays) {
   }
   const std::string table = "| Message | Code |\n|---|---|\n" + list + '\n';
   EXPECT_NE(Manual().find(table), std::string::npos) << table;
+}
+
+TEST(ScriptHelp, HasALineInTheManualForEveryKind) {
+  const std::string manual = Manual();
+  for (const LineKind* kind : AllLines()) {
+    const std::string begin = '`' + std::string(kind->words);
+    const bool alone = manual.find(begin + '`') != std::string::npos;
+    const bool with_arguments = manual.find(begin + ' ') != std::string::npos;
+    EXPECT_TRUE(kind->arguments.empty() || kind->arguments.starts_with('[')
+                    ? alone || with_arguments
+                    : with_arguments)
+        << "docs/script-language.md lacks " << kind->Usage();
+  }
 }
 
 }  // namespace

@@ -20,3 +20,9 @@ for script in "$@"; do
     "$vexosim" diff a.jsonl b.jsonl >/dev/null
   done
 done
+# A session has more than a script: the host handles its messages after each line.
+printf 'lsplit 6 0\ncamera 2 off\nrun 200\nundo\nmotion 3 on\nrun 3000\n' |
+  HOME="$folder" "$vexosim" shell --trace a.jsonl >/dev/null
+"$vexosim" replay a.jsonl -o again.vexo
+"$vexosim" run again.vexo --quiet --trace b.jsonl >/dev/null
+cmp a.jsonl b.jsonl || { echo 'a session is not replayed' >&2; exit 1; }

@@ -85,6 +85,28 @@ TEST(ShowTrace, HasALineForEachCallAccessTextAndMessage) {
   EXPECT_THAT(text, HasSubstr("       7 ms  worker    r master page 0 0xFE chip identification"));
 }
 
+TEST(ShowTrace, TellsRecordsAndResultsOfCommandsByName) {
+  sim::Trace trace;
+  const auto call = [&trace](std::uint32_t code, sim::Bytes sent, int result, sim::Bytes back) {
+    sent.resize(64);
+    back.resize(64);
+    trace.Add(0, By::Host,
+              sim::CallEvent{.fn = "VEXOAPI_CommandProc", .args = {code}, .record = sent});
+    trace.Add(0, By::Host, sim::ReturnEvent{"VEXOAPI_CommandProc", result, back, std::nullopt});
+  };
+  const sim::Bytes nine = {0, 0, 0, 0, 4, 0, 0, 1, 2, 3};
+  call(0xF005, nine, 0, nine);
+  call(0xF003, {1, 1, 0x10}, 0, {1, 1, 0x10, 0xC0});
+  const sim::Bytes stray = {0, 0, 0, 0, 7, 9};  // a byte that is in no field
+  call(0xF005, stray, -5, stray);
+  const std::string text = Show(trace);
+  EXPECT_THAT(text, HasSubstr("VEXOAPI_CommandProc 0xF005 live-split, mode 9, channels 0-3,0"));
+  EXPECT_THAT(text, HasSubstr("0xF003 read-reg, chip slave1, page 1, reg 0x10\n"));
+  EXPECT_THAT(text, HasSubstr("  < value 0xC0\n       0 ms  host      = 0\n"));
+  EXPECT_THAT(text, HasSubstr("live-split, record 00 00 00 00 07 09\n"));
+  EXPECT_THAT(text, HasSubstr("= -5: mode 0x07 is none of full, 4, 6, 8, 9, 13 or 16\n"));
+}
+
 TEST(ShowTrace, ShowsOnlyWhatIsAskedFor) {
   TraceFilter filter;
   filter.calls = true;

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "script/command_table.h"
+#include "script/command_words.h"
 #include "script/message_words.h"
 #include "script/words.h"
 #include "sim/text.h"
@@ -48,6 +49,46 @@ std::string Keywords(std::string_view line) {
     text += (i == 0 ? "" : " ") + Shown(words[i]);
   }
   return text;
+}
+
+// A record's bytes up to its last one that is not 0.
+std::string BytesInWords(const sim::Bytes& record) {
+  const auto last =
+      std::find_if(record.rbegin(), record.rend(), [](auto byte) { return byte != 0; });
+  const auto length = static_cast<std::size_t>(record.rend() - last);
+  if (length == 0) return "all 0";
+  return sim::HexBytes(std::span(record).first(length), " ");
+}
+
+std::uint32_t CodeOf(const sim::CallEvent& call) {
+  return static_cast<std::uint32_t>(call.args.front());
+}
+
+// Null when it is the call of no command that there is.
+const script::CommandKind* CommandOf(const sim::CallEvent& call) {
+  if (call.fn != "VEXOAPI_CommandProc" || call.args.empty()) return nullptr;
+  return script::FindCommand(CodeOf(call));
+}
+
+// By the fields of the command, or by its bytes where the fields are not all that there is.
+std::string RecordInWords(const script::CommandKind* command, const sim::Bytes& record) {
+  const std::string bytes = "record " + BytesInWords(record);
+  if (command == nullptr || std::count(record.begin(), record.end(), 0) == std::ssize(record)) {
+    return bytes;
+  }
+  std::string text;
+  std::vector<script::FieldBytes> fields;
+  for (const script::RecordField& field : command->fields) {
+    if (record.size() < field.offset + field.Bytes()) return bytes;
+    const auto begin = record.begin() + static_cast<std::ptrdiff_t>(field.offset);
+    const auto end = begin + static_cast<std::ptrdiff_t>(field.Bytes());
+    fields.push_back({&field, sim::Bytes(begin, end)});
+    if (field.flow == script::Flow::Out) continue;
+    text += (text.empty() ? "" : ", ") + script::FieldInWords(field, record);
+  }
+  sim::Bytes told = script::RecordOf(fields);
+  told.resize(record.size());
+  return text.empty() || told != record ? bytes : text;
 }
 
 struct InWords {
@@ -115,9 +156,8 @@ std::string CallName(const sim::CallEvent& call) {
   std::string fn = Shown(call.fn);
   if (call.fn == "DllMain") return fn + ' ' + ReasonInWords(call);
   if (call.fn == "VEXOAPI_CommandProc" && !call.args.empty()) {
-    const auto code = static_cast<std::uint32_t>(call.args.front());
-    const script::CommandKind* const command = script::FindCommand(code);
-    return fn + ' ' + sim::Hex(code, 4) +
+    const script::CommandKind* const command = CommandOf(call);
+    return fn + ' ' + sim::Hex(CodeOf(call), 4) +
            (command == nullptr ? "" : ' ' + std::string(command->name));
   }
   if (call.text) return fn + ' ' + Keywords(*call.text);
@@ -134,16 +174,24 @@ std::string CallInWords(const sim::CallEvent& call) {
   } else if (call.fn != "DllMain" && call.fn != "VEXOAPI_CommandProc" && !call.args.empty()) {
     text += ' ' + Number(call, 0);
   }
-  if (call.record) text += ", record " + RecordInWords(*call.record);
+  if (call.record) text += ", " + RecordInWords(CommandOf(call), *call.record);
   return text;
 }
 
-std::string RecordInWords(const sim::Bytes& record) {
-  const auto last =
-      std::find_if(record.rbegin(), record.rend(), [](auto byte) { return byte != 0; });
-  const auto length = static_cast<std::size_t>(record.rend() - last);
-  if (length == 0) return "all 0";
-  return sim::HexBytes(std::span(record).first(length), " ");
+std::vector<std::string> ResultInWords(const sim::CallEvent& call, const sim::ReturnEvent& result,
+                                       unsigned channels) {
+  const bool changed = result.record && result.record != call.record;
+  if (CommandOf(call) != nullptr && result.value) {
+    const sim::Bytes sent = call.record.value_or(sim::Bytes());
+    const sim::Bytes returned = result.record.value_or(sim::Bytes());
+    std::vector<std::string> lines =
+        script::ReturnInWords(CodeOf(call), sent, returned, *result.value, channels);
+    if (changed && lines.size() == 1) lines.back() += ", record " + BytesInWords(returned);
+    return lines;
+  }
+  std::string text = EventInWords(result, channels);
+  if (changed) text += ", record " + BytesInWords(*result.record);
+  return {text};
 }
 
 std::string EventInWords(const sim::EventDetail& detail, unsigned channels) {

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "sim/trace.h"
 
@@ -14,8 +15,9 @@ std::string CallName(const sim::CallEvent& call);
 // The same with all that the caller gives.
 std::string CallInWords(const sim::CallEvent& call);
 
-// A record's bytes up to its last one that is not 0.
-std::string RecordInWords(const sim::Bytes& record);
+// What came of it, a line each: the fields that the library filled in, and the result.
+std::vector<std::string> ResultInWords(const sim::CallEvent& call, const sim::ReturnEvent& result,
+                                       unsigned channels);
 
 // Any other event than a bus cycle, but for messages as a line of its own; control characters are
 // not left in it. channels: how many the board has.

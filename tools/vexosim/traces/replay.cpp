@@ -147,7 +147,9 @@ void ReplayWriter::OnEvent(const sim::Event&, const sim::EventDetail* detail) {
   if (call == nullptr && line == nullptr) return;
   FlushVersion(false);
   if (call != nullptr) return OnCall(*call);
-  if (line->text.empty() || files::Printable(line->text, line->text.size()) != line->text) {
+  const bool one_line = line->text.find_first_of("\r\n") == std::string::npos;
+  if (line->text.empty() || !one_line ||
+      files::Printable(line->text, line->text.size()) != line->text) {
     throw NotReplayable("expected a line of a script, found '" + files::Printable(line->text, 40) +
                         "'");
   }

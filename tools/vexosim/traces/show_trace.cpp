@@ -91,12 +91,10 @@ void TracePrinter::OnCall(const sim::Event& event, const sim::CallEvent& call) {
 void TracePrinter::OnReturn(const sim::Event& event, const sim::ReturnEvent& result) {
   Flush();
   if (Wanted(event) && (!filter_.Registers() || call_shown_)) {
-    std::string text = EventInWords(result, channels_);
-    if (result.record && (!call_ || result.record != call_->record)) {
-      text += ", record " + RecordInWords(*result.record);
-    }
-    if (call_cycles_ != 0) text += " (" + std::to_string(call_cycles_) + " bus cycles)";
-    Print(event.t, event.by, "  " + text);
+    std::vector<std::string> lines =
+        ResultInWords(call_.value_or(sim::CallEvent()), result, channels_);
+    if (call_cycles_ != 0) lines.back() += " (" + std::to_string(call_cycles_) + " bus cycles)";
+    for (const std::string& line : lines) Print(event.t, event.by, "  " + line);
   }
   call_.reset();
 }
