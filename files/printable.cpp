@@ -1,5 +1,7 @@
 #include "files/printable.h"
 
+#include <algorithm>
+
 namespace files {
 namespace {
 
@@ -10,7 +12,7 @@ unsigned char ByteAt(std::string_view text, std::size_t at) {
 // Bytes of the character that the text begins with; 0 when it is none that can be shown.
 std::size_t ShownBytes(std::string_view text) {
   const unsigned char lead = ByteAt(text, 0);
-  if (lead < 0x80) return (lead < 0x20 && lead != '\t' && lead != '\n') || lead == 0x7F ? 0 : 1;
+  if (lead < 0x80) return (lead < 0x20 && lead != '\t') || lead == 0x7F ? 0 : 1;
   const std::size_t bytes = lead >= 0xC2 && lead < 0xE0   ? 2
                             : lead >= 0xE0 && lead < 0xF0 ? 3
                             : lead >= 0xF0 && lead < 0xF5 ? 4
@@ -42,6 +44,17 @@ std::string Printable(std::string_view text, std::size_t most) {
     text.remove_prefix(bytes != 0 ? bytes : 1);
   }
   return shown;
+}
+
+std::string PrintableLines(std::string_view text, std::size_t most) {
+  std::string shown;
+  for (;;) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    shown += Printable(text.substr(0, end), most);
+    if (end == text.size()) return shown;
+    shown += '\n';
+    text.remove_prefix(end + 1);
+  }
 }
 
 }  // namespace files

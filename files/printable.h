@@ -7,8 +7,11 @@
 
 namespace files {
 
-// The text with \xHH for each byte that is no UTF-8 and each control byte, but tabs and line ends.
-// Of what is longer than `most` bytes the beginning, and "...".
+// The text with \xHH for each byte that is no UTF-8 and each control byte but the tab. Of what is
+// longer than `most` bytes the beginning, and "...".
 std::string Printable(std::string_view text, std::size_t most = 200);
+
+// The same for each line of a text of several.
+std::string PrintableLines(std::string_view text, std::size_t most = 200);
 
 }  // namespace files

@@ -434,7 +434,7 @@ void Interpreter::Complain(const Statement& statement, const std::string& what) 
   around_.ClearProgress();
   out_.flush();
   err_ << PlaceOf(statement) << files::Printable(statement.text, kMostShown) << ": "
-       << files::Printable(what, kMostShown) << std::endl;
+       << files::PrintableLines(what, kMostShown) << std::endl;
 }
 
 void Interpreter::Note(const std::string& text) {

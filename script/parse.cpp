@@ -52,7 +52,7 @@ Lines ReadLines(std::istream& in, const std::string& name) {
 [[noreturn]] void Wrong(const std::string& name, std::size_t line, const Malformed& error) {
   constexpr std::size_t kMost = 2000;  // a wrong word may be as long as its line
   throw ScriptError(name + ':' + std::to_string(line) + ": " +
-                    files::Printable(error.what(), kMost));
+                    files::PrintableLines(error.what(), kMost));
 }
 
 // The variants that the first line with words names, and how many lines that takes up; else none.

@@ -41,8 +41,8 @@ class CodeMap {
 // A few functions decide before they save anything; until then they need no entry either.
 FunctionEntry EntryOf(const ElfSymbol& function, const Image& image, const CodeMap& map) {
   const std::uint32_t offset = function.value - image.base;
-  const ByteView code = ImageBytes(image, offset, function.size);
   if (!IsCode(image, offset)) throw Refusal("Function " + function.name + " lies in no code.");
+  const ByteView code = ImageBytes(image, offset, function.size);
   const std::uint32_t count = function.size / 4;
   const auto makes_room = [&](std::uint32_t i) {
     return i < count && map.IsCode(function.value + i * 4) && MakesRoom(Get32(code, i * 4));

@@ -23,7 +23,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Shown{"Plain", "camera 2 off", "camera 2 off"},  //
                     Shown{"Letters", "Größe ▲ 😀", "Größe ▲ 😀"},
                     Shown{"Escape", "\x1B[31mred", "\\x1B[31mred"},
-                    Shown{"TabLineEndAndDelete", "a\tb\n\x7F", "a\tb\n\\x7F"},
+                    Shown{"TabLineEndAndDelete", "a\tb\n\x7F", "a\tb\\x0A\\x7F"},
                     Shown{"Zero", std::string("a\0b", 3), "a\\x00b"},
                     Shown{"ControlOfTwoBytes",
                           "\xC2\x9B"
@@ -35,6 +35,11 @@ INSTANTIATE_TEST_SUITE_P(
                     Shown{"Surrogate", "\xED\xA0\x80", "\\xED\\xA0\\x80"},
                     Shown{"BeyondTheLast", "\xF4\x90\x80\x80", "\\xF4\\x90\\x80\\x80"}),
     [](const auto& shown) { return std::string(shown.param.name); });
+
+TEST(Printable, KeepsTheLinesOfATextOfSeveral) {
+  EXPECT_EQ(PrintableLines("a\x1B\n\nbcdef\n", 4), "a...\n\nbcde...\n");
+  EXPECT_EQ(PrintableLines("", 4), "");
+}
 
 TEST(Printable, CutsALongTextBetweenCharacters) {
   EXPECT_EQ(Printable("abcdef", 4), "abcd...");
