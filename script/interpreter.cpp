@@ -68,7 +68,10 @@ void Interpreter::Start() {
   warned_ = 0;
   acting_.clear();
   stopped_.clear();
-  world.kernel.SetSeed(options_.seed);
+  if (options_.seed != 0) {
+    world.kernel.SetSeed(options_.seed);
+    world.Record(sim::LineEvent{"seed " + std::to_string(options_.seed)});
+  }
   watch_.Attach();
 }
 
@@ -242,8 +245,16 @@ void Interpreter::Fail(const Statement& statement, std::size_t place, const std:
   Note(what);
   if (failure == Failure::Final) throw Over{};
   sources_.erase(sources_.begin() + 1, sources_.end());  // the rest of a file is not run
-  if (failure == Failure::Wrong) return;
-  CanTurnBack();
+  if (failure == Failure::Wrong) {
+    log_.resize(std::min(place, log_.size()));  // it is no part of the session
+    return;
+  }
+  try {
+    CanTurnBack();
+  } catch (const std::runtime_error& error) {
+    Note(error.what());
+    throw Over{};
+  }
   Note("the line is taken back: board, library and time are as before it");
   throw Rewind{place};
 }
@@ -297,8 +308,7 @@ void Interpreter::StepCall() {
   resume_ = Stopped();
 }
 
-// ---- Time turned back
-// -----------------------------------------------------------------------------
+// ---- Time turned back ---------------------------------------------------------------------------
 
 void Interpreter::CanTurnBack() const {
   for (const TraceSink* sink : options_.sinks) {
@@ -407,8 +417,7 @@ void Interpreter::Save(const std::string& path) {
 
 void Interpreter::Quit() { throw Over{}; }
 
-// ---- What is said
-// ---------------------------------------------------------------------------------
+// ---- What is said -------------------------------------------------------------------------------
 
 std::string Interpreter::PlaceOf(const Statement& statement) const {
   return sources_.empty() ? "" : sources_.back().source->Place(statement);

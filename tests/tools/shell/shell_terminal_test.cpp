@@ -49,9 +49,35 @@ TEST_F(ShellOnATerminal, EndsALongLineOnCtrlC) {
   terminal_.Type("run 4000000000\r");
   terminal_.WaitFor("run: ");  // how far it is
   terminal_.Type("\x03");
-  // A run goes a minute at a time, and one is not the whole of it.
   EXPECT_THAT(AwaitPrompt(), Not(HasSubstr("= ")));
   EXPECT_THAT(Run("loss 0"), HasSubstr("      = 0\r\n"));
+  terminal_.Type("quit\r");
+  EXPECT_EQ(terminal_.WaitForEnd(), 0);
+}
+
+TEST_F(ShellOnATerminal, TakesALineBackThatCtrlCEndsInTheLibrary) {
+  Run("settle 2000000000");
+  terminal_.Type("lsplit 1 0\r");
+  terminal_.WaitFor("(not answered)");  // the worker's messages, while the host waits
+  terminal_.Type("\x03");
+  EXPECT_THAT(AwaitPrompt(), HasSubstr("      interrupted\r\n      the line is taken back"));
+  Run("settle 0");
+  EXPECT_THAT(Run("lsplit 1 0"), HasSubstr("      = 0\r\n"));
+}
+
+TEST_F(ShellOnATerminal, TakesALineBackThatWaitsForWhatNeverComes) {
+  Run("settle never");
+  EXPECT_THAT(Run("lsplit 1 0"), HasSubstr("waits for chip master to settle, which never happens"));
+  EXPECT_THAT(Run("loss 0"), HasSubstr("      = 0\r\n"));
+}
+
+TEST_F(ShellOnATerminal, StopsGoesOnAndCanBeLeftAtAStop) {
+  Run("break write \"window 0\"");
+  EXPECT_THAT(Run("lsplit 1 0"), HasSubstr("stopped: break 1: w master page 1 0x30 window 0 = "));
+  EXPECT_THAT(Run("peek master \"window 0\""), HasSubstr("0x30-0x33  window 0 = "));
+  terminal_.Type("\x03");
+  AwaitPrompt();
+  EXPECT_THAT(Run("step"), HasSubstr("stopped: store to select: 0xFF"));
   terminal_.Type("quit\r");
   EXPECT_EQ(terminal_.WaitForEnd(), 0);
 }
