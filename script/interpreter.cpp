@@ -10,7 +10,6 @@
 #include "files/printable.h"
 #include "harness/host.h"
 #include "harness/image_run.h"
-#include "script/call_stack.h"
 #include "script/report_words.h"
 #include "script/run.h"
 #include "sim/text.h"
@@ -280,7 +279,7 @@ void Interpreter::ShowWhere() {
   Note("  in '" + acting_ + "', " + (host ? "the host's thread" : "the worker") + ", bus cycle " +
        std::to_string(world.trace.Cycles()) + ", " + std::to_string(world.kernel.Now()) + " ms");
   if (!options_.stacks) return;
-  for (const std::string& frame : LibraryStack()) Note("  " + frame);
+  for (const std::string& frame : around_.LibraryStack()) Note("  " + frame);
 }
 
 void Interpreter::Continue() {

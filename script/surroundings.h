@@ -5,6 +5,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "script/words.h"
 
@@ -28,6 +29,10 @@ class Surroundings {
   // The register pages of these chips, all pages or one.
   virtual void ShowRegisters(std::ostream& out, ChipChoice chips,
                              std::optional<std::uint8_t> page) = 0;
+  // The library's functions that the calling thread is in, the innermost first; empty where that is
+  // not known.
+  virtual std::vector<std::string> LibraryStack() { return {}; }
+
   // The register writes of the trace from this event on.
   virtual void ShowWrites(std::ostream& out, std::size_t first_event) = 0;
   virtual void ShowScreen(std::ostream& out) = 0;

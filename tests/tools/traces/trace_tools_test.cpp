@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "VexoCtrlSDK.h"
 #include "files/exit_status.h"
 #include "sim/trace_json.h"
 #include "tests/tools/traces/trace_file.h"
@@ -96,7 +97,7 @@ TEST(ShowTrace, TellsRecordsAndResultsOfCommandsByName) {
   };
   const sim::Bytes nine = {0, 0, 0, 0, 4, 0, 0, 1, 2, 3};
   call(0xF005, nine, 0, nine);
-  call(0xF003, {1, 1, 0x10}, 0, {1, 1, 0x10, 0xC0});
+  call(0xF003, {VEXO_CHIP_SLAVE1, 1, 0x10}, 0, {VEXO_CHIP_SLAVE1, 1, 0x10, 0xC0});
   const sim::Bytes stray = {0, 0, 0, 0, 7, 9};  // a byte that is in no field
   call(0xF005, stray, -5, stray);
   const std::string text = Show(trace);

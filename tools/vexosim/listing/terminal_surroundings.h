@@ -7,6 +7,7 @@
 #include <string>
 
 #include "script/surroundings.h"
+#include "tools/vexosim/listing/call_stack.h"
 #include "tools/vexosim/terminal.h"
 
 namespace vexosim {
@@ -22,6 +23,7 @@ class TerminalSurroundings : public script::Surroundings {
   void ClearProgress() override { progress_.Clear(); }
   void ShowRegisters(std::ostream& out, script::ChipChoice chips,
                      std::optional<std::uint8_t> page) override;
+  std::vector<std::string> LibraryStack() override { return vexosim::LibraryStack(); }
   void ShowWrites(std::ostream& out, std::size_t first_event) override;
   void ShowScreen(std::ostream& out) override;
   void SavePicture(const std::string& path) override;

@@ -72,7 +72,7 @@ const script::CommandKind* CommandOf(const sim::CallEvent& call) {
 
 // By the fields of the command, or by its bytes where the fields are not all that there is.
 std::string RecordInWords(const script::CommandKind* command, const sim::Bytes& record) {
-  const std::string bytes = "record " + BytesInWords(record);
+  std::string bytes = "record " + BytesInWords(record);
   if (command == nullptr || std::count(record.begin(), record.end(), 0) == std::ssize(record)) {
     return bytes;
   }

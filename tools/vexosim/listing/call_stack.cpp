@@ -1,4 +1,4 @@
-#include "script/call_stack.h"
+#include "tools/vexosim/listing/call_stack.h"
 
 #include <dlfcn.h>
 #include <execinfo.h>
@@ -12,7 +12,7 @@
 
 #include "sim/text.h"
 
-namespace script {
+namespace vexosim {
 namespace {
 
 constexpr int kMostFrames = 64;
@@ -65,6 +65,7 @@ void NameInlined(std::span<Frame> frames) {
 
 std::vector<std::string> InWords(const std::vector<Frame>& frames) {
   std::vector<std::string> lines;
+  lines.reserve(frames.size());
   for (const Frame& frame : frames) lines.push_back(frame.function + " (" + frame.place + ')');
   return lines;
 }
@@ -103,4 +104,4 @@ std::vector<std::string> LibraryStack() {
   }
 }
 
-}  // namespace script
+}  // namespace vexosim

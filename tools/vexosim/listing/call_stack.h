@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-namespace script {
+namespace vexosim {
 
 // The library's functions that the calling thread is in, the innermost first: "Name
 // (chip/register_bus.cpp:40)". Empty when it is in none, or the build does not tell.
 std::vector<std::string> LibraryStack();
 
-}  // namespace script
+}  // namespace vexosim
