@@ -22,7 +22,7 @@ bool Within(const Directory& directory, std::uint32_t offset, std::uint32_t size
 // The name of `what`.
 std::string NameAt(const Image& image, std::uint32_t offset, const std::string& what,
                    std::size_t most = kMostName) {
-  const std::string name = ImageText(image, offset);
+  std::string name = ImageText(image, offset);
   if (name.empty()) throw Refusal(what + " has no name.");
   if (!std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~'; })) {
     throw Refusal(what + " has a name that is no ASCII text: " + name + ".");

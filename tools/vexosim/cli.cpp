@@ -51,6 +51,7 @@ void CheckSubcommand(const CLI::App& app, const char* word) {
   const std::vector<const CLI::App*> subcommands =
       app.get_subcommands([](const CLI::App*) { return true; });
   std::vector<std::string> names;
+  names.reserve(subcommands.size());
   for (const CLI::App* subcommand : subcommands) names.push_back(subcommand->get_name());
   const std::vector<std::string_view> words(names.begin(), names.end());
   const std::string expected = "expected " + sim::OneOf(words) + ", found ";

@@ -75,6 +75,7 @@ class CeimageCommandLine : public ::testing::TestWithParam<CommandLine> {
       words.push_back(file ? folder_ + '/' + word : word);
     }
     std::vector<const char*> argv;
+    argv.reserve(words.size());
     for (const std::string& word : words) argv.push_back(word.c_str());
     return Main(static_cast<int>(argv.size()), argv.data());
   }

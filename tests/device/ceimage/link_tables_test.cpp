@@ -41,7 +41,7 @@ std::uint32_t AddText(ElfBuilder& elf, const std::string& text) {
 
 // The one import by this name instead of its ordinal.
 void ImportByName(ElfBuilder& elf, const std::string& name) {
-  const std::uint32_t entry = AddText(elf, "\1\1" + name) | 0;
+  const std::uint32_t entry = AddText(elf, "\1\1" + name);
   Put32(elf.Get(".tables").content, kLookups, entry);
   Put32(elf.Get(".iat").content, 0, entry);
 }

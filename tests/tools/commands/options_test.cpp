@@ -67,6 +67,7 @@ class RefusedCommandLines : public harness::FakeLibraryTest,
       words.push_back(word);
     }
     std::vector<const char*> argv;
+    argv.reserve(words.size());
     for (const std::string& word : words) argv.push_back(word.c_str());
     return Main(static_cast<int>(argv.size()), argv.data());
   }
