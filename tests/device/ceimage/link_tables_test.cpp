@@ -23,7 +23,6 @@ constexpr std::size_t kExports = 48;
 constexpr std::size_t kAddresses = kExports + 40;
 constexpr std::size_t kNames = kAddresses + 8;
 constexpr std::size_t kOrdinals = kNames + 8;
-constexpr std::size_t kTexts = kOrdinals + 4;
 
 Bytes Make(const ElfBuilder& elf) {
   return MakeImage(ReadElf(elf.Build()), ReadResources(ResourceFile({{16, 1, 0x409}})),
