@@ -86,10 +86,11 @@ class TerminalReader : public LineReader {
     // Ctrl-C and Ctrl-Z are keys like any other while a line is typed: the editor has the terminal,
     // and must have given it back before anything ends or stops.
     el_set(edit, EL_SETTY, "-d", "-isig", nullptr);
-    el_set(edit, EL_ADDFN, "vexosim-abandon", "Gives up the line", Abandon);
-    el_set(edit, EL_ADDFN, "vexosim-complete", "Completes a word or says what is expected",
-           CompleteWord);
-    el_set(edit, EL_ADDFN, "vexosim-suspend", "Stops the shell for a while", Suspend);
+    // Narrow names would be copied and never freed.
+    el_wset(edit, EL_ADDFN, L"vexosim-abandon", L"Gives up the line", Abandon);
+    el_wset(edit, EL_ADDFN, L"vexosim-complete", L"Completes a word or says what is expected",
+            CompleteWord);
+    el_wset(edit, EL_ADDFN, L"vexosim-suspend", L"Stops the shell for a while", Suspend);
     el_set(edit, EL_BIND, "^C", "vexosim-abandon", nullptr);
     el_set(edit, EL_BIND, "^Z", "vexosim-suspend", nullptr);
     el_set(edit, EL_BIND, "^I", "vexosim-complete", nullptr);
@@ -121,14 +122,14 @@ class TerminalReader : public LineReader {
     return *static_cast<TerminalReader*>(self);
   }
 
-  static unsigned char Abandon(EditLine* edit, int) {
+  static unsigned char Abandon(EditLine* edit, wint_t) {
     Of(edit).abandoned_ = true;
     std::fputs("^C\n", stdout);
     return CC_NEWLINE;
   }
 
   // Stops what the terminal's owner has started, all of it, as the terminal itself would.
-  static unsigned char Suspend(EditLine* edit, int) {
+  static unsigned char Suspend(EditLine* edit, wint_t) {
     el_set(edit, EL_PREP_TERM, 0);
     kill(0, SIGTSTP);
     return CC_NORM;  // ReadKey is told that it went on
@@ -162,7 +163,7 @@ class TerminalReader : public LineReader {
     }
   }
 
-  static unsigned char CompleteWord(EditLine* edit, int) {
+  static unsigned char CompleteWord(EditLine* edit, wint_t) {
     const LineInfo* const info = el_line(edit);
     const std::string typed(info->buffer, info->cursor);
     const script::CompletionStep step = script::CompleteStep(typed);
