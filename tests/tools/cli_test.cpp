@@ -72,7 +72,7 @@ TEST_F(CommandLine, WritesTraceAndPicture) {
             script::kExitDone);
   std::string line;
   std::getline(std::ifstream(trace), line);
-  EXPECT_EQ(line, R"({"t":0,"by":"host","ev":"call","fn":"DllMain","args":[1]})");
+  EXPECT_EQ(line, R"({"t":0,"by":"host","ev":"line","text":"seed 7"})");
   EXPECT_TRUE(std::ifstream(picture).is_open());
   EXPECT_THAT(out_.str(), HasSubstr("slave3 page 2"));
   std::remove(trace.c_str());
