@@ -96,7 +96,9 @@ TEST(JsonEvents, TellsWhatIsWrongInOneSentenceWithItsLine) {
   };
   const std::string good = R"({"t":1,"by":"host","ev":"sleep","ms":1})";
   for (const Case& c : cases) {
-    const std::string wrong = WrongWith("wrong.jsonl", good + '\n' + c.line + '\n' + good + '\n');
+    std::string lines = good;
+    for (const std::string& line : {std::string(c.line), good}) lines.append("\n").append(line);
+    const std::string wrong = WrongWith("wrong.jsonl", lines += '\n');
     EXPECT_EQ(wrong.substr(0, 4), ":2: ") << wrong;
     EXPECT_THAT(wrong, HasSubstr(c.what));
   }

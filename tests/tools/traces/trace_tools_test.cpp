@@ -25,7 +25,7 @@ using testing::HasSubstr;
 using testing::Not;
 
 void Access(sim::Trace& trace, std::uint32_t t, By by, std::uint8_t select, std::uint8_t reg,
-            std::vector<std::uint8_t> values, bool read = false) {
+            const std::vector<std::uint8_t>& values, bool read = false) {
   trace.AddCycle(t, by, false, BusWindow::Select, select);
   trace.AddCycle(t, by, false, BusWindow::Address, reg);
   for (const std::uint8_t value : values) trace.AddCycle(t, by, read, BusWindow::Data, value);
@@ -351,10 +351,11 @@ TEST(Capture, TheExampleIsWhatASimulatedBoardDoes) {
     values[window] = std::to_string(event.value);
     const bool load = event.kind == sim::Event::Kind::Load;
     const std::string bus = values[0] + ',' + values[1] + ',' + values[2];
-    std::string enables;
-    for (std::size_t i = 0; i < 3; ++i) enables += i == window ? ",1" : ",0";
-    const std::string strobe = bus + (load ? ",0,1" : ",1,0") + enables + '\n';
-    csv += strobe + strobe + bus + ",0,0,0,0,0\n";
+    std::string strobe = bus;
+    strobe += load ? ",0,1" : ",1,0";
+    for (std::size_t i = 0; i < 3; ++i) strobe += i == window ? ",1" : ",0";
+    strobe += '\n';
+    csv.append(strobe).append(strobe).append(bus).append(",0,0,0,0,0\n");
   }
   std::ifstream in(VEXO_SOURCE_DIR "/docs/bus-capture.csv");
   std::ostringstream example;
