@@ -22,10 +22,10 @@ library  | build          | 1   | library needs no runtime            | scripts/
 dll      |                | 73  | DLL (MinGW-w64, 64 and 32 bits)     | windows/build.sh
 wine64   | dll            | 50  | 64-bit DLL in a host (Wine)         | beside windows/run_host.sh build/windows-x86_64
 wine32   | dll            | 1   | 32-bit DLL in a host (Wine)         | windows/run_host.sh build/windows-i686
-sanbuild |                | 120 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
+sanbuild |                | 167 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
 santests | sanbuild       | 55  | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
 fuzz     | sanbuild       | 11  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
-lint     |                | 187 | lint (clang-tidy)                   | scripts/lint.sh
+lint     |                | 360 | lint (clang-tidy)                   | scripts/lint.sh
 image    | build          | 4   | image for the device (ARM)          | device/build.sh
 emulated | build image    | 9   | image on the emulated device        | device/run_tests.sh
 bench    | build image    | 2   | benchmarks (g++)                    | scripts/run_benchmarks.sh
