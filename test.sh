@@ -17,17 +17,17 @@ format   |                | 3   | format (clang-format)               | scripts/
 layers   |                | 1   | who includes whom                   | scripts/check_layers.sh --self-check && scripts/check_layers.sh
 header   |                | 1   | public header in C and C++          | scripts/check_header.sh
 build    |                | 135 | build (g++)                         | scripts/build.sh gcc -k 0 all
-tests    | build          | 15  | tests (g++)                         | scripts/run_tests.sh gcc
+tests    | build          | 26  | tests (g++)                         | scripts/run_tests.sh gcc
 library  | build          | 1   | library needs no runtime            | scripts/check_library.sh build/gcc/src/libvexo_library.a
 dll      |                | 73  | DLL (MinGW-w64, 64 and 32 bits)     | windows/build.sh
-wine64   | dll            | 50  | 64-bit DLL in a host (Wine)         | beside windows/run_host.sh build/windows-x86_64
+wine64   | dll            | 65  | 64-bit DLL in a host (Wine)         | beside windows/run_host.sh build/windows-x86_64
 wine32   | dll            | 1   | 32-bit DLL in a host (Wine)         | windows/run_host.sh build/windows-i686
 sanbuild |                | 167 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
-santests | sanbuild       | 55  | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
+santests | sanbuild       | 158 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
 fuzz     | sanbuild       | 11  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
 lint     |                | 360 | lint (clang-tidy)                   | scripts/lint.sh
 image    | build          | 4   | image for the device (ARM)          | device/build.sh
-emulated | build image    | 9   | image on the emulated device        | device/run_tests.sh
+emulated | build image    | 12  | image on the emulated device        | device/run_tests.sh
 bench    | build image    | 2   | benchmarks (g++)                    | scripts/run_benchmarks.sh
 demo     | build          | 1   | demo                                | scripts/run_demo.sh
 '
