@@ -42,7 +42,6 @@ void Session::BeginAction(std::string name) {
   first_event_ = World().trace.Mark();
   first_received_ = World().windows.received.size();
   first_cycle_ = World().trace.Cycles();
-  begin_ = World().kernel.Now();
   record_.reset();
   command_.reset();
   debug_text_.clear();

@@ -59,7 +59,6 @@ class Session : public sim::TraceListener {
 
   std::size_t FirstEvent() const { return first_event_; }
   std::size_t FirstReceived() const { return first_received_; }
-  std::uint32_t BeginTime() const { return begin_; }
   std::uint64_t Cycles() const { return World().trace.Cycles() - first_cycle_; }
   // The caller's record as its call left it; null when the call had none.
   const sim::Bytes* Record() const { return record_ ? &*record_ : nullptr; }
@@ -86,7 +85,6 @@ class Session : public sim::TraceListener {
   std::size_t first_event_ = 0;
   std::size_t first_received_ = 0;
   std::uint64_t first_cycle_ = 0;
-  std::uint32_t begin_ = 0;
 
   std::optional<sim::Bytes> record_;
   std::optional<std::uint32_t> command_;
