@@ -37,14 +37,18 @@ sim/platform:           +sim/world
 
 harness:                +sim/platform sim/trace_json +sim/picture +src/api
 script:                 files harness +sim/platform sim/trace_json script/grammar script/help script/outcome
+script/listing:         script +sim/world
 script/grammar:         sim/text include src/text src/display
 script/outcome:         script/grammar +sim/world src/text src/display
 script/help:            script +script/grammar sim/faults
 device/ceimage:         files
 device/emulator:        +harness files
 device/library:         include src/platform/ce
+desk/console:           files +harness +script script/listing script/help script/grammar sim/picture include
+desk/port:              files desk/console sim/trace_json
+desk/library:           files desk/console desk/port harness +sim/world include
 tools/vexosim/terminal:
-tools/vexosim/listing:  +script files sim/screen sim/picture tools/vexosim/terminal
+tools/vexosim/listing:  +script script/listing files sim/screen sim/picture tools/vexosim/terminal
 tools/vexosim/shell:    +tools/vexosim/listing script/grammar script/help
 tools/vexosim/demo:     +tools/vexosim/listing
 tools/vexosim/traces:   +tools/vexosim/listing sim/register_decoder

@@ -1,10 +1,10 @@
 #include "tools/vexosim/listing/terminal_surroundings.h"
 
+#include "script/listing/register_listing.h"
+#include "script/listing/register_writes.h"
 #include "sim/picture/png.h"
 #include "sim/world.h"
 #include "tools/vexosim/listing/picture_text.h"
-#include "tools/vexosim/listing/register_listing.h"
-#include "tools/vexosim/listing/register_writes.h"
 
 namespace vexosim {
 
@@ -13,12 +13,12 @@ void TerminalSurroundings::ShowRegisters(std::ostream& out, script::ChipChoice c
   const sim::World& world = sim::TheWorld();
   for (unsigned position = 0; position < kChipsMax; ++position) {
     if (!chips.all && chips.position != position) continue;
-    out << ListRegisters(world.board, position, page, world.at_attach, style_.colour);
+    out << script::ListRegisters(world.board, position, page, world.at_attach, style_.colour);
   }
 }
 
 void TerminalSurroundings::ShowWrites(std::ostream& out, std::size_t first_event) {
-  PrintWrites(out, sim::TheWorld().trace, first_event);
+  script::PrintWrites(out, sim::TheWorld().trace, first_event);
 }
 
 void TerminalSurroundings::ShowScreen(std::ostream& out) {

@@ -5,10 +5,10 @@
 
 #include "VexoCtrlSDK.h"
 #include "chip/registers.h"
+#include "script/listing/register_writes.h"
 #include "script/register_words.h"
 #include "sim/kernel/message_records.h"
 #include "sim/text.h"
-#include "tools/vexosim/listing/register_writes.h"
 #include "tools/vexosim/traces/event_words.h"
 #include "tools/vexosim/traces/events.h"
 
@@ -60,7 +60,7 @@ void TracePrinter::Flush() {
     Print(first.t, first.by, "  " + script::AccessInWords(first));
   } else {
     std::ostringstream lines;
-    PrintRun(lines, run_);
+    script::PrintRun(lines, run_);
     for (const std::string& line : sim::TextLines(lines.str())) {
       Print(first.t, first.by,
             "  " + line.substr(std::min(line.find_first_not_of(' '), line.size())));
@@ -73,7 +73,8 @@ void TracePrinter::OnCycle(const sim::Event& event) {
   if (event.by == sim::By::Host) ++call_cycles_;
   const auto access = decoder_.Take(event);
   if (!access || filter_.calls || !Wanted(event) || !filter_.Has(*access)) return;
-  if (line_ || run_.empty() || !Continues(run_.back(), *access) || run_.front().t != access->t) {
+  if (line_ || run_.empty() || !script::Continues(run_.back(), *access) ||
+      run_.front().t != access->t) {
     Flush();
   }
   run_.push_back(*access);

@@ -7,7 +7,7 @@
 
 #include "sim/trace.h"
 
-namespace vexosim {
+namespace script {
 
 // Prints the register writes since this place in the trace, a line each:
 //   w all    page 1  0x10      channel display 0         = 0x94 (enable, hold, decoded)
@@ -22,4 +22,4 @@ void PrintRun(std::ostream& out, std::span<const sim::RegisterAccess> run);
 // Whether an access goes on with the run that ends in `last`.
 bool Continues(const sim::RegisterAccess& last, const sim::RegisterAccess& next);
 
-}  // namespace vexosim
+}  // namespace script

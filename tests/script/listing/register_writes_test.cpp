@@ -1,10 +1,10 @@
-#include "tools/vexosim/listing/register_writes.h"
+#include "script/listing/register_writes.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-namespace vexosim {
+namespace script {
 namespace {
 
 constexpr std::uint8_t kMasterPage0 = 0xFC;  // select bytes
@@ -115,4 +115,4 @@ TEST_F(RegisterWrites, BeginAtTheGivenPlace) {
 }
 
 }  // namespace
-}  // namespace vexosim
+}  // namespace script

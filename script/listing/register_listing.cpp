@@ -1,4 +1,4 @@
-#include "tools/vexosim/listing/register_listing.h"
+#include "script/listing/register_listing.h"
 
 #include <algorithm>
 #include <array>
@@ -8,7 +8,7 @@
 #include "script/words.h"
 #include "sim/text.h"
 
-namespace vexosim {
+namespace script {
 namespace {
 
 constexpr unsigned kBytesALine = 16;
@@ -19,7 +19,7 @@ std::string Padded(std::string text, std::size_t columns) {
   return text;
 }
 
-using script::RegisterRun;
+using RegisterRun;
 
 // One page now and, when it is known, as it was.
 class PageListing {
@@ -67,7 +67,7 @@ class PageListing {
 
   // What changed, then the names of all else.
   std::string Names() const {
-    const std::vector<RegisterRun> runs = script::RegisterRuns(page_);
+    const std::vector<RegisterRun> runs = RegisterRuns(page_);
     std::string changed;
     std::string same;
     for (const Register& row : kRegisters) {
@@ -97,7 +97,7 @@ class PageListing {
   }
 
   std::string ChangeOf(const RegisterRun& run) const {
-    return "    " + script::ChangeInWords(run, before_, now_) + '\n';
+    return "    " + ChangeInWords(run, before_, now_) + '\n';
   }
 
   static bool Continues(const RegisterRun& run, const RegisterRun& next) {
@@ -116,8 +116,8 @@ class PageListing {
   std::uint8_t page_;
   bool colour_;
   bool has_before_;
-  script::RegisterPage now_{};
-  script::RegisterPage before_{};
+  RegisterPage now_{};
+  RegisterPage before_{};
 };
 
 }  // namespace
@@ -125,7 +125,7 @@ class PageListing {
 std::string ListRegisters(const sim::Board& board, unsigned position,
                           std::optional<std::uint8_t> page,
                           const std::optional<sim::RegisterSnapshot>& at_attach, bool colour) {
-  const std::string chip(script::ChipWords()[position]);
+  const std::string chip(ChipWords()[position]);
   if (!board.Fitted(position)) {
     return chip + ": not fitted, identification " + sim::Hex(board.Peek(position, kChipId)) + '\n';
   }
@@ -140,4 +140,4 @@ std::string ListRegisters(const sim::Board& board, unsigned position,
   return text;
 }
 
-}  // namespace vexosim
+}  // namespace script

@@ -7,7 +7,7 @@
 
 #include "sim/world.h"
 
-namespace vexosim {
+namespace script {
 
 // One page of the chip at a position, or all three: sixteen bytes a line, then the registers that
 // have a name. With a snapshot every byte that differs from it is followed by a `*` (in bold with
@@ -17,4 +17,4 @@ std::string ListRegisters(const sim::Board& board, unsigned position,
                           std::optional<std::uint8_t> page,
                           const std::optional<sim::RegisterSnapshot>& at_attach, bool colour);
 
-}  // namespace vexosim
+}  // namespace script

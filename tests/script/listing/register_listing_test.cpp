@@ -1,5 +1,5 @@
 // Register listings, plain pictures and texts.
-#include "tools/vexosim/listing/register_listing.h"
+#include "script/listing/register_listing.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 #include "sim/world.h"
 #include "tools/vexosim/listing/picture_text.h"
 
-namespace vexosim {
+namespace script {
 namespace {
 
 using testing::Contains;
@@ -217,4 +217,4 @@ TEST(ToolTexts, AreCutIntoLines) {
 }
 
 }  // namespace
-}  // namespace vexosim
+}  // namespace script

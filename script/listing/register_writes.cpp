@@ -1,4 +1,4 @@
-#include "tools/vexosim/listing/register_writes.h"
+#include "script/listing/register_writes.h"
 
 #include <span>
 #include <string>
@@ -7,7 +7,7 @@
 #include "script/register_words.h"
 #include "sim/text.h"
 
-namespace vexosim {
+namespace script {
 namespace {
 
 using Writes = std::span<const sim::RegisterAccess>;
@@ -21,12 +21,12 @@ std::string Padded(std::string text, std::size_t columns) {
 }
 
 std::string ChipName(const sim::RegisterAccess& write) {
-  const std::string_view chip = script::ChipOfSelect(write.select);
+  const std::string_view chip = ChipOfSelect(write.select);
   return chip == "several" ? sim::Hex(write.select) : std::string(chip);
 }
 
 std::string LabelOf(const sim::RegisterAccess& write) {
-  return script::RegisterLabel(write.Page(), write.reg);
+  return RegisterLabel(write.Page(), write.reg);
 }
 
 void PrintLine(std::ostream& out, Writes writes) {
@@ -51,7 +51,7 @@ void PrintLine(std::ostream& out, Writes writes) {
       << page << "  " << Padded(reg, kRegColumns) << ' ' << Padded(label, kLabelColumns) << " = ";
   if (writes.size() == 1) {
     out << sim::Hex(first.value);
-    const std::string fields = script::FieldsInWords(first.Page(), first.reg, first.value);
+    const std::string fields = FieldsInWords(first.Page(), first.reg, first.value);
     if (!fields.empty()) out << " (" << fields << ')';
   } else {
     out << sim::HexBytes(bytes, " ");
@@ -91,4 +91,4 @@ void PrintWrites(std::ostream& out, const sim::Trace& trace, std::size_t first_e
   }
 }
 
-}  // namespace vexosim
+}  // namespace script
