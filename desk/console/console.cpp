@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
+#include <list>
 #include <optional>
+#include <span>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -17,7 +20,6 @@
 #include "script/report_words.h"
 #include "script/session.h"
 #include "sim/picture/png.h"
-#include "sim/text.h"
 #include "sim/world.h"
 
 namespace desk {
@@ -79,20 +81,19 @@ class Inside {
   BoardAccess& access_;
 };
 
-// A line that calls the library or lets time pass: what is said while it runs, and what
-// expectations can ask for until the next one begins.
+// A line that calls the library or lets time pass, and all that happens until the next one begins.
 struct Action {
   Action(std::ostream& out, script::Surroundings& around, const std::string& name,
          const script::LibraryFacts& facts)
-      : session(out, around), printer(sim::TheWorld(), printed) {
+      : session(out, around) {
     session.facts = facts;
     session.BeginAction(name);
-    printer.Begin();
   }
 
+  std::size_t first_report = sim::TheWorld().reports.All().size();
+  script::Session session;  // what expectations ask for
   std::ostringstream printed;
-  script::Session session;
-  script::ActionPrinter printer;
+  std::optional<script::ActionPrinter> printer;  // while the line runs
 };
 
 }  // namespace
@@ -103,12 +104,13 @@ struct Console::Impl {
     World().trace.AddListener(facts, sim::Trace::Hears::AllButCycles);
     World().windows.keep_received = false;
     World().windows.on_received = [this](const sim::ReceivedMessage& message) {
-      for (const std::shared_ptr<Action>& action : running) action->printer.OnReceived(message);
-      for (Action* action : Listening()) action->session.OnReceived(message);
+      for (Action& action : actions) {
+        action.session.OnReceived(message);
+        if (action.printer) action.printer->OnReceived(message);
+      }
     };
-    KeepEvents(false);
-    last = std::make_shared<Action>(out, around, "the program", facts);
-    last->printer.silent = true;
+    actions.emplace_back(out, around, "the program", facts);
+    KeepEvents();
   }
   ~Impl() {
     World().windows.on_received = nullptr;
@@ -117,7 +119,115 @@ struct Console::Impl {
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
 
+  // All that follows is called inside. Adds what there is to say to `said`.
+  void Do(const Statement& statement, std::string& said);
+  void Act(const Statement& statement, std::string& said);
+  void End(std::list<Action>::iterator action, std::string& said);
+  void KeepEvents();
+
   static sim::World& World() { return sim::TheWorld(); }
+
+  BoardAccess& access;
+  BoardSurroundings around;
+  script::LibraryFacts facts;
+  std::ostringstream out;     // of a line that takes no time
+  std::list<Action> actions;  // those that run, and the last that began
 };
+
+void Console::Impl::Do(const Statement& statement, std::string& said) {
+  if (statement.completed) said += statement.text + '\n';
+  script::Session& session = actions.back().session;
+  switch (statement.group) {
+    case LineGroup::Action:
+      return Act(statement, said);
+    case LineGroup::Check:
+      statement.step(session);
+      said += "met\n";
+      return;
+    case LineGroup::Board:
+      World().Record(sim::LineEvent{statement.text});
+      return statement.step(session);
+    case LineGroup::Output:
+    case LineGroup::Switch:
+    case LineGroup::Tool:
+      out.str({});
+      statement.step(session);
+      said += WithoutMargin(out.str());
+      return;
+  }
+}
+
+void Console::Impl::Act(const Statement& statement, std::string& said) {
+  if (!actions.back().printer) actions.pop_back();
+  KeepEvents();
+  actions.emplace_back(out, around, statement.text, facts);
+  const auto action = std::prev(actions.end());
+  action->printer.emplace(World(), action->printed);
+  action->printer->Begin();
+  try {
+    statement.step(action->session);
+  } catch (...) {
+    End(action, said);
+    throw;
+  }
+  End(action, said);
+}
+
+void Console::Impl::End(std::list<Action>::iterator action, std::string& said) {
+  action->printer->End();
+  action->printer.reset();
+  said += WithoutMargin(action->printed.str());
+  for (const std::string& line : action->session.ResultInWords()) said += line + '\n';
+  const std::span<const sim::Report> reports = World().reports.All();
+  for (const std::string& line : script::WarningsInWords(reports.subspan(action->first_report))) {
+    said += "warning: " + line + '\n';
+  }
+  if (action != std::prev(actions.end())) actions.erase(action);
+  KeepEvents();
+}
+
+// What a text command did is read from the trace, as long as one may be in the library.
+void Console::Impl::KeepEvents() {
+  const auto running = std::count_if(actions.begin(), actions.end(), [](const Action& action) {
+    return action.printer.has_value();
+  });
+  if (running > static_cast<std::ptrdiff_t>(around.Passing())) return;
+  World().trace.ForgetEvents();
+  World().trace.SetCapacity(running == 0 ? 0 : kMostEvents);
+}
+
+Console::Console(BoardAccess& access) : impl_(std::make_unique<Impl>(access)) {}
+Console::~Console() = default;
+
+Answer Console::Run(std::string_view line) {
+  Answer answer;
+  std::string said;
+  try {
+    impl_->around.RefuseWhenEnding();
+    const std::optional<Statement> statement = Read(line);
+    if (!statement) return answer;
+    std::vector<BoardSurroundings::Picture> pictures;
+    {
+      const Inside inside(impl_->access);
+      impl_->Do(*statement, said);
+      pictures = impl_->around.TakePictures();
+    }
+    for (const auto& [path, image] : pictures) sim::WritePng(image, path);
+  } catch (const script::Unmet& unmet) {
+    answer.result = Answer::Result::Unmet;
+    said += unmet.found;
+  } catch (const std::exception& error) {
+    answer.result = Answer::Result::Refused;
+    said += error.what();
+  } catch (...) {
+    answer.result = Answer::Result::Refused;
+    said += "the line was ended from outside";
+  }
+  said.erase(said.find_last_not_of('\n') + 1);
+  answer.text = files::PrintableLines(said, kMostShown);
+  return answer;
+}
+
+void Console::EndLines() { impl_->around.EndLines(); }
 
 }  // namespace desk

@@ -12,7 +12,8 @@ std::string DrawPicture(const sim::Image& image, const PictureStyle& style) {
   int columns = room.columns;
   if (room.rows != 0) columns = std::min(columns, 2 * room.rows * image.width / image.height);
   columns = std::max(1, columns);
-  return style.colour ? sim::RenderForTerminal(image, columns) : sim::RenderInCharacters(image, columns);
+  return style.colour ? sim::RenderForTerminal(image, columns)
+                      : sim::RenderInCharacters(image, columns);
 }
 
 }  // namespace vexosim
