@@ -9,8 +9,7 @@
  * writes them only during the call, and they need no particular alignment. Reserved bytes are
  * neither read nor written.
  *
- * The header is plain C, but for VEXOAPI_SetMotionInfo, which is exported under its C++ name. C99
- * and C++98 will do, also without <stdint.h>, as the compilers of Windows CE 5 are.
+ * C89 and C++98 will do, also without <stdint.h>, as the compilers of Windows CE 5 are.
  */
 #ifndef VEXOCTRLSDK_H
 #define VEXOCTRLSDK_H
@@ -23,22 +22,24 @@ typedef unsigned __int32 uint32_t;
 #include <stdint.h>
 #endif
 
-/* VEXO_ASSERT_SIZE stops the compiler when a record is not laid out as below. VexoChar16 is one
- * UTF-16 unit. */
-#if defined(__cplusplus) && (__cplusplus >= 201103L || (defined(_MSC_VER) && _MSC_VER >= 1900))
-#define VEXO_ASSERT_SIZE(type, bytes) static_assert(sizeof(type) == (bytes), #type)
-typedef char16_t VexoChar16;
-#elif !defined(__cplusplus) && defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
-#define VEXO_ASSERT_SIZE(type, bytes) _Static_assert(sizeof(type) == (bytes), #type)
-typedef uint16_t VexoChar16;
-#else
-#define VEXO_ASSERT_SIZE(type, bytes) \
-  typedef char VexoSizeOf##type[sizeof(type) == (bytes) ? 1 : -1]
+/* One UTF-16 unit: on Windows what its own functions take. */
 #ifdef _WIN32
+#include <stddef.h> /* C has wchar_t from here */
 typedef wchar_t VexoChar16;
+#elif defined(__cplusplus) && __cplusplus >= 201103L
+typedef char16_t VexoChar16;
 #else
 typedef uint16_t VexoChar16;
 #endif
+
+/* Stops the compiler when a record is not laid out as below. */
+#if defined(__cplusplus) && (__cplusplus >= 201103L || (defined(_MSC_VER) && _MSC_VER >= 1900))
+#define VEXO_ASSERT_SIZE(type, bytes) static_assert(sizeof(type) == (bytes), #type)
+#elif !defined(__cplusplus) && defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
+#define VEXO_ASSERT_SIZE(type, bytes) _Static_assert(sizeof(type) == (bytes), #type)
+#else
+#define VEXO_ASSERT_SIZE(type, bytes) \
+  typedef char VexoSizeOf##type[sizeof(type) == (bytes) ? 1 : -1]
 #endif
 
 /* A window handle of the host (HWND). */
@@ -233,6 +234,7 @@ typedef struct VideoDetectRecord {
   uint8_t standard[VEXO_MAX_CHANNELS]; /* 4 VEXO_VIDEO_... of each channel; 0 where no chip */
 } VideoDetectRecord;
 
+VEXO_ASSERT_SIZE(VexoChar16, 2);
 VEXO_ASSERT_SIZE(VexoInitRecord, 24);
 VEXO_ASSERT_SIZE(VexoRegRecord, 4);
 VEXO_ASSERT_SIZE(VexoSplitRecord, 22);
@@ -308,6 +310,7 @@ int VEXOAPI_TextCommandProc(const char* line);
 
 #ifdef __cplusplus
 } /* extern "C" */
+#endif
 
 /*
  * Stores and programs the motion level (0-3) and cell mask (24 bytes, read only; 12 rows, columns
@@ -315,9 +318,39 @@ int VEXOAPI_TextCommandProc(const char* line);
  * of 16 or more, and for a null mask. A channel below 16 that the board lacks is stored and not
  * programmed, and so is a level above 3.
  * Returns VEXO_OK, or VEXO_ERROR_UNINITIALIZED with "CS4_GlobalLock" still held by the caller.
- * Exported under its C++ name: ?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z in a 32-bit library.
+ * Exported under its C++ name alone, VEXO_EXPORT_SET_MOTION_INFO, which is what Microsoft's C++
+ * compilers ask for. C and the C++ of g++ and clang ask for other names; libVexoCtrlSDK.dll.a, the
+ * desktop's import library, leads those here too, and the Linux library has them. Where neither is
+ * at hand, as in C for the device, take its address by that name.
  */
 int VEXOAPI_SetMotionInfo(uint8_t channel, uint8_t level, uint8_t* mask);
+
+/* ---- Loading by hand ------------------------------------------------------------------------ */
+
+/* Each export's name, for GetProcAddress (on Windows CE: of TEXT(name)) or dlsym. */
+#define VEXO_EXPORT_INITIALIZE "VEXOAPI_Initialize"
+#define VEXO_EXPORT_UNINITIALIZE "VEXOAPI_Uninitialize"
+#define VEXO_EXPORT_GET_VERSION "VEXOAPI_GetVersion"
+#define VEXO_EXPORT_SET_ENABLE_DEBUG "VEXOAPI_SetEnableDebug"
+#define VEXO_EXPORT_SET_ENABLE_OUTPUT_MSG "VEXOAPI_SetEnableOutputMsg"
+#define VEXO_EXPORT_COMMAND_PROC "VEXOAPI_CommandProc"
+#define VEXO_EXPORT_TEXT_COMMAND_PROC "VEXOAPI_TextCommandProc"
+#ifdef _WIN64
+#define VEXO_EXPORT_SET_MOTION_INFO "?VEXOAPI_SetMotionInfo@@YAHEEPEAE@Z"
+#elif defined(_WIN32)
+#define VEXO_EXPORT_SET_MOTION_INFO "?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z"
+#else
+#define VEXO_EXPORT_SET_MOTION_INFO "VEXOAPI_SetMotionInfo"
 #endif
+
+/* Each export's type. They have C's calling convention, not WINAPI, which differs in 32 bits. */
+typedef int (*VexoInitializeFunction)(VexoWindow window);
+typedef void (*VexoUninitializeFunction)(void);
+typedef int (*VexoGetVersionFunction)(VexoChar16* buffer);
+typedef void (*VexoSetEnableDebugFunction)(uint32_t enable);
+typedef void (*VexoSetEnableOutputMsgFunction)(uint32_t enable);
+typedef int (*VexoCommandProcFunction)(uint32_t code, void* parameter);
+typedef int (*VexoTextCommandProcFunction)(const char* line);
+typedef int (*VexoSetMotionInfoFunction)(uint8_t channel, uint8_t level, uint8_t* mask);
 
 #endif /* VEXOCTRLSDK_H */
