@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Compiles the public header as hosts in C and C++ of all years include it: for this machine, for
-# Windows with MinGW and as Microsoft's compilers do; at last as one whose compiler has no
-# <stdint.h>.
+# Windows with MinGW and as Microsoft's compilers do; as one whose compiler has no <stdint.h>; and the
+# programs of docs/host-programs.md.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source=tests/support/header_host.c
@@ -29,12 +29,28 @@ for processor in x86_64 i686; do
 done
 
 # wchar_t is all that the older ones need from outside.
-outside="$(mktemp -d)"
-trap 'rm -rf "$outside"' EXIT
-cp "$(gcc -print-file-name=include/stddef.h)" "$outside"
-old=(-nostdinc -isystem "$outside" -fshort-wchar -D_WIN32 -D_MSC_VER=1400 -D__int8=char
+work="$(mktemp -d)"
+trap 'rm -rf "$work"' EXIT
+mkdir "$work/outside"
+cp "$(gcc -print-file-name=include/stddef.h)" "$work/outside"
+old=(-nostdinc -isystem "$work/outside" -fshort-wchar -D_WIN32 -D_MSC_VER=1400 -D__int8=char
   -D__int16=short -D__int32=int)
 for compiler in gcc clang; do
   "$compiler" -x c -std=c89 "${check[@]}" "${old[@]}" "$source"
   "$compiler" -x c++ -std=c++98 "${check[@]}" "${old[@]}" "$source"
+done
+
+awk -v folder="$work" '/^```c$/ {name = folder "/program" ++count ".c"; next}
+  /^```/ {name = ""}
+  name != "" {print > name}' docs/host-programs.md
+for program in "$work"/program*.c; do
+  compilers=(gcc clang)
+  if grep -q '<windows.h>' "$program"; then
+    compilers=(x86_64-w64-mingw32-gcc-posix i686-w64-mingw32-gcc-posix)
+  fi
+  for compiler in "${compilers[@]}"; do
+    for language in c c++; do
+      "$compiler" -x "$language" -Wall -Werror -Iinclude -fsyntax-only "$program"
+    done
+  done
 done
