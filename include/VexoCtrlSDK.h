@@ -286,9 +286,9 @@ extern "C" {
 #endif
 
 /*
- * Threads. "Any thread" says that a call is right beside all other calls. The monitor reads the
- * chips without a lock: where a reading of it falls between the bus cycles of a call, either may go
- * astray.
+ * Threads. "Any thread" says that a call may be made beside other calls. Two ask for more, since
+ * they reach the chips without the lock: VEXO_CMD_BLANK_MASK and VEXOAPI_TextCommandProc. So does
+ * the monitor: where a reading of it falls between the bus cycles of a call, either may go astray.
  *
  * Times are those of the pauses that the library asks for. A system with a coarse timer makes them
  * longer.
@@ -388,10 +388,10 @@ int VEXOAPI_TextCommandProc(const char* line);
  * programmed, and so is a level above 3.
  * Any thread: waits for "CS4_GlobalLock" without a limit, as commands do.
  * Returns VEXO_OK, or VEXO_ERROR_UNINITIALIZED with that lock still held by the calling thread.
- * Exported under its C++ name alone, VEXO_EXPORT_SET_MOTION_INFO, which is what Microsoft's C++
- * compilers ask for. C and the C++ of g++ and clang ask for other names; libVexoCtrlSDK.dll.a, the
- * desktop's import library, leads those here too, and the Linux library has them. Where neither is
- * at hand, as in C for the device, take its address by that name.
+ * The DLL exports it under its C++ name alone, VEXO_EXPORT_SET_MOTION_INFO, which is what
+ * Microsoft's C++ compilers ask for. C and the C++ of g++ and clang ask for other names;
+ * libVexoCtrlSDK.dll.a, the desktop's import library, leads those here too, and the Linux library
+ * has them. Where neither is at hand, as in C for the device, take its address by that name.
  */
 int VEXOAPI_SetMotionInfo(uint8_t channel, uint8_t level, uint8_t* mask);
 
