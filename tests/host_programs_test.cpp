@@ -39,7 +39,6 @@ const std::string& Header() {
 struct Row {
   std::string call;
   std::uint32_t pauses_ms = 0;
-  bool settles = false;
   std::optional<std::uint32_t> settling_ms;  // none: without a limit
   std::uint32_t answer_ms = 0;
   std::uint64_t cycles = 0;
@@ -58,7 +57,6 @@ std::vector<Row> Rows() {
   for (std::sregex_iterator at(Page().begin(), Page().end(), line), end; at != end; ++at) {
     const std::smatch& match = *at;
     Row row{.call = match[1], .pauses_ms = NumberOr0(match[2]), .settling_ms = 0};
-    row.settles = match[3].matched || match[4].matched;
     row.settling_ms = NumberOr0(match[3]);
     if (match[4].matched) row.settling_ms.reset();
     row.answer_ms = NumberOr0(match[5]);
@@ -107,6 +105,8 @@ std::vector<std::uint8_t> RecordOf(std::uint32_t code) {
       return {VEXO_CHIP_MASTER, 1, 0xAB, 0};
     case VEXO_CMD_WRITE_REG:
       return {VEXO_CHIP_ALL, 2, 0x67, 1};
+    case VEXO_CMD_MOTION_SETUP:
+      return {0, 3, 9, 15};
     case VEXO_CMD_LIVE_SPLIT:
     case VEXO_CMD_PLAY_SPLIT:
       return WithAllChannels({0, 0, 0, 0, VEXO_SPLIT_16, 0});
