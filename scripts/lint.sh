@@ -36,7 +36,7 @@ pc      together tests/api tests/harness tests/support
 pc      together tests/text tests/model
 pc      together tests/setup tests/chip tests/motion tests/report
 pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture tests/sim/platform tests/sim/screen
-pc      together tests tests/script tests/tools tests/tools/commands tests/tools/listing tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/listing tests/script/outcome
+pc      together tests tests/script tests/tools tests/tools/commands tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/listing tests/script/outcome
 pc      together tests/desk/console tests/desk/port
 pc      together tests/device/ceimage tests/device/emulator
 '
