@@ -86,13 +86,13 @@ void Uninitialize() {
 }
 
 std::optional<std::string> GetVersion(bool null_buffer, int* length) {
-  std::array<char16_t, kVersionUnits> buffer{};
+  std::array<VexoChar16, kVersionUnits> buffer{};
   RecordCall("VEXOAPI_GetVersion");
   *length = Exports().get_version(null_buffer ? nullptr : buffer.data());
   std::optional<std::string> text;
   if (!null_buffer) {
     buffer.back() = 0;
-    text = sim::ToUtf8(buffer.data());
+    text = sim::ToUtf8(reinterpret_cast<const char16_t*>(buffer.data()));  // wchar_t on Windows
   }
   RecordReturn("VEXOAPI_GetVersion", *length, std::nullopt, text);
   return text;
