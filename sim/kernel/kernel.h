@@ -62,6 +62,10 @@ class Kernel {
   // Like Pump with no messages handled: the host is busy elsewhere.
   void Idle(std::uint32_t ms);
 
+  // For a board under another system's kernel, which has the threads and the clock: the time, and
+  // who is running.
+  void SetClock(std::uint64_t now_ms, By by);
+
   // ---- What platform.h needs ------------------------------------------------------------------
 
   PlatHandle CreateMutex(const std::u16string& name);

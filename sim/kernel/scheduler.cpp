@@ -181,6 +181,13 @@ std::string Kernel::Impl::WhoWaitsForWhat() const {
 
 // ---- Kernel -----------------------------------------------------------------------------------
 
+void Kernel::SetClock(std::uint64_t now_ms, By by) {
+  impl_->now = now_ms;
+  now_ms_ = static_cast<std::uint32_t>(now_ms);
+  by_ = by;
+  impl_->world.board.SetTime(now_ms_);
+}
+
 void Kernel::SetSeed(std::uint64_t seed) {
   impl_->seed = seed;
   impl_->random_state = seed;
