@@ -3,6 +3,7 @@
 #include "image.h"
 #include "imports.h"
 #include "lines.h"
+#include "run_scripts.h"
 
 namespace {
 
@@ -47,6 +48,9 @@ DWORD RTCNVRAM_Write(DWORD block, void* request) { return kit::WriteNvram(block,
 
 int VexoDesk_Line(const char* line, char* answer, size_t capacity) {
   return kit::RunLine(line, answer, capacity);
+}
+int VexoDesk_RunScripts(int count, const char* const* words) {
+  return kit::RunScripts(count, words);
 }
 int VexoDesk_ControlPort() { return kit::ControlPort(); }
 

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "board.h"
+#include "crossing.h"
 #include "files/output.h"
 #include "io_pages.h"
 #include "settings.h"
@@ -23,12 +24,12 @@ PlatBusWindow Address(int window) {
 
 void Store(int window, std::uint32_t value, unsigned) {
   const AtBoard at_board;
-  Plat_StoreByte(Address(window), static_cast<std::uint8_t>(value));
+  GoOut([&] { Plat_StoreByte(Address(window), static_cast<std::uint8_t>(value)); });
 }
 
 std::uint8_t Load(int window, unsigned) {
   const AtBoard at_board;
-  return Plat_LoadByte(Address(window));
+  return GoOut([&] { return Plat_LoadByte(Address(window)); });
 }
 
 void RefuseAccess(const char* reason, const std::uint8_t* code) {

@@ -1,9 +1,12 @@
 #include "exports.h"
 
 #include <stdexcept>
+#include <type_traits>
 
 #include "board.h"
+#include "crossing.h"
 #include "image.h"
+#include "imports.h"
 
 namespace kit {
 namespace {
@@ -29,12 +32,52 @@ auto Call(Function harness::ExportTable::*function, Arguments... arguments) {
   return (exports.*function)(arguments...);
 }
 
+// ---- In real time -------------------------------------------------------------------------------
+
 int RefuseEntry(PlatHandle, std::uint32_t, void*) {
   throw std::runtime_error("the program itself loads and unloads the library");
 }
 
 int RefuseWindow(VexoWindow) {
   throw std::runtime_error("the program itself gives the library its window");
+}
+
+// ---- In virtual time ----------------------------------------------------------------------------
+
+HMODULE g_mapped = nullptr;
+harness::ExportTable g_mapped_exports;
+
+void Map() {
+  if (g_mapped != nullptr) return;
+  g_mapped = MapWithoutEntry(VirtualImports());
+  g_mapped_exports = BindExports(g_mapped);
+}
+
+// The image stays, with all that a detach leaves in it, as long as the script.
+void Unmap() {
+  if (g_mapped != nullptr) FreeLibrary(g_mapped);
+  g_mapped = nullptr;
+}
+
+int Enter(PlatHandle, std::uint32_t reason, void*) {
+  Map();
+  int result = 0;
+  GoIn([&] { result = EntryOf(g_mapped)(g_mapped, reason, nullptr); });
+  return result;
+}
+
+// Calls an export of the mapped library.
+template <typename Result, typename... Parameters, typename... Arguments>
+Result CallMapped(Result (*harness::ExportTable::*function)(Parameters...),
+                  Arguments... arguments) {
+  Map();
+  if constexpr (std::is_void_v<Result>) {
+    GoIn([&] { (g_mapped_exports.*function)(arguments...); });
+  } else {
+    Result result{};
+    GoIn([&] { result = (g_mapped_exports.*function)(arguments...); });
+    return result;
+  }
 }
 
 }  // namespace
@@ -67,6 +110,26 @@ void UseLoadedExports() {
       },
       [](const char* line) { return Call(&Table::text_command_proc, line); },
       [] {},
+  });
+}
+
+void UseMappedExports() {
+  using Table = harness::ExportTable;
+  harness::UseExports({
+      Enter,
+      [](VexoWindow window) { return CallMapped(&Table::initialize, window); },
+      [] { CallMapped(&Table::uninitialize); },
+      [](VexoChar16* buffer) { return CallMapped(&Table::get_version, buffer); },
+      [](std::uint32_t enable) { CallMapped(&Table::set_enable_debug, enable); },
+      [](std::uint32_t enable) { CallMapped(&Table::set_enable_output_msg, enable); },
+      [](std::uint32_t code, void* record) {
+        return CallMapped(&Table::command_proc, code, record);
+      },
+      [](std::uint8_t channel, std::uint8_t level, std::uint8_t* mask) {
+        return CallMapped(&Table::set_motion_info, channel, level, mask);
+      },
+      [](const char* line) { return CallMapped(&Table::text_command_proc, line); },
+      Unmap,
   });
 }
 

@@ -13,4 +13,8 @@ harness::ExportTable BindExports(HMODULE library);
 // at the board and leaves it for the call.
 void UseLoadedExports();
 
+// The same for the board in virtual time: the library is mapped when it is called first, with the
+// simulated kernel's functions, and anew after each reset.
+void UseMappedExports();
+
 }  // namespace kit

@@ -6,12 +6,9 @@
 #include "VexoDesk.h"
 #include "board.h"
 #include "exports.h"
-#include "script/listing/register_listing.h"
-#include "script/listing/register_writes.h"
+#include "plain_surroundings.h"
 #include "script/parse.h"
 #include "script/session.h"
-#include "sim/picture/png.h"
-#include "sim/picture/terminal.h"
 
 namespace kit {
 namespace {
@@ -28,29 +25,11 @@ void PassTime(std::uint32_t ms) {
   }
 }
 
-class DeskSurroundings : public script::Surroundings {
+class DeskSurroundings : public PlainSurroundings {
  public:
   void LetTimePass(std::uint32_t ms) override {
     const AwayFromBoard away;
     PassTime(ms);
-  }
-  void ShowRegisters(std::ostream& out, script::ChipChoice chips,
-                     std::optional<std::uint8_t> page) override {
-    const sim::World& world = sim::TheWorld();
-    for (unsigned position = 0; position < kChipsMax; ++position) {
-      if (!chips.all && chips.position != position) continue;
-      out << script::ListRegisters(world.board, position, page, world.at_attach, false);
-    }
-  }
-  void ShowWrites(std::ostream& out, std::size_t first_event) override {
-    script::PrintWrites(out, sim::TheWorld().trace, first_event);
-  }
-  void ShowScreen(std::ostream& out) override {
-    constexpr int kColumns = 80;
-    out << sim::RenderForTerminal(sim::ComposeScreen(sim::TheWorld().board), kColumns);
-  }
-  void SavePicture(const std::string& path) override {
-    sim::WritePng(sim::ComposeScreen(sim::TheWorld().board), path);
   }
 };
 

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "board.h"
+#include "plain_surroundings.h"
 #include "script/session.h"
 
 namespace kit {
@@ -14,16 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kName = "VexoDesk.txt";
-
-// A board that is being made lets no time pass and shows nothing.
-class NoSurroundings : public script::Surroundings {
- public:
-  void LetTimePass(std::uint32_t) override {}
-  void ShowRegisters(std::ostream&, script::ChipChoice, std::optional<std::uint8_t>) override {}
-  void ShowWrites(std::ostream&, std::size_t) override {}
-  void ShowScreen(std::ostream&) override {}
-  void SavePicture(const std::string&) override {}
-};
 
 fs::path FolderOfKit() {
   static const int here = 0;
@@ -76,7 +67,7 @@ void ReadLine(const std::string& line, const fs::path& folder, Settings& setting
 
 void Settings::MakeBoard() const {
   std::ostringstream nowhere;
-  NoSurroundings around;
+  PlainSurroundings around;
   script::Session session(nowhere, around);
   for (const script::Statement& statement : board) statement.step(session);
 }
