@@ -101,7 +101,8 @@ void* MapWindow(DWORD physical, DWORD bytes, bool cached) {
   const AtBoard at_board;
   if (Plat_MapBusWindow(static_cast<std::uint32_t>(physical), static_cast<std::uint32_t>(bytes),
                         cached) == nullptr) {
-    Say("the bus window at " + sim::Hex(physical, 8) + " cannot be mapped");
+    if (BoardKind() == Kind::Real)
+      Say("the bus window at " + sim::Hex(physical, 8) + " cannot be mapped");
     SetLastError(static_cast<DWORD>(sim::TheWorld().kernel.LastError()));
     return nullptr;
   }
