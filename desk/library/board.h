@@ -16,6 +16,7 @@
 #include "desk/library/gate.h"
 #include "desk/library/outputs.h"
 #include "desk/port/port.h"
+#include "platform/platform.h"
 
 namespace desk {
 
