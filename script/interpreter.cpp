@@ -212,11 +212,7 @@ void Interpreter::PrintAction() {
   printer_->End();
   if (options_.quiet) return;
   if (switches.writes) around_.ShowWrites(out_, session_->FirstEvent());
-  for (const std::string& line : session_->outcome) Note(line);
-  if (session_->outcome.empty() && session_->returned) {
-    out_ << kIndent << "= " << *session_->returned << '\n';
-  }
-  for (const std::string& note : session_->notes) Note(note);
+  for (const std::string& line : session_->ResultInWords()) Note(line);
 }
 
 void Interpreter::Check(const Statement& statement) {

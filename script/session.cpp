@@ -15,9 +15,13 @@ constexpr std::size_t kMostMessageWords = 1000;
 }  // namespace
 
 Session::Session(std::ostream& out, Surroundings& around, Interpreter* interpreter)
-    : out_(out), around_(around), interpreter_(interpreter) {
+    : out_(out),
+      around_(around),
+      interpreter_(interpreter),
+      asks_windows_(!World().windows.on_received) {
   World().trace.AddListener(*this, sim::Trace::Hears::AllButCycles);
   World().trace.AddListener(facts, sim::Trace::Hears::AllButCycles);
+  if (!asks_windows_) return;
   World().windows.on_received = [this](const sim::ReceivedMessage& message) {
     OnReceived(message);
   };
@@ -26,7 +30,7 @@ Session::Session(std::ostream& out, Surroundings& around, Interpreter* interpret
 Session::~Session() {
   World().trace.RemoveListener(*this);
   World().trace.RemoveListener(facts);
-  World().windows.on_received = nullptr;
+  if (asks_windows_) World().windows.on_received = nullptr;
 }
 
 Interpreter& Session::Runner() const {
@@ -48,6 +52,13 @@ void Session::BeginAction(std::string name) {
   messages_.clear();
   message_words_.clear();
   moments.insert_or_assign(std::string(kStartMoment), sim::TakeSnapshot(World().board));
+}
+
+std::vector<std::string> Session::ResultInWords() const {
+  std::vector<std::string> lines = outcome;
+  if (lines.empty() && returned) lines.push_back("= " + std::to_string(*returned));
+  lines.insert(lines.end(), notes.begin(), notes.end());
+  return lines;
 }
 
 void Session::OnEvent(const sim::Event&, const sim::EventDetail* detail) {

@@ -49,6 +49,8 @@ class Session : public sim::TraceListener {
   std::vector<std::string>
       outcome;                     // the result in words, when there is more to say than its number
   std::vector<std::string> notes;  // what is said below it
+  // The last action's result and notes, as they are told when it is over.
+  std::vector<std::string> ResultInWords() const;
   // Hears of the messages that reach the host window.
   std::function<void(const sim::ReceivedMessage&)> on_received;
 
@@ -73,14 +75,17 @@ class Session : public sim::TraceListener {
 
   // sim::TraceListener
   void OnEvent(const sim::Event& event, const sim::EventDetail* detail) override;
+  // A message reached the host window. The windows tell the session of each, unless they told
+  // somebody else when it was made, who hands them on.
+  void OnReceived(const sim::ReceivedMessage& message);
 
  private:
-  void OnReceived(const sim::ReceivedMessage& message);
   void CountMessage(const std::string& words);
 
   std::ostream& out_;
   Surroundings& around_;
   Interpreter* interpreter_;
+  bool asks_windows_;
   std::string action_;
   std::size_t first_event_ = 0;
   std::size_t first_received_ = 0;

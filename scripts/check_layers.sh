@@ -45,7 +45,7 @@ device/ceimage:         files
 device/emulator:        +harness files
 device/library:         include src/platform/ce
 desk/console:           files +harness +script script/listing script/help script/grammar sim/picture include
-desk/port:              files desk/console sim/trace_json
+desk/port:              files desk/console +sim/trace_json
 desk/library:           files desk/console desk/port harness +sim/world include
 tools/vexosim/terminal:
 tools/vexosim/listing:  +script script/listing files sim/screen sim/picture tools/vexosim/terminal

@@ -24,6 +24,7 @@ pc      together sim/platform
 pc      together sim/screen sim/picture
 pc      together harness script script/grammar script/help script/outcome script/listing
 pc      together device/emulator
+pc      together desk/console desk/port
 pc      together device/ceimage
 pc      together tools/vexosim
 pc      together tools/vexosim/commands tools/vexosim/listing tools/vexosim/shell
@@ -36,6 +37,7 @@ pc      together tests/text tests/model
 pc      together tests/setup tests/chip tests/motion tests/report
 pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture tests/sim/platform tests/sim/screen
 pc      together tests tests/script tests/tools tests/tools/commands tests/tools/listing tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/listing tests/script/outcome
+pc      together tests/desk/console tests/desk/port
 pc      together tests/device/ceimage tests/device/emulator
 '
 
@@ -157,7 +159,7 @@ done
 mkdir -p "$work/headers"
 ln -sfn /usr/include/nlohmann "$work/headers/nlohmann"
 # What every group depends on.
-find files include src sim harness script tools tests bench fuzz windows device \
+find files include src sim harness script desk tools tests bench fuzz windows device \
   \( -name '*.h' -o -name .clang-tidy \) -print0 | sort -z |
   xargs -0 cat .clang-tidy scripts/lint.sh >"$work/settings"
 

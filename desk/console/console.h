@@ -30,7 +30,11 @@ class BoardAccess {
   virtual void LetTimePass(std::uint32_t ms) = 0;
 };
 
-// Listens to the world's trace from its making to its end; the world must not be reset meanwhile.
+// Listens to the world's trace and windows from its making to its end, and keeps the trace's events
+// only while a line is in the library; the world must not be reset meanwhile.
+//
+// Expectations and differences are about all that has happened since the last line began that calls
+// the library or lets time pass: what the program itself did since then is among it.
 class Console {
  public:
   // Made and ended by a thread that is inside.
@@ -39,8 +43,13 @@ class Console {
   Console(const Console&) = delete;
   Console& operator=(const Console&) = delete;
 
-  // Runs one line; any thread that is outside, one line at a time.
+  // Runs one line; any thread that is outside. While a line lets time pass or waits in the library,
+  // others run.
   Answer Run(std::string_view line);
+
+  // Lines that let time pass end soon, refused, and so are all later ones: the board is about to
+  // close. Any thread, inside or outside.
+  void EndLines();
 
  private:
   struct Impl;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 
 namespace sim {
 namespace {
@@ -36,6 +37,20 @@ void AppendColor(std::string& out, int layer, Rgb color) {
          std::to_string(color.g) + ';' + std::to_string(color.b) + 'm';
 }
 
+constexpr std::string_view kRamp = " .:-=+*#%@";
+
+// Brightness 0 to 255, averaged over a rectangle.
+int Brightness(const sim::Image& image, int x0, int y0, int x1, int y1) {
+  int sum = 0;
+  for (int y = y0; y < y1; ++y) {
+    for (int x = x0; x < x1; ++x) {
+      const sim::Rgb& pixel = image.At(x, y);
+      sum += (77 * pixel.r + 151 * pixel.g + 28 * pixel.b) / 256;
+    }
+  }
+  return sum / std::max(1, (x1 - x0) * (y1 - y0));
+}
+
 }  // namespace
 
 std::string RenderForTerminal(const Image& image, int columns) {
@@ -58,6 +73,28 @@ std::string RenderForTerminal(const Image& image, int columns) {
     out += "\x1b[0m\n";
   }
   return out;
+}
+
+std::string RenderInCharacters(const sim::Image& image, int columns) {
+  if (image.width <= 0 || image.height <= 0 || columns <= 0) return {};
+  columns = std::min(columns, image.width);
+  // A character is about twice as high as it is wide.
+  const int rows = std::max(1, image.height * columns / image.width / 2);
+  std::string text;
+  for (int row = 0; row < rows; ++row) {
+    const int y0 = image.height * row / rows;
+    const int y1 = image.height * (row + 1) / rows;
+    std::string line;
+    for (int column = 0; column < columns; ++column) {
+      const int x0 = image.width * column / columns;
+      const int x1 = image.width * (column + 1) / columns;
+      const int level = Brightness(image, x0, y0, x1, y1) * static_cast<int>(kRamp.size()) / 256;
+      line += kRamp[static_cast<std::size_t>(level)];
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    text += line + '\n';
+  }
+  return text;
 }
 
 }  // namespace sim

@@ -110,5 +110,28 @@ TEST(TextConversion, ReplacesWhatIsNoText) {
 
 TEST(TextConversion, LowersAsciiLettersOnly) { EXPECT_EQ(ToLower("AZ[az\xC4"), "az[az\xC4"); }
 
+TEST(Texts, ShowNumbers) {
+  EXPECT_EQ(Hex(0), "0x00");
+  EXPECT_EQ(Hex(0x2403, 4), "0x2403");
+  EXPECT_EQ(Hex(0x12345, 4), "0x12345");
+  EXPECT_EQ(HexBytes(std::vector<std::uint8_t>{0, 0xAB, 0x7F}), "00ab7f");
+  EXPECT_EQ(HexBytes(std::vector<std::uint8_t>{0, 0xAB}, " "), "00 ab");
+}
+
+TEST(Texts, ListBitsAsRanges) {
+  EXPECT_EQ(BitList(0, 16), "");
+  EXPECT_EQ(BitList(0xFFDF, 16), "0-4,6-15");
+  EXPECT_EQ(BitList(0x5, 16), "0,2");
+  EXPECT_EQ(BitList(0xFF, 4), "0-3");
+  EXPECT_EQ(BitList(std::numeric_limits<std::uint32_t>::max(), 32), "0-31");
+}
+
+TEST(Texts, AreCutIntoLines) {
+  EXPECT_THAT(TextLines("\r\n a\r\nb\n\nc"), testing::ElementsAre(" a", "b", "c"));
+  EXPECT_THAT(TextLines("\r\n"), testing::IsEmpty());
+  EXPECT_THAT(TextLines(""), testing::IsEmpty());
+  EXPECT_THAT(TextLines("a \r\n \r\n  "), testing::ElementsAre("a "));
+}
+
 }  // namespace
 }  // namespace sim

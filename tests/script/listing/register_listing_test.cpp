@@ -1,16 +1,14 @@
-// Register listings, plain pictures and texts.
+// Register listings.
 #include "script/listing/register_listing.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <sstream>
 
 #include "sim/board/board.h"
 #include "sim/text.h"
 #include "sim/world.h"
-#include "tools/vexosim/listing/picture_text.h"
 
 namespace script {
 namespace {
@@ -174,46 +172,6 @@ TEST_F(RegisterListing, ShowsMarksInBoldWithColour) {
   board.Poke(0, kPage1, 0x31, 0x5A);
   EXPECT_THAT(List(0, kPage1, true), HasSubstr("\n  30  00 \033[1m5a*\033[0m00 00 "));
   EXPECT_THAT(List(0, kPage1, false), Not(HasSubstr("\033")));
-}
-
-TEST(PlainPicture, GoesFromDarkToBright) {
-  sim::Image image;
-  image.width = 20;
-  image.height = 4;
-  image.pixels.resize(80);
-  for (int y = 0; y < 4; ++y) {
-    for (int x = 0; x < 20; ++x) {
-      const auto level = static_cast<std::uint8_t>(x / 2 * 28);
-      image.At(x, y) = {level, level, level};
-    }
-  }
-  EXPECT_EQ(DrawPicture(image, {.columns = 10}), " .:-=+*#%@\n");
-  EXPECT_EQ(DrawPicture(image, {.columns = 1000}), "  ..::--==++**##%%@@\n  ..::--==++**##%%@@\n");
-}
-
-TEST(PlainPicture, IsNothingForNoImage) { EXPECT_EQ(DrawPicture({}, {}), ""); }
-
-TEST(ToolTexts, ShowNumbers) {
-  EXPECT_EQ(sim::Hex(0), "0x00");
-  EXPECT_EQ(sim::Hex(0x2403, 4), "0x2403");
-  EXPECT_EQ(sim::Hex(0x12345, 4), "0x12345");
-  EXPECT_EQ(sim::HexBytes(std::vector<std::uint8_t>{0, 0xAB, 0x7F}), "00ab7f");
-  EXPECT_EQ(sim::HexBytes(std::vector<std::uint8_t>{0, 0xAB}, " "), "00 ab");
-}
-
-TEST(ToolTexts, ListBitsAsRanges) {
-  EXPECT_EQ(sim::BitList(0, 16), "");
-  EXPECT_EQ(sim::BitList(0xFFDF, 16), "0-4,6-15");
-  EXPECT_EQ(sim::BitList(0x5, 16), "0,2");
-  EXPECT_EQ(sim::BitList(0xFF, 4), "0-3");
-  EXPECT_EQ(sim::BitList(std::numeric_limits<std::uint32_t>::max(), 32), "0-31");
-}
-
-TEST(ToolTexts, AreCutIntoLines) {
-  EXPECT_THAT(sim::TextLines("\r\n a\r\nb\n\nc"), ElementsAre(" a", "b", "c"));
-  EXPECT_THAT(sim::TextLines("\r\n"), IsEmpty());
-  EXPECT_THAT(sim::TextLines(""), IsEmpty());
-  EXPECT_THAT(sim::TextLines("a \r\n \r\n  "), ElementsAre("a "));
 }
 
 }  // namespace
