@@ -56,8 +56,9 @@ tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/tr
 tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/traces
 tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
-windows/stand_in:
-windows:                +script +harness windows/stand_in src/platform/ce
+windows/stand_in:       windows/kit
+windows/kit:            +script +harness files include script/listing sim/picture desk/console desk/port
+windows:                +script +harness windows/stand_in windows/kit src/platform/ce
 
 tests:                  *
 bench:                  *
@@ -65,8 +66,8 @@ fuzz:                   *
 '
 
 # Where the compilers look for a header, and the folders whose files name their neighbours barely.
-search='. include src src/platform/ce sim/platform windows/stand_in'
-neighbours='windows/host windows/stand_in'
+search='. include src src/platform/ce sim/platform windows/stand_in windows/kit'
+neighbours='windows/host windows/stand_in windows/kit'
 
 check() {
   cd "$1"

@@ -26,6 +26,12 @@ namespace {
 // Ends the threads that are left when the process ends.
 struct EndOfProcess {
   ~EndOfProcess() {
+    if (g_the_world != nullptr && g_the_world->kernel.OpenToProgram()) {
+      // A program that ends with its board open: threads of it and of the library may still be
+      // here.
+      g_the_world->kernel.StopForGood();
+      return;
+    }
     delete g_the_world;
     g_the_world = nullptr;
   }

@@ -19,8 +19,6 @@ std::string Padded(std::string text, std::size_t columns) {
   return text;
 }
 
-using RegisterRun;
-
 // One page now and, when it is known, as it was.
 class PageListing {
  public:

@@ -3,6 +3,9 @@
 // Library threads are real threads, but one runs at a time, and it hands over only where it
 // sleeps, waits or sends (or, when asked for, at bus cycles). Time jumps to the next thing that is
 // due. When nothing can ever run again, the main host thread gets a Deadlock exception.
+//
+// A kernel that is open to a program has that program's own threads as host threads: they come in
+// for a call and go out again.
 #pragma once
 
 #include <cstdint>
@@ -31,6 +34,7 @@ class Kernel {
 
   std::uint32_t Now() const { return now_ms_; }  // ms, wrapping at 2^32
   By Current() const { return by_; }             // who is running
+  std::uint32_t Ticks();                         // Now, read from the clock where there is one
 
   // Chooses among threads that could run by this seed; 0: the default order, host first.
   void SetSeed(std::uint64_t seed);
@@ -56,11 +60,37 @@ class Kernel {
   // What its body throws comes out of the main host thread's next pause.
   unsigned StartHostThread(std::function<void()> body);
   bool HostThreadDone(unsigned id) const;
-  // The host thread pumps its messages while `ms` pass. The windows are the main host thread's:
-  // any other has none to pump and is idle.
-  void Pump(std::uint32_t ms);
+  // The host thread pumps its messages while `ms` pass, and gives how many it handled. The windows
+  // are the main host thread's: any other has none to pump and is idle.
+  unsigned Pump(std::uint32_t ms);
   // Like Pump with no messages handled: the host is busy elsewhere.
   void Idle(std::uint32_t ms);
+
+  // ---- Threads of a program -------------------------------------------------------------------
+
+  enum class Pace : std::uint8_t {
+    Virtual,  // time passes while a host thread is inside and can go on, and jumps
+    Real,     // time is the clock's
+  };
+  // From now on threads of the program come and go, and the main host thread, which calls this, is
+  // outside. Its windows' procedure runs in that thread alone. A thread that cannot go on waits:
+  // another may come in and help.
+  void OpenToProgram(Pace pace);
+  bool OpenToProgram() const;
+  // Any thread that is outside: waits for its turn, in order of arrival, and is a host thread until
+  // it leaves. It leaves and enters again around the host's own code, such as a window procedure.
+  void Enter();
+  void Leave();
+  // Threads of the program that are inside, or wait to come in, besides the one that asks.
+  unsigned OtherVisitors() const;
+  // Told, inside, when a thread of the program waits for what nothing that is known can bring.
+  std::function<void(const std::string&)> on_stuck;
+  // Nobody goes on any more: for the end of the process. False when a thread does not stop.
+  bool StopForGood();
+
+  // For a board under another system's kernel, which has the threads and the clock: the time, and
+  // who is running.
+  void SetClock(std::uint64_t now_ms, By by);
 
   // ---- What platform.h needs ------------------------------------------------------------------
 

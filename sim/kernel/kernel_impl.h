@@ -1,18 +1,19 @@
 // Inside the kernel: its threads and objects. Only the kernel's own files include this.
 #pragma once
 
-#include <semaphore.h>
-
-#include <cerrno>
+#include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <exception>
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "sim/kernel/kernel.h"
@@ -32,21 +33,33 @@ inline constexpr std::uint32_t kErrorTimeout = 1460;
 // Unwinds a thread that was ended from outside. No std::exception, so that nobody takes it for one.
 struct ThreadEnded {};
 
-// Where a parked thread waits for its turn. A POSIX semaphore: one hand-over, one wake-up.
+using SteadyTime = std::chrono::steady_clock::time_point;
+
+// Where a parked thread waits for its turn.
 class Turn {
  public:
-  Turn() { sem_init(&semaphore_, 0, 0); }
-  ~Turn() { sem_destroy(&semaphore_); }
-  Turn(const Turn&) = delete;
-  Turn& operator=(const Turn&) = delete;
-  void Give() { sem_post(&semaphore_); }
-  void Await() {
-    while (sem_wait(&semaphore_) != 0 && errno == EINTR) {
+  void Give() {
+    {
+      const std::lock_guard lock(mutex_);
+      given_ = true;
     }
+    wake_.notify_one();
+  }
+  void Await() {
+    std::unique_lock lock(mutex_);
+    wake_.wait(lock, [this] { return given_; });
+    given_ = false;
+  }
+  // False when the time comes first.
+  bool AwaitUntil(SteadyTime time) {
+    std::unique_lock lock(mutex_);
+    return wake_.wait_until(lock, time, [this] { return given_; }) && std::exchange(given_, false);
   }
 
  private:
-  sem_t semaphore_;
+  std::mutex mutex_;
+  std::condition_variable wake_;
+  bool given_ = false;
 };
 
 struct Thread;
@@ -117,6 +130,7 @@ struct Thread : Object {
   std::uint32_t wait_result = kPlatWaitTimeout;
   bool deadlocked = false;  // main host thread: to be told so when it goes on
   bool killed = false;      // must not run any more
+  bool outside = false;     // of a program's: in its own code
   bool ended = false;
   std::uint32_t exit_code = kPlatStillActive;
 
@@ -132,6 +146,7 @@ struct PendingSend {
   std::uint32_t message;
   std::uintptr_t wparam;
   std::intptr_t lparam;
+  std::uint64_t number = 0;  // of all that were queued
   bool done = false;
   bool ok = false;
 };
@@ -143,6 +158,21 @@ struct PostedMessage {
   std::intptr_t lparam;
 };
 
+// What threads that are not inside share with the kernel; all but the first two under the gate.
+struct Program {
+  Kernel::Pace pace = Kernel::Pace::Virtual;
+  SteadyTime start;  // when the kernel's time was 0
+  std::mutex gate;
+  bool free = true;                               // nobody is inside
+  bool stopped = false;                           // for good: nobody goes in any more
+  std::condition_variable left;                   // nobody is inside any more
+  std::deque<Thread*> arrivals;                   // wait to come in
+  std::vector<std::shared_ptr<Thread>> departed;  // ended outside; to be retired
+  unsigned visitors = 1;                          // threads of the program that are known
+  // A thread of the program ends. None when the kernel is gone.
+  std::function<void(const std::shared_ptr<Thread>&)> on_departure;
+};
+
 struct Kernel::Impl {
   Impl(Kernel& of, World& in);
 
@@ -152,6 +182,8 @@ struct Kernel::Impl {
   std::uint64_t After(std::uint32_t ms) const;  // due time ms from now, kPlatForever: never
   // The current thread gives way until `due`; comes back when it is its turn.
   void Block(std::uint64_t due);
+  // Of those that can go on at their time, the one that is next; null when there is none.
+  Thread* NextDue();
   // Others that are due now go first.
   void Yield();
   // With a seed: any other thread that is due now may go first.
@@ -163,6 +195,8 @@ struct Kernel::Impl {
   // Who goes on when the current thread does not. Marks the main host thread deadlocked and picks
   // it when it can never go on otherwise.
   Thread& Choose();
+  // Whether nothing that is known can wake a thread that waits without end.
+  bool IsStuck(const Thread& thread) const;
   bool MainIsStuck() const;
   std::string WhoWaitsForWhat() const;
   // Time moves to the thread's due time, and it is the current one.
@@ -174,6 +208,7 @@ struct Kernel::Impl {
 
   std::shared_ptr<Thread> StartThread(By by, unsigned host_id, std::function<std::uint32_t()> body);
   void RunThread(Thread& self);
+  void AddToLive(Thread& thread);
   void Kill(Thread& victim);         // unwinds it now; no time passes
   void Retire(Thread& thread);       // it ended: its mutexes are abandoned, its waiters go on
   void StopWaiting(Thread& thread);  // takes it off the lists of what it waits for
@@ -201,13 +236,33 @@ struct Kernel::Impl {
 
   // ---- Messages: messages.cpp -------------------------------------------------------------------
 
-  void HandleMessages();
+  unsigned HandleMessages();  // gives how many
+  void AnswerInProgram(PendingSend& send);
+  void Queue(PendingSend& send);
+  void WakePump();
+  unsigned PumpInProgram(std::uint32_t ms);
   void Handle(const PostedMessage& message, bool posted);
   void Answer(PendingSend& send, bool ok);  // ends a sender's wait
   void TraceMessage(const Thread& sender, bool post, bool ok, const PostedMessage& message);
 
+  // ---- A program's threads: program.cpp ---------------------------------------------------------
+
+  void RefreshClock();
+  // These four with the gate held. Nobody was inside: this thread is.
+  void TakeTurn(Thread& thread);
+  // Who goes on when the thread that is inside does not, null when nobody does.
+  Thread* NextOfProgram();
+  void PassOn();
+  void OnDeparture(const std::shared_ptr<Thread>& thread);
+
+  void BlockInProgram(Thread& self, std::uint64_t due);
+  void AwaitTurn(Thread& self, std::uint64_t due);
+  void TellWhenStuck(const Thread& self);
+  void CloseToProgram();
+
   Kernel& kernel;
   World& world;
+  std::shared_ptr<Program> program;  // none: the threads are the kernel's own
 
   std::uint64_t now = 0;  // ms; the kernel shows the low 32 bits
   std::uint64_t seed = 0;
@@ -229,6 +284,8 @@ struct Kernel::Impl {
 
   bool pumping = false;
   std::deque<PendingSend*> sends;
+  std::deque<PendingSend*> handled_sends;  // the window's procedure has them
+  std::uint64_t sends_queued = 0;
   std::deque<PostedMessage> posts;
 };
 

@@ -39,7 +39,8 @@ void Kernel::Impl::Handle(const PostedMessage& message, bool posted) {
   world.windows.Receive({kernel.now_ms_, message.message,
                          number ? static_cast<std::uint32_t>(message.wparam) : 0,
                          TakeRecord(message.message, message.wparam), posted});
-  if (world.windows.procedure) world.windows.procedure(message.message, message.wparam);
+  if (!world.windows.procedure) return;
+  world.windows.procedure(message.window, message.message, message.wparam, message.lparam);
 }
 
 void Kernel::Impl::Answer(PendingSend& send, bool ok) {
@@ -53,24 +54,82 @@ void Kernel::Impl::Answer(PendingSend& send, bool ok) {
   send.sender->due = now;
 }
 
-void Kernel::Impl::HandleMessages() {
+// In a program the window's own thread runs the procedure, and others go on meanwhile: its sender
+// may give up, or end, before the procedure is through.
+void Kernel::Impl::AnswerInProgram(PendingSend& send) {
+  const PostedMessage message{send.window, send.message, send.wparam, send.lparam};
+  const std::uint64_t number = send.number;
+  std::erase(sends, &send);
+  handled_sends.push_back(&send);
+  Handle(message, false);
+  const auto still = std::find_if(handled_sends.begin(), handled_sends.end(),
+                                  [=](const PendingSend* one) { return one->number == number; });
+  if (still == handled_sends.end()) return;
+  PendingSend& answered = **still;
+  handled_sends.erase(still);
+  TraceMessage(*answered.sender, false, true, message);
+  answered.done = true;
+  answered.ok = true;
+  answered.sender->sending = nullptr;
+  answered.sender->due = now;
+}
+
+unsigned Kernel::Impl::HandleMessages() {
+  unsigned handled = 0;
   // Sent messages go before posted ones.
-  while (!sends.empty() && !world.windows.deaf) Answer(*sends.front(), true);
+  while (!sends.empty() && !world.windows.deaf) {
+    if (program != nullptr) {
+      AnswerInProgram(*sends.front());
+    } else {
+      Answer(*sends.front(), true);
+    }
+    ++handled;
+  }
   while (!posts.empty()) {
     const PostedMessage message = posts.front();
     posts.pop_front();
     Handle(message, true);
+    ++handled;
   }
+  return handled;
+}
+
+// Messages that come meanwhile wake the window's thread, which handles them itself.
+unsigned Kernel::Impl::PumpInProgram(std::uint32_t ms) {
+  const std::uint64_t end = now + ms;
+  const bool outer = pumping;
+  unsigned handled = HandleMessages();
+  pumping = true;
+  if (ms == 0) Yield();
+  while (now < end) {
+    Block(end);
+    handled += HandleMessages();
+  }
+  if (ms == 0) handled += HandleMessages();
+  pumping = outer;
+  return handled;
+}
+
+void Kernel::Impl::Queue(PendingSend& send) {
+  send.number = ++sends_queued;
+  sends.push_back(&send);
+  WakePump();
+}
+
+// The window's thread takes what came while it pumps.
+void Kernel::Impl::WakePump() {
+  if (program != nullptr && pumping && !main->outside && main->due > now) main->due = now;
 }
 
 // ---- Kernel -----------------------------------------------------------------------------------
 
-void Kernel::Pump(std::uint32_t ms) {
+unsigned Kernel::Pump(std::uint32_t ms) {
   if (impl_->current != impl_->main.get()) {
     Idle(ms);
-    return;
+    return 0;
   }
-  impl_->HandleMessages();
+  if (impl_->program != nullptr) return impl_->PumpInProgram(ms);
+  const unsigned handled = impl_->HandleMessages();
   impl_->pumping = true;
   try {
     Idle(ms);
@@ -79,6 +138,7 @@ void Kernel::Pump(std::uint32_t ms) {
     throw;
   }
   impl_->pumping = false;
+  return handled;
 }
 
 bool Kernel::SendMessage(PlatWindow window, std::uint32_t message, std::uintptr_t wparam,
@@ -91,7 +151,8 @@ bool Kernel::SendMessage(PlatWindow window, std::uint32_t message, std::uintptr_
     return impl_->Fail(kErrorInvalidWindow);
   }
   // The windows are the main host thread's: its own messages need no turn.
-  if (!impl_->world.windows.deaf && (impl_->pumping || self.main)) {
+  const bool takes_it = impl_->pumping && impl_->program == nullptr;
+  if (!impl_->world.windows.deaf && (takes_it || self.main)) {
     impl_->TraceMessage(self, false, true, content);
     impl_->Handle(content, false);
     impl_->MayYield();
@@ -99,7 +160,7 @@ bool Kernel::SendMessage(PlatWindow window, std::uint32_t message, std::uintptr_
   }
   PendingSend send{&self, window, message, wparam, lparam};
   // What the main host thread sends to itself in vain, it cannot answer later either.
-  if (!self.main) impl_->sends.push_back(&send);
+  if (!self.main) impl_->Queue(send);
   self.sending = &send;
   impl_->Block(impl_->After(timeout_ms));
   impl_->StopWaiting(self);
@@ -114,10 +175,11 @@ bool Kernel::PostMessage(PlatWindow window, std::uint32_t message, std::uintptr_
   const bool ok = !impl_->world.faults.Fires(Fault::Post) && impl_->world.windows.Exists(window);
   impl_->TraceMessage(*impl_->current, true, ok, content);
   if (!ok) return impl_->Fail(kErrorInvalidWindow);
-  if (impl_->pumping) {
+  if (impl_->pumping && impl_->program == nullptr) {
     impl_->Handle(content, true);
   } else {
     impl_->posts.push_back(content);
+    impl_->WakePump();
   }
   return true;
 }

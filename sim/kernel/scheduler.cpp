@@ -21,13 +21,17 @@ std::uint64_t Kernel::Impl::After(std::uint32_t ms) const {
 }
 
 bool Kernel::Impl::MainIsStuck() const {
-  if (main->due != kNever) return false;
   // Another host thread may do anything; library threads only release what they own.
   for (const Thread* thread : live) {
     if (!thread->main && thread->by == By::Host && thread->due != kNever) return false;
   }
+  return IsStuck(*main);
+}
+
+bool Kernel::Impl::IsStuck(const Thread& waiting) const {
+  if (waiting.due != kNever) return false;
   std::set<const Thread*> seen;
-  const Thread* thread = main.get();
+  const Thread* thread = &waiting;
   while (seen.insert(thread).second) {
     const auto* mutex = As<const Mutex>(thread->waiting_for);
     const auto* other = As<const Thread>(thread->waiting_for);
@@ -44,13 +48,18 @@ Thread& Kernel::Impl::Choose() {
     main->due = now;
     return *main;
   }
+  Thread* const next = NextDue();
+  return next == nullptr ? *main : *next;
+}
+
+Thread* Kernel::Impl::NextDue() {
   // Whoever is late is as due as whoever is due now.
   const auto due = [this](const Thread& thread) { return std::max(thread.due, now); };
-  Thread* best = main.get();
-  std::uint64_t count = 1;
+  Thread* best = nullptr;
+  std::uint64_t count = 0;
   for (Thread* thread : live) {
-    if (thread->main || thread->due == kNever) continue;
-    if (due(*thread) < due(*best)) {
+    if (thread->due == kNever) continue;
+    if (best == nullptr || due(*thread) < due(*best)) {
       best = thread;
       count = 1;
     } else if (due(*thread) == due(*best)) {
@@ -58,12 +67,12 @@ Thread& Kernel::Impl::Choose() {
       if (seed == 0 && thread->yielded < best->yielded) best = thread;
     }
   }
-  if (seed == 0 || count <= 1) return *best;
+  if (seed == 0 || count <= 1) return best;
   std::uint64_t skip = Random(count);
   for (Thread* thread : live) {
-    if (thread->due != kNever && due(*thread) == due(*best) && skip-- == 0) return *thread;
+    if (thread->due != kNever && due(*thread) == due(*best) && skip-- == 0) return thread;
   }
-  return *best;
+  return best;
 }
 
 void Kernel::Impl::MakeCurrent(Thread& next) {
@@ -115,6 +124,7 @@ void Kernel::Impl::Block(std::uint64_t due) {
   Thread& self = *current;
   if (self.killed) return;  // it unwinds: no more pauses
   if (kernel.watch_) AskWatch();
+  if (program != nullptr) return BlockInProgram(self, due);
   self.due = due;
   Thread& next = Choose();
   MakeCurrent(next);

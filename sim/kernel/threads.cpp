@@ -16,7 +16,12 @@ Kernel::Impl::Impl(Kernel& of, World& in) : kernel(of), world(in) {
 }
 
 void Kernel::Impl::EndThreads() {
-  while (live.size() > 1) Kill(*live.back());
+  const auto ours = [](const Thread* thread) { return thread->os_thread.joinable(); };
+  for (;;) {
+    const auto last = std::find_if(live.rbegin(), live.rend(), ours);
+    if (last == live.rend()) break;
+    Kill(**last);
+  }
   JoinEnded();
 }
 
@@ -35,13 +40,22 @@ std::shared_ptr<Thread> Kernel::Impl::StartThread(By by, unsigned host_id,
     return nullptr;
   }
   threads.push_back(thread);
-  // Host threads stand before library threads, each in order of creation.
-  const auto place =
-      by == By::Worker ? live.end() : std::find_if(live.begin(), live.end(), [](const Thread* t) {
-        return t->by == By::Worker;
-      });
-  live.insert(place, thread.get());
+  AddToLive(*thread);
   return thread;
+}
+
+// The main host thread stands first, host threads before library threads, each in order of
+// creation or arrival.
+void Kernel::Impl::AddToLive(Thread& thread) {
+  if (thread.main) {
+    live.insert(live.begin(), &thread);
+    return;
+  }
+  const auto place = thread.by == By::Worker
+                         ? live.end()
+                         : std::find_if(live.begin(), live.end(),
+                                        [](const Thread* t) { return t->by == By::Worker; });
+  live.insert(place, &thread);
 }
 
 void Kernel::Impl::RunThread(Thread& self) {
@@ -64,6 +78,11 @@ void Kernel::Impl::RunThread(Thread& self) {
   }
   if (self.host_id != 0) host_done[self.host_id - 1] = true;
   Retire(self);
+  if (program != nullptr) {
+    const std::lock_guard gate(program->gate);
+    PassOn();
+    return;
+  }
   Thread& next = Choose();
   MakeCurrent(next);
   next.turn.Give();
@@ -71,7 +90,10 @@ void Kernel::Impl::RunThread(Thread& self) {
 
 void Kernel::Impl::StopWaiting(Thread& thread) {
   if (thread.waiting_for != nullptr) std::erase(thread.waiting_for->waiters, &thread);
-  if (thread.sending != nullptr) std::erase(sends, thread.sending);
+  if (thread.sending != nullptr) {
+    std::erase(sends, thread.sending);
+    std::erase(handled_sends, thread.sending);
+  }
   thread.waiting_for = nullptr;
   thread.sending = nullptr;
 }
@@ -114,7 +136,10 @@ void Kernel::Impl::JoinEnded() {
 // ---- Kernel -----------------------------------------------------------------------------------
 
 Kernel::Kernel(World& world) : impl_(std::make_unique<Impl>(*this, world)) {}
-Kernel::~Kernel() { impl_->EndThreads(); }
+Kernel::~Kernel() {
+  if (impl_->program != nullptr) impl_->CloseToProgram();
+  impl_->EndThreads();
+}
 
 unsigned Kernel::StartHostThread(std::function<void()> body) {
   impl_->host_done.push_back(false);

@@ -31,8 +31,10 @@ class Windows {
   bool keep_received = true;
   std::function<void(const ReceivedMessage&)> on_received;  // hears of each that comes
   std::function<void(PlatWindow)> on_destroyed;             // told after a window is gone
-  // What the window does with a message when it comes, sent or posted; its record may be written.
-  std::function<void(std::uint32_t message, std::uintptr_t wparam)> procedure;
+  // What a window does with a message when it comes, sent or posted; its record may be written.
+  std::function<void(PlatWindow window, std::uint32_t message, std::uintptr_t wparam,
+                     std::intptr_t lparam)>
+      procedure;
 
  private:
   std::vector<PlatWindow> windows_;

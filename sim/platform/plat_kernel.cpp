@@ -47,7 +47,7 @@ bool Plat_SetThreadQuantum(PlatHandle thread, std::uint32_t quantum_ms) {
 
 std::uint32_t Plat_CurrentThreadId() { return TheKernel().CurrentThreadId(); }
 void Plat_Sleep(std::uint32_t duration_ms) { TheKernel().Sleep(duration_ms); }
-std::uint32_t Plat_TickCount() { return TheKernel().Now(); }
+std::uint32_t Plat_TickCount() { return TheKernel().Ticks(); }
 std::uint32_t Plat_LastError() { return TheKernel().LastError(); }
 void Plat_DisableThreadCalls(PlatHandle) { ++sim::TheWorld().thread_calls_off; }
 

@@ -477,7 +477,8 @@ TEST_F(Worker, ARunningSyncRepeatsAbout900Ms) {
 TEST_F(Worker, AWindowThatWritesToTheRecordIsNotToldAgain) {
   Prepare(false);
   world().board.SetSyncPeriod(20);
-  world().windows.procedure = [](std::uint32_t message, std::uintptr_t wparam) {
+  world().windows.procedure = [](PlatWindow, std::uint32_t message, std::uintptr_t wparam,
+                                 std::intptr_t) {
     if (message == VEXO_MSG_VIDEO_INFO) {
       reinterpret_cast<VideoDetectRecord*>(wparam)->loss_mask = 0xAAAA;
     }

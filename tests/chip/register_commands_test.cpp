@@ -66,7 +66,7 @@ TEST_F(RegisterCommands, AReadOfAnInvalidPageIsToldTwiceAndSentAsZero) {
 
 // The record that a message points to is the window's to write to.
 TEST_F(RegisterCommands, AWindowThatWritesToTheRecordChangesNoResult) {
-  world().windows.procedure = [](std::uint32_t, std::uintptr_t wparam) {
+  world().windows.procedure = [](PlatWindow, std::uint32_t, std::uintptr_t wparam, std::intptr_t) {
     reinterpret_cast<VexoRegRecord*>(wparam)->value = 0x99;
   };
   EXPECT_EQ(VexoProc_ReadRegister(kChipMaster, 0, kChipId.first), 0x28);

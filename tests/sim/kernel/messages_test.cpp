@@ -269,7 +269,8 @@ TEST_F(Messages, RecordsAreTakenWhenTheMessageIsHandled) {
 TEST_F(Messages, TheWindowsProcedureMayWriteToARecordThatWasTakenBefore) {
   std::array<std::uint8_t, 4> record = {1, 2, 3, 4};
   std::vector<std::uint32_t> seen;
-  world().windows.procedure = [&](std::uint32_t message, std::uintptr_t wparam) {
+  world().windows.procedure = [&](PlatWindow, std::uint32_t message, std::uintptr_t wparam,
+                                  std::intptr_t) {
     seen.push_back(message);
     if (message == 0x2406) reinterpret_cast<std::uint8_t*>(wparam)[3] = 9;
   };
