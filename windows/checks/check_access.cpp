@@ -249,6 +249,8 @@ void AsTheProcessor() {
 // One after the other or at once: none gets lost.
 void TwoThreads() {
   constexpr unsigned kAccesses = 20'000;
+  volatile std::uint8_t* const select = Page(kSelect);
+  volatile std::uint8_t* const address = Page(kAddress);
   std::array<unsigned, 2> wrong{};
   const auto use = [&](volatile std::uint8_t* window, unsigned& errors) {
     for (unsigned i = 0; i < kAccesses; ++i) {
@@ -256,8 +258,8 @@ void TwoThreads() {
       if (*window != static_cast<std::uint8_t>(i * 7)) ++errors;
     }
   };
-  std::thread one([&] { use(Page(kSelect), wrong[0]); });
-  std::thread two([&] { use(Page(kAddress), wrong[1]); });
+  std::thread one([&] { use(select, wrong[0]); });
+  std::thread two([&] { use(address, wrong[1]); });
   one.join();
   two.join();
   RequireEqual(wrong[0] + wrong[1], 0u, "the number of wrong bytes");

@@ -2,7 +2,6 @@
 #include <string>
 #include <vector>
 
-#include "checks.h"
 #include "compare.h"
 
 int main(int count, char** words) {
@@ -10,12 +9,6 @@ int main(int count, char** words) {
   if (!arguments.empty() && arguments[0] == "compare") {
     return host::Compare({arguments.begin() + 1, arguments.end()});
   }
-  if (!arguments.empty() && arguments[0] == "check") {
-    return host::RunChecks(arguments.size() > 1 ? arguments[1] : "");
-  }
-  if (!arguments.empty() && arguments[0] == "child") {
-    return host::RunChild({arguments.begin() + 1, arguments.end()});
-  }
-  std::fprintf(stderr, "usage: Main compare SCRIPT... | check [WORD]\n");
+  std::fprintf(stderr, "usage: Main compare SCRIPT...\n");
   return 2;
 }
