@@ -56,9 +56,10 @@ tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/tr
 tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/traces
 tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
-windows/stand_in:       windows/kit
 windows/kit:            +script +harness files include script/listing sim/picture desk/console desk/port
-windows:                +script +harness windows/stand_in windows/kit src/platform/ce
+windows/checks:         include windows/kit
+windows/drive:
+windows:                src/platform/ce
 
 tests:                  *
 bench:                  *
@@ -66,8 +67,8 @@ fuzz:                   *
 '
 
 # Where the compilers look for a header, and the folders whose files name their neighbours barely.
-search='. include src src/platform/ce sim/platform windows/stand_in windows/kit'
-neighbours='windows/host windows/stand_in windows/kit'
+search='. include src src/platform/ce sim/platform windows/kit'
+neighbours='windows/kit windows/checks windows/drive'
 
 check() {
   cd "$1"

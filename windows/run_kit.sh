@@ -80,7 +80,7 @@ run_scripts() {
 }
 
 run_checks() {
-  in_wine "$build/run/Main.exe" check
+  in_wine "$build/kit/Checks.exe"
 }
 
 # part NAME WORD...: its output and status go to files.

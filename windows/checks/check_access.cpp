@@ -1,75 +1,44 @@
-// The stand-in for the bus mapping: its emulation against the processor.
+// The bus windows: their emulation against the processor, on bytes of this program; and what the
+// kit refuses.
 #include <array>
 #include <cstring>
 #include <thread>
 
-#include "VexoCtrlSDK.h"
-#include "board_service.h"
 #include "byte_access.h"
 #include "checks.h"
-#include "sim/world.h"
+#include "host.h"
+#include "io_pages.h"
 
-namespace host {
+namespace checks {
 namespace {
 
-constexpr std::uint32_t kSelect = 0x06600000;
-constexpr std::uint32_t kAddress = 0x06400000;
+constexpr unsigned kSelect = 0;
+constexpr unsigned kAddress = 1;
 
-// A mapped window of the stand-in, without the library.
-class Mapped {
- public:
-  explicit Mapped(std::uint32_t physical) : kit_(LoadLibraryW(L"CEDDK.dll")) {
-    constexpr WORD kMap = 8;
-    using Map = void*(WINAPI*)(DWORD low, DWORD high, DWORD bytes, DWORD cached);
-    window_ = static_cast<volatile std::uint8_t*>(Symbol<Map>(kMap)(physical, 0, 4, 0));
-    Require(window_ != nullptr, "the window cannot be mapped");
-  }
-  ~Mapped() {
-    constexpr WORD kUnmap = 9;
-    using Unmap = void(WINAPI*)(void* address, DWORD bytes);
-    Symbol<Unmap>(kUnmap)(const_cast<std::uint8_t*>(window_), 4);
-    FreeLibrary(kit_);
-  }
-  Mapped(const Mapped&) = delete;
-  Mapped& operator=(const Mapped&) = delete;
-  volatile std::uint8_t* Window() const { return window_; }
+// What is behind this program's own pages.
+std::array<std::uint8_t, kit::kIoPages> g_cells;
+std::array<std::uint64_t, kit::kIoPages> g_stores;
+std::array<std::uint64_t, kit::kIoPages> g_loads;
 
- private:
-  template <typename Function>
-  Function Symbol(WORD ordinal) const {
-    return reinterpret_cast<Function>(
-        reinterpret_cast<void*>(GetProcAddress(kit_, MAKEINTRESOURCEA(ordinal))));
-  }
-  HMODULE kit_;
-  volatile std::uint8_t* window_ = nullptr;
-};
+void Store(int window, std::uint32_t value, unsigned) {
+  const auto index = static_cast<std::size_t>(window);
+  g_cells[index] = static_cast<std::uint8_t>(value);
+  ++g_stores[index];
+}
+std::uint8_t Load(int window, unsigned) {
+  const auto index = static_cast<std::size_t>(window);
+  ++g_loads[index];
+  return g_cells[index];
+}
+void Refuse(const char* reason, const std::uint8_t*) { throw std::runtime_error(reason); }
 
-// What the windows hold while a check looks at the accesses alone.
-std::array<std::uint8_t, 3> g_cells;
-std::array<std::uint64_t, 3> g_stores;
-std::array<std::uint64_t, 3> g_loads;
-constexpr AccessTap kTap = {[](int window, std::uint32_t value, unsigned) {
-                              const auto index = static_cast<std::size_t>(window);
-                              g_cells[index] = static_cast<std::uint8_t>(value);
-                              ++g_stores[index];
-                            },
-                            [](int window, unsigned) {
-                              const auto index = static_cast<std::size_t>(window);
-                              ++g_loads[index];
-                              return g_cells[index];
-                            }};
-
-class Tapped {
- public:
-  Tapped() {
-    g_stores = {};
-    g_loads = {};
-    SetAccessTap(&kTap);
-  }
-  ~Tapped() { SetAccessTap(nullptr); }
-  Tapped(const Tapped&) = delete;
-  Tapped& operator=(const Tapped&) = delete;
-};
+volatile std::uint8_t* Page(unsigned window) {
+  static const bool open = kit::OpenIoPages({Store, Load, Refuse});
+  Require(open, "there are no pages");
+  g_stores = {};
+  g_loads = {};
+  return static_cast<volatile std::uint8_t*>(kit::IoPage(window));
+}
 
 #ifdef _WIN64
 
@@ -256,9 +225,7 @@ class Differential {
 };
 
 void AsTheProcessor() {
-  const Mapped mapped(kSelect);
-  const Tapped tapped;
-  Differential differential(mapped.Window());
+  Differential differential(Page(kSelect));
   for (const Form& form : Forms()) {
     for (unsigned reg = 0; reg < kRegisters; ++reg) {
       if (form.immediate && reg != 0) continue;
@@ -282,9 +249,8 @@ void AsTheProcessor() {
 // One after the other or at once: none gets lost.
 void TwoThreads() {
   constexpr unsigned kAccesses = 20'000;
-  const Mapped select(kSelect);
-  const Mapped address(kAddress);
-  const Tapped tapped;
+  volatile std::uint8_t* const select = Page(kSelect);
+  volatile std::uint8_t* const address = Page(kAddress);
   std::array<unsigned, 2> wrong{};
   const auto use = [&](volatile std::uint8_t* window, unsigned& errors) {
     for (unsigned i = 0; i < kAccesses; ++i) {
@@ -292,8 +258,8 @@ void TwoThreads() {
       if (*window != static_cast<std::uint8_t>(i * 7)) ++errors;
     }
   };
-  std::thread one([&] { use(select.Window(), wrong[0]); });
-  std::thread two([&] { use(address.Window(), wrong[1]); });
+  std::thread one([&] { use(select, wrong[0]); });
+  std::thread two([&] { use(address, wrong[1]); });
   one.join();
   two.join();
   RequireEqual(wrong[0] + wrong[1], 0u, "the number of wrong bytes");
@@ -344,11 +310,14 @@ void Decodings() {
   }
 }
 
-// A process that makes a wide access, or one that is no plain move, is ended.
+// A process that makes a wide access to the board, or one that is no plain move, is ended, and told
+// why.
 void Refusals() {
+  constexpr std::uint32_t kRefused = 3;
   for (const wchar_t* access : {L"wide-store", L"wide-load", L"read-modify-write", L"beside"}) {
-    Child child(access);
-    RequireEqual(child.Wait(), 3u, "the exit status of a forbidden access");
+    Child child(std::wstring(L"role ") + access);
+    RequireEqual(child.Wait(), kRefused, "the exit status of a forbidden access");
+    RequireText(child.Texts(), "no byte's plain move");
   }
 }
 
@@ -366,8 +335,13 @@ constexpr std::array kChecks = {
 std::span<const Check> AccessChecks() { return kChecks; }
 
 int ForbiddenAccess(const std::string& which) {
-  const Mapped mapped(kSelect);
-  volatile std::uint8_t* window = mapped.Window();
+  constexpr DWORD kSelectWindow = 0x06600000;
+  constexpr WORD kMap = 8;
+  using Map = void*(WINAPI*)(DWORD low, DWORD high, DWORD bytes, DWORD cached);
+  const auto map = reinterpret_cast<Map>(reinterpret_cast<void*>(
+      GetProcAddress(GetModuleHandleW(L"CEDDK.dll"), MAKEINTRESOURCEA(kMap))));
+  auto* const window = static_cast<volatile std::uint8_t*>(map(kSelectWindow, 0, 4, 0));
+  if (window == nullptr) return 2;
   if (which == "wide-store") *reinterpret_cast<volatile std::uint32_t*>(window) = 1;
   if (which == "wide-load") return *reinterpret_cast<volatile std::uint16_t*>(window) != 0;
   if (which == "read-modify-write") {
@@ -377,4 +351,4 @@ int ForbiddenAccess(const std::string& which) {
   return 0;
 }
 
-}  // namespace host
+}  // namespace checks

@@ -6,9 +6,9 @@
 
 #include "VexoCtrlSDK.h"
 #include "checks.h"
-#include "real_time.h"
+#include "host.h"
 
-namespace host {
+namespace checks {
 namespace {
 
 struct Holdings {
@@ -33,7 +33,11 @@ std::string KindOf(HANDLE handle) {
     std::array<std::uint8_t, 1024> rest;
   } type;
   if (query(handle, kTypeInformation, &type, sizeof(type), nullptr) != 0) return "unknown";
-  return Utf8(std::wstring(type.text, type.length / sizeof(wchar_t)).c_str());
+  std::string kind;  // in ASCII
+  for (std::size_t i = 0; i < type.length / sizeof(wchar_t); ++i) {
+    kind += static_cast<char>(type.text[i]);
+  }
+  return kind;
 }
 
 Holdings Count() {
@@ -86,40 +90,41 @@ void Leaves(int times, int events_each, const Action& action) {
 }
 
 void NothingLeft() {
-  Leaves(1000, 0, [] { const RealTimeLibrary library; });
+  Leaves(1000, 0, [] { const Library library; });
 }
 
 void CommandsLeaveNothing() {
-  RealTimeWindow window;
+  Window window;
   Leaves(100, 0, [&] {
-    const RealTimeLibrary library;
-    library.exports.initialize(window.Handle());
-    library.exports.text_command_proc("vexo rver ");
-    library.exports.text_command_proc("vpb init ");
-    library.exports.text_command_proc("vpb uninit ");
-    library.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr);
+    const Library library;
+    library.initialize(window.Handle());
+    library.text_command_proc("vexo rver ");
+    library.text_command_proc("vpb init ");
+    library.text_command_proc("vpb uninit ");
+    library.command_proc(VEXO_CMD_STOP_MONITOR, nullptr);
   });
 }
 
 // Two events are never closed: the one that paces the splits, made at each initialization, and the
 // one that paces the worker.
 void InitializationLeavesTwoEvents() {
-  RealTimeWindow window;
+  Window window;
+  std::size_t messages = 0;
   Leaves(30, 2, [&] {
-    const RealTimeLibrary library;
-    std::array<std::uint8_t, 64> record{};
-    library.exports.initialize(window.Handle());
-    RequireEqual(library.exports.command_proc(VEXO_CMD_INIT, record.data()), VEXO_OK, "0xF001");
-    RequireSoon([] { return g_worker_waits > 1; }, "the worker's first waits");
-    RequireEqual(library.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr), VEXO_OK, "0xF002");
-    Require(RealTimeTerminations().empty(), "the worker did not end by itself");
+    const Library library;
+    VexoInitRecord record = {};
+    library.initialize(window.Handle());
+    RequireEqual(library.command_proc(VEXO_CMD_INIT, &record), VEXO_OK, "0xF001");
+    RequireSoon([&] { return window.Messages().size() > messages; }, "the worker's first message");
+    RequireEqual(library.command_proc(VEXO_CMD_STOP_MONITOR, nullptr), VEXO_OK, "0xF002");
+    messages = window.Messages().size();
   });
 }
 
 // The second process's handle of the mark is dropped without being closed.
 void RefusedLoadLeavesTheMark() {
   const Signal mark(L"VEXOSDK");
-  Leaves(100, 1, [] { const RealTimeLibrary library; });
+  Leaves(100, 1, [] { const Library library; });
 }
 
 constexpr std::array kChecks = {
@@ -127,7 +132,6 @@ constexpr std::array kChecks = {
     Check{"loads with commands leave nothing", CommandsLeaveNothing},
     Check{"a load with an initialization and a worker leaves their two events, and nothing else",
           InitializationLeavesTwoEvents},
-    // Last: what it leaves makes every later load of this process a refused one.
     Check{"a refused load leaves a handle of the instance's mark, and nothing else",
           RefusedLoadLeavesTheMark},
 };
@@ -136,4 +140,4 @@ constexpr std::array kChecks = {
 
 std::span<const Check> LoadChecks() { return kChecks; }
 
-}  // namespace host
+}  // namespace checks

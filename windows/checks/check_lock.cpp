@@ -5,13 +5,13 @@
 
 #include "VexoCtrlSDK.h"
 #include "checks.h"
-#include "real_time.h"
-#include "sim/world.h"
+#include "host.h"
 
-namespace host {
+namespace checks {
 namespace {
 
 constexpr const wchar_t* kLockName = L"CS4_GlobalLock";
+constexpr std::uint32_t kUnknownDump = VEXO_CMD_DUMP_SLAVE3_P2 + 1;
 
 // Whether nobody has the lock.
 bool LockIsFree() {
@@ -22,7 +22,8 @@ bool LockIsFree() {
   return result != WAIT_TIMEOUT;
 }
 
-// `keep` runs in a thread that then ends; a command of another thread waits for that and goes on.
+// `keep` runs in a thread that then ends without giving the lock back; a command of another thread
+// waits for that and goes on.
 template <typename Keep, typename Next>
 void HandsOn(const Keep& keep, const Next& next) {
   const HANDLE end = CreateEventW(nullptr, TRUE, FALSE, nullptr);
@@ -48,38 +49,39 @@ void HandsOn(const Keep& keep, const Next& next) {
   CloseHandle(kept);
   Require(!free, "the lock was not kept");
   Require(!early, "the other thread did not wait");
-  const std::vector<std::uint32_t> waits = RealTimeLockWaits();
-  RequireEqual(waits.back(), static_cast<std::uint32_t>(WAIT_ABANDONED), "the last wait's result");
 }
 
 // A command that keeps the lock, and its result.
-void CommandKeeps(std::uint32_t code, bool with_record, unsigned chips, int result) {
-  RealTimeWindow window;
-  RealTimeLibrary library(chips);
-  library.exports.initialize(window.Handle());
+void CommandKeeps(std::uint32_t code, bool with_record, int result) {
+  Window window;
+  Library library;
+  library.initialize(window.Handle());
   int found = 0;
   int next = 1;
   HandsOn(
       [&] {
-        std::array<std::uint8_t, 64> record{};
-        found = library.exports.command_proc(code, with_record ? record.data() : nullptr);
+        VexoInitRecord record = {};
+        found = library.command_proc(code, with_record ? &record : nullptr);
       },
-      [&] { next = library.exports.command_proc(VEXO_CMD_STOP_MONITOR, nullptr); });
+      [&] { next = library.command_proc(VEXO_CMD_STOP_MONITOR, nullptr); });
   RequireEqual(found, result, "the result of the command that keeps the lock");
   RequireEqual(next, VEXO_OK, "the result of the next");
   // The next one gave it back.
   Require(LockIsFree(), "the lock is still kept");
 }
 
-void MissingRecord() { CommandKeeps(VEXO_CMD_INIT, false, 1, VEXO_ERROR_PARAMETER); }
-void FailedInitialization() { CommandKeeps(VEXO_CMD_INIT, true, 0, VEXO_ERROR_FAILED); }
-void UnknownCommand() { CommandKeeps(0xF012, true, 1, VEXO_ERROR_FAILED); }
-void UnknownDump() { CommandKeeps(0xFF0C, true, 1, VEXO_ERROR_FAILED); }
+void MissingRecord() { CommandKeeps(VEXO_CMD_INIT, false, VEXO_ERROR_PARAMETER); }
+void FailedInitialization() {
+  Board("board chips 0");
+  CommandKeeps(VEXO_CMD_INIT, true, VEXO_ERROR_FAILED);
+}
+void UnknownCommand() { CommandKeeps(kUnknownCommand, true, VEXO_ERROR_FAILED); }
+void UnknownDump() { CommandKeeps(kUnknownDump, true, VEXO_ERROR_FAILED); }
 
 // In a process of its own: the refused load leaves the mark there.
 void UninitializedMotionSetter() {
   const Signal mark(L"VEXOSDK");
-  Child child(L"motion-setter");
+  Child child(L"role motion-setter");
   RequireEqual(child.Wait(), 0u, "the other process's exit status");
 }
 
@@ -89,12 +91,12 @@ void KilledProcess() {
                                                            CloseHandle);
   Signal ready(L"VexoTestLockKept");
   {
-    Child first(L"keep-lock");
+    Child first(L"role keep-lock");
     ready.Await();
     Require(!LockIsFree(), "the other process has not kept the lock");
     first.Kill();
   }
-  Child next(L"after-killed");
+  Child next(L"role after-killed");
   RequireEqual(next.Wait(), 0u, "the next process's exit status");
 }
 
@@ -115,15 +117,15 @@ constexpr std::array kChecks = {
 std::span<const Check> LockChecks() { return kChecks; }
 
 int MotionSetterKeepsLock() {
-  RealTimeLibrary library;
+  Library library;
   std::array<std::uint8_t, VEXO_MOTION_MASK_BYTES> mask{};
   int first = 0;
   int second = 0;
-  HandsOn([&] { first = library.exports.set_motion_info(0, 1, mask.data()); },
-          [&] { second = library.exports.set_motion_info(0, 1, mask.data()); });
+  HandsOn([&] { first = library.set_motion_info(0, 1, mask.data()); },
+          [&] { second = library.set_motion_info(0, 1, mask.data()); });
   RequireEqual(first, VEXO_ERROR_UNINITIALIZED, "the first result");
   RequireEqual(second, VEXO_ERROR_UNINITIALIZED, "the second result");
   return 0;
 }
 
-}  // namespace host
+}  // namespace checks

@@ -1,15 +1,17 @@
-// What the host checks besides the scripts, in real time and with more than one process.
+// What is checked besides the scripts: the library in real time and in more than one process,
+// beside the kit as any program is.
 #pragma once
 
 #include <cstdint>
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "windows_api.h"
 
-namespace host {
+namespace checks {
 
 struct Check {
   const char* sentence;
@@ -22,14 +24,11 @@ std::span<const Check> WorkerChecks();
 std::span<const Check> LoadChecks();
 std::span<const Check> AccessChecks();
 
-// Runs those whose sentence contains the word (all without one). Gives the exit status.
-int RunChecks(const std::string& word);
-
 // What this program does as another process; gives its exit status, 0 when all is as it should be.
-int RunChild(const std::vector<std::string>& arguments);
+int PlayRole(const std::string& role);
 // The part of a lock check that needs a refused library.
 int MotionSetterKeepsLock();
-// An access that the stand-in must refuse; comes back only when it does not.
+// An access that the kit must refuse; comes back only when it does not.
 int ForbiddenAccess(const std::string& which);
 
 inline void Require(bool met, const std::string& text) {
@@ -47,26 +46,38 @@ inline void RequireText(const std::string& texts, const std::string& wanted) {
   Require(texts.find(wanted) != std::string::npos, "the texts lack \"" + wanted + "\":\n" + texts);
 }
 
-// Waits until the condition holds, 20 s at most.
+// Waits until the condition holds, 30 s at most.
 template <typename Condition>
 void RequireSoon(const Condition& condition, const std::string& what) {
-  for (int i = 0; i < 20'000 && !condition(); ++i) Sleep(1);
+  constexpr ULONGLONG kLimitMs = 30'000;
+  for (const ULONGLONG end = GetTickCount64() + kLimitMs; GetTickCount64() < end; Sleep(1)) {
+    if (condition()) return;
+  }
   Require(condition(), "never: " + what);
 }
 
 // Another process of this program. Ended with the object if it still runs.
 class Child {
  public:
-  explicit Child(const std::wstring& arguments);
+  // With the words, and the file of its texts, as its command line.
+  explicit Child(const std::wstring& words);
   ~Child();
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
   void Kill();
   std::uint32_t Wait();  // its exit status
+  std::string Texts() const;
 
  private:
+  std::wstring texts_;  // the file
   HANDLE process_ = nullptr;
 };
+
+// What a process's standard error has got so far, where library and kit write.
+std::string ReadTexts(const std::wstring& file);
+// This process's own.
+std::string OwnTexts();
+void SetOwnTexts(const std::wstring& file);
 
 // A named event, by which processes wait for each other.
 class Signal {
@@ -84,4 +95,4 @@ class Signal {
   HANDLE event_;
 };
 
-}  // namespace host
+}  // namespace checks
