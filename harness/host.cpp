@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
-#include "api/lifecycle.h"
 #include "harness/export_table.h"
-#include "harness/reset_library.h"
 #include "sim/world.h"
 
 namespace harness {
@@ -13,7 +12,7 @@ namespace {
 
 constexpr PlatHandle kModule = 0x10000000;  // any handle that is none of the bad ones
 constexpr std::uint32_t kReasonAttach = 1;
-constexpr std::size_t kVersionUnits = 64;  // a host must give 20; more shows what is written beyond
+constexpr int kVersionUnits = 64;  // a host must give 20; more shows what is written beyond
 
 ExportTable& Exports() {
   static ExportTable exports = LinkedExports();
@@ -28,8 +27,9 @@ void RecordCall(const char* fn, std::vector<std::int64_t> args = {},
 
 // A line that is no valid text has its bytes beside it.
 void RecordTextCall(const char* fn, const char* line) {
-  sim::CallEvent call{.fn = fn, .text = line};
-  if (sim::ToUtf8(sim::ToUtf16(line).c_str()) != line) {
+  sim::CallEvent call{.fn = fn};
+  if (line != nullptr) call.text = line;
+  if (line != nullptr && sim::ToUtf8(sim::ToUtf16(line).c_str()) != line) {
     call.record.emplace(call.text->begin(), call.text->end());
   }
   sim::TheWorld().Record(std::move(call));
@@ -41,18 +41,21 @@ void RecordReturn(const char* fn, std::optional<std::int64_t> value,
   sim::TheWorld().Record(sim::ReturnEvent{fn, value, std::move(record), std::move(text)});
 }
 
-std::optional<sim::Bytes> Copy(const sim::Bytes* record) {
-  return record == nullptr ? std::nullopt : std::optional(*record);
+// The buffer's text, so many units at most.
+std::string VersionText(const VexoChar16* buffer, int units) {
+  return sim::ToUtf8(std::u16string(buffer, buffer + std::clamp(units, 0, kVersionUnits)).c_str());
+}
+
+// Zero-filled to `least` bytes; none of a null record, and of one of which nothing may be read.
+std::optional<sim::Bytes> Copy(const void* record, std::size_t bytes, std::size_t least) {
+  if (record == nullptr || bytes == 0) return std::nullopt;
+  const std::span content(static_cast<const std::uint8_t*>(record), bytes);
+  sim::Bytes copy(std::max(bytes, least));
+  std::copy(content.begin(), content.end(), copy.begin());
+  return copy;
 }
 
 }  // namespace
-
-ExportTable LinkedExports() {
-  return {VexoSDK_DllEntry,    VEXOAPI_Initialize,     VEXOAPI_Uninitialize,
-          VEXOAPI_GetVersion,  VEXOAPI_SetEnableDebug, VEXOAPI_SetEnableOutputMsg,
-          VEXOAPI_CommandProc, VEXOAPI_SetMotionInfo,  VEXOAPI_TextCommandProc,
-          ResetLibraryState};
-}
 
 void UseExports(const ExportTable& exports) { Exports() = exports; }
 
@@ -85,17 +88,20 @@ void Uninitialize() {
   RecordReturn("VEXOAPI_Uninitialize", std::nullopt);
 }
 
-std::optional<std::string> GetVersion(bool null_buffer, int* length) {
-  std::array<char16_t, kVersionUnits> buffer{};
+int GetVersion(VexoChar16* buffer) {
   RecordCall("VEXOAPI_GetVersion");
-  *length = Exports().get_version(null_buffer ? nullptr : buffer.data());
+  const int length = Exports().get_version(buffer);
   std::optional<std::string> text;
-  if (!null_buffer) {
-    buffer.back() = 0;
-    text = sim::ToUtf8(buffer.data());
-  }
-  RecordReturn("VEXOAPI_GetVersion", *length, std::nullopt, text);
-  return text;
+  if (buffer != nullptr) text = VersionText(buffer, length);
+  RecordReturn("VEXOAPI_GetVersion", length, std::nullopt, std::move(text));
+  return length;
+}
+
+std::optional<std::string> GetVersion(bool null_buffer, int* length) {
+  std::array<VexoChar16, kVersionUnits> buffer{};
+  *length = GetVersion(null_buffer ? nullptr : buffer.data());
+  if (null_buffer) return std::nullopt;
+  return VersionText(buffer.data(), kVersionUnits);
 }
 
 void SetEnableDebug(std::uint32_t enable) {
@@ -110,26 +116,36 @@ void SetEnableOutputMsg(std::uint32_t enable) {
   RecordReturn("VEXOAPI_SetEnableOutputMsg", std::nullopt);
 }
 
+int CommandProc(std::uint32_t code, void* record, std::size_t record_bytes) {
+  const auto copy = [=] { return Copy(record, record_bytes, kCommandRecordBytes); };
+  RecordCall("VEXOAPI_CommandProc", {code}, copy());
+  const int result = Exports().command_proc(code, record);
+  RecordReturn("VEXOAPI_CommandProc", result, copy());
+  return result;
+}
+
 int CommandProc(std::uint32_t code, sim::Bytes* record) {
-  if (record != nullptr) record->resize(std::max(record->size(), kCommandRecordBytes));
-  RecordCall("VEXOAPI_CommandProc", {code}, Copy(record));
-  const int result = Exports().command_proc(code, record == nullptr ? nullptr : record->data());
-  RecordReturn("VEXOAPI_CommandProc", result, Copy(record));
+  if (record == nullptr) return CommandProc(code, nullptr, 0);
+  record->resize(std::max(record->size(), kCommandRecordBytes));
+  return CommandProc(code, record->data(), record->size());
+}
+
+int SetMotionInfo(std::uint8_t channel, std::uint8_t level, std::uint8_t* mask24) {
+  const auto copy = [=] { return Copy(mask24, VEXO_MOTION_MASK_BYTES, 0); };
+  RecordCall("VEXOAPI_SetMotionInfo", {channel, level}, copy());
+  const int result = Exports().set_motion_info(channel, level, mask24);
+  RecordReturn("VEXOAPI_SetMotionInfo", result, copy());
   return result;
 }
 
 int SetMotionInfo(std::uint8_t channel, std::uint8_t level, sim::Bytes* mask24) {
   if (mask24 != nullptr) mask24->resize(VEXO_MOTION_MASK_BYTES);
-  RecordCall("VEXOAPI_SetMotionInfo", {channel, level}, Copy(mask24));
-  const int result =
-      Exports().set_motion_info(channel, level, mask24 == nullptr ? nullptr : mask24->data());
-  RecordReturn("VEXOAPI_SetMotionInfo", result, Copy(mask24));
-  return result;
+  return SetMotionInfo(channel, level, mask24 == nullptr ? nullptr : mask24->data());
 }
 
-int TextCommandProc(const std::string& line) {
-  RecordTextCall("VEXOAPI_TextCommandProc", line.c_str());
-  const int result = Exports().text_command_proc(line.c_str());
+int TextCommandProc(const char* line) {
+  RecordTextCall("VEXOAPI_TextCommandProc", line);
+  const int result = Exports().text_command_proc(line);
   RecordReturn("VEXOAPI_TextCommandProc", result);
   return result;
 }

@@ -13,7 +13,8 @@ work="$root/build/lint"
 # A row a group: how the sources are compiled, whether they are read together or each alone, and
 # their folders. (Folders below one count only where they are named too.)
 groups='
-windows together windows windows/host windows/stand_in
+windows together windows windows/kit
+windows together windows/checks windows/drive
 library alone    src/report src/chip src/display src/motion src/setup src/text src/api
 windows alone    src/platform/ce
 device  alone    src/platform/ce device/library
@@ -61,7 +62,7 @@ flags() {
         '-DVEXO_DEFAULT_IMAGE=""' '-DVEXOSIM=""'
       ;;
     windows)
-      printf '%s\n' "${common[@]}" "${others[@]}" -Isrc/platform/ce -Iwindows/stand_in \
+      printf '%s\n' "${common[@]}" "${others[@]}" -Isrc/platform/ce -Iwindows/kit \
         --target=x86_64-w64-mingw32 -isystem"$work/headers"
       headers_of x86_64-w64-mingw32-g++-posix
       ;;

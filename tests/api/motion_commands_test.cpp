@@ -207,7 +207,7 @@ TEST_F(MotionCommands, SetMotionInfoKeepsAChannelThatTheBoardLacks) {
 
 TEST_F(MotionCommands, SetMotionInfoIgnoresANullMask) {
   Pretend(16);
-  EXPECT_EQ(harness::SetMotionInfo(0, 2, nullptr), 0);
+  EXPECT_EQ(harness::SetMotionInfo(0, 2, static_cast<sim::Bytes*>(nullptr)), 0);
   EXPECT_EQ(Kept(0), OldMask());
   EXPECT_EQ(g_motion.level[0], kOldLevel);
   EXPECT_EQ(Cycles(), 0u);

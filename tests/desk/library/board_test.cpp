@@ -1,0 +1,199 @@
+// A board is opened and closed.
+#include <atomic>
+#include <cstring>
+#include <thread>
+
+#include "tests/desk/library/program.h"
+
+namespace desk {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+using testing::StrEq;
+
+using BoardOpening = ProgramTest;
+
+TEST_F(BoardOpening, AttachesTheLibrary) {
+  Open();
+  VexoChar16 version[20];
+  EXPECT_EQ(VEXOAPI_GetVersion(version), 10);
+  EXPECT_EQ(std::u16string(version, version + 11), std::u16string(u"1. 0. 1. 6\0", 11));
+  EXPECT_EQ(VexoDesk_Now(), 0u);
+  EXPECT_EQ(VexoDesk_ControlPort(), 0);
+}
+
+TEST_F(BoardOpening, TakesNullForTheDefaults) {
+  ASSERT_EQ(VexoDesk_Open(nullptr), VEXODESK_OK);
+  Start();
+  VexoRegRecord record = {VEXO_CHIP_SLAVE3, 0, 0xFE, 0};
+  EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_READ_REG, &record), VEXO_OK);
+  EXPECT_EQ(record.value, 0x28);
+}
+
+TEST_F(BoardOpening, RunsTheBoardsLinesBeforeTheAttach) {
+  Open("board chips 2\n\n# none of four\nnvram blank\nfault mutex on\r\ncamera 5 off");
+  Line("expect debug \"\"");
+  Start();
+  VexoDesk_Pump(100);
+  ASSERT_FALSE(messages.empty());
+  EXPECT_EQ(messages.back(), (Message{VEXO_MSG_VIDEO_INFO, 1u << 5, messages.back().at}));
+}
+
+TEST_F(BoardOpening, WithoutABoardEveryExportAnswersAsUninitialized) {
+  EXPECT_EQ(VEXOAPI_Initialize(nullptr), VEXO_ERROR_UNINITIALIZED);
+  VEXOAPI_Uninitialize();
+  VexoChar16 version[20] = {u'x'};
+  EXPECT_EQ(VEXOAPI_GetVersion(version), 0);
+  EXPECT_EQ(version[0], u'x');
+  VEXOAPI_SetEnableDebug(1);
+  VEXOAPI_SetEnableOutputMsg(1);
+  VexoRegRecord record = {VEXO_CHIP_MASTER, 0, 0xFE, 0x55};
+  EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_READ_REG, &record), VEXO_ERROR_NOT_READY);
+  EXPECT_EQ(record.value, 0x55);
+  EXPECT_EQ(VEXOAPI_TextCommandProc("vexo rver "), VEXO_ERROR_UNINITIALIZED);
+  std::uint8_t mask[24] = {};
+  EXPECT_EQ(VEXOAPI_SetMotionInfo(0, 0, mask), VEXO_ERROR_UNINITIALIZED);
+}
+
+TEST_F(BoardOpening, WithoutABoardEveryFunctionSaysSo) {
+  const auto refused = [](int result) {
+    EXPECT_EQ(result, VEXODESK_ERROR_STATE);
+    EXPECT_THAT(VexoDesk_Error(), HasSubstr("no board is open"));
+  };
+  refused(VexoDesk_Close());
+  refused(VexoDesk_ControlPort());
+  refused(VexoDesk_Pump(1));
+  refused(VexoDesk_Sleep(1));
+  refused(VexoDesk_DestroyWindow(nullptr));
+  refused(VexoDesk_CreateWindow(nullptr, nullptr) == nullptr ? VEXODESK_ERROR_STATE : VEXODESK_OK);
+  char answer[100] = "";
+  refused(VexoDesk_Line("camera 1 off", answer, sizeof answer));
+  EXPECT_THAT(answer, HasSubstr("no board is open"));
+  EXPECT_EQ(VexoDesk_Now(), 0u);
+}
+
+TEST_F(BoardOpening, IsRefusedASecondTime) {
+  Open();
+  EXPECT_EQ(VexoDesk_Open(nullptr), VEXODESK_ERROR_STATE);
+  EXPECT_STREQ(VexoDesk_Error(), "a board is open already");
+  EXPECT_EQ(VEXOAPI_GetVersion(nullptr), 10);
+}
+
+TEST_F(BoardOpening, RefusesWhatIsNoOption) {
+  const auto refused = [](int result, const VexoDeskOptions& options, const std::string& why) {
+    EXPECT_EQ(VexoDesk_Open(&options), result);
+    EXPECT_THAT(VexoDesk_Error(), HasSubstr(why));
+    EXPECT_EQ(VexoDesk_Close(), VEXODESK_ERROR_STATE) << why;
+  };
+  VexoDeskOptions options = VEXODESK_DEFAULTS;
+  options.size = 8;
+  refused(VEXODESK_ERROR_ARGUMENT, options, "expected size to be 40, found 8");
+  options = VEXODESK_DEFAULTS;
+  options.time = 2;
+  refused(VEXODESK_ERROR_ARGUMENT, options, "expected time to be VEXODESK_VIRTUAL");
+  options = VEXODESK_DEFAULTS;
+  options.control_port = 65536;
+  refused(VEXODESK_ERROR_ARGUMENT, options, "expected control_port to be 0 to 65535");
+  options = VEXODESK_DEFAULTS;
+  options.reserved = 1;
+  refused(VEXODESK_ERROR_ARGUMENT, options, "expected reserved to be 0, found 1");
+  options = VEXODESK_DEFAULTS;
+  options.texts = "";
+  refused(VEXODESK_ERROR_ARGUMENT, options, "expected texts to name a file");
+  options = VEXODESK_DEFAULTS;
+  options.board = "board chips 2\ncamera 77 off";
+  refused(VEXODESK_ERROR_LINE, options, "line 2 of the board: ");
+  options.board = "run 100";
+  refused(VEXODESK_ERROR_LINE, options,
+          "line 1 of the board: expected a line that changes the board");
+  options = VEXODESK_DEFAULTS;
+  options.trace = "/nowhere/trace.jsonl";
+  refused(VEXODESK_ERROR_SYSTEM, options, "cannot write /nowhere/trace.jsonl");
+}
+
+TEST_F(BoardOpening, RefusesOneFileForTextsAndTraceAndLeavesIt) {
+  VexoDeskOptions options = VEXODESK_DEFAULTS;
+  const std::string path = Path("both");
+  options.texts = path.c_str();
+  options.trace = path.c_str();
+  EXPECT_EQ(VexoDesk_Open(&options), VEXODESK_ERROR_SYSTEM);
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST_F(BoardOpening, AgainFindsTheLibraryAsItIsAtLoad) {
+  Open();
+  Start();
+  VexoPlayModeRecord play = {};
+  ASSERT_EQ(VEXOAPI_CommandProc(VEXO_CMD_PLAY_MODE, &play), VEXO_OK);
+  ASSERT_EQ(VEXOAPI_CommandProc(VEXO_CMD_STOP_MONITOR, nullptr), VEXO_OK);
+  VexoDesk_Pump(5000);
+  ASSERT_EQ(VexoDesk_Close(), VEXODESK_OK) << VexoDesk_Error();
+  const VexoWindow old = window;
+  Open("board chips 1");
+  EXPECT_EQ(VexoDesk_Now(), 0u);
+  // The old window is none.
+  EXPECT_EQ(VexoDesk_DestroyWindow(old), VEXODESK_ERROR_ARGUMENT);
+  VexoRegRecord record = {VEXO_CHIP_MASTER, 0, 0xFE, 0x55};
+  EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_READ_REG, &record), VEXO_ERROR_NOT_READY);
+  messages.clear();
+  Start();
+  VexoDesk_Pump(100);
+  EXPECT_THAT(messages, testing::Contains(testing::Field(&Message::code, VEXO_MSG_VIDEO_INFO)));
+}
+
+TEST_F(BoardOpening, IsForAnyThreadAndTheWindowsAreItsOwn) {
+  int closed = VEXODESK_OK;
+  std::thread([&] {
+    ASSERT_EQ(VexoDesk_Open(nullptr), VEXODESK_OK);
+    EXPECT_NE(VexoDesk_CreateWindow(nullptr, nullptr), nullptr);
+    std::thread([&] { closed = VexoDesk_Close(); }).join();
+    EXPECT_EQ(closed, VEXODESK_ERROR_THREAD);
+    EXPECT_EQ(VexoDesk_Close(), VEXODESK_OK);
+  }).join();
+}
+
+using BoardClosing = ProgramTest;
+
+TEST_F(BoardClosing, EndsTheMonitor) {
+  Open();
+  Start();
+  VexoDesk_Pump(100);
+  const std::size_t told = messages.size();
+  EXPECT_EQ(VexoDesk_Close(), VEXODESK_OK) << VexoDesk_Error();
+  Open();
+  VexoDesk_Pump(5000);
+  EXPECT_EQ(messages.size(), told);
+}
+
+TEST_F(BoardClosing, IsRefusedInAProcedure) {
+  Open();
+  int closed = VEXODESK_OK;
+  on_message = [&](const Message&) { closed = VexoDesk_Close(); };
+  Start();
+  VexoDesk_Pump(100);
+  EXPECT_EQ(closed, VEXODESK_ERROR_BUSY);
+  EXPECT_STREQ(VexoDesk_Error(), "a call is still under way");
+  EXPECT_EQ(VexoDesk_Close(), VEXODESK_OK);
+}
+
+TEST_F(BoardClosing, IsRefusedWhileAnotherThreadIsInACall) {
+  Open();
+  std::atomic<bool> enough = false;
+  std::thread other([&] {
+    while (!enough) VexoDesk_Sleep(1);
+  });
+  // Between two of its calls it can be closed.
+  int closed = VexoDesk_Close();
+  while (closed != VEXODESK_ERROR_BUSY) {
+    ASSERT_EQ(closed, VEXODESK_OK);
+    Open();
+    closed = VexoDesk_Close();
+  }
+  enough = true;
+  other.join();
+  EXPECT_EQ(VexoDesk_Close(), VEXODESK_OK);
+}
+
+}  // namespace
+}  // namespace desk

@@ -1,0 +1,97 @@
+// Lines of the script language.
+#include <thread>
+
+#include "tests/desk/library/program.h"
+
+namespace desk {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class DeskLines : public ProgramTest {
+ protected:
+  DeskLines() { Open(); }
+};
+
+TEST_F(DeskLines, ChangeTheBoardAndLookAtIt) {
+  Start();
+  Line("poke slave1 1 0x30 0x5A");
+  VexoRegRecord record = {VEXO_CHIP_SLAVE1, 1, 0x30, 0};
+  EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_READ_REG, &record), VEXO_OK);
+  EXPECT_EQ(record.value, 0x5A);
+  Line("expect register slave1 1 0x30 0x5A");
+}
+
+TEST_F(DeskLines, SayWhatWasFoundWhereAnExpectationIsUnmet) {
+  const std::string answer = Answer("expect register master 0 0xFE 0x00", VEXODESK_ERROR_UNMET);
+  EXPECT_THAT(answer, HasSubstr("0x28"));
+  EXPECT_EQ(VexoDesk_Error(), answer);
+}
+
+TEST_F(DeskLines, ThatAreNoneSayWhatWasExpected) {
+  EXPECT_THAT(Answer("camera 77 off", VEXODESK_ERROR_LINE), StartsWith("expected "));
+  EXPECT_THAT(Answer("undo", VEXODESK_ERROR_LINE), testing::Not(testing::IsEmpty()));
+  EXPECT_EQ(VexoDesk_Line("camera 5 maybe", nullptr, 0), VEXODESK_ERROR_LINE);
+  EXPECT_THAT(VexoDesk_Error(), StartsWith("expected "));
+  EXPECT_EQ(VexoDesk_Line(nullptr, nullptr, 0), VEXODESK_ERROR_ARGUMENT);
+  EXPECT_EQ(VexoDesk_Line("camera 5 off", nullptr, 10), VEXODESK_ERROR_ARGUMENT);
+}
+
+TEST_F(DeskLines, MayCallTheLibraryAndLetTimePass) {
+  Start();
+  const std::uint64_t begin = VexoDesk_Now();
+  messages.clear();
+  Line("camera 5 off");
+  Line("run 1000");
+  EXPECT_EQ(VexoDesk_Now(), begin + 1000);
+  ASSERT_FALSE(messages.empty());
+  EXPECT_EQ(messages[0].value, 1u << 5);
+  Line("command read-reg chip master page 0 reg 0xFE");
+  Line("expect return 0");
+  EXPECT_EQ(messages.back().code, VEXO_MSG_REG_VALUE);
+}
+
+TEST_F(DeskLines, AnswerAsMuchAsFits) {
+  const std::string whole = Answer("expect register master 0 0xFE 0x00", VEXODESK_ERROR_UNMET);
+  ASSERT_GT(whole.size(), 10u);
+  char few[8] = "xxxxxxx";
+  VexoDesk_Line("expect register master 0 0xFE 0x00", few, 5);
+  EXPECT_EQ(few, whole.substr(0, 4));
+  EXPECT_EQ(few[5], 'x');
+  VexoDesk_Line("expect register master 0 0xFE 0x00", few, 0);
+  EXPECT_EQ(few, whole.substr(0, 4));
+  // No half of a character.
+  for (std::size_t capacity = 1; capacity <= 60; ++capacity) {
+    char answer[60];
+    VexoDesk_Line("frobnicate \"\xC3\xA9\xC3\xA9\xC3\xA9\"", answer, capacity);
+    const std::string cut = answer;
+    EXPECT_TRUE(cut.empty() || (cut.back() & 0xFF) != 0xC3) << cut;
+  }
+}
+
+TEST_F(DeskLines, OfAProcedureThatAnotherLineCalledAreRefused) {
+  Start();
+  VexoDesk_Pump(100);
+  int result = VEXODESK_OK;
+  on_message = [&](const Message&) { result = VexoDesk_Line("camera 5 ntsc", nullptr, 0); };
+  Line("camera 5 off");
+  Line("run 100");
+  EXPECT_EQ(result, VEXODESK_ERROR_LINE);
+  EXPECT_THAT(VexoDesk_Error(), HasSubstr("another line of this thread"));
+}
+
+TEST_F(DeskLines, AreForAnyThread) {
+  Start();
+  std::thread([] {
+    EXPECT_EQ(VexoDesk_Line("camera 5 off", nullptr, 0), VEXODESK_OK);
+    EXPECT_EQ(VexoDesk_Line("run 10", nullptr, 0), VEXODESK_OK);
+  }).join();
+  messages.clear();
+  VexoDesk_Pump(100);
+  ASSERT_FALSE(messages.empty());
+  EXPECT_EQ(messages[0].value, 1u << 5);
+}
+
+}  // namespace
+}  // namespace desk
