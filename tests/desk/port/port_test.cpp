@@ -160,7 +160,7 @@ TEST_F(PortTest, NoMoreLinesAreReadThanAreAnswered) {
   const auto client = Connect();
   client->Send("wait\n");
   ASSERT_TRUE(Comes("wait"));
-  const std::string flood(1 << 20, '\n');
+  const std::string flood = std::string(4000, 'a') + '\n';
   constexpr std::size_t kEndless = std::size_t{64} << 20;
   std::size_t sent = 0;
   while (sent < kEndless && client->CanSend()) sent += client->SendSome(flood);
@@ -228,6 +228,7 @@ TEST_F(PortTest, WhoComesBackSeesHowManyItMissed) {
 TEST_F(PortTest, EachOfTenWatchersGetsItsEventsInOrderWithoutGaps) {
   constexpr int kEvents = 2'000;
   std::vector<std::thread> watchers;
+  watchers.reserve(10);
   std::mutex mutex;
   int ready = 0;
   std::condition_variable all_ready;
@@ -325,6 +326,7 @@ TEST_F(PortTest, GarbageIsRefusedAndHarmsNothing) {
 
 TEST_F(PortTest, TheSeventeenthConnectionIsRefusedUntilOneIsClosed) {
   std::vector<std::unique_ptr<Client>> clients;
+  clients.reserve(16);
   for (int i = 0; i < 16; ++i) clients.push_back(Connect());
   EXPECT_EQ(SaidTo(""), std::vector<std::string>{
                             R"({"error":"16 connections are open, and there are no more"})"});
