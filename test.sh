@@ -20,8 +20,8 @@ build    |                | 135 | build (g++)                         | scripts/
 tests    | build          | 26  | tests (g++)                         | scripts/run_tests.sh gcc
 library  | build          | 1   | library needs no runtime            | scripts/check_library.sh build/gcc/src/libvexo_library.a
 dll      |                | 73  | DLL (MinGW-w64, 64 and 32 bits)     | windows/build.sh
-wine64   | dll            | 65  | 64-bit DLL in a host (Wine)         | beside windows/run_host.sh build/windows-x86_64
-wine32   | dll            | 1   | 32-bit DLL in a host (Wine)         | windows/run_host.sh build/windows-i686
+wine64   | build dll      | 65  | 64-bit kit under Wine               | beside windows/run_kit.sh build/windows-x86_64
+wine32   | build dll      | 1   | 32-bit kit under Wine               | windows/run_kit.sh build/windows-i686
 sanbuild |                | 167 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
 santests | sanbuild       | 158 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
 fuzz     | sanbuild       | 11  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh

@@ -5,12 +5,15 @@
  * commands (VEXOAPI_CommandProc) or text lines (VEXOAPI_TextCommandProc). The library answers with
  * result codes and tells the host about video loss and motion by window messages.
  *
+ * A host's life: load, VEXOAPI_Initialize, VEXO_CMD_INIT, commands and messages,
+ * VEXO_CMD_STOP_MONITOR, VEXOAPI_Uninitialize, unload. Unloading does not stop the monitor, whose
+ * code is then gone. docs/host-programs.md tells it with examples.
+ *
  * All multi-byte fields are little-endian. Records belong to the caller: the library reads and
  * writes them only during the call, and they need no particular alignment. Reserved bytes are
  * neither read nor written.
  *
- * The header is plain C, but for VEXOAPI_SetMotionInfo, which is exported under its C++ name. C99
- * and C++98 will do, also without <stdint.h>, as the compilers of Windows CE 5 are.
+ * C89 and C++98 will do, also without <stdint.h>, as the compilers of Windows CE 5 are.
  */
 #ifndef VEXOCTRLSDK_H
 #define VEXOCTRLSDK_H
@@ -23,22 +26,24 @@ typedef unsigned __int32 uint32_t;
 #include <stdint.h>
 #endif
 
-/* VEXO_ASSERT_SIZE stops the compiler when a record is not laid out as below. VexoChar16 is one
- * UTF-16 unit. */
-#if defined(__cplusplus) && (__cplusplus >= 201103L || (defined(_MSC_VER) && _MSC_VER >= 1900))
-#define VEXO_ASSERT_SIZE(type, bytes) static_assert(sizeof(type) == (bytes), #type)
-typedef char16_t VexoChar16;
-#elif !defined(__cplusplus) && defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
-#define VEXO_ASSERT_SIZE(type, bytes) _Static_assert(sizeof(type) == (bytes), #type)
-typedef uint16_t VexoChar16;
-#else
-#define VEXO_ASSERT_SIZE(type, bytes) \
-  typedef char VexoSizeOf##type[sizeof(type) == (bytes) ? 1 : -1]
+/* One UTF-16 unit: on Windows what its own functions take. */
 #ifdef _WIN32
+#include <stddef.h> /* C has wchar_t from here */
 typedef wchar_t VexoChar16;
+#elif defined(__cplusplus) && __cplusplus >= 201103L
+typedef char16_t VexoChar16;
 #else
 typedef uint16_t VexoChar16;
 #endif
+
+/* Stops the compiler when a record is not laid out as below. */
+#if defined(__cplusplus) && (__cplusplus >= 201103L || (defined(_MSC_VER) && _MSC_VER >= 1900))
+#define VEXO_ASSERT_SIZE(type, bytes) static_assert(sizeof(type) == (bytes), #type)
+#elif !defined(__cplusplus) && defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
+#define VEXO_ASSERT_SIZE(type, bytes) _Static_assert(sizeof(type) == (bytes), #type)
+#else
+#define VEXO_ASSERT_SIZE(type, bytes) \
+  typedef char VexoSizeOf##type[sizeof(type) == (bytes) ? 1 : -1]
 #endif
 
 /* A window handle of the host (HWND). */
@@ -143,7 +148,12 @@ typedef struct VexoRegRecord {
  * A number not below the board's channel count shows nothing. List channels in ascending order:
  * live splits of 8 and 16 channels, and the playback modes 0 (centred), 1 and 4 of every board, go
  * through the channels from 0 up, and an entry out of order or without a channel empties its window
- * and all later ones. Only the 3 x 3 page of 16 channels that begins with 9 may end in 0 and 1. */
+ * and all later ones.
+ * Only the 3 x 3 page of 16 channels that begins with 9 goes around. In live display, here and in
+ * VEXO_CMD_LIVE_MODE, channels 0 and 1 then have windows 7 and 8, and entries 7 and 8 are not read.
+ * In playback, here and in VEXO_CMD_PLAY_MODE, channel 0 has window 7 when entry 7 is 0, and
+ * channel 1 has window 8 when entry 8 is 0: 9 to 15, 0, 0 shows channel 1, and 9 to 15, 0, 1 hides
+ * it. */
 typedef struct VexoSplitRecord {
   uint8_t reserved[4];                 /* 0                                       */
   uint8_t mode;                        /* 4 VEXO_SPLIT_...                        */
@@ -177,7 +187,8 @@ typedef struct VexoLiveModeRecord {
 
 /* VEXO_CMD_PLAY_MODE. Read: byte 5 and, from byte 6, one byte a window of the mode (in mode 0,
  * which shows a centred picture, up to as many as the board has channels). Answers VEXO_OK also
- * when the board lacks the mode: the view is then changed and the split is not. */
+ * when the board lacks the mode: the view is then changed and the split is not. Otherwise all
+ * channels are blank afterwards; VEXO_CMD_PLAY_SPLIT or VEXO_CMD_RESTORE_BLANK shows them. */
 typedef struct VexoPlayModeRecord {
   uint8_t reserved[5];                 /* 0                                */
   uint8_t mode;                        /* 5 VEXO_SPLIT_...                 */
@@ -206,6 +217,27 @@ typedef struct VexoMotionRegRecord {
 
 /* ---- Host window messages -------------------------------------------------------------------- */
 
+/*
+ * The monitor, a thread that VEXO_CMD_INIT starts, reads the cameras once in each period of the
+ * master's sync bit (page 1, register 0xAB, bit 4), and sends to the window that is bound then:
+ *
+ * VEXO_MSG_VIDEO_INFO after its first reading, and whenever the loss mask is not the one that it
+ * told last. Another standard alone is no news.
+ *
+ * VEXO_MSG_MOTION_STATUS whenever the motion mask is not the one that it told last, 0 at first; and
+ * an unchanged one, 0 too, again every 900 ms: those count from the first reading without a change
+ * after the last repeat, and a change in between does not start them anew.
+ *
+ * It sends with a limit of 5000 ms, and reads nothing meanwhile. Told is what it tried to tell: a
+ * VEXO_MSG_VIDEO_INFO that nobody answers, or that finds no window, is not sent again until the
+ * mask changes or VEXO_CMD_INIT starts a monitor anew.
+ *
+ * Sent messages are handled by the window's thread where it takes messages. The procedure may call
+ * the library. Where it ends the monitor, with VEXO_CMD_STOP_MONITOR or VEXO_CMD_INIT, the record
+ * of the monitor's message is gone: read it before. In the VEXO_MSG_REG_VALUE of another thread's
+ * VEXO_CMD_READ_REG, which holds the lock, a command of the procedure and that send wait for each
+ * other until the 5000 ms are over.
+ */
 #define VEXO_MSG_STATUS 0x2401u        /* wParam: VEXO_STATUS_...                                */
 #define VEXO_MSG_INIT_RESULT 0x2402u   /* wParam: address of a VideoState, valid while loaded    */
 #define VEXO_MSG_VIDEO_INFO 0x2403u    /* wParam: address of a VideoDetectRecord, for the call   */
@@ -233,6 +265,7 @@ typedef struct VideoDetectRecord {
   uint8_t standard[VEXO_MAX_CHANNELS]; /* 4 VEXO_VIDEO_... of each channel; 0 where no chip */
 } VideoDetectRecord;
 
+VEXO_ASSERT_SIZE(VexoChar16, 2);
 VEXO_ASSERT_SIZE(VexoInitRecord, 24);
 VEXO_ASSERT_SIZE(VexoRegRecord, 4);
 VEXO_ASSERT_SIZE(VexoSplitRecord, 22);
@@ -251,6 +284,15 @@ VEXO_ASSERT_SIZE(VideoDetectRecord, 20);
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/*
+ * Threads. "Any thread" says that a call may be made beside other calls. Two ask for more, since
+ * they reach the chips without the lock: VEXO_CMD_BLANK_MASK and VEXOAPI_TextCommandProc. So does
+ * the monitor: where a reading of it falls between the bus cycles of a call, either may go astray.
+ *
+ * Times are those of the pauses that the library asks for. A system with a coarse timer makes them
+ * longer.
+ */
 
 /*
  * Binds the host window that gets the messages above. Any thread.
@@ -289,35 +331,96 @@ void VEXOAPI_SetEnableOutputMsg(uint32_t enable);
  * VEXO_CMD_LIVE_MODE and VEXO_CMD_PLAY_MODE that the board lacks (12 channels lack all of the
  * former and refuse the latter); the split of VEXO_CMD_MOTION_SETUP in playback; the blanking of
  * VEXO_CMD_CHANNEL_MASKS on 12 channels.
- * Any thread: commands wait for "CS4_GlobalLock". An unknown code, VEXO_CMD_INIT without a record
- * and a failed VEXO_CMD_INIT return with that lock still held by the calling thread.
+ * VEXO_CMD_INIT answers VEXO_OK also when the monitor could not be started.
+ *
+ * Any thread, but for VEXO_CMD_BLANK_MASK: commands wait for "CS4_GlobalLock" without a limit, and
+ * that one writes its registers after it has given the lock back, so no other call may reach the
+ * chips meanwhile. An unknown code, VEXO_CMD_INIT without a record and a failed VEXO_CMD_INIT
+ * return with that lock still held by the calling thread. While the library is not initialized or
+ * no window is bound, a command answers at once.
+ *
+ * Once it has the lock, a command takes its bus cycles, VEXO_CMD_INIT also what "CAM1:", the NVRAM
+ * and the version of the host's file take, and besides:
+ *   VEXO_CMD_INIT          440 ms, and 21 more at most when a monitor must be ended first
+ *   VEXO_CMD_STOP_MONITOR  up to 21 ms
+ *   VEXO_CMD_READ_REG      up to 5000 ms: it sends VEXO_MSG_REG_VALUE
+ *   VEXO_CMD_PLAY_SPLIT    50 ms
+ *   VEXO_CMD_PLAY_MODE     100 ms; 50 ms in modes 2, 3 and 5 and where the board lacks the mode
+ *   any other              nothing
+ * VEXO_CMD_INIT, VEXO_CMD_LIVE_SPLIT, VEXO_CMD_LIVE_MODE and VEXO_CMD_MOTION_SETUP hold the picture
+ * until the chips have settled: up to 995 ms more, 200 polls with 5 ms between them.
+ * VEXO_CMD_INIT makes 1776, 2450, 2009 or 3798 bus cycles on 4, 8, 12 or 16 channels with NTSC
+ * cameras, any other some 1200 at most; each poll makes four for each chip.
+ *
+ * VEXO_CMD_STOP_MONITOR, and VEXO_CMD_INIT likewise, asks the monitor to end and waits for it: some
+ * 5 ms at most where it is between two readings. After 20 ms it terminates the thread. That happens
+ * where the sync bit was never set, and where the monitor is in a send that is not answered
+ * meanwhile; when the window's own thread calls this, in its procedure or not, none is. The record
+ * of a VEXO_MSG_VIDEO_INFO that the window still gets is then gone: do not read it.
  */
 int VEXOAPI_CommandProc(uint32_t code, void* parameter);
 
 /*
  * Runs one line of text: at most 255 characters, zero-terminated, read only, tokens separated and
  * ended by single blanks, commas or line feeds; two of them in a row end the line, and what a
- * command does not take is not read. Takes no lock: one thread at a time.
+ * command does not take is not read. Takes no lock: one thread at a time, and beside it neither a
+ * command nor VEXOAPI_SetMotionInfo.
  * Returns VEXO_OK for a line that is a command, whatever came of it: also when the chips are not
  * ready, a word behind the first one of a "vexo" command is unknown, the driver of a "vpb" command
  * is closed, or the operation refuses a number, finds no chip, or fails. VEXO_ERROR_FAILED for a
  * rejected or longer line; VEXO_ERROR_NO_HEADER for a line without a known header word and for
  * null; or VEXO_ERROR_UNINITIALIZED.
+ * "vexo init" takes 1240 ms, up to 995 ms more until the chips have settled, and up to 5000 ms for
+ * the VEXO_MSG_VIDEO_INFO that it sends; "vexo rr", "vexo rver", and "vpb init" when the driver is
+ * open or cannot be opened, take up to 5000 ms for theirs; "vexo psplit 0" and "1" 50 ms. "vexo
+ * lsplit", "mpip stop" and "bluescr" wait for the chips without a limit. Any other does not wait.
  */
 int VEXOAPI_TextCommandProc(const char* line);
 
 #ifdef __cplusplus
 } /* extern "C" */
+#endif
 
 /*
  * Stores and programs the motion level (0-3) and cell mask (24 bytes, read only; 12 rows, columns
  * 8-15 before columns 0-7) of a channel. Does nothing while the chips are not ready, for a channel
  * of 16 or more, and for a null mask. A channel below 16 that the board lacks is stored and not
  * programmed, and so is a level above 3.
- * Returns VEXO_OK, or VEXO_ERROR_UNINITIALIZED with "CS4_GlobalLock" still held by the caller.
- * Exported under its C++ name: ?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z in a 32-bit library.
+ * Any thread: waits for "CS4_GlobalLock" without a limit, as commands do.
+ * Returns VEXO_OK, or VEXO_ERROR_UNINITIALIZED with that lock still held by the calling thread.
+ * The DLL exports it under its C++ name alone, VEXO_EXPORT_SET_MOTION_INFO, which is what
+ * Microsoft's C++ compilers ask for. C and the C++ of g++ and clang ask for other names;
+ * libVexoCtrlSDK.dll.a, the desktop's import library, leads those here too, and the Linux library
+ * has them. Where neither is at hand, as in C for the device, take its address by that name.
  */
 int VEXOAPI_SetMotionInfo(uint8_t channel, uint8_t level, uint8_t* mask);
+
+/* ---- Loading by hand ------------------------------------------------------------------------ */
+
+/* Each export's name, for GetProcAddress (on Windows CE: of TEXT(name)) or dlsym. */
+#define VEXO_EXPORT_INITIALIZE "VEXOAPI_Initialize"
+#define VEXO_EXPORT_UNINITIALIZE "VEXOAPI_Uninitialize"
+#define VEXO_EXPORT_GET_VERSION "VEXOAPI_GetVersion"
+#define VEXO_EXPORT_SET_ENABLE_DEBUG "VEXOAPI_SetEnableDebug"
+#define VEXO_EXPORT_SET_ENABLE_OUTPUT_MSG "VEXOAPI_SetEnableOutputMsg"
+#define VEXO_EXPORT_COMMAND_PROC "VEXOAPI_CommandProc"
+#define VEXO_EXPORT_TEXT_COMMAND_PROC "VEXOAPI_TextCommandProc"
+#ifdef _WIN64
+#define VEXO_EXPORT_SET_MOTION_INFO "?VEXOAPI_SetMotionInfo@@YAHEEPEAE@Z"
+#elif defined(_WIN32)
+#define VEXO_EXPORT_SET_MOTION_INFO "?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z"
+#else
+#define VEXO_EXPORT_SET_MOTION_INFO "VEXOAPI_SetMotionInfo"
 #endif
+
+/* Each export's type. They have C's calling convention, not WINAPI, which differs in 32 bits. */
+typedef int (*VexoInitializeFunction)(VexoWindow window);
+typedef void (*VexoUninitializeFunction)(void);
+typedef int (*VexoGetVersionFunction)(VexoChar16* buffer);
+typedef void (*VexoSetEnableDebugFunction)(uint32_t enable);
+typedef void (*VexoSetEnableOutputMsgFunction)(uint32_t enable);
+typedef int (*VexoCommandProcFunction)(uint32_t code, void* parameter);
+typedef int (*VexoTextCommandProcFunction)(const char* line);
+typedef int (*VexoSetMotionInfoFunction)(uint8_t channel, uint8_t level, uint8_t* mask);
 
 #endif /* VEXOCTRLSDK_H */

@@ -46,7 +46,7 @@ device/emulator:        +harness files
 device/library:         include src/platform/ce
 desk/console:           files +harness +script script/listing script/help script/grammar sim/picture include
 desk/port:              files desk/console +sim/trace_json
-desk/library:           files desk/console desk/port harness +sim/world include
+desk/library:           files desk/console desk/port harness +sim/world include script sim/trace_json
 tools/vexosim/terminal:
 tools/vexosim/listing:  +script script/listing files sim/screen sim/picture tools/vexosim/terminal
 tools/vexosim/shell:    +tools/vexosim/listing script/grammar script/help
@@ -56,8 +56,11 @@ tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/tr
 tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/traces
 tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
-windows/stand_in:
-windows:                +script +harness windows/stand_in src/platform/ce
+windows/kit:            +script +harness files include script/listing sim/picture desk/console desk/port
+samples/recorder:       include
+windows/checks:         include windows/kit
+windows/drive:
+windows:                src/platform src/platform/ce
 
 tests:                  *
 bench:                  *
@@ -65,8 +68,8 @@ fuzz:                   *
 '
 
 # Where the compilers look for a header, and the folders whose files name their neighbours barely.
-search='. include src src/platform/ce sim/platform windows/stand_in'
-neighbours='windows/host windows/stand_in'
+search='. include src src/platform/ce sim/platform windows/kit'
+neighbours='windows/kit windows/checks windows/drive samples/recorder'
 
 check() {
   cd "$1"

@@ -13,7 +13,8 @@ work="$root/build/lint"
 # A row a group: how the sources are compiled, whether they are read together or each alone, and
 # their folders. (Folders below one count only where they are named too.)
 groups='
-windows together windows windows/host windows/stand_in
+windows together windows windows/kit
+windows together windows/checks windows/drive
 library alone    src/report src/chip src/display src/motion src/setup src/text src/api
 windows alone    src/platform/ce
 device  alone    src/platform/ce device/library
@@ -36,7 +37,7 @@ pc      together tests/api tests/harness tests/support
 pc      together tests/text tests/model
 pc      together tests/setup tests/chip tests/motion tests/report
 pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture tests/sim/platform tests/sim/screen
-pc      together tests tests/script tests/tools tests/tools/commands tests/tools/listing tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/listing tests/script/outcome
+pc      together tests tests/script tests/tools tests/tools/commands tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/listing tests/script/outcome
 pc      together tests/desk/console tests/desk/port
 pc      together tests/device/ceimage tests/device/emulator
 '
@@ -61,7 +62,7 @@ flags() {
         '-DVEXO_DEFAULT_IMAGE=""' '-DVEXOSIM=""'
       ;;
     windows)
-      printf '%s\n' "${common[@]}" "${others[@]}" -Isrc/platform/ce -Iwindows/stand_in \
+      printf '%s\n' "${common[@]}" "${others[@]}" -Isrc/platform/ce -Iwindows/kit \
         --target=x86_64-w64-mingw32 -isystem"$work/headers"
       headers_of x86_64-w64-mingw32-g++-posix
       ;;

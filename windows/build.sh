@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the DLL for 64- and 32-bit Windows with MinGW-w64, and its test host, and checks what the
-# DLLs offer and ask for: windows/build.sh
+# DLLs offer and ask for, and that hosts link: windows/build.sh
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 log="$(mktemp)"
@@ -16,5 +16,6 @@ for processor in x86_64 i686; do
   fi
   "$root/scripts/ninja.sh" "$build"
   "$root/windows/check_dll.sh" "$build/VexoCtrlSDK.dll" "$processor"
+  "$root/windows/check_import_library.sh" "$build" "$processor"
   "$processor-w64-mingw32-size" "$build/VexoCtrlSDK.dll"
 done

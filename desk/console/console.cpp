@@ -28,8 +28,9 @@ namespace {
 using script::LineGroup;
 using script::Statement;
 
-constexpr std::size_t kMostEvents = 1'000'000;  // of lines in the library that stay in memory
-constexpr std::size_t kMostShown = 2000;        // of a line of an answer
+constexpr std::size_t kMostEvents = 1'000'000;    // of lines in the library that stay in memory
+constexpr std::size_t kMostShown = 2000;          // of a line of an answer
+constexpr std::streamoff kMostPrinted = 1 << 18;  // of what a line, which may take hours, brings
 
 // Throws std::runtime_error for a line that is none, or none for a running program.
 std::optional<Statement> Read(std::string_view line) {
@@ -163,6 +164,9 @@ void Console::Impl::Act(const Statement& statement, std::string& said) {
   actions.emplace_back(out, around, statement.text, facts);
   const auto action = std::prev(actions.end());
   action->printer.emplace(World(), action->printed);
+  action->printer->before_output = [action] {
+    action->printer->silent = action->printed.tellp() > kMostPrinted;
+  };
   action->printer->Begin();
   try {
     statement.step(action->session);
@@ -175,8 +179,9 @@ void Console::Impl::Act(const Statement& statement, std::string& said) {
 
 void Console::Impl::End(std::list<Action>::iterator action, std::string& said) {
   action->printer->End();
-  action->printer.reset();
   said += WithoutMargin(action->printed.str());
+  if (action->printer->silent) said += "(there is more, which was not kept)\n";
+  action->printer.reset();
   for (const std::string& line : action->session.ResultInWords()) said += line + '\n';
   const std::span<const sim::Report> reports = World().reports.All();
   for (const std::string& line : script::WarningsInWords(reports.subspan(action->first_report))) {

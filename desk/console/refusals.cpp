@@ -42,7 +42,7 @@ constexpr std::array kRows = {
 
 std::string_view WhyRefused(const script::LineKind& kind) {
   const std::string_view word = kind.words.substr(0, kind.words.find(' '));
-  const auto row = std::find_if(kRows.begin(), kRows.end(), [&](const Row& one) {
+  const auto* const row = std::find_if(kRows.begin(), kRows.end(), [&](const Row& one) {
     return one.group == kind.group && one.first_word == word;
   });
   return row == kRows.end() ? std::string_view() : row->why;

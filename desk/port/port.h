@@ -2,6 +2,8 @@
 // as JSON lines.
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -12,14 +14,23 @@
 
 namespace desk {
 
+struct PortLimits {
+  std::size_t connections = 16;
+  std::chrono::milliseconds greeting{5000};  // until the first line must be there
+  std::chrono::milliseconds goodbye{1000};   // until a connection that was told of its end is gone
+  std::size_t kept_bytes = std::size_t{8} << 20;  // of events, for those who are slow
+};
+
 class Port {
  public:
   using Run = std::function<Answer(const std::string& line)>;
 
   // Listens on 127.0.0.1 at this port, 0: one that is free. `run` runs one line, in threads of the
   // port's own. Throws std::runtime_error with the reason.
-  Port(std::uint16_t port, Run run);
-  ~Port();  // ends all connections; from a thread that is outside the board
+  Port(std::uint16_t port, Run run, const PortLimits& limits = {});
+  // Ends all connections, and waits for the lines that run; from a thread that is outside the
+  // board.
+  ~Port();
   Port(const Port&) = delete;
   Port& operator=(const Port&) = delete;
 

@@ -1,9 +1,10 @@
 #include "sim/picture/png.h"
 
-#include <png.h>
-
-#include <stdexcept>
-#include <vector>
+// The whole of the library stands here, and nothing of it anywhere else.
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#define STB_IMAGE_WRITE_STATIC
+#define STBI_WRITE_NO_STDIO
+#include <stb/stb_image_write.h>
 
 #include "files/output.h"
 #include "files/printable.h"
@@ -18,35 +19,16 @@ void CheckPngName(const std::string& path) {
 
 void WritePng(const Image& image, const std::string& path) {
   CheckPngName(path);
-  static_assert(sizeof(Rgb) == 3, "libpng reads pixels as packed bytes");
-  png_image png{};
-  png.version = PNG_IMAGE_VERSION;
-  png.width = static_cast<png_uint_32>(image.width);
-  png.height = static_cast<png_uint_32>(image.height);
-  png.format = PNG_FORMAT_RGB;
-  std::vector<char> bytes(PNG_IMAGE_PNG_SIZE_MAX(png));
-  png_alloc_size_t size = bytes.size();
-  if (png_image_write_to_memory(&png, bytes.data(), &size, 0, image.pixels.data(), 0, nullptr) ==
-      0) {
-    throw std::runtime_error(path + ": " + png.message);
-  }
+  static_assert(sizeof(Rgb) == 3, "pixels are packed bytes");
   files::OutputFile file(path);
-  file.Stream().write(bytes.data(), static_cast<std::streamsize>(size));
+  const auto write = [](void* stream, void* data, int bytes) {
+    static_cast<std::ostream*>(stream)->write(static_cast<const char*>(data), bytes);
+  };
+  if (stbi_write_png_to_func(write, &file.Stream(), image.width, image.height, sizeof(Rgb),
+                             image.pixels.data(), 0) == 0) {
+    throw files::FileError("cannot write " + files::Printable(path) + ": out of memory");
+  }
   file.Commit();
-}
-
-Image ReadPng(const std::string& path) {
-  png_image png{};
-  png.version = PNG_IMAGE_VERSION;
-  if (png_image_begin_read_from_file(&png, path.c_str()) == 0) {
-    throw std::runtime_error(path + ": " + png.message);
-  }
-  png.format = PNG_FORMAT_RGB;
-  Image image = FilledImage(static_cast<int>(png.width), static_cast<int>(png.height), {});
-  if (png_image_finish_read(&png, nullptr, image.pixels.data(), 0, nullptr) == 0) {
-    throw std::runtime_error(path + ": " + png.message);
-  }
-  return image;
 }
 
 }  // namespace sim

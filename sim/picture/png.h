@@ -13,7 +13,4 @@ void CheckPngName(const std::string& path);
 // Writes a PNG file, whole or not at all. Throws std::runtime_error with the reason.
 void WritePng(const Image& image, const std::string& path);
 
-// Reads one back, for comparing pictures. Throws std::runtime_error with the reason.
-Image ReadPng(const std::string& path);
-
 }  // namespace sim

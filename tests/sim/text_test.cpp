@@ -1,5 +1,8 @@
 // Debug outputs, system texts and conversions.
+#include <gmock/gmock.h>
+
 #include <array>
+#include <limits>
 
 #include "tests/sim/fixture.h"
 
@@ -110,7 +113,7 @@ TEST(TextConversion, ReplacesWhatIsNoText) {
 
 TEST(TextConversion, LowersAsciiLettersOnly) { EXPECT_EQ(ToLower("AZ[az\xC4"), "az[az\xC4"); }
 
-TEST(Texts, ShowNumbers) {
+TEST(TextHelpers, ShowNumbers) {
   EXPECT_EQ(Hex(0), "0x00");
   EXPECT_EQ(Hex(0x2403, 4), "0x2403");
   EXPECT_EQ(Hex(0x12345, 4), "0x12345");
@@ -118,7 +121,7 @@ TEST(Texts, ShowNumbers) {
   EXPECT_EQ(HexBytes(std::vector<std::uint8_t>{0, 0xAB}, " "), "00 ab");
 }
 
-TEST(Texts, ListBitsAsRanges) {
+TEST(TextHelpers, ListBitsAsRanges) {
   EXPECT_EQ(BitList(0, 16), "");
   EXPECT_EQ(BitList(0xFFDF, 16), "0-4,6-15");
   EXPECT_EQ(BitList(0x5, 16), "0,2");
@@ -126,7 +129,7 @@ TEST(Texts, ListBitsAsRanges) {
   EXPECT_EQ(BitList(std::numeric_limits<std::uint32_t>::max(), 32), "0-31");
 }
 
-TEST(Texts, AreCutIntoLines) {
+TEST(TextHelpers, AreCutIntoLines) {
   EXPECT_THAT(TextLines("\r\n a\r\nb\n\nc"), testing::ElementsAre(" a", "b", "c"));
   EXPECT_THAT(TextLines("\r\n"), testing::IsEmpty());
   EXPECT_THAT(TextLines(""), testing::IsEmpty());

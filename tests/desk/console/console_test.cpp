@@ -183,6 +183,19 @@ TEST_F(ConsoleTest, EventsAreKeptOnlyWhileALineNeedsThem) {
   EXPECT_EQ(inner, Done("vexo mcell 1 99"));
 }
 
+TEST_F(ConsoleTest, OfALongLineTheFirstTextsAreKept) {
+  Done("command init");
+  access_.meanwhile = [] {
+    for (int i = 0; i < 20'000; ++i) {
+      sim::TheWorld().Record(sim::DebugEvent{false, "text " + std::to_string(i) + "\n"});
+    }
+  };
+  const std::string text = Done("run 0");
+  EXPECT_THAT(text, StartsWith("| text 0\n"));
+  EXPECT_THAT(text, EndsWith("\n(there is more, which was not kept)"));
+  EXPECT_LT(text.size(), 300'000u);
+}
+
 // ---- Refusals -----------------------------------------------------------------------------------
 
 TEST_F(ConsoleTest, AMistypedWordIsRefusedWithWhatItMayHaveMeant) {

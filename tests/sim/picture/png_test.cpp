@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "tests/support/read_png.h"
 #include "tests/support/temp_path.h"
 
 namespace sim {
@@ -46,7 +47,7 @@ TEST(Png, ReadsBackAsItWasWritten) {
   const std::string path = test::TempPath("screen.png");
   const Image image = SmallImage();
   WritePng(image, path);
-  const Image back = ReadPng(path);
+  const Image back = test::ReadPng(path);
   std::remove(path.c_str());
   EXPECT_EQ(back, image);
 }
@@ -63,7 +64,7 @@ TEST(Png, SaysWhichFileItCouldNotWriteOrRead) {
   const std::string nowhere = "/no/such/directory/picture.png";
   EXPECT_EQ(message([&] { WritePng(SmallImage(), nowhere); }),
             "cannot write " + nowhere + ": No such file or directory");
-  EXPECT_EQ(message([&] { ReadPng(nowhere); }).find(nowhere + ": "), 0u);
+  EXPECT_EQ(message([&] { test::ReadPng(nowhere); }).find(nowhere + ": "), 0u);
   EXPECT_EQ(message([&] { WritePng(SmallImage(), "screen.jpg"); }),
             "expected the name of a picture that ends in .png, found 'screen.jpg'");
   EXPECT_EQ(message([&] { WritePng(SmallImage(), "/dev/full"); }),

@@ -1,0 +1,107 @@
+// A peer of the control port, in plain sockets.
+#pragma once
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace desk {
+
+inline constexpr std::chrono::seconds kPatience{30};  // of whoever waits for what should come soon
+
+class Client {
+ public:
+  explicit Client(std::uint16_t port, const char* from = "127.0.0.1") {
+    socket_ = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    inet_pton(AF_INET, from, &address.sin_addr);
+    EXPECT_EQ(bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    address.sin_port = htons(port);
+    inet_pton(AF_INET, "127.0.0.1", &address.sin_addr);
+    EXPECT_EQ(connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+  }
+  ~Client() { Close(); }
+  Client(const Client&) = delete;
+  Client& operator=(const Client&) = delete;
+
+  // False when the peer does not take it all.
+  bool Send(std::string_view bytes) const {
+    while (!bytes.empty()) {
+      const ssize_t sent = send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+      if (sent <= 0) return false;
+      bytes.remove_prefix(static_cast<std::size_t>(sent));
+    }
+    return true;
+  }
+  // As much as the peer takes without waiting.
+  std::size_t SendSome(std::string_view bytes) const {
+    const ssize_t sent = send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    return sent < 0 ? 0 : static_cast<std::size_t>(sent);
+  }
+  // The next line without its end, none at the end of the connection.
+  std::optional<std::string> Line() {
+    for (;;) {
+      if (const std::size_t end = bytes_.find('\n', at_); end != std::string::npos) {
+        std::string line = bytes_.substr(at_, end - at_);
+        at_ = end + 1;
+        return line;
+      }
+      bytes_.erase(0, at_);
+      at_ = 0;
+      pollfd waiting{socket_, POLLIN, 0};
+      const int patience = static_cast<int>(std::chrono::milliseconds(kPatience).count());
+      if (poll(&waiting, 1, patience) <= 0) {
+        ADD_FAILURE() << "nothing came";
+        return std::nullopt;
+      }
+      char part[65536];
+      const ssize_t got = recv(socket_, part, sizeof(part), 0);
+      if (got <= 0) return std::nullopt;
+      bytes_.append(part, static_cast<std::size_t>(got));
+    }
+  }
+  nlohmann::json Json() {
+    const std::optional<std::string> line = Line();
+    return line ? nlohmann::json::parse(*line) : nlohmann::json();
+  }
+  std::vector<std::string> AllLines() {
+    std::vector<std::string> lines;
+    while (std::optional<std::string> line = Line()) lines.push_back(std::move(*line));
+    return lines;
+  }
+
+  void ReadLittle() const {  // the system keeps little for whoever does not read
+    const int bytes = 4096;
+    setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof(bytes));
+  }
+  void EndSending() const { shutdown(socket_, SHUT_WR); }
+  void Close() {
+    if (socket_ >= 0) close(socket_);
+    socket_ = -1;
+  }
+  void Reset() {
+    const linger now{1, 0};
+    setsockopt(socket_, SOL_SOCKET, SO_LINGER, &now, sizeof(now));
+    Close();
+  }
+
+ private:
+  int socket_;
+  std::string bytes_;
+  std::size_t at_ = 0;
+};
+
+}  // namespace desk

@@ -1,0 +1,20 @@
+// The exports of the library that the program has loaded.
+#pragma once
+
+#include "harness/export_table.h"
+#include "windows_api.h"
+
+namespace kit {
+
+// Throws std::runtime_error for one that is missing; `dll_entry` and `reset` are left null.
+harness::ExportTable BindExports(HMODULE library);
+
+// Lines that call the library call the loaded one from now on: in real time, by a thread that is
+// at the board and leaves it for the call.
+void UseLoadedExports();
+
+// The same for the board in virtual time: the library is mapped when it is called first, with the
+// simulated kernel's functions, and anew after each reset.
+void UseMappedExports();
+
+}  // namespace kit

@@ -1,0 +1,73 @@
+#include "run_scripts.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "board.h"
+#include "exports.h"
+#include "files/exit_status.h"
+#include "files/file_error.h"
+#include "harness/host.h"
+#include "plain_surroundings.h"
+#include "script/run.h"
+
+namespace kit {
+namespace {
+
+namespace fs = std::filesystem;
+
+int RunVariant(const script::Script& script, const fs::path& trace_file) {
+  std::ofstream trace(trace_file, std::ios::binary);
+  script::RunOptions options;
+  options.quiet = true;
+  options.trace = &trace;
+  PlainSurroundings around;
+  const int status = script::RunScript(script, options, around, std::cout, std::cerr);
+  trace.close();
+  if (!trace) throw files::FileError("cannot write " + trace_file.string());
+  return status;
+}
+
+int RunOne(const fs::path& path, const fs::path& traces) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) throw files::FileError("cannot read " + path.string());
+  int status = files::kExitDone;
+  for (const script::Script& script : script::ParseScript(in, path.filename().string())) {
+    std::string name = path.stem().string();
+    if (!script.variant.empty()) name += "." + script.variant;
+    status = std::max(status, RunVariant(script, traces / (name + ".jsonl")));
+  }
+  return status;
+}
+
+}  // namespace
+
+int RunScripts(int count, const char* const* words) {
+  std::vector<fs::path> scripts(words, words + count);
+  const auto option = std::find(scripts.begin(), scripts.end(), "--traces");
+  if (scripts.end() - option != 2 || option == scripts.begin()) {
+    std::cerr << "usage: VexoRun SCRIPT... --traces FOLDER" << std::endl;
+    return files::kExitWrong;
+  }
+  const fs::path traces = scripts.back();
+  scripts.erase(option, scripts.end());
+  SetBoardKind(Kind::Virtual);
+  UseMappedExports();
+  int status = files::kExitDone;
+  for (const fs::path& script : scripts) {
+    try {
+      status = std::max(status, RunOne(script, traces));
+    } catch (const std::exception& error) {
+      std::cerr << error.what() << std::endl;
+      status = files::kExitWrong;
+    }
+  }
+  harness::Restart();  // the system ends threads before anybody can wait for them
+  return status;
+}
+
+}  // namespace kit
