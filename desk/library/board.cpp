@@ -100,7 +100,12 @@ void Board::End() {
 
 void Board::Close() {
   console_->EndLines();
-  port_.reset();
+  if (port_ != nullptr) {
+    Enter();
+    sim::TheWorld().trace.RemoveListener(port_->Events());
+    Leave();
+    port_.reset();
+  }
   Enter();
   harness::Entry(kReasonDetach);
   Leave();
