@@ -79,6 +79,11 @@ run_scripts() {
   ((compared != 0 && differing == 0))
 }
 
+# What the kit says and keeps.
+run_kit() {
+  "$root/windows/check_kit.sh" "$build/kit" 2>>errors
+}
+
 run_checks() {
   in_wine "$build/kit/Checks.exe"
 }
@@ -100,9 +105,10 @@ part() {
 }
 
 begin=$(date +%s)
-parts="scripts checks"
+parts="scripts checks kit"
 part scripts "$@" &
 part checks &
+part kit &
 wait
 
 result=0
