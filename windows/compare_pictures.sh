@@ -7,9 +7,9 @@
 # time code: so the script is run to each moment between the two, and one of its pictures must be
 # the kit's to the byte.
 set -euo pipefail
-vexosim="$1"
-script="$2"
-folder="$3"
+vexosim="$(realpath "$1")"
+script="$(realpath "$2")"
+folder="$(realpath "$3")"
 step_ms=5 # the bar moves on after 5 to 6 ms
 at_once=8
 work="$(mktemp -d)"

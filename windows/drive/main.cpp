@@ -83,11 +83,10 @@ void Walk(const Steps& steps, const Program& recorder, Control& board, std::ofst
 
 // ---- The parts ----------------------------------------------------------------------------------
 
-std::uint16_t WriteSettings(const std::string& lines) {
-  const std::uint16_t port = FreePort();
-  std::ofstream settings((g_folder + L"\\VexoDesk.txt").c_str());
-  settings << "desk port " << port << "\n" << lines;
-  return port;
+// A board of these lines, with a control port.
+void WriteSettings(const std::string& lines) {
+  std::ofstream settings((g_folder + L"\\VexoDesk.txt").c_str(), std::ios::binary);
+  settings << "desk port any\n" << lines;
 }
 
 // Ends by a key, in order: no message of the library is left unanswered.
@@ -100,9 +99,9 @@ void End(const Program& recorder) {
 
 // The monitor is ended first: beside it a bus cycle of a layout may go astray, in real time.
 void Layouts() {
-  const std::uint16_t port = WriteSettings("");
+  WriteSettings("");
   const Program recorder(g_folder);
-  Control board(port);
+  Control board(recorder.Port());
   std::ofstream list((g_folder + L"\\pictures.txt").c_str(), std::ios::binary);
   recorder.AwaitTitle("live 16: 0-15 | lost 0000");
   board.Run("command stop-monitor");
@@ -117,9 +116,9 @@ void Layouts() {
 }
 
 void Cables() {
-  const std::uint16_t port = WriteSettings("");
+  WriteSettings("");
   const Program recorder(g_folder);
-  Control board(port);
+  Control board(recorder.Port());
   recorder.AwaitTitle("live 16: 0-15 | lost 0000 | motion 0000");
   board.Run("camera 5 off");
   recorder.AwaitInTitle("| lost 0020 |");
@@ -137,9 +136,9 @@ void Cables() {
 
 // Text commands of somebody else: their messages are posted.
 void Posted() {
-  const std::uint16_t port = WriteSettings("");
+  WriteSettings("");
   const Program recorder(g_folder);
-  Control board(port);
+  Control board(recorder.Port());
   recorder.AwaitTitle("live 16: 0-15 | lost 0000");
   board.Run("command stop-monitor");
   recorder.Press('4');
@@ -155,9 +154,8 @@ void Posted() {
 }
 
 void SecondProcess() {
-  const std::uint16_t port = WriteSettings("");
+  WriteSettings("");
   const Program first(g_folder);
-  const Control board(port);
   first.AwaitTitle("live 16: 0-15");
   {
     const Program second(g_other_folder);
@@ -183,9 +181,9 @@ bool LockIsFree() {
 }
 
 void NoChips() {
-  const std::uint16_t port = WriteSettings("board chips 0\n");
+  WriteSettings("board chips 0\n");
   const Program recorder(g_folder);
-  Control board(port);
+  Control board(recorder.Port());
   recorder.AwaitTitle("no chips | lost 0000 | motion 0000 | 0xF001 = -1");
   RequireSoon(LockIsFree, "the lock is given back", [] { return "it is kept"; });
   board.Run("board chips 2");
@@ -198,9 +196,9 @@ void NoChips() {
 
 // A layout waits a second for chips that do not settle.
 void Unsettled() {
-  const std::uint16_t port = WriteSettings("");
+  WriteSettings("");
   const Program recorder(g_folder);
-  Control board(port);
+  Control board(recorder.Port());
   recorder.AwaitTitle("live 16: 0-15 | lost 0000");
   board.Run("settle never");
   recorder.Press('4');
@@ -213,9 +211,8 @@ void Unsettled() {
 // The worker waits for a sync that never comes, and cannot be terminated: ending it does not come
 // back.
 void NoEnd() {
-  const std::uint16_t port = WriteSettings("sync hold 0\nfault terminate on\n");
+  WriteSettings("sync hold 0\nfault terminate on\n");
   const Program recorder(g_folder);
-  const Control board(port);
   recorder.AwaitTitle("live 16: 0-15");
   recorder.Press(VK_ESCAPE);
   Require(recorder.AwaitEnd() == 0, "the recorder's exit status is not 0");
