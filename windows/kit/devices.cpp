@@ -8,6 +8,7 @@
 #include "crossing.h"
 #include "files/output.h"
 #include "io_pages.h"
+#include "lines.h"
 #include "settings.h"
 
 namespace kit {
@@ -67,6 +68,7 @@ void WriteNvramFile(const sim::Nvram& nvram) {
 void MakeBoard() {
   try {
     const Settings settings = ReadSettings();
+    if (settings.port) OpenPort(*settings.port);
     const AtBoard at_board;
     sim::World& world = sim::TheWorld();
     world.trace.SetEnabled(false);

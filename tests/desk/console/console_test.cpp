@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "sim/screen/screen.h"
 #include "tests/desk/console/board_access.h"
 #include "tests/support/read_png.h"
 #include "tests/support/temp_path.h"
