@@ -35,7 +35,7 @@ struct Settings {
 };
 
 // Its parts are for a thread that is in a call, which keeps it open.
-class Board : public BoardAccess {
+class Board final : public BoardAccess {
  public:
   // The calling thread becomes the windows' own. Throws Refusal.
   explicit Board(const Settings& settings);

@@ -129,7 +129,7 @@ TEST_F(BoardOpening, AgainFindsTheLibraryAsItIsAtLoad) {
   ASSERT_EQ(VEXOAPI_CommandProc(VEXO_CMD_STOP_MONITOR, nullptr), VEXO_OK);
   VexoDesk_Pump(5000);
   ASSERT_EQ(VexoDesk_Close(), VEXODESK_OK) << VexoDesk_Error();
-  const VexoWindow old = window;
+  VexoWindow old = window;
   Open("board chips 1");
   EXPECT_EQ(VexoDesk_Now(), 0u);
   // The old window is none.

@@ -45,7 +45,7 @@ class ProgramTest : public testing::Test {
   static std::string Content(const std::string& path);
 
  private:
-  static std::intptr_t OnMessage(VexoWindow window, std::uint32_t message, std::uintptr_t wparam,
+  static std::intptr_t OnMessage(VexoWindow of, std::uint32_t code, std::uintptr_t wparam,
                                  std::intptr_t lparam, void* context);
 
   std::filesystem::path folder_;

@@ -16,7 +16,7 @@ using testing::HasSubstr;
 // A record whose last byte is the last that can be touched.
 class Fenced {
  public:
-  explicit Fenced(std::initializer_list<std::uint8_t> bytes) : Fenced(bytes.size()) {
+  Fenced(std::initializer_list<std::uint8_t> bytes) : Fenced(bytes.size()) {
     std::copy(bytes.begin(), bytes.end(), Bytes());
   }
   explicit Fenced(std::size_t bytes) : bytes_(bytes) {

@@ -166,7 +166,7 @@ TEST_F(DeskWindows, AreNoneAfterTheirEnd) {
 }
 
 TEST_F(DeskWindows, NeedNoProcedure) {
-  const VexoWindow quiet = VexoDesk_CreateWindow(nullptr, nullptr);
+  VexoWindow quiet = VexoDesk_CreateWindow(nullptr, nullptr);
   ASSERT_NE(quiet, nullptr);
   EXPECT_EQ(VEXOAPI_Initialize(quiet), VEXO_OK);
   VexoInitRecord record = {};
@@ -181,8 +181,8 @@ TEST_F(DeskWindows, HaveEachTheirOwnProcedureAndContext) {
   };
   int first = 0;
   int second = 0;
-  const VexoWindow one = VexoDesk_CreateWindow(count, &first);
-  const VexoWindow two = VexoDesk_CreateWindow(count, &second);
+  VexoWindow one = VexoDesk_CreateWindow(count, &first);
+  VexoWindow two = VexoDesk_CreateWindow(count, &second);
   EXPECT_NE(one, two);
   ASSERT_EQ(VEXOAPI_Initialize(one), VEXO_OK);
   VexoInitRecord record = {};
