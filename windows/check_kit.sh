@@ -26,8 +26,11 @@ settings() {
 }
 
 settings
-expect "four chips and texts on standard error without settings" \
-  "$(printf '1\n1\n1\n1')" "$(run "command init" | grep -o 'VEXO SDK Version\|Initialize Complete\|= 0\|status 0' | sed 's/.*/1/')"
+expect "no settings" "= 0
+Initialize Complete
+status 0" "$(run "command init" | grep -o 'Initialize Complete\|^= 0\|^status .*' | sort -u)"
+expect "the texts of the library's attach" "[VexoCtrlSDK]: >> VEXO SDK Version : 1. 0. 1. 6" \
+  "$(run | grep 'SDK Version')"
 
 settings "desk texts none"
 expect "an unmet expectation" "returned 0
