@@ -88,6 +88,17 @@ run_checks() {
   in_wine "$build/kit/Checks.exe"
 }
 
+# The sample recorder by its keys; its pictures are those of a script that does the same.
+run_recorder() {
+  local folder
+  for folder in one other; do
+    mkdir $folder
+    cp "$build"/kit/{CEDDK,ExtRtcNVramCtl,VexoCtrlSDK}.dll "$build/recorder/recorder.exe" $folder
+  done
+  in_wine "$build/parts/drive/DriveRecorder.exe" one other &&
+    "$root/windows/compare_pictures.sh" "$vexosim" "$root/windows/drive/pictures.vexo" one
+}
+
 # part NAME WORD...: its output and status go to files.
 part() {
   local name=$1
@@ -105,10 +116,11 @@ part() {
 }
 
 begin=$(date +%s)
-parts="scripts checks kit"
+parts="scripts checks kit recorder"
 part scripts "$@" &
 part checks &
 part kit &
+part recorder &
 wait
 
 result=0
