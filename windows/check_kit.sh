@@ -65,6 +65,8 @@ expect "the port's number" "1" "$(run "camera 5 off" | grep -c '^VexoDesk: contr
 settings "desk texts none" "fault map-data on"
 expect "a window that cannot be mapped" "VexoDesk: the bus window at 0x06200000 cannot be mapped
 status 0" "$(run)"
+expect "a line that has no meaning here" "'seed' is refused: the system chooses among threads here
+status 4" "$(run "seed 3" | grep -v mapped)"
 rm "$work/kit/VexoCtrlSDK.dll"
 expect "no library" "VexoLine: VexoCtrlSDK.dll cannot be loaded: error 126
 status 2" "$(run)"
