@@ -26,8 +26,11 @@ settings() {
 }
 
 settings
-expect "four chips and texts on standard error without settings" \
-  "$(printf '1\n1\n1\n1')" "$(run "command init" | grep -o 'VEXO SDK Version\|Initialize Complete\|= 0\|status 0' | sed 's/.*/1/')"
+expect "no settings" "= 0
+Initialize Complete
+status 0" "$(run "command init" | grep -o 'Initialize Complete\|^= 0\|^status .*' | sort -u)"
+expect "the texts of the library's attach" "[VexoCtrlSDK]: >> VEXO SDK Version : 1. 0. 1. 6" \
+  "$(run | grep 'SDK Version')"
 
 settings "desk texts none"
 expect "an unmet expectation" "returned 0
@@ -62,6 +65,8 @@ expect "the port's number" "1" "$(run "camera 5 off" | grep -c '^VexoDesk: contr
 settings "desk texts none" "fault map-data on"
 expect "a window that cannot be mapped" "VexoDesk: the bus window at 0x06200000 cannot be mapped
 status 0" "$(run)"
+expect "a line that has no meaning here" "'seed' is refused: the system chooses among threads here
+status 4" "$(run "seed 3" | grep -v mapped)"
 rm "$work/kit/VexoCtrlSDK.dll"
 expect "no library" "VexoLine: VexoCtrlSDK.dll cannot be loaded: error 126
 status 2" "$(run)"
