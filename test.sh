@@ -26,7 +26,7 @@ sanbuild |                | 167 | build (clang++, sanitizers)         | scripts/
 santests | sanbuild       | 158 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
 fuzz     | sanbuild       | 11  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
 lint     |                | 360 | lint (clang-tidy)                   | scripts/lint.sh
-image    | build          | 4   | image for the device (ARM)          | device/build.sh
+image    | build          | 4   | image for the device (ARM)          | device/build.sh && samples/recorder/check_device.sh
 emulated | build image    | 12  | image on the emulated device        | device/run_tests.sh
 bench    | build image    | 2   | benchmarks (g++)                    | scripts/run_benchmarks.sh
 demo     | build          | 1   | demo                                | scripts/run_demo.sh
