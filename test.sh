@@ -25,6 +25,7 @@ wine32   | build dll      | 1   | 32-bit kit under Wine               | windows/
 sanbuild |                | 167 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
 santests | sanbuild       | 158 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
 fuzz     | sanbuild       | 11  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
+threads  |                | 100 | threads of a program (sanitizer)    | scripts/check_threads.sh
 lint     |                | 360 | lint (clang-tidy)                   | scripts/lint.sh
 image    | build          | 4   | image for the device (ARM)          | device/build.sh && samples/recorder/check_device.sh
 emulated | build image    | 12  | image on the emulated device        | device/run_tests.sh

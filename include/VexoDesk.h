@@ -21,7 +21,12 @@
  *
  * Time. VEXODESK_REAL is the clock's. VEXODESK_VIRTUAL passes only in VexoDesk_Pump and
  * VexoDesk_Sleep and where the library itself sleeps or waits, and jumps to the next thing that is
- * due: an hour takes a second, and a program with one thread runs the same every time.
+ * due: an hour takes a second, and a program with one thread runs the same every time. With
+ * several, a thread that waits in the library lets it pass too: its message to a window whose
+ * thread does not pump just then runs out at once.
+ *
+ * Without a board the exports of VexoCtrlSDK.h answer as those of an uninitialized library. A
+ * program may end with its board open; its files are then as they are.
  *
  * C99 and C++98 will do. On failure a function returns less than 0 (or null), changes nothing, and
  * VexoDesk_Error says why.
@@ -46,7 +51,7 @@ extern "C" {
 #define VEXODESK_ERROR_LINE (-4)     /* no line of the language, or it could not be done */
 #define VEXODESK_ERROR_UNMET (-5)    /* an expectation was not met                       */
 #define VEXODESK_ERROR_SYSTEM (-6)   /* a file or the control port's socket              */
-#define VEXODESK_ERROR_BUSY (-7)     /* another thread is still in a call                */
+#define VEXODESK_ERROR_BUSY (-7)     /* a call is still under way                        */
 
 /* Why the calling thread's last failing call of a VexoDesk function failed, in words (UTF-8).
  * Valid until its next call. Any thread. */
@@ -67,7 +72,7 @@ typedef struct VexoDeskOptions {
   const char* board;     /* lines of the script language that make the board, a line feed between
                             them, or null: four chips, NTSC on all channels                      */
   const char* texts;     /* file for the library's texts, "-": standard error, or null: nowhere  */
-  const char* trace;     /* file for the trace as JSON lines, or null                            */
+  const char* trace;     /* file for the trace as JSON lines, or null. Both grow with the run    */
 } VexoDeskOptions;
 
 #define VEXODESK_DEFAULTS \
@@ -75,15 +80,18 @@ typedef struct VexoDeskOptions {
 
 /*
  * Makes a board and loads the library: its process attach has run when this returns. The board's
- * lines run before it. The calling thread becomes the one that the windows belong to. Null options
- * are VEXODESK_DEFAULTS. Options are read during the call only.
+ * lines run before it, which must be such as change the board. The calling thread becomes the one
+ * that the windows belong to. Null options are VEXODESK_DEFAULTS. Options are read during the call
+ * only. VEXODESK_ERROR_STATE, _ARGUMENT, _LINE or _SYSTEM.
  */
 int VexoDesk_Open(const VexoDeskOptions* options);
 
 /*
  * Unloads the library (its process detach runs: stop the monitor first, as on the device) and
- * forgets the board and its windows. VEXODESK_ERROR_BUSY while another thread is in a call. The
- * thread that opened the board. A new board can be opened afterwards.
+ * forgets the board and its windows. Ends the control port's lines and connections. The thread
+ * that opened the board. VEXODESK_ERROR_BUSY while another thread is in a call, and in a window's
+ * procedure. VEXODESK_ERROR_SYSTEM when a file could not be written whole: the board is then closed
+ * all the same. A new board can be opened afterwards.
  */
 int VexoDesk_Close(void);
 
@@ -96,8 +104,8 @@ int VexoDesk_ControlPort(void);
  * feed between them, goes to answer: capacity bytes with the terminator, what does not fit is cut;
  * null and 0: none wanted. Lines that call the library run it on the calling thread. Lines that
  * are a script's or console's own (undo, break, ...) are refused. Any thread.
- * Returns VEXODESK_OK, VEXODESK_ERROR_LINE, VEXODESK_ERROR_UNMET or VEXODESK_ERROR_STATE; the
- * answer then says why.
+ * Returns VEXODESK_OK; VEXODESK_ERROR_LINE, _UNMET or _STATE, and the answer says why; or
+ * VEXODESK_ERROR_ARGUMENT for no line, and for a capacity without an answer.
  */
 int VexoDesk_Line(const char* line, char* answer, size_t capacity);
 
@@ -106,8 +114,9 @@ int VexoDesk_Line(const char* line, char* answer, size_t capacity);
 /*
  * Called with each message of the window, by the thread that opened the board, while it pumps or
  * calls the library. lparam is 0; see VexoCtrlSDK.h for wparam, whose record is readable until the
- * procedure returns (VEXO_MSG_INIT_RESULT: until the library is unloaded). It may call anything
- * here and in VexoCtrlSDK.h. The result is dropped.
+ * procedure returns (VEXO_MSG_INIT_RESULT: until the library is unloaded), even where its sender
+ * has ended meanwhile. It may call anything here, but for VexoDesk_Close, and in VexoCtrlSDK.h, and
+ * must return: no exception, no longjmp. The result is dropped.
  */
 typedef intptr_t (*VexoDeskProcedure)(VexoWindow window, uint32_t message, uintptr_t wparam,
                                       intptr_t lparam, void* context);

@@ -50,7 +50,7 @@ for program in "$work"/program*.c; do
   fi
   for compiler in "${compilers[@]}"; do
     for language in c c++; do
-      "$compiler" -x "$language" -Wall -Werror -Iinclude -fsyntax-only "$program"
+      "$compiler" -x "$language" -Wall -Werror -Iinclude -DWIN32_LEAN_AND_MEAN -fsyntax-only "$program"
     done
   done
 done

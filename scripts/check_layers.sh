@@ -58,6 +58,7 @@ tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/comma
 tools/vexosim/main:     tools/vexosim/cli files
 windows/kit:            +script +harness files include sim/picture desk/console desk/port
 samples/recorder:       include
+samples/desk:           include
 windows/checks:         include windows/kit
 windows/drive:
 windows:                src/platform src/platform/ce
@@ -69,7 +70,7 @@ fuzz:                   *
 
 # Where the compilers look for a header, and the folders whose files name their neighbours barely.
 search='. include src src/platform/ce sim/platform windows/kit'
-neighbours='windows/kit windows/checks windows/drive samples/recorder'
+neighbours='windows/kit windows/checks windows/drive samples/recorder samples/desk'
 
 check() {
   cd "$1"

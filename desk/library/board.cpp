@@ -18,8 +18,6 @@ namespace {
 constexpr std::uint32_t kReasonDetach = 0;
 constexpr std::uint32_t kReasonAttach = 1;
 
-thread_local bool t_in_line = false;
-
 // Before anything is made: what is wrong with the lines leaves no trace.
 void CheckLines(const std::vector<std::string>& lines) {
   for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -43,11 +41,13 @@ void TellThatItDoesNotComeBack(const std::string& who_waits) {
 
 Board::Board(const Settings& settings) {
   CheckLines(settings.lines);
-  // Threads of the port wait until the board is there.
-  const std::lock_guard not_yet(line_);
+  const std::lock_guard not_yet(whole_);
   if (settings.port) {
-    port_ = std::make_unique<Port>(*settings.port,
-                                   [this](const std::string& line) { return RunLine(line); });
+    port_ = std::make_unique<Port>(*settings.port, [this](const std::string& line) {
+      { const std::lock_guard wait(whole_); }
+      if (console_ == nullptr) return Answer{Answer::Result::Refused, "there is no board"};
+      return console_->Run(line);
+    });
   }
   if (!settings.texts.empty()) {
     texts_ = std::make_unique<TextsOutput>(settings.texts, settings.trace);
@@ -68,9 +68,6 @@ Board::~Board() = default;
 
 void Board::Begin(const Settings& settings) {
   sim::World& world = sim::TheWorld();
-  // A program may run for days: only its files remember.
-  world.trace.SetEnabled(false);
-  world.windows.keep_received = false;
   if (trace_ != nullptr) world.trace.AddListener(*trace_);
   if (texts_ != nullptr) {
     world.trace.AddListener(*texts_, sim::Trace::Hears::AllButCycles);
@@ -102,7 +99,13 @@ void Board::End() {
 }
 
 void Board::Close() {
-  port_.reset();
+  console_->EndLines();
+  if (port_ != nullptr) {
+    Enter();
+    sim::TheWorld().trace.RemoveListener(port_->Events());
+    Leave();
+    port_.reset();
+  }
   Enter();
   harness::Entry(kReasonDetach);
   Leave();
@@ -118,17 +121,6 @@ void Board::Close() {
   commit(texts_);
   commit(trace_);
   if (!failed.empty()) throw Refusal(VEXODESK_ERROR_SYSTEM, failed);
-}
-
-Answer Board::RunLine(const std::string& line) {
-  // It is a window's procedure that asks, and the line that called it goes on only when it is back.
-  if (t_in_line) return {Answer::Result::Refused, "another line of this thread is under way"};
-  const std::lock_guard one_at_a_time(line_);
-  if (console_ == nullptr) return {Answer::Result::Refused, "there is no board"};
-  t_in_line = true;
-  Answer answer = console_->Run(line);
-  t_in_line = false;
-  return answer;
 }
 
 // ---- Windows ------------------------------------------------------------------------------------

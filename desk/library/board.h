@@ -46,7 +46,7 @@ class Board : public BoardAccess {
 
   bool IsWindowThread() const { return std::this_thread::get_id() == window_thread_; }
   std::uint16_t PortNumber() const { return port_ == nullptr ? std::uint16_t{0} : port_->Number(); }
-  Answer RunLine(const std::string& line);
+  Answer RunLine(const char* line) { return console_->Run(line); }
 
   // For a thread that is inside.
   VexoWindow CreateWindow(VexoDeskProcedure procedure, void* context);
@@ -72,7 +72,7 @@ class Board : public BoardAccess {
   std::unique_ptr<TextsOutput> texts_;
   std::unique_ptr<TraceOutput> trace_;
   std::unique_ptr<Console> console_;
-  std::mutex line_;             // the console runs one line at a time
+  std::mutex whole_;            // held until it is
   std::unique_ptr<Port> port_;  // last: its threads use the rest
 };
 

@@ -26,8 +26,6 @@ Answer RunOrRefuse(const Port::Run& run, const std::string& line) {
 Connection::Connection(asio::ip::tcp::socket socket, const Around& around)
     : around_(around), socket_(std::move(socket)), timer_(socket_.get_executor()) {}
 
-Connection::~Connection() { Join(); }
-
 void Connection::Start() {
   CloseAfter(around_.limits.greeting);
   Read();
@@ -104,7 +102,7 @@ void Connection::Greet(Wants wants) {
   AddAnswer(GreetingLine(wants, next_event_), next_event_);
   runner_ = std::thread([this] {
     RunLines();
-    asio::post(socket_.get_executor(), [self = shared_from_this()] { self->ReportGone(); });
+    Post(&Connection::ReportGone);
   });
 }
 
@@ -129,8 +127,15 @@ void Connection::RunLines() {
     const Answer answer = line.why.empty() ? RunOrRefuse(around_.run, line.text)
                                            : Answer{Answer::Result::Refused, line.why};
     AddAnswer(AnswerLine(line.number, line.text, answer), feed_ == nullptr ? 0 : feed_->End());
-    asio::post(socket_.get_executor(), [self = shared_from_this()] { self->Attend(); });
+    Post(&Connection::Attend);
   }
+}
+
+// From the thread of the lines, for which the end of the port waits: there may be nobody left.
+void Connection::Post(void (Connection::*step)()) {
+  asio::post(socket_.get_executor(), [weak = weak_from_this(), step] {
+    if (const std::shared_ptr<Connection> self = weak.lock()) (self.get()->*step)();
+  });
 }
 
 void Connection::AddAnswer(std::string text, std::uint64_t after) {

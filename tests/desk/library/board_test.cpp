@@ -178,16 +178,18 @@ TEST_F(BoardClosing, IsRefusedInAProcedure) {
 }
 
 TEST_F(BoardClosing, IsRefusedWhileAnotherThreadIsInACall) {
-  Open();
+  VexoDeskOptions options = VEXODESK_DEFAULTS;
+  options.time = VEXODESK_REAL;
+  Open(options);
   std::atomic<bool> enough = false;
   std::thread other([&] {
-    while (!enough) VexoDesk_Sleep(1);
+    while (!enough) VexoDesk_Sleep(20);
   });
   // Between two of its calls it can be closed.
   int closed = VexoDesk_Close();
   while (closed != VEXODESK_ERROR_BUSY) {
     ASSERT_EQ(closed, VEXODESK_OK);
-    Open();
+    Open(options);
     closed = VexoDesk_Close();
   }
   enough = true;

@@ -1,0 +1,77 @@
+// The control port of a program's board.
+#include <netinet/in.h>
+
+#include "tests/desk/library/program.h"
+#include "tests/desk/port/client.h"
+
+namespace desk {
+namespace {
+
+using testing::HasSubstr;
+
+class DeskPort : public ProgramTest {
+ protected:
+  DeskPort() {
+    VexoDeskOptions options = VEXODESK_DEFAULTS;
+    options.control_port = VEXODESK_ANY_PORT;
+    options.time = VEXODESK_REAL;
+    Open(options);
+  }
+
+  // The board's port; 0 is none.
+  static std::uint16_t Number() { return static_cast<std::uint16_t>(VexoDesk_ControlPort()); }
+};
+
+TEST_F(DeskPort, PullsACableOfTheProgramsBoard) {
+  ASSERT_NE(Number(), 0);
+  Start();
+  Client client(Number());
+  client.Send("vexo 1 events\ncamera 5 off\n");
+  bool done = false;
+  bool event = false;
+  while (!done || !event) {
+    const nlohmann::json line = client.Json();
+    ASSERT_TRUE(line.is_object());
+    done = done || line.value("result", "") == "done";
+    event = event || (line.value("ev", "") == "line" && line.value("text", "") == "camera 5 off");
+  }
+  const auto told = [this] { return !messages.empty() && messages.back().value == 1u << 5; };
+  const std::uint64_t begin = VexoDesk_Now();
+  while (!told() && VexoDesk_Now() < begin + 20'000) VexoDesk_Pump(1);
+  EXPECT_TRUE(told());
+}
+
+TEST_F(DeskPort, GoesWithItsBoardAlsoWhileALineLetsTimePass) {
+  Client client(Number());
+  client.Send("vexo 1\nrun 3600000\n");
+  EXPECT_EQ(client.Json().value("vexo", 0), 1);
+  VexoDesk_Pump(50);
+  EXPECT_EQ(VexoDesk_Close(), VEXODESK_OK) << VexoDesk_Error();
+  EXPECT_THAT(client.AllLines(), testing::Each(testing::Not(HasSubstr("done"))));
+}
+
+TEST_F(DeskPort, ThatIsTakenIsToldAndNothingIsOpened) {
+  const int listener = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&address), size), 0);
+  ASSERT_EQ(listen(listener, 1), 0);
+  ASSERT_EQ(getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size), 0);
+  ASSERT_EQ(VexoDesk_Close(), VEXODESK_OK);
+
+  VexoDeskOptions options = VEXODESK_DEFAULTS;
+  const std::string trace = Path("trace.jsonl");
+  options.trace = trace.c_str();
+  options.control_port = ntohs(address.sin_port);
+  EXPECT_EQ(VexoDesk_Open(&options), VEXODESK_ERROR_SYSTEM);
+  EXPECT_THAT(VexoDesk_Error(),
+              HasSubstr(std::to_string(options.control_port) + " on 127.0.0.1: it is taken"));
+  EXPECT_FALSE(std::filesystem::exists(trace));
+  EXPECT_EQ(VexoDesk_Close(), VEXODESK_ERROR_STATE);
+  close(listener);
+}
+
+}  // namespace
+}  // namespace desk
