@@ -1,28 +1,12 @@
 // The exports of VexoCtrlSDK.h: the library's own, called in the board's turn and with their trace.
 // Without a board they answer as a library that is not initialized.
-#include <algorithm>
-
 #include "VexoCtrlSDK.h"
 #include "desk/library/board.h"
+#include "desk/library/record_size.h"
 #include "harness/host.h"
-#include "script/command_table.h"
-
-namespace {
+#include "sim/world.h"
 
 using desk::Call;
-
-// What the command may read of its record; 0 for a code that has none.
-std::size_t RecordBytes(std::uint32_t code) {
-  const script::CommandKind* const command = script::FindCommand(code);
-  std::size_t bytes = 0;
-  if (command == nullptr) return bytes;
-  for (const script::RecordField& field : command->fields) {
-    bytes = std::max(bytes, field.offset + field.Bytes());
-  }
-  return bytes;
-}
-
-}  // namespace
 
 int VEXOAPI_Initialize(VexoWindow window) {
   const Call call;
@@ -50,7 +34,8 @@ void VEXOAPI_SetEnableOutputMsg(std::uint32_t enable) {
 int VEXOAPI_CommandProc(std::uint32_t code, void* parameter) {
   const Call call;
   if (!call) return VEXO_ERROR_NOT_READY;
-  return harness::CommandProc(code, parameter, RecordBytes(code));
+  const unsigned channels = 4 * sim::TheWorld().board.FittedCount();
+  return harness::CommandProc(code, parameter, desk::RecordBytes(code, parameter, channels));
 }
 
 int VEXOAPI_TextCommandProc(const char* line) {

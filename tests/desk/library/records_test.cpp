@@ -113,6 +113,32 @@ TEST_F(DeskRecords, AreReadToTheirLastByteAndNoFurther) {
   }
 }
 
+TEST_F(DeskRecords, MayEndWithTheListThatTheirModeHas) {
+  struct Case {
+    std::uint32_t code;
+    std::initializer_list<std::uint8_t> bytes;
+    int result;
+  };
+  for (const Case& one : {
+           Case{VEXO_CMD_LIVE_SPLIT, {0, 0, 0, 0, VEXO_SPLIT_FULL, 0, 3}, VEXO_OK},
+           Case{VEXO_CMD_LIVE_SPLIT, {0, 0, 0, 0, VEXO_SPLIT_4, 0, 0, 1, 2, 3}, VEXO_OK},
+           Case{VEXO_CMD_LIVE_SPLIT, {0, 0, 0, 0, 7}, VEXO_ERROR_PARAMETER},
+           Case{VEXO_CMD_LIVE_MODE, {0, 0, 0, 0, VEXO_SPLIT_FULL, 3}, VEXO_OK},
+           Case{VEXO_CMD_PLAY_SPLIT, {0, 0, 0, 0, VEXO_SPLIT_6, 0}, VEXO_ERROR_PARAMETER},
+           Case{VEXO_CMD_PLAY_MODE, {0, 0, 0, 0, 0, VEXO_SPLIT_4, 0, 1, 2, 3}, VEXO_OK},
+           Case{VEXO_CMD_PLAY_SPLIT, {0, 0, 0, 0, VEXO_SPLIT_FULL, 1, 3}, VEXO_OK},
+           Case{VEXO_CMD_PLAY_SPLIT, {0, 0, 0, 0, VEXO_SPLIT_4, 0, 0, 1, 2, 3}, VEXO_OK},
+           Case{VEXO_CMD_MOTION_MASK, {16}, VEXO_ERROR_PARAMETER},
+       }) {
+    Fenced record(one.bytes);
+    Trace("VEXOAPI_CommandProc");
+    EXPECT_EQ(VEXOAPI_CommandProc(one.code, record.Bytes()), one.result)
+        << one.code << " mode " << +record.Bytes()[0];
+    EXPECT_THAT(Trace("VEXOAPI_CommandProc"),
+                testing::Each(HasSubstr(Traced(record.Bytes(), one.bytes.size()))));
+  }
+}
+
 TEST_F(DeskRecords, OfCommandsThatHaveNoneAreNotLookedAt) {
   Fenced nothing(std::size_t{0});
   for (const std::uint32_t code : {VEXO_CMD_RESTORE_BLANK, VEXO_CMD_MOTION_CLEAR,
