@@ -11,6 +11,8 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 build=$(cd "$1" && pwd) || exit 2
 shift
 [ $# -gt 0 ] || set -- "$root"/tests/scripts/*.vexo
+scripts=()
+for script in "$@"; do scripts+=("$(realpath -e "$script")") || exit 2; done
 vexosim=$root/build/gcc/vexosim
 
 for program in wine "$vexosim"; do
@@ -54,10 +56,8 @@ in_wine() {
 # The trace of each script and variant is that of the PC, but for the time of the build.
 run_scripts() {
   local script name variants variant differing=0 compared=0
-  local -a inputs=()
-  for script in "$@"; do inputs+=("Z:$(realpath "$script")"); done
   mkdir dll pc
-  in_wine "$build/kit/VexoRun.exe" "${inputs[@]}" --traces dll >expectations || return
+  in_wine "$build/kit/VexoRun.exe" "${@/#/Z:}" --traces dll >expectations || return
   for script in "$@"; do
     name=$(basename "$script" .vexo)
     variants=$(sed -n 's/#.*//; s/^ *variants //p' "$script")
@@ -121,7 +121,7 @@ part() {
 
 begin=$(date +%s)
 parts="scripts checks kit recorder"
-part scripts "$@" &
+part scripts "${scripts[@]}" &
 part checks &
 part kit &
 part recorder &
