@@ -27,7 +27,7 @@ santests | sanbuild       | 158 | tests (clang++, sanitizers)         | scripts/
 fuzz     | sanbuild       | 11  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
 threads  |                | 100 | threads of a program (sanitizer)    | scripts/check_threads.sh
 lint     |                | 360 | lint (clang-tidy)                   | scripts/lint.sh
-image    | build          | 4   | image for the device (ARM)          | device/build.sh
+image    | build          | 4   | image for the device (ARM)          | device/build.sh && samples/recorder/check_device.sh
 emulated | build image    | 12  | image on the emulated device        | device/run_tests.sh
 bench    | build image    | 2   | benchmarks (g++)                    | scripts/run_benchmarks.sh
 demo     | build          | 1   | demo                                | scripts/run_demo.sh

@@ -56,7 +56,7 @@ tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/tr
 tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/traces
 tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
-windows/kit:            +script +harness files include script/listing sim/picture desk/console desk/port
+windows/kit:            +script +harness files include sim/picture desk/console desk/port
 samples/recorder:       include
 samples/desk:           include
 windows/checks:         include windows/kit

@@ -15,6 +15,7 @@ while read -r name runs; do
   fi
   echo "$name: $(tail -n 1 "$scratch/log")"
 done <<'END'
+conversation 5000
 text_command 20000
 tokenizer 200000
 END

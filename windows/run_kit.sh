@@ -79,8 +79,28 @@ run_scripts() {
   ((compared != 0 && differing == 0))
 }
 
+# What the kit says and keeps.
+run_kit() {
+  "$root/windows/check_kit.sh" "$build/kit" 2>>errors
+}
+
+# beside_kit FOLDER PROGRAM: a folder with the program and the kit, and no settings.
+beside_kit() {
+  mkdir "$1"
+  cp "$build"/kit/{CEDDK,ExtRtcNVramCtl,VexoCtrlSDK}.dll "$2" "$1"
+}
+
 run_checks() {
-  in_wine "$build/kit/Checks.exe"
+  beside_kit one "$build/checks/Checks.exe"
+  in_wine one/Checks.exe
+}
+
+# The sample recorder by its keys; its pictures are those of a script that does the same.
+run_recorder() {
+  beside_kit one "$build/recorder/recorder.exe"
+  beside_kit other "$build/recorder/recorder.exe"
+  in_wine "$build/drive/DriveRecorder.exe" one other &&
+    "$root/windows/compare_pictures.sh" "$vexosim" "$root/windows/drive/pictures.vexo" one
 }
 
 # part NAME WORD...: its output and status go to files.
@@ -100,9 +120,11 @@ part() {
 }
 
 begin=$(date +%s)
-parts="scripts checks"
+parts="scripts checks kit recorder"
 part scripts "$@" &
 part checks &
+part kit &
+part recorder &
 wait
 
 result=0

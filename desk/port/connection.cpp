@@ -26,8 +26,6 @@ Answer RunOrRefuse(const Port::Run& run, const std::string& line) {
 Connection::Connection(asio::ip::tcp::socket socket, const Around& around)
     : around_(around), socket_(std::move(socket)), timer_(socket_.get_executor()) {}
 
-Connection::~Connection() { Join(); }
-
 void Connection::Start() {
   CloseAfter(around_.limits.greeting);
   Read();

@@ -38,7 +38,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   };
 
   Connection(asio::ip::tcp::socket socket, const Around& around);
-  ~Connection();
+  ~Connection() = default;  // after Join
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 

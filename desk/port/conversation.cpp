@@ -21,6 +21,7 @@ bool IsText(std::string_view line) { return files::Printable(line, 4 * line.size
 }  // namespace
 
 void Conversation::Take(std::string_view bytes) {
+  if (over_) return;
   bytes_.erase(0, std::exchange(begin_, 0));
   bytes_ += bytes;
 }

@@ -88,6 +88,7 @@ Port::Impl::~Impl() {
     work.reset();
   });
   sockets.join();
+  for (const auto& connection : connections) connection->Join();
 }
 
 void Port::Impl::Accept() {

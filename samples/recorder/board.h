@@ -2,12 +2,12 @@
  * The thread that calls the library, and what it has done.
  *
  * Every call of the library is made by this one thread, never by the window's. A command takes
- * from a millisecond to most of a second, and one that waits for a broken chip does not come back;
- * meanwhile the library's own thread sends messages to the window and waits for the answer, 5000 ms
- * at most. So the window's thread does nothing but answer. It is also the reason why ending the
- * monitor is safe here: VEXO_CMD_STOP_MONITOR gives the library's thread some twenty milliseconds
- * to end by itself; when it waits for a window whose own thread is in that call, it cannot, and is
- * ended by force in the middle of whatever it did.
+ * from a millisecond to a second and a half, text commands may wait for a broken chip without an
+ * end; meanwhile the library's own thread sends messages to the window and waits for the answer,
+ * 5000 ms at most. So the window's thread does nothing but answer. It is also the reason why ending
+ * the monitor is safe here: VEXO_CMD_STOP_MONITOR gives the library's thread some twenty
+ * milliseconds to end by itself; when it waits for a window whose own thread is in that call, it
+ * cannot, and is ended by force in the middle of whatever it did.
  */
 #ifndef RECORDER_BOARD_H
 #define RECORDER_BOARD_H

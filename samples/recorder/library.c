@@ -12,9 +12,10 @@ DWORD Library_Load(Library* library) {
 
 #else
 
-/* The device has export names in wide characters, the desktop in narrow ones. */
+/* The device takes export names in wide characters, the desktop in narrow ones. */
 #ifdef UNDER_CE
-#define FIND_EXPORT(module, name) GetProcAddressW(module, L##name)
+#define WIDE(name) L##name
+#define FIND_EXPORT(module, name) GetProcAddressW(module, WIDE(name))
 #else
 #define FIND_EXPORT(module, name) GetProcAddress(module, name)
 #endif
@@ -22,14 +23,15 @@ DWORD Library_Load(Library* library) {
 typedef void (*AnyFunction)(void);
 
 DWORD Library_Load(Library* library) {
-  library->module = LoadLibraryW(L"VexoCtrlSDK.dll");
-  if (library->module == NULL) return GetLastError();
+  const HMODULE module = LoadLibraryW(L"VexoCtrlSDK.dll");
+  if (module == NULL) return GetLastError();
+  library->module = module;
   library->initialize =
-      (int (*)(VexoWindow))(AnyFunction)FIND_EXPORT(library->module, "VEXOAPI_Initialize");
+      (VexoInitializeFunction)(AnyFunction)FIND_EXPORT(module, VEXO_EXPORT_INITIALIZE);
   library->uninitialize =
-      (void (*)(void))(AnyFunction)FIND_EXPORT(library->module, "VEXOAPI_Uninitialize");
+      (VexoUninitializeFunction)(AnyFunction)FIND_EXPORT(module, VEXO_EXPORT_UNINITIALIZE);
   library->command_proc =
-      (int (*)(uint32_t, void*))(AnyFunction)FIND_EXPORT(library->module, "VEXOAPI_CommandProc");
+      (VexoCommandProcFunction)(AnyFunction)FIND_EXPORT(module, VEXO_EXPORT_COMMAND_PROC);
   if (library->initialize == NULL || library->uninitialize == NULL ||
       library->command_proc == NULL) {
     Library_Free(library);

@@ -15,9 +15,9 @@
 
 typedef struct Library {
   HMODULE module; /* null when it is linked or not loaded */
-  int (*initialize)(VexoWindow window);
-  void (*uninitialize)(void);
-  int (*command_proc)(uint32_t code, void* parameter);
+  VexoInitializeFunction initialize;
+  VexoUninitializeFunction uninitialize;
+  VexoCommandProcFunction command_proc;
 } Library;
 
 /* Loads the library and finds its exports. Returns 0 or the system's error. */

@@ -149,7 +149,7 @@ static void BoardChanged(HWND window) {
 static void TakeTimer(HWND window, WPARAM timer) {
   KillTimer(window, timer);
   if (timer == TIMER_INITIALIZE) Board_Ask(REQUEST_INITIALIZE, 0);
-  /* A command waits for a chip that is broken. The end of the process is all that is left. */
+  /* A call does not come back. The end of the process is all that is left. */
   if (timer == TIMER_END) DestroyWindow(window);
 }
 

@@ -21,7 +21,6 @@ void DeafWindow() {
   constexpr ULONGLONG kLimitMs = 5000;
   constexpr ULONGLONG kMostMs = 10'000;
   constexpr ULONGLONG kClockStepMs = 32;
-  constexpr ULONGLONG kPausesMs = 20;  // of 1 ms each, for a worker that could end by itself
   const std::string failure = ">> SendMessage Error occure 0x00002403 0x000005B4 \r\n";
   Window window;
   Library library;
@@ -41,13 +40,9 @@ void DeafWindow() {
   Board("camera 1 off");
   RequireSoon([&] { return window.WaitingSince() > begin; }, "the next send");
   Require(worker.Runs(), "the worker has ended before it was asked to");
-  const ULONGLONG asked = GetTickCount64();
   RequireEqual(library.command_proc(VEXO_CMD_STOP_MONITOR, nullptr), VEXO_OK, "0xF002");
-  const ULONGLONG patience = GetTickCount64() - asked;
   Require(!worker.Runs(), "the worker still runs");
   RequireEqual(worker.ExitCode(), kEnded, "its exit code");
-  Require(patience + kClockStepMs / 2 >= kPausesMs && patience < kLimitMs,
-          "it had " + std::to_string(patience) + " ms to end by itself");
   Board("run 100");
   Board("expect cycles 0");
   RequireEqual(window.Messages().size(), 0u, "the number of messages that a deaf window took");

@@ -43,27 +43,10 @@ void Send(SOCKET to, const std::string& line) {
 
 }  // namespace
 
-std::uint16_t FreePort() {
-  UseSockets();
-  sockaddr_in address = Here(0);
-  int size = sizeof(address);
-  const SOCKET probe = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
-  const bool found =
-      bind(probe, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
-      getsockname(probe, reinterpret_cast<sockaddr*>(&address), &size) == 0;
-  closesocket(probe);
-  Require(found, "no port is free");
-  return ntohs(address.sin_port);
-}
-
 Control::Control(std::uint16_t port) {
   UseSockets();
-  RequireSoon(
-      [&] {
-        socket_ = Connect(port);
-        return socket_ != INVALID_SOCKET;
-      },
-      "somebody listens at port " + std::to_string(port), [] { return "nobody does"; });
+  socket_ = Connect(port);
+  Require(socket_ != INVALID_SOCKET, "nobody listens at port " + std::to_string(port));
   DWORD limit_ms = 60'000;
   setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&limit_ms),
              sizeof(limit_ms));

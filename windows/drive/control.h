@@ -12,12 +12,8 @@
 
 namespace drive {
 
-// A port that is free now.
-std::uint16_t FreePort();
-
 class Control {
  public:
-  // Waits until somebody listens there.
   explicit Control(std::uint16_t port);
   ~Control();
   Control(const Control&) = delete;

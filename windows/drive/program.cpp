@@ -101,6 +101,19 @@ DWORD Program::AwaitEnd() const {
   return status;
 }
 
+std::uint16_t Program::Port() const {
+  const std::string begin = "VexoDesk: control port ";
+  std::size_t found = std::string::npos;
+  RequireSoon(
+      [&] {
+        const std::string texts = Texts();
+        found = texts.find(begin);
+        return found != std::string::npos && texts.find('\n', found) != std::string::npos;
+      },
+      "the kit tells its control port", [&] { return Texts(); });
+  return static_cast<std::uint16_t>(std::stoul(Texts().substr(found + begin.size())));
+}
+
 std::string Program::Texts() const {
   HANDLE const file = CreateFileW(texts_.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                   nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);

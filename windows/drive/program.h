@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <string>
 
 namespace drive {
@@ -23,6 +24,8 @@ class Program {
   void AwaitInTitle(const std::string& part) const;
   // Waits until it has ended; its exit status.
   DWORD AwaitEnd() const;
+  // Waits until the kit tells its control port.
+  std::uint16_t Port() const;
   // What it has written to standard error.
   std::string Texts() const;
 

@@ -1,4 +1,5 @@
 // CEDDK.dll: the two functions of the device-driver kit, and the board behind them.
+#include "VexoDesk.h"
 #include "board.h"
 #include "image.h"
 #include "imports.h"

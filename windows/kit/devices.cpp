@@ -1,5 +1,4 @@
 // What the board's own DLLs give the library: bus windows and NVRAM.
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <optional>
@@ -8,6 +7,7 @@
 #include "crossing.h"
 #include "files/output.h"
 #include "io_pages.h"
+#include "lines.h"
 #include "settings.h"
 
 namespace kit {
@@ -64,20 +64,24 @@ void WriteNvramFile(const sim::Nvram& nvram) {
   }
 }
 
-void MakeBoard() {
+void MakeBoard(const Settings& settings) {
+  const AtBoard at_board;
+  sim::World& world = sim::TheWorld();
+  world.trace.SetEnabled(false);
+  world.windows.keep_received = false;
+  settings.MakeBoard();
+  world.nvram.MakeDefault(static_cast<std::uint8_t>(kChannelsPerChip * world.board.FittedCount()));
+  g_nvram_file = settings.nvram_file;
+  if (!g_nvram_file.empty()) ReadNvramFile(world.nvram);
+  world.at_attach = sim::TakeSnapshot(world.board);
+  SetTexts(settings.texts);
+}
+
+void MakeAsSettingsSay() {
   try {
     const Settings settings = ReadSettings();
-    const AtBoard at_board;
-    sim::World& world = sim::TheWorld();
-    world.trace.SetEnabled(false);
-    world.windows.keep_received = false;
-    settings.MakeBoard();
-    world.nvram.MakeDefault(
-        static_cast<std::uint8_t>(kChannelsPerChip * world.board.FittedCount()));
-    g_nvram_file = settings.nvram_file;
-    if (!g_nvram_file.empty()) ReadNvramFile(world.nvram);
-    world.at_attach = sim::TakeSnapshot(world.board);
-    SetTexts(settings.texts);
+    MakeBoard(settings);
+    if (settings.port) OpenPort(*settings.port);
   } catch (const std::exception& error) {
     Refuse(error.what());
   }
@@ -86,7 +90,7 @@ void MakeBoard() {
 }  // namespace
 
 void SwitchOn() {
-  static const bool on = (MakeBoard(), true);
+  static const bool on = (MakeAsSettingsSay(), true);
   static_cast<void>(on);
 }
 

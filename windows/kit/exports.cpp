@@ -5,6 +5,7 @@
 
 #include "board.h"
 #include "crossing.h"
+#include "harness/export_table.h"
 #include "image.h"
 #include "imports.h"
 
@@ -22,6 +23,22 @@ void Bind(Function& function, HMODULE library, const char* name) {
   function = reinterpret_cast<Function>(ExportOf(library, name));
 }
 
+// Throws std::runtime_error for one that is missing; `dll_entry` and `reset` are left null.
+harness::ExportTable BindExports(HMODULE library) {
+  harness::ExportTable exports = {};
+  Bind(exports.initialize, library, "VEXOAPI_Initialize");
+  Bind(exports.uninitialize, library, "VEXOAPI_Uninitialize");
+  Bind(exports.get_version, library, "VEXOAPI_GetVersion");
+  Bind(exports.set_enable_debug, library, "VEXOAPI_SetEnableDebug");
+  Bind(exports.set_enable_output_msg, library, "VEXOAPI_SetEnableOutputMsg");
+  Bind(exports.command_proc, library, "VEXOAPI_CommandProc");
+  Bind(exports.set_motion_info, library, kSetMotionInfo);
+  Bind(exports.text_command_proc, library, "VEXOAPI_TextCommandProc");
+  return exports;
+}
+
+// ---- In real time -------------------------------------------------------------------------------
+
 // Calls an export of the loaded library, away from the board.
 template <typename Function, typename... Arguments>
 auto Call(Function harness::ExportTable::*function, Arguments... arguments) {
@@ -31,8 +48,6 @@ auto Call(Function harness::ExportTable::*function, Arguments... arguments) {
   const AwayFromBoard away;
   return (exports.*function)(arguments...);
 }
-
-// ---- In real time -------------------------------------------------------------------------------
 
 int RefuseEntry(PlatHandle, std::uint32_t, void*) {
   throw std::runtime_error("the program itself loads and unloads the library");
@@ -81,19 +96,6 @@ Result CallMapped(Result (*harness::ExportTable::*function)(Parameters...),
 }
 
 }  // namespace
-
-harness::ExportTable BindExports(HMODULE library) {
-  harness::ExportTable exports = {};
-  Bind(exports.initialize, library, "VEXOAPI_Initialize");
-  Bind(exports.uninitialize, library, "VEXOAPI_Uninitialize");
-  Bind(exports.get_version, library, "VEXOAPI_GetVersion");
-  Bind(exports.set_enable_debug, library, "VEXOAPI_SetEnableDebug");
-  Bind(exports.set_enable_output_msg, library, "VEXOAPI_SetEnableOutputMsg");
-  Bind(exports.command_proc, library, "VEXOAPI_CommandProc");
-  Bind(exports.set_motion_info, library, kSetMotionInfo);
-  Bind(exports.text_command_proc, library, "VEXOAPI_TextCommandProc");
-  return exports;
-}
 
 void UseLoadedExports() {
   using Table = harness::ExportTable;

@@ -1,13 +1,7 @@
-// The exports of the library that the program has loaded.
+// Which library the lines call.
 #pragma once
 
-#include "harness/export_table.h"
-#include "windows_api.h"
-
 namespace kit {
-
-// Throws std::runtime_error for one that is missing; `dll_entry` and `reset` are left null.
-harness::ExportTable BindExports(HMODULE library);
 
 // Lines that call the library call the loaded one from now on: in real time, by a thread that is
 // at the board and leaves it for the call.

@@ -8,25 +8,36 @@
 #include <vector>
 
 #include "board.h"
+#include "desk/console/board_surroundings.h"
 #include "exports.h"
 #include "files/exit_status.h"
 #include "files/file_error.h"
 #include "harness/host.h"
-#include "plain_surroundings.h"
 #include "script/run.h"
+#include "sim/picture/png.h"
 
 namespace kit {
 namespace {
 
 namespace fs = std::filesystem;
 
+// The simulated kernel sees to who is at the board.
+class VirtualTime : public desk::BoardAccess {
+ public:
+  void Enter() override {}
+  void Leave() override {}
+  void LetTimePass(std::uint32_t ms) override { sim::TheWorld().kernel.Pump(ms); }
+};
+
 int RunVariant(const script::Script& script, const fs::path& trace_file) {
   std::ofstream trace(trace_file, std::ios::binary);
   script::RunOptions options;
   options.quiet = true;
   options.trace = &trace;
-  PlainSurroundings around;
+  VirtualTime time;
+  desk::BoardSurroundings around(time);
   const int status = script::RunScript(script, options, around, std::cout, std::cerr);
+  for (const auto& [path, image] : around.TakePictures()) sim::WritePng(image, path);
   trace.close();
   if (!trace) throw files::FileError("cannot write " + trace_file.string());
   return status;

@@ -6,7 +6,8 @@
 #include <stdexcept>
 
 #include "board.h"
-#include "plain_surroundings.h"
+#include "desk/console/board_surroundings.h"
+#include "lines.h"
 #include "script/session.h"
 
 namespace kit {
@@ -56,6 +57,7 @@ void ReadLine(const std::string& line, const fs::path& folder, Settings& setting
   const std::vector<std::string> words = script::SplitWords(line);
   if (words.empty()) return;
   if (words.front() == "desk") return ReadOwnLine(words, folder, settings);
+  RefuseForSystem(line);
   auto statement = script::ParseLine(line, false);
   if (statement->group != script::LineGroup::Board) {
     throw script::Malformed("expected a line that makes the board, found '" + line + "'");
@@ -66,8 +68,14 @@ void ReadLine(const std::string& line, const fs::path& folder, Settings& setting
 }  // namespace
 
 void Settings::MakeBoard() const {
+  class NoAccess : public desk::BoardAccess {
+    void Enter() override {}
+    void Leave() override {}
+    void LetTimePass(std::uint32_t) override {}
+  };
+  NoAccess access;
   std::ostringstream nowhere;
-  PlainSurroundings around;
+  desk::BoardSurroundings around(access);
   script::Session session(nowhere, around);
   for (const script::Statement& statement : board) statement.step(session);
 }

@@ -7,8 +7,9 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "sim/picture/png.h"
+#include "sim/screen/screen.h"
 #include "tests/desk/console/board_access.h"
+#include "tests/support/read_png.h"
 #include "tests/support/temp_path.h"
 
 namespace desk {
@@ -102,7 +103,7 @@ TEST_F(ConsoleTest, APictureIsTheScreenAsItWasAndIsWrittenOutside) {
   Done("lsplit 6 0");
   const std::string path = test::TempPath("console.png");
   EXPECT_EQ(Done("picture " + path), "");
-  EXPECT_EQ(sim::ReadPng(path), sim::ComposeScreen(sim::TheWorld().board));
+  EXPECT_EQ(test::ReadPng(path), sim::ComposeScreen(sim::TheWorld().board));
   std::filesystem::remove(path);
   EXPECT_THAT(Refused("picture /no/such/folder/a.png"), HasSubstr("/no/such/folder/a.png"));
 }

@@ -51,6 +51,12 @@ class Client {
     const ssize_t sent = send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     return sent < 0 ? 0 : static_cast<std::size_t>(sent);
   }
+  // Whether the peer makes room for more within a while.
+  bool CanSend() const {
+    constexpr int kWhile = 300;  // ms
+    pollfd waiting{socket_, POLLOUT, 0};
+    return poll(&waiting, 1, kWhile) > 0;
+  }
   // The next line without its end, none at the end of the connection.
   std::optional<std::string> Line() {
     for (;;) {

@@ -56,7 +56,8 @@ TEST(Conversation, AnythingElseThanAGreetingIsTheEnd) {
 }
 
 TEST(Conversation, WhatIsNoTextIsNoLineAndThoseAfterItAre) {
-  const auto steps = StepsOf(std::string_view("vexo 1\n\0\n\xFF\na\x1B[2J\n\xC3\xBC\tok\n", 22), 5);
+  using namespace std::string_view_literals;
+  const auto steps = StepsOf("vexo 1\n\0\n\xFF\na\x1B[2J\n\xC3\xBC\tok\n"sv, 5);
   ASSERT_EQ(steps.size(), 5u);
   for (std::size_t i = 1; i < 4; ++i) {
     EXPECT_EQ(steps[i].kind, Kind::NoLine) << i;

@@ -160,10 +160,11 @@ TEST_F(PortTest, NoMoreLinesAreReadThanAreAnswered) {
   const auto client = Connect();
   client->Send("wait\n");
   ASSERT_TRUE(Comes("wait"));
-  const std::string flood(1 << 20, '\n');
+  const std::string flood = std::string(4000, 'a') + '\n';
+  constexpr std::size_t kEndless = std::size_t{64} << 20;
   std::size_t sent = 0;
-  for (std::size_t more = 1; more != 0;) sent += more = client->SendSome(flood);
-  EXPECT_LT(sent, std::size_t{64} << 20);
+  while (sent < kEndless && client->CanSend()) sent += client->SendSome(flood);
+  EXPECT_LT(sent, kEndless);
   EXPECT_EQ(Lines().size(), 1u);
   const auto other = Connect();
   other->Send("a\n");
@@ -225,8 +226,9 @@ TEST_F(PortTest, WhoComesBackSeesHowManyItMissed) {
 }
 
 TEST_F(PortTest, EachOfTenWatchersGetsItsEventsInOrderWithoutGaps) {
-  constexpr int kEvents = 20'000;
+  constexpr int kEvents = 2'000;
   std::vector<std::thread> watchers;
+  watchers.reserve(10);
   std::mutex mutex;
   int ready = 0;
   std::condition_variable all_ready;
@@ -264,11 +266,10 @@ TEST_F(PortTest, AWatcherThatIsTooSlowIsToldHowManyItMissedAndGoesOn) {
   limits.kept_bytes = 10'000;
   Open(limits);
   Client slow(port_->Number());
-  slow.ReadLittle();
   slow.Send("vexo 1 events\n");
   ASSERT_EQ(slow.Json()["next"], 0);
-  constexpr std::uint64_t kEvents = 200'000;
-  const std::string text(100, 'a');
+  constexpr std::uint64_t kEvents = 20'000;  // more than the system's buffers have
+  const std::string text(1000, 'a');
   for (std::uint64_t i = 0; i < kEvents; ++i) Event(text);
   std::uint64_t next = 0;
   std::uint64_t missed = 0;
@@ -325,6 +326,7 @@ TEST_F(PortTest, GarbageIsRefusedAndHarmsNothing) {
 
 TEST_F(PortTest, TheSeventeenthConnectionIsRefusedUntilOneIsClosed) {
   std::vector<std::unique_ptr<Client>> clients;
+  clients.reserve(16);
   for (int i = 0; i < 16; ++i) clients.push_back(Connect());
   EXPECT_EQ(SaidTo(""), std::vector<std::string>{
                             R"({"error":"16 connections are open, and there are no more"})"});
