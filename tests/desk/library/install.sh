@@ -23,6 +23,8 @@ diff - <(cd "$prefix" && find . ! -type d | sed 's|/x86_64-linux-gnu||; s|Config
 ./lib/libVexoCtrlSDK.so.1
 ./lib/libVexoCtrlSDK.so.1.0.1.6
 ./lib/pkgconfig/vexoctrlsdk.pc
+./share/doc/VexoCtrlSDK/control-port.md
+./share/doc/VexoCtrlSDK/host-programs.md
 ./share/doc/VexoCtrlSDK/script-language.md
 ./share/doc/VexoCtrlSDK/trace-format.md
 END
