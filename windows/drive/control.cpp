@@ -51,7 +51,8 @@ Control::Control(std::uint16_t port) {
   setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&limit_ms),
              sizeof(limit_ms));
   Send(socket_, "vexo 1 events");
-  ReadLine();  // the greeting
+  const std::string greeting = ReadLine();
+  Require(greeting.starts_with("{\"vexo\":1,"), "the control port greets: " + greeting);
 }
 
 Control::~Control() { closesocket(socket_); }
@@ -66,7 +67,9 @@ std::string Control::ReadLine() {
     }
     std::array<char, 65536> part;
     const int bytes = recv(socket_, part.data(), static_cast<int>(part.size()), 0);
-    Require(bytes > 0, "the control port is silent");
+    Require(bytes > 0,
+            bytes == 0 ? "the control port ends the connection"
+                       : "the control port is silent: error " + std::to_string(WSAGetLastError()));
     read_.append(part.data(), static_cast<std::size_t>(bytes));
   }
 }

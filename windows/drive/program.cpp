@@ -31,6 +31,8 @@ HWND WindowOf(DWORD process_id) {
   return wanted.window;
 }
 
+unsigned g_programs = 0;
+
 HANDLE OpenForOther(const std::wstring& file) {
   SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
   return CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS,
@@ -39,12 +41,16 @@ HANDLE OpenForOther(const std::wstring& file) {
 
 }  // namespace
 
-Program::Program(const std::wstring& folder) : texts_(folder + L"\\texts.txt") {
+// A file of its own: the system may keep that of a program that has ended for a while.
+Program::Program(const std::wstring& folder)
+    : texts_(folder + L"\\texts" + std::to_wstring(++g_programs) + L".txt") {
   std::wstring line = L"\"" + folder + L"\\recorder.exe\"";
   STARTUPINFOW start = {};
   start.cb = sizeof(start);
   start.dwFlags = STARTF_USESTDHANDLES;
   start.hStdError = OpenForOther(texts_);
+  Require(start.hStdError != INVALID_HANDLE_VALUE,
+          "no file for its texts: error " + std::to_string(GetLastError()));
   PROCESS_INFORMATION made = {};
   const bool started = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                       folder.c_str(), &start, &made) != FALSE;
