@@ -15,17 +15,17 @@ stages='
 packages |                | 1   | the packages are there              | scripts/packages.sh test
 format   |                | 3   | format (clang-format)               | scripts/check_format.sh
 layers   |                | 1   | who includes whom                   | scripts/check_layers.sh --self-check && scripts/check_layers.sh
-header   |                | 1   | public header in C and C++          | scripts/check_header.sh
+header   |                | 8   | public header in C and C++          | scripts/check_header.sh
 build    |                | 135 | build (g++)                         | scripts/build.sh gcc -k 0 all
 tests    | build          | 26  | tests (g++)                         | scripts/run_tests.sh gcc
 library  | build          | 1   | library needs no runtime            | scripts/check_library.sh build/gcc/src/libvexo_library.a
-dll      |                | 73  | DLL (MinGW-w64, 64 and 32 bits)     | windows/build.sh
-wine64   | build dll      | 65  | 64-bit kit under Wine               | beside windows/run_kit.sh build/windows-x86_64
+dll      |                | 100 | DLL (MinGW-w64, 64 and 32 bits)     | windows/build.sh
+wine64   | build dll      | 67  | 64-bit kit under Wine               | beside windows/run_kit.sh build/windows-x86_64
 wine32   | build dll      | 1   | 32-bit kit under Wine               | windows/run_kit.sh build/windows-i686
 sanbuild |                | 167 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
 santests | sanbuild       | 158 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
 fuzz     | sanbuild       | 11  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
-threads  |                | 100 | threads of a program (sanitizer)    | scripts/check_threads.sh
+threads  |                | 90  | threads of a program (sanitizer)    | scripts/check_threads.sh
 lint     |                | 360 | lint (clang-tidy)                   | scripts/lint.sh
 image    | build          | 4   | image for the device (ARM)          | device/build.sh && samples/recorder/check_device.sh
 emulated | build image    | 12  | image on the emulated device        | device/run_tests.sh

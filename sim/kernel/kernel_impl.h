@@ -196,7 +196,7 @@ struct Kernel::Impl {
   // it when it can never go on otherwise.
   Thread& Choose();
   // Whether nothing that is known can wake a thread that waits without end.
-  bool IsStuck(const Thread& thread) const;
+  bool IsStuck(const Thread& waiting) const;
   bool MainIsStuck() const;
   std::string WhoWaitsForWhat() const;
   // Time moves to the thread's due time, and it is the current one.
