@@ -6,7 +6,9 @@
 #include "harness/host.h"
 #include "sim/world.h"
 
+namespace {
 using desk::Call;
+}  // namespace
 
 int VEXOAPI_Initialize(VexoWindow window) {
   const Call call;
