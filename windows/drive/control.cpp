@@ -67,9 +67,11 @@ std::string Control::ReadLine() {
     }
     std::array<char, 65536> part;
     const int bytes = recv(socket_, part.data(), static_cast<int>(part.size()), 0);
-    Require(bytes > 0,
-            bytes == 0 ? "the control port ends the connection"
-                       : "the control port is silent: error " + std::to_string(WSAGetLastError()));
+    if (bytes == 0) throw ConnectionLost("the control port ends the connection");
+    if (bytes < 0) {
+      throw ConnectionLost("the control port is silent: error " +
+                           std::to_string(WSAGetLastError()));
+    }
     read_.append(part.data(), static_cast<std::size_t>(bytes));
   }
 }

@@ -1,6 +1,9 @@
 #include "program.h"
 
+#include <algorithm>
 #include <array>
+#include <exception>
+#include <iostream>
 
 #include "require.h"
 
@@ -68,9 +71,22 @@ Program::Program(const std::wstring& folder)
 }
 
 Program::~Program() {
+  if (std::uncaught_exceptions() != 0) TellState();
   TerminateProcess(process_, 99);
   WaitForSingleObject(process_, 60'000);
   CloseHandle(process_);
+}
+
+// For whoever looks for what went wrong.
+void Program::TellState() const {
+  constexpr std::size_t kMost = 2000;
+  DWORD status = 0;
+  GetExitCodeProcess(process_, &status);
+  const std::string texts = Texts();
+  std::cout << "  the recorder "
+            << (status == STILL_ACTIVE ? "runs" : "has ended with " + std::to_string(status))
+            << "; its last texts:\n"
+            << texts.substr(texts.size() - std::min(texts.size(), kMost)) << std::endl;
 }
 
 void Program::Press(WPARAM key) const {

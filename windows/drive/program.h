@@ -30,6 +30,8 @@ class Program {
   std::string Texts() const;
 
  private:
+  void TellState() const;
+
   std::wstring texts_;  // the file
   HANDLE process_ = nullptr;
   DWORD process_id_ = 0;

@@ -8,6 +8,11 @@
 
 namespace drive {
 
+// The board's control port is gone.
+struct ConnectionLost : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
 inline void Require(bool met, const std::string& text) {
   if (!met) throw std::runtime_error(text);
 }
