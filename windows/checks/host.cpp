@@ -9,12 +9,6 @@
 namespace checks {
 namespace {
 
-#ifdef _WIN64
-constexpr const char* kSetMotionInfo = "?VEXOAPI_SetMotionInfo@@YAHEEPEAE@Z";
-#else
-constexpr const char* kSetMotionInfo = "?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z";
-#endif
-
 template <typename Function>
 void Bind(Function& function, HMODULE module, const char* name) {
   const FARPROC found = GetProcAddress(module, name);
@@ -67,7 +61,7 @@ Library::Library() : module_(LoadLibraryW(L"VexoCtrlSDK.dll")) {
   Bind(set_enable_output_msg, module_, "VEXOAPI_SetEnableOutputMsg");
   Bind(command_proc, module_, "VEXOAPI_CommandProc");
   Bind(text_command_proc, module_, "VEXOAPI_TextCommandProc");
-  Bind(set_motion_info, module_, kSetMotionInfo);
+  Bind(set_motion_info, module_, VEXO_EXPORT_SET_MOTION_INFO);
 }
 
 // ---- The window ---------------------------------------------------------------------------------

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <type_traits>
 
+#include "VexoCtrlSDK.h"
 #include "board.h"
 #include "crossing.h"
 #include "harness/export_table.h"
@@ -11,12 +12,6 @@
 
 namespace kit {
 namespace {
-
-#ifdef _WIN64
-constexpr const char* kSetMotionInfo = "?VEXOAPI_SetMotionInfo@@YAHEEPEAE@Z";
-#else
-constexpr const char* kSetMotionInfo = "?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z";
-#endif
 
 template <typename Function>
 void Bind(Function& function, HMODULE library, const char* name) {
@@ -32,7 +27,7 @@ harness::ExportTable BindExports(HMODULE library) {
   Bind(exports.set_enable_debug, library, "VEXOAPI_SetEnableDebug");
   Bind(exports.set_enable_output_msg, library, "VEXOAPI_SetEnableOutputMsg");
   Bind(exports.command_proc, library, "VEXOAPI_CommandProc");
-  Bind(exports.set_motion_info, library, kSetMotionInfo);
+  Bind(exports.set_motion_info, library, VEXO_EXPORT_SET_MOTION_INFO);
   Bind(exports.text_command_proc, library, "VEXOAPI_TextCommandProc");
   return exports;
 }
