@@ -45,6 +45,7 @@ device/ceimage:         files
 device/emulator:        +harness files
 device/library:         include src/platform/ce
 desk/console:           files +harness +script script/listing script/help script/grammar sim/picture include
+desk/bench:             +desk/console desk/port/moment.h
 desk/port:              files desk/console +sim/trace_json
 desk/library:           files desk/console desk/port harness +sim/world include script sim/trace_json
 tools/vexosim/terminal:
@@ -53,7 +54,7 @@ tools/vexosim/shell:    +tools/vexosim/listing script/grammar script/help
 tools/vexosim/demo:     +tools/vexosim/listing
 tools/vexosim/traces:   +tools/vexosim/listing sim/register_decoder
 tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/traces
-tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/traces
+tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/traces desk/bench desk/console desk/port
 tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
 windows/kit:            +script +harness files include sim/picture desk/console desk/port
