@@ -62,7 +62,7 @@ const char* VexoDesk_Error(void);
 #define VEXODESK_VIRTUAL 0u
 #define VEXODESK_REAL 1u
 
-#define VEXODESK_ANY_PORT 0xFFFFFFFFu /* one that is free: VexoDesk_ControlPort, _PagePort tell which */
+#define VEXODESK_ANY_PORT 0xFFFFFFFFu /* one that is free: VexoDesk_ControlPort tells which */
 
 typedef struct VexoDeskOptions {
   uint32_t size;         /* sizeof(VexoDeskOptions)                                              */
@@ -98,7 +98,7 @@ int VexoDesk_Close(void);
 /* The control port's number, 0 when there is none, or less than 0. Any thread. */
 int VexoDesk_ControlPort(void);
 
-/* The page's, which is http://127.0.0.1:NUMBER/. Any thread. */
+/* The same for the page, which is http://127.0.0.1:NUMBER/. Any thread. */
 int VexoDesk_PagePort(void);
 
 /*

@@ -1,6 +1,6 @@
 /* The recorder at the desk. Its keys are the words of the command line:
  *
- *   recorder [--real [PORT]] [--page] KEY...        for example: recorder 4 9 p 1 p 6
+ *   recorder [--page] [--real [PORT]] KEY...        for example: recorder 4 9 p 1 p 6
  *
  * In virtual time it is over at once. With --real each key has its second, and at the end it stays
  * until its input ends; PORT is then the control port on 127.0.0.1, through which cables are pulled
@@ -43,16 +43,16 @@ int main(int count, char** arguments) {
   int next = 1;
   int status = 0;
 
+  if (next < count && strcmp(arguments[next], "--page") == 0) {
+    options.page_port = VEXODESK_ANY_PORT;
+    ++next;
+  }
   if (next < count && strcmp(arguments[next], "--real") == 0) {
     options.time = VEXODESK_REAL;
     ++next;
     if (next < count && strlen(arguments[next]) > 1) {
       options.control_port = (uint32_t)strtoul(arguments[next++], NULL, 10);
     }
-  }
-  if (next < count && strcmp(arguments[next], "--page") == 0) {
-    options.page_port = VEXODESK_ANY_PORT;
-    ++next;
   }
   if (VexoDesk_Open(&options) != VEXODESK_OK) {
     fprintf(stderr, "recorder: %s\n", VexoDesk_Error());
