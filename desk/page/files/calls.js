@@ -111,7 +111,9 @@ export class Calls {
     const most = 1 + Math.max(lastSet(sent), lastSet(returned), 7);
     const rows = [];
     if (sent.length > 0) rows.push(dump("Record sent", sent.slice(0, most), []));
-    if (returned.length > 0) rows.push(dump("Returned", returned.slice(0, most), sent));
+    const same = returned.every((byte, at) => byte === sent[at]);
+    if (returned.length > 0 && same) rows.push(make("p", { class: "dim" }, "Returned unchanged."));
+    else if (returned.length > 0) rows.push(dump("Returned", returned.slice(0, most), sent));
     return rows.length > 0 ? rows : [make("p", { class: "dim" }, "No record.")];
   }
 }

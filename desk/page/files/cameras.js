@@ -65,6 +65,7 @@ class Plug {
       { class: "plug", role: "group", "aria-label": `Camera ${channel}`, "data-channel": channel },
       this.jack,
       make("div", { class: "controls" }, this.norm, this.noise, this.hand),
+      icon(PERSON, { class: "icon walker" }),
     );
     this.element.style.setProperty("--channel", CHANNEL_COLORS[channel]);
   }

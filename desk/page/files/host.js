@@ -23,18 +23,16 @@ export function mount(pane, bench, language) {
       make("pre", { class: result === "done" ? "" : "bad" }, said),
     );
   };
-  const calls = new Calls(bench, language);
-  pane.append(
-    make(
-      "div",
-      { class: "fill host" },
-      lifeCycle(say, language),
-      layoutRows(say, bench, language),
-      commandForm(say, language),
-      textForm(say, bench),
-    ),
-    make("section", { class: "outcome", "aria-label": "What came of it" }, answer, calls.element),
+  const controls = make(
+    "div",
+    { class: "host" },
+    lifeCycle(say, language),
+    layoutRows(say, bench, language),
+    commandForm(say, language),
+    textForm(say, bench),
   );
+  const calls = new Calls(bench, language);
+  pane.append(make("div", { class: "call-host" }, controls, answer, calls.element));
 }
 
 // ---- Attach, window, init, detach ---------------------------------------------------------------
