@@ -1,7 +1,9 @@
 // Lines of the script language, and what comes of them.
 
-import { button, make } from "./dom.js";
-import { count, printable, quoted } from "./words.js";
+import { atEnd, button } from "./controls.js";
+import { make } from "./dom.js";
+import { quoted } from "./state.js";
+import { count, printable } from "./words.js";
 
 const HISTORY = "vexo.console.lines";
 const MOST_HISTORY = 500;
@@ -50,8 +52,8 @@ export function mount(element, bench) {
   const completer = new Completer(input, bench);
   const form = make(
     "form",
-    { class: "console-line", onsubmit: submit },
-    make("span", { class: "mono dim", "aria-hidden": true }, ">"),
+    { class: "console-line", submit },
+    make("span", { class: "mono dim", "aria-hidden": "true" }, ">"),
     input,
     make("button", { type: "submit", class: "primary" }, "Run"),
   );
@@ -117,10 +119,10 @@ export function mount(element, bench) {
         { class: "asked" },
         mark,
         make("span", { class: "line" }, printable(line)),
-        from ? make("span", { class: "dim from" }, from) : null,
+        ...(from ? [make("span", { class: "dim from" }, from)] : []),
       ),
     );
-    append(entry);
+    atEnd(output, () => output.append(entry));
     return { entry, mark };
   }
 
@@ -130,7 +132,7 @@ export function mount(element, bench) {
     mark.className = "mark";
     mark.title = words;
     mark.replaceChildren(
-      make("span", { "aria-hidden": true }, sign),
+      make("span", { "aria-hidden": "true" }, sign),
       make("span", { class: "spoken" }, `${words}: `),
     );
     if (result !== "done") entry.firstChild.append(make("span", { class: "verdict" }, words));
@@ -138,21 +140,15 @@ export function mount(element, bench) {
     const left = said.length - MOST_LINES;
     const kept = said.slice(0, MOST_LINES).map(printable);
     if (left > 0) kept.push(`(${count(left)} lines more)`);
-    if (text !== "") append(entry, make("pre", {}, kept.join("\n")));
+    atEnd(output, () => {
+      if (text !== "") entry.append(make("pre", {}, kept.join("\n")));
+    });
     lines += kept.length + 1;
     entry.dataset.lines = kept.length + 1;
     while (lines > MOST_LINES && output.firstElementChild !== entry) {
       lines -= Number(output.firstElementChild.dataset.lines ?? 0);
       output.firstElementChild.remove();
     }
-  }
-
-  // Whoever has scrolled up goes on reading there.
-  function append(entry, ...what) {
-    const atEnd = output.scrollHeight - output.scrollTop - output.clientHeight < 40;
-    entry.append(...what);
-    if (!entry.isConnected) output.append(entry);
-    if (atEnd) output.scrollTop = output.scrollHeight;
   }
 
   function clear() {
@@ -302,7 +298,7 @@ class Completer {
             id: `console-choice-${i}`,
             role: "option",
             "aria-selected": "false",
-            onclick: () => this.#accept(line),
+            click: () => this.#accept(line),
           },
           lastWord(line),
         ),

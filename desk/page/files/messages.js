@@ -1,6 +1,7 @@
 // Host messages and the library's texts as they come, folded when they repeat.
 
-import { button, make, soon } from "./dom.js";
+import { atEnd, button, soon } from "./controls.js";
+import { make } from "./dom.js";
 import { count, messageInWords, printable, seconds } from "./words.js";
 
 const MOST_ENTRIES = 5000;
@@ -70,20 +71,20 @@ export function mount(element, bench, language) {
     type: "search",
     placeholder: "Filter",
     "aria-label": "Show those with this text",
-    oninput: rebuild,
+    input: rebuild,
   });
   const thread = make(
     "select",
-    { "aria-label": "Thread", onchange: rebuild },
+    { "aria-label": "Thread", change: rebuild },
     make("option", { value: "" }, "Both threads"),
     make("option", { value: "host" }, "Host"),
     make("option", { value: "worker" }, "Worker"),
   );
-  const fold = make("input", { type: "checkbox", checked: true, onchange: rebuild });
-  const pause = button("Pause", () => setPaused(!paused), { "aria-pressed": false });
+  const fold = make("input", { type: "checkbox", checked: true, change: rebuild });
+  const pause = button("Pause", () => setPaused(!paused), { "aria-pressed": "false" });
   const toggles = Object.entries(KINDS).map(([kind, [mark, name, title]]) => {
     const toggle = button(`${mark} ${name}`, () => toggleKind(kind, toggle), {
-      "aria-pressed": true,
+      "aria-pressed": "true",
       class: "toggle",
       title,
     });
@@ -115,11 +116,11 @@ export function mount(element, bench, language) {
   const update = soon(() => {
     pause.textContent = paused ? `Go on (${count(entries.length - shown)} new)` : "Pause";
     if (paused) return;
-    const atEnd = log.scrollHeight - log.scrollTop - log.clientHeight < 24;
-    for (; shown < entries.length; ++shown) show(entries[shown]);
-    while (list.childElementCount > MOST_ROWS) list.firstElementChild.remove();
+    atEnd(log, () => {
+      for (; shown < entries.length; ++shown) show(entries[shown]);
+      while (list.childElementCount > MOST_ROWS) list.firstElementChild.remove();
+    });
     empty.hidden = entries.length > 0;
-    if (atEnd) log.scrollTop = log.scrollHeight;
   });
 
   function add(entry) {
@@ -152,7 +153,7 @@ export function mount(element, bench, language) {
         { class: `${kind} ${entry.bad ? "bad" : ""}` },
         make("time", {}, entry.t === undefined ? "" : seconds(entry.t)),
         make("span", { class: "by" }, by ?? ""),
-        make("span", { class: "sign", "aria-hidden": true }, mark),
+        make("span", { class: "sign", "aria-hidden": "true" }, mark),
         make("span", { class: "text" }, ...words(text), times),
       ),
     );

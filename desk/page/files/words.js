@@ -1,8 +1,5 @@
 // Registers, messages, calls and records in words, as the shell says them.
 
-/** Names of the chips by position, as lines have them. */
-export const CHIPS = ["master", "slave1", "slave2", "slave3"];
-
 const CHIP_SELECTS = new Map([
   [0x03, "master"],
   [0x0c, "slave1"],
@@ -52,12 +49,6 @@ export function printable(text) {
         ? `\\x${c.charCodeAt(0).toString(16).toUpperCase().padStart(2, "0")}`
         : `\\u${c.charCodeAt(0).toString(16).toUpperCase()}`,
   );
-}
-
-/** A text as a word of the script language. */
-export function quoted(text) {
-  const escaped = text.replace(/["\\]/g, "\\$&").replace(/\n/g, "\\n").replace(/\r/g, "\\r");
-  return `"${escaped.replace(/\t/g, "\\t")}"`;
 }
 
 /** The bits that are set in a mask: 0-4,6-15. */
