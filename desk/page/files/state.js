@@ -4,6 +4,12 @@
 export const CHANNELS = 16;
 export const CHIPS = ["master", "slave1", "slave2", "slave3"];
 
+/** As the test cards of the cameras have them. */
+export const CHANNEL_COLORS = [
+  "#a82c2c", "#227096", "#967614", "#683296", "#1c8054", "#b03e74", "#3850b0", "#6e8018",
+  "#ac581a", "#147e80", "#8c2884", "#3e7828", "#2c326c", "#c46452", "#566274", "#8c602c",
+];
+
 const FITTED = 0x28;
 const FAMILY = 0xf8;
 
