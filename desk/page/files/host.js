@@ -80,7 +80,9 @@ function textForm(say, bench) {
     const { result, text } = await bench.send(`complete ${JSON.stringify(input.value || "vexo ")}`);
     if (result !== "done") return;
     const lines = text.split("\n").filter((line) => line.trim() && !line.startsWith("#"));
-    offers.replaceChildren(...lines.slice(0, 60).map((line) => make("option", { value: line.trim() })));
+    offers.replaceChildren(
+      ...lines.slice(0, 60).map((line) => make("option", { value: line.trim() })),
+    );
   };
   input.addEventListener("focus", offer);
   input.addEventListener("input", offer);

@@ -81,7 +81,8 @@ export function layoutRows(say, bench, { commands }) {
     return last > from ? `${from}-${last}` : `${from}`;
   };
   const rows = commands.filter(
-    ({ fields }) => fields.some((one) => one.name === "mode") && fields.some((one) => one.name === "channels"),
+    ({ fields }) =>
+      fields.some((one) => one.name === "mode") && fields.some((one) => one.name === "channels"),
   );
   const box = make("div", { class: "layouts" });
   for (const { name: command, help, fields } of rows) {
@@ -116,7 +117,11 @@ export function layoutRows(say, bench, { commands }) {
       });
     box.append(
       make("h3", { title: help }, command),
-      make("div", { class: "modes", role: "group", "aria-label": `${command}: ${help}` }, ...buttons),
+      make(
+        "div",
+        { class: "modes", role: "group", "aria-label": `${command}: ${help}` },
+        ...buttons,
+      ),
     );
   }
   rove(box);
@@ -132,7 +137,10 @@ export function layoutRows(say, bench, { commands }) {
       option,
       make(
         "label",
-        { for: "layout-option", title: "play-split full: the picture fills the screen, else it is centred" },
+        {
+          for: "layout-option",
+          title: "play-split full: the picture fills the screen, else it is centred",
+        },
         "play-split full fills the screen",
       ),
     ),

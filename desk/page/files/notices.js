@@ -68,7 +68,8 @@ function connection(bench) {
     link.className = connected ? "state good" : "state bad";
     notice.hidden = connected;
     const seconds = Math.max(1, Math.round(wait / 1000));
-    const again = attempt === 1 ? "It is tried again." : `Tried ${attempt - 1} times; again in ${seconds} s.`;
+    const again =
+      attempt === 1 ? "It is tried again." : `Tried ${attempt - 1} times; again in ${seconds} s.`;
     setText(text, `The board cannot be reached. ${again}`);
   });
   return notice;

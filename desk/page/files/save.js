@@ -18,7 +18,11 @@ export function mount(pane, bench, language) {
   };
   const refused = language.board === "program";
   const button = (text, title, click) =>
-    make("button", { type: "button", disabled: refused, title: refused ? REFUSED : title, click }, text);
+    make(
+      "button",
+      { type: "button", disabled: refused, title: refused ? REFUSED : title, click },
+      text,
+    );
 
   const script = async () => {
     const { result, text } = await bench.send("history");
@@ -33,7 +37,13 @@ export function mount(pane, bench, language) {
     });
   };
   const onServer = (kind, name) => {
-    const file = make("input", { id: `save-${kind}`, class: "mono", size: 12, value: name, disabled: refused });
+    const file = make("input", {
+      id: `save-${kind}`,
+      class: "mono",
+      size: 12,
+      value: name,
+      disabled: refused,
+    });
     const save = async () => {
       const line = `save ${kind} ${quoted(file.value.trim())}`;
       tell(`${line} …`, true);
@@ -48,12 +58,12 @@ export function mount(pane, bench, language) {
       "div",
       { class: "fill saves" },
       make("span", {}, "Script"),
-      make("div", { class: "toolbar" }, button("Download script", "the session, to be run again", script)),
+      make("div", { class: "toolbar" }, button("Download", "the session, to be run again", script)),
       make("span", {}, "Picture"),
       make(
         "div",
         { class: "toolbar" },
-        make("button", { type: "button", title: "the monitor as PNG", click: picture }, "Download picture"),
+        make("button", { type: "button", title: "the monitor as PNG", click: picture }, "Download"),
       ),
       label("trace", "Trace"),
       onServer("trace", "session.json"),
