@@ -144,33 +144,61 @@ std::vector<Window> ReadWindows(const Board& board) {
   return windows;
 }
 
-// A card is CardLine or TapeLine, line by line.
-template <typename Line>
-std::vector<Line> MakeCard(unsigned channel, int height, std::uint32_t time_ms) {
-  std::vector<Line> card;
-  card.reserve(static_cast<std::size_t>(height));
-  for (int y = 0; y < height; ++y) card.emplace_back(channel, y, height, time_ms);
-  return card;
-}
+// Sums of neighbouring samples of each column, by colour.
+using ColumnSums = std::array<std::array<std::uint32_t, kCardWidth>, 3>;
 
-// The average of the samples; at the edges the last ones count again.
+// The lines of a card, CardLine or TapeLine, each made when it is sampled; the last ones are kept,
+// for neighbouring pixels that share them.
 template <typename Line>
-Rgb Filtered(const std::vector<Line>& card, Samples across, Samples down) {
-  unsigned r = 0;
-  unsigned g = 0;
-  unsigned b = 0;
-  for (int row = down.first; row < down.first + down.count; ++row) {
-    const Line& line = card[std::min(static_cast<std::size_t>(row), card.size() - 1)];
-    for (int column = across.first; column < across.first + across.count; ++column) {
-      const Rgb sample = line.At(std::min(column, kCardWidth - 1));
-      r += sample.r;
-      g += sample.g;
-      b += sample.b;
+class Card {
+ public:
+  Card(unsigned channel, int height, std::uint32_t time_ms)
+      : channel_(channel), height_(height), time_ms_(time_ms) {}
+
+  // At the edge the last line counts again.
+  ColumnSums Sums(Samples down) {
+    ColumnSums sums{};
+    for (int y = down.first; y < down.first + down.count; ++y) {
+      const Line& line = At(std::min(y, height_ - 1));
+      for (std::size_t x = 0; x < kCardWidth; ++x) sums[0][x] += line.Red()[x];
+      for (std::size_t x = 0; x < kCardWidth; ++x) sums[1][x] += line.Green()[x];
+      for (std::size_t x = 0; x < kCardWidth; ++x) sums[2][x] += line.Blue()[x];
     }
+    return sums;
   }
-  const auto count = static_cast<unsigned>(across.count * down.count);
-  return {static_cast<std::uint8_t>(r / count), static_cast<std::uint8_t>(g / count),
-          static_cast<std::uint8_t>(b / count)};
+
+ private:
+  const Line& At(int y) {
+    Kept& kept = kept_[static_cast<std::size_t>(y) % kept_.size()];
+    if (kept.y != y) {
+      kept.line.emplace(channel_, y, height_, time_ms_);
+      kept.y = y;
+    }
+    return *kept.line;
+  }
+
+  struct Kept {
+    int y = -1;
+    std::optional<Line> line;
+  };
+
+  unsigned channel_;
+  int height_;
+  std::uint32_t time_ms_;
+  std::array<Kept, 4> kept_;
+};
+
+// The average of the samples that lie in these columns of as many lines; at the edge the last
+// column counts again.
+Rgb Filtered(const ColumnSums& sums, Samples across, int lines) {
+  const auto count = static_cast<unsigned>(across.count * lines);
+  std::array<unsigned, 3> sum{};
+  for (int column = across.first; column < across.first + across.count; ++column) {
+    const auto x = static_cast<std::size_t>(std::min(column, kCardWidth - 1));
+    for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += sums[i][x];
+  }
+  return {static_cast<std::uint8_t>(sum[0] / count), static_cast<std::uint8_t>(sum[1] / count),
+          static_cast<std::uint8_t>(sum[2] / count)};
 }
 
 // Composes windows from the topmost down: a pixel that has been drawn stays.
@@ -212,7 +240,7 @@ class Composer {
         window.frozen ? frozen.colors[of_chip] : board_.Colors(window.picture);
     std::optional<ColorTable> table;
     if (colors != kNeutralColors) table.emplace(colors);
-    DrawCard(window.rect, MakeCard<CardLine>(window.picture, lines, TimeOf(window)),
+    DrawCard(window.rect, Card<CardLine>(window.picture, lines, TimeOf(window)),
              ScaledAxis(window.rect.Width(), kCardWidth, window.horizontal,
                         window.control & kScalerFilterX),
              ScaledAxis(window.rect.Height(), lines, window.vertical, window.control >> 2 & 3),
@@ -221,7 +249,7 @@ class Composer {
 
   // The tape plays in the board's standard, whatever the cameras do.
   void AddDecoded(const Window& window) {
-    DrawCard(window.rect, MakeCard<TapeLine>(window.picture, image_.height, TimeOf(window)),
+    DrawCard(window.rect, Card<TapeLine>(window.picture, image_.height, TimeOf(window)),
              FittedAxis(window.rect.Width(), kCardWidth),
              FittedAxis(window.rect.Height(), image_.height));
   }
@@ -233,13 +261,19 @@ class Composer {
   // colors: what an input makes of the picture's, null where nothing. It comes behind the scaler,
   // once a pixel; on the board it comes before, which differs where colours are clipped alone.
   template <typename Line>
-  void DrawCard(const Rect& rect, const std::vector<Line>& card, const Axis& across,
-                const Axis& down, const ColorTable* colors = nullptr) {
+  void DrawCard(const Rect& rect, Card<Line> card, const Axis& across, const Axis& down,
+                const ColorTable* colors = nullptr) {
+    ColumnSums sums;
+    int summed = -1;
     Draw(rect, [&](int x, int y) {
       const auto column = static_cast<std::size_t>(x);
       const auto row = static_cast<std::size_t>(y);
       if (column >= across.size() || row >= down.size()) return kScreenNoPicture;
-      const Rgb pixel = Filtered(card, across[column], down[row]);
+      if (summed != y) {
+        sums = card.Sums(down[row]);
+        summed = y;
+      }
+      const Rgb pixel = Filtered(sums, across[column], down[row].count);
       return colors == nullptr ? pixel : (*colors)(pixel);
     });
   }
@@ -286,6 +320,35 @@ Image ColorBars(int height) {
   return image;
 }
 
+// The master drives the screen.
+int ScreenHeight(const Board& board) {
+  const bool pal = board.Fitted(0) && (board.Peek(0, kSystemControl) & kSystemPal) != 0;
+  return pal ? kScreenHeightPal : kScreenHeightNtsc;
+}
+
+bool ShowsColorBar(const Board& board) { return (board.Peek(0, kStatusFlags) & kColorBar) != 0; }
+
+ShownWindow Shown(const Window& window, const Board& board) {
+  using Shows = ShownWindow::Shows;
+  const unsigned of_chip = window.picture % kChannelsPerChip;
+  ShownWindow shown{.channel = window.channel,
+                    .left = window.rect.left,
+                    .right = window.rect.right,
+                    .top = window.rect.top,
+                    .bottom = window.rect.bottom,
+                    .front = window.front,
+                    .frozen = window.frozen,
+                    .picture = window.picture};
+  if (window.source == Source::Camera) {
+    shown.signal = window.frozen ? board.FrozenState(window.channel).has_picture[of_chip]
+                                 : board.Input(window.picture).HasPicture();
+  } else {
+    shown.shows = window.source == Source::Decoder ? Shows::Tape : Shows::Nothing;
+  }
+  if (window.blank) shown.shows = Shows::Blank;
+  return shown;
+}
+
 }  // namespace
 
 Image FilledImage(int width, int height, Rgb fill) {
@@ -294,11 +357,9 @@ Image FilledImage(int width, int height, Rgb fill) {
 }
 
 Image ComposeScreen(const Board& board) {
-  const bool master = board.Fitted(0);  // the master drives the screen
-  const bool pal = master && (board.Peek(0, kSystemControl) & kSystemPal) != 0;
-  const int height = pal ? kScreenHeightPal : kScreenHeightNtsc;
-  if (!master) return FilledImage(kScreenWidth, height, kScreenBackground);
-  if ((board.Peek(0, kStatusFlags) & kColorBar) != 0) return ColorBars(height);
+  const int height = ScreenHeight(board);
+  if (!board.Fitted(0)) return FilledImage(kScreenWidth, height, kScreenBackground);
+  if (ShowsColorBar(board)) return ColorBars(height);
 
   Composer composer(board, height);
   for (const Window& window : ReadWindows(board)) composer.Add(window);
@@ -307,6 +368,26 @@ Image ComposeScreen(const Board& board) {
   if (const auto part = ReadZoom(board, height)) image = Zoomed(image, *part);
   DrawBitmaps(board, image);
   return image;
+}
+
+std::vector<ShownWindow> ShownWindows(const Board& board) {
+  std::vector<ShownWindow> windows;
+  if (!board.Fitted(0) || ShowsColorBar(board)) return windows;
+  const int height = ScreenHeight(board);
+  const std::optional<ZoomedPart> part = ReadZoom(board, height);
+  const auto place = [&](int from, int corner, int pixels) {
+    return std::clamp(part ? (from - corner) * kZoomFactor : from, 0, pixels);
+  };
+  const ZoomedPart at = part.value_or(ZoomedPart{});
+  for (const Window& window : ReadWindows(board)) {
+    ShownWindow shown = Shown(window, board);
+    shown.left = place(shown.left, at.x, kScreenWidth);
+    shown.right = place(shown.right, at.x, kScreenWidth);
+    shown.top = place(shown.top, at.y, height);
+    shown.bottom = place(shown.bottom, at.y, height);
+    if (shown.left < shown.right && shown.top < shown.bottom) windows.push_back(shown);
+  }
+  return windows;
 }
 
 }  // namespace sim
