@@ -140,7 +140,7 @@ TEST(Completion, ALineIsCompletedWhole) {
   EXPECT_EQ(CompletedLines("camera 5 o"), Lines{"camera 5 off"});
   EXPECT_EQ(CompletedLines("  nvram fail "),
             (Lines{"  nvram fail none", "  nvram fail read", "  nvram fail write"}));
-  EXPECT_EQ(CompletedLines("poke master \"channel dis"), Lines{"poke master \"channel display\""});
+  EXPECT_EQ(CompletedLines("poke master \"channel dis").at(1), "poke master \"channel display 0\"");
   EXPECT_EQ(CompletedLines("vexo lsplit_"), Lines{"vexo lsplit_pos"});
   EXPECT_EQ(CompletedLines("no such "), Lines{});
 }
