@@ -144,8 +144,21 @@ std::vector<Window> ReadWindows(const Board& board) {
   return windows;
 }
 
-// Sums of neighbouring samples of each column, by colour.
-using ColumnSums = std::array<std::array<std::uint32_t, kCardWidth>, 3>;
+// Sums of neighbouring samples of each column, by colour. Windows are whole display units, so that
+// no pixel takes more lines than fit.
+struct ColumnSums {
+  using Sums = std::array<std::uint16_t, kCardWidth>;
+  Sums red{};
+  Sums green{};
+  Sums blue{};
+};
+static_assert((kCardHeightPal / kPixelsPerUnit + 1) * 255 <= 0xFFFF);
+
+void Add(ColumnSums::Sums& sums, const CardPixels::Levels& levels) {
+  for (std::size_t x = 0; x < kCardWidth; ++x) {
+    sums[x] = static_cast<std::uint16_t>(sums[x] + levels[x]);
+  }
+}
 
 // The lines of a card, CardLine or TapeLine, each made when it is sampled; the last ones are kept,
 // for neighbouring pixels that share them.
@@ -157,12 +170,12 @@ class Card {
 
   // At the edge the last line counts again.
   ColumnSums Sums(Samples down) {
-    ColumnSums sums{};
+    ColumnSums sums;
     for (int y = down.first; y < down.first + down.count; ++y) {
       const Line& line = At(std::min(y, height_ - 1));
-      for (std::size_t x = 0; x < kCardWidth; ++x) sums[0][x] += line.Red()[x];
-      for (std::size_t x = 0; x < kCardWidth; ++x) sums[1][x] += line.Green()[x];
-      for (std::size_t x = 0; x < kCardWidth; ++x) sums[2][x] += line.Blue()[x];
+      Add(sums.red, line.Red());
+      Add(sums.green, line.Green());
+      Add(sums.blue, line.Blue());
     }
     return sums;
   }
@@ -188,18 +201,40 @@ class Card {
   std::array<Kept, 4> kept_;
 };
 
-// The average of the samples that lie in these columns of as many lines; at the edge the last
-// column counts again.
-Rgb Filtered(const ColumnSums& sums, Samples across, int lines) {
-  const auto count = static_cast<unsigned>(across.count * lines);
-  std::array<unsigned, 3> sum{};
-  for (int column = across.first; column < across.first + across.count; ++column) {
-    const auto x = static_cast<std::size_t>(std::min(column, kCardWidth - 1));
-    for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += sums[i][x];
+// Averages of sums: divides by multiplying, as there are a million divisions in a picture.
+class Averages {
+ public:
+  // The average of the samples that lie in these columns of as many lines; at the edge the last
+  // column counts again.
+  Rgb Of(const ColumnSums& sums, Samples across, int lines) {
+    const int count = across.count * lines;
+    if (count != count_) {
+      count_ = count;
+      part_ = (std::uint64_t{1} << kPartBits) / static_cast<unsigned>(count) + 1;
+    }
+    std::uint64_t red = 0;
+    std::uint64_t green = 0;
+    std::uint64_t blue = 0;
+    for (int column = across.first; column < across.first + across.count; ++column) {
+      const auto x = static_cast<std::size_t>(std::min(column, kCardWidth - 1));
+      red += sums.red[x];
+      green += sums.green[x];
+      blue += sums.blue[x];
+    }
+    const auto average = [this](std::uint64_t sum) {
+      return static_cast<std::uint8_t>(sum * part_ >> kPartBits);
+    };
+    return {average(red), average(green), average(blue)};
   }
-  return {static_cast<std::uint8_t>(sum[0] / count), static_cast<std::uint8_t>(sum[1] / count),
-          static_cast<std::uint8_t>(sum[2] / count)};
-}
+
+ private:
+  // Exact while 255 times the square of the count is below this power of two.
+  static constexpr int kPartBits = 40;
+  static_assert(kCardWidth * kCardHeightPal / (kPixelsPerUnit * kPixelsPerUnit) < 1 << 16);
+
+  int count_ = 0;
+  std::uint64_t part_ = 0;
+};
 
 // Composes windows from the topmost down: a pixel that has been drawn stays.
 class Composer {
@@ -207,7 +242,7 @@ class Composer {
   Composer(const Board& board, int height)
       : board_(board),
         image_(FilledImage(kScreenWidth, height, kScreenBackground)),
-        drawn_(image_.pixels.size(), false) {}
+        drawn_(image_.pixels.size(), 0) {}
 
   void Add(const Window& window) {
     if (window.blank) {
@@ -265,6 +300,7 @@ class Composer {
                 const ColorTable* colors = nullptr) {
     ColumnSums sums;
     int summed = -1;
+    Averages averages;
     Draw(rect, [&](int x, int y) {
       const auto column = static_cast<std::size_t>(x);
       const auto row = static_cast<std::size_t>(y);
@@ -273,8 +309,9 @@ class Composer {
         sums = card.Sums(down[row]);
         summed = y;
       }
-      const Rgb pixel = Filtered(sums, across[column], down[row].count);
-      return colors == nullptr ? pixel : (*colors)(pixel);
+      const int lines = down[row].count;
+      if (colors == nullptr) return averages.Of(sums, across[column], lines);
+      return (*colors)(averages.Of(sums, across[column], lines));
     });
   }
 
@@ -290,8 +327,8 @@ class Composer {
     for (int y = rect.top; y < bottom; ++y) {
       for (int x = rect.left; x < right; ++x) {
         const auto index = static_cast<std::size_t>(y * image_.width + x);
-        if (drawn_[index]) continue;
-        drawn_[index] = true;
+        if (drawn_[index] != 0) continue;
+        drawn_[index] = 1;
         image_.pixels[index] = color(x - rect.left, y - rect.top);
       }
     }
@@ -299,7 +336,7 @@ class Composer {
 
   const Board& board_;
   Image image_;
-  std::vector<bool> drawn_;
+  std::vector<std::uint8_t> drawn_;  // not bits: asked for each pixel
 };
 
 Image ColorBars(int height) {
