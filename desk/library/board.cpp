@@ -43,11 +43,13 @@ Board::Board(const Settings& settings) {
   CheckLines(settings.lines);
   const std::lock_guard not_yet(whole_);
   if (settings.port) {
-    port_ = std::make_unique<Port>(*settings.port, [this](const std::string& line) {
-      { const std::lock_guard wait(whole_); }
-      if (console_ == nullptr) return Answer{Answer::Result::Refused, "there is no board"};
-      return console_->Run(line);
-    });
+    port_ = std::make_unique<Port>(PortSettings{.control = settings.port},
+                                   [this](const std::string& line) {
+                                     { const std::lock_guard wait(whole_); }
+                                     if (console_ == nullptr)
+                                       return Answer{Answer::Result::Refused, "there is no board"};
+                                     return console_->Run(line);
+                                   });
   }
   if (!settings.texts.empty()) {
     texts_ = std::make_unique<TextsOutput>(settings.texts, settings.trace);

@@ -18,6 +18,7 @@
 #include "desk/port/connection.h"
 #include "desk/port/event_feed.h"
 #include "desk/port/json_lines.h"
+#include "sim/world.h"
 
 namespace desk {
 namespace {
@@ -48,7 +49,7 @@ void Listen(tcp::acceptor& acceptor, std::uint16_t port) {
 }  // namespace
 
 struct Port::Impl : sim::TraceListener {
-  Impl(std::uint16_t port, Run run, const PortLimits& limits);
+  Impl(const PortSettings& settings, Run run);
   ~Impl() override;
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
@@ -56,6 +57,8 @@ struct Port::Impl : sim::TraceListener {
   void Accept();
   void OnAccept(tcp::socket socket);
   void OnEvent(const sim::Event& event, const sim::EventDetail* detail) override;
+  void Tell(const std::string& rest);
+  void Wake();
 
   asio::io_context io;
   asio::executor_work_guard<asio::io_context::executor_type> work{io.get_executor()};
@@ -70,13 +73,15 @@ struct Port::Impl : sim::TraceListener {
   std::thread sockets;
 };
 
-Port::Impl::Impl(std::uint16_t port, Run run, const PortLimits& limits)
-    : events(limits.kept_bytes),
-      all_events(limits.kept_bytes),
-      around{std::move(run), limits, events, all_events,
+Port::Impl::Impl(const PortSettings& settings, Run run)
+    : events(settings.limits.kept_bytes),
+      all_events(settings.limits.kept_bytes),
+      around{std::move(run), settings.limits, events, all_events,
              [this](const std::shared_ptr<Connection>& gone) { std::erase(connections, gone); }} {
-  Listen(acceptor, port);
-  Accept();
+  if (settings.control) {
+    Listen(acceptor, *settings.control);
+    Accept();
+  }
   sockets = std::thread([this] { io.run(); });
 }
 
@@ -127,9 +132,20 @@ void Port::Impl::OnEvent(const sim::Event& event, const sim::EventDetail* detail
   const bool all = all_events.Count();
   const bool some = detail != nullptr && events.Count();
   if (!all && !some) return;
-  const std::string rest = event_lines.Rest(event, detail);
+  const std::uint64_t cycles = sim::TheWorld().trace.Cycles();
+  const std::string rest = event_lines.Rest(event, detail, detail == nullptr ? cycles - 1 : cycles);
   if (all) all_events.Add(rest);
   if (some) events.Add(rest);
+  Wake();
+}
+
+void Port::Impl::Tell(const std::string& rest) {
+  if (all_events.Count()) all_events.Add(rest);
+  if (events.Count()) events.Add(rest);
+  Wake();
+}
+
+void Port::Impl::Wake() {
   if (told.exchange(true)) return;
   asio::post(io, [this] {
     told = false;
@@ -138,12 +154,24 @@ void Port::Impl::OnEvent(const sim::Event& event, const sim::EventDetail* detail
   });
 }
 
-Port::Port(std::uint16_t port, Run run, const PortLimits& limits)
-    : impl_(std::make_unique<Impl>(port, std::move(run), limits)) {}
+Port::Port(const PortSettings& settings, Run run)
+    : impl_(std::make_unique<Impl>(settings, std::move(run))) {}
 Port::~Port() = default;
 
-std::uint16_t Port::Number() const { return impl_->acceptor.local_endpoint().port(); }
+std::uint16_t Port::Number() const {
+  return impl_->acceptor.is_open() ? impl_->acceptor.local_endpoint().port() : std::uint16_t{0};
+}
+
+std::uint16_t Port::PageNumber() const { return 0; }
 
 sim::TraceListener& Port::Events() { return *impl_; }
+
+void Port::Tell(Tells what, std::uint32_t t, std::uint64_t cycle, const std::string& text) {
+  impl_->Tell(ToldRest(what, t, cycle, text));
+}
+
+bool Port::WantsMoment() const { return false; }
+
+void Port::Show(Moment) {}
 
 }  // namespace desk
