@@ -18,6 +18,7 @@
 
 namespace script {
 
+class AccessLog;
 class Interpreter;
 
 // An expectation that was not met; the text says what was found.
@@ -39,13 +40,15 @@ class Session : public sim::TraceListener {
   Surroundings& Around() const { return around_; }
   // What runs the lines; a program that runs them itself has none, and no lines that need it.
   Interpreter& Runner() const;
+  bool HasRunner() const { return interpreter_ != nullptr; }
 
   // An action begins: what is looked at from now on is its own.
   void BeginAction(std::string name);
   // The last action's name and result, none when its call has none.
   const std::string& ActionName() const { return action_; }
   std::optional<std::int64_t> returned;
-  LibraryFacts facts;  // what all calls so far have shown
+  const AccessLog* accesses = nullptr;  // none where nobody keeps them
+  LibraryFacts facts;                   // what all calls so far have shown
   std::vector<std::string>
       outcome;                     // the result in words, when there is more to say than its number
   std::vector<std::string> notes;  // what is said below it

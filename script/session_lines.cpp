@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <array>
 
+#include "files/output.h"
+#include "script/help/completion.h"
 #include "script/help/help.h"
 #include "script/interpreter.h"
 #include "script/line.h"
@@ -9,6 +11,8 @@
 
 namespace script {
 namespace {
+
+constexpr std::string_view kIndent = "      ";
 
 template <bool Interpreter::Switches::*kSwitch>
 Step ParseSwitch(Arguments& arguments) {
@@ -44,6 +48,18 @@ Step ParseSave(Arguments& arguments) {
   return [=](Session& session) { session.Runner().Save(path); };
 }
 
+Step ParseSaveTrace(Arguments& arguments) {
+  const std::string path = arguments.Text("a file name");
+  return [=](Session& session) { session.Runner().SaveTrace(path); };
+}
+
+Step ParseSaveWaveform(Arguments& arguments) {
+  constexpr std::string_view kWhat = "a file name that ends in .vcd";
+  if (!files::HasEnding(std::string(arguments.Peek()), ".vcd")) arguments.Expected(kWhat);
+  const std::string path = arguments.Text(kWhat);
+  return [=](Session& session) { session.Runner().SaveWaveform(path); };
+}
+
 Step ParseHistory(Arguments&) {
   return [](Session& session) {
     constexpr std::size_t kColumns = 5;
@@ -60,6 +76,18 @@ Step ParseHelp(Arguments& arguments) {
   std::vector<std::string> words;
   while (!arguments.AtEnd()) words.push_back(arguments.Text("a word"));
   return [=](Session& session) { session.Out() << Help(words); };
+}
+
+Step ParseComplete(Arguments& arguments) {
+  const std::string typed = arguments.Text("what is typed of a line");
+  return [=](Session& session) {
+    for (const std::string& line : CompletedLines(typed)) {
+      session.Out() << kIndent << line << '\n';
+    }
+    for (const std::string& hint : Complete(typed).hints) {
+      session.Out() << kIndent << "# " << hint << '\n';
+    }
+  };
 }
 
 Step ParseQuit(Arguments&) {
@@ -86,9 +114,16 @@ constexpr std::array kSessionLines = {
              ParseBack},
     LineKind{kTool, "source", "FILE", "runs the lines of a file", ParseSource},
     LineKind{kTool, "save", "FILE", "writes the session so far as a script", ParseSave},
+    LineKind{kTool, "save trace", "FILE", "writes its trace, by running it again unseen",
+             ParseSaveTrace},
+    LineKind{kTool, "save waveform", "FILE.vcd", "writes its waveform, in the same way",
+             ParseSaveWaveform},
     LineKind{kTool, "history", "", "lists the session so far", ParseHistory},
     LineKind{kTool, "help", "[WORD...]", "explains a line; help script lists all", ParseHelp},
     LineKind{kTool, "?", "[WORD...]", "help", ParseHelp},
+    LineKind{kTool, "complete", "\"TEXT\"",
+             "says which lines this beginning of one can become, and # what is expected next",
+             ParseComplete},
     LineKind{kTool, "quit", "", "ends the session", ParseQuit},
     LineKind{kTool, "exit", "", "ends the session", ParseQuit},
 };

@@ -12,8 +12,9 @@
 #include <vector>
 
 #include "desk/console/board_surroundings.h"
+#include "desk/console/margin.h"
 #include "desk/console/refusals.h"
-#include "files/printable.h"
+#include "script/access_log.h"
 #include "script/action_printer.h"
 #include "script/help/first_words.h"
 #include "script/parse.h"
@@ -29,7 +30,6 @@ using script::LineGroup;
 using script::Statement;
 
 constexpr std::size_t kMostEvents = 1'000'000;    // of lines in the library that stay in memory
-constexpr std::size_t kMostShown = 2000;          // of a line of an answer
 constexpr std::streamoff kMostPrinted = 1 << 18;  // of what a line, which may take hours, brings
 
 // Throws std::runtime_error for a line that is none, or none for a running program.
@@ -50,26 +50,6 @@ std::optional<Statement> Read(std::string_view line) {
   return statement;
 }
 
-// Lines of a session without the margin that all of them have.
-std::string WithoutMargin(std::string_view text) {
-  constexpr std::string_view kMargin = "      ";
-  std::vector<std::string_view> lines;
-  for (std::size_t begin = 0; begin < text.size();) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size());
-    lines.push_back(text.substr(begin, end - begin));
-    begin = end + 1;
-  }
-  const bool margin = std::all_of(lines.begin(), lines.end(), [=](std::string_view line) {
-    return line.empty() || line.starts_with(kMargin);
-  });
-  std::string result;
-  for (std::string_view line : lines) {
-    if (margin) line.remove_prefix(std::min(kMargin.size(), line.size()));
-    result.append(line).append("\n");
-  }
-  return result;
-}
-
 // What a thread does between the two.
 class Inside {
  public:
@@ -85,9 +65,10 @@ class Inside {
 // A line that calls the library or lets time pass, and all that happens until the next one begins.
 struct Action {
   Action(std::ostream& out, script::Surroundings& around, const std::string& name,
-         const script::LibraryFacts& facts)
+         const script::LibraryFacts& facts, const script::AccessLog& accesses)
       : session(out, around) {
     session.facts = facts;
+    session.accesses = &accesses;
     session.BeginAction(name);
   }
 
@@ -103,6 +84,7 @@ struct Console::Impl {
   explicit Impl(BoardAccess& of) : access(of), around(of) {
     script::Retell(World().trace, 0, facts);
     World().trace.AddListener(facts, sim::Trace::Hears::AllButCycles);
+    World().trace.AddListener(accesses);
     World().windows.keep_received = false;
     World().windows.on_received = [this](const sim::ReceivedMessage& message) {
       for (Action& action : actions) {
@@ -110,12 +92,13 @@ struct Console::Impl {
         if (action.printer) action.printer->OnReceived(message);
       }
     };
-    actions.emplace_back(out, around, "the program", facts);
+    actions.emplace_back(out, around, "the program", facts, accesses);
     KeepEvents();
   }
   ~Impl() {
     World().windows.on_received = nullptr;
     World().trace.RemoveListener(facts);
+    World().trace.RemoveListener(accesses);
   }
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
@@ -131,6 +114,7 @@ struct Console::Impl {
   BoardAccess& access;
   BoardSurroundings around;
   script::LibraryFacts facts;
+  script::AccessLog accesses;
   std::ostringstream out;     // of a line that takes no time
   std::list<Action> actions;  // those that run, and the last that began
 };
@@ -161,10 +145,10 @@ void Console::Impl::Do(const Statement& statement, std::string& said) {
 void Console::Impl::Act(const Statement& statement, std::string& said) {
   if (!actions.back().printer) actions.pop_back();
   KeepEvents();
-  actions.emplace_back(out, around, statement.text, facts);
+  actions.emplace_back(out, around, statement.text, facts, accesses);
   const auto action = std::prev(actions.end());
   action->printer.emplace(World(), action->printed);
-  action->printer->before_output = [action] {
+  action->printer->before_output = [action](const std::string&) {
     action->printer->silent = action->printed.tellp() > kMostPrinted;
   };
   action->printer->Begin();
@@ -228,8 +212,7 @@ Answer Console::Run(std::string_view line) {
     answer.result = Answer::Result::Refused;
     said += "the line was ended from outside";
   }
-  said.erase(said.find_last_not_of('\n') + 1);
-  answer.text = files::PrintableLines(said, kMostShown);
+  answer.text = AnswerText(std::move(said));
   return answer;
 }
 
