@@ -33,10 +33,19 @@ std::string MissedLine(std::uint64_t count) { return Line({{"missed", count}}); 
 
 std::string ErrorLine(std::string_view what) { return Line({{"error", what}}); }
 
-std::string EventLines::Rest(const sim::Event& event, const sim::EventDetail* detail) {
+std::string ToldRest(Port::Tells what, std::uint32_t t, std::uint64_t cycle,
+                     std::string_view text) {
+  constexpr std::array kWords = {"stopped", "continued", "rewound"};
+  Json json = {{"cycle", cycle}, {"t", t}, {"ev", kWords[static_cast<std::size_t>(what)]}};
+  if (!text.empty()) json["text"] = text;
+  return Line(json).substr(1);
+}
+
+std::string EventLines::Rest(const sim::Event& event, const sim::EventDetail* detail,
+                             std::uint64_t cycle) {
   out_.str({});
   writer_.OnEvent(event, detail);
-  return out_.str().substr(1);
+  return "\"cycle\":" + std::to_string(cycle) + ',' + out_.str().substr(1);
 }
 
 std::string EventLines::Line(std::uint64_t number, std::string_view rest) {

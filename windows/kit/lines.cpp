@@ -69,7 +69,7 @@ bool g_port_wanted = false;
 
 void Listen(std::uint16_t number) {
   try {
-    auto* const port = new desk::Port(number, Run);
+    auto* const port = new desk::Port({.control = number}, Run);
     Say("control port " + std::to_string(port->Number()) + " on 127.0.0.1");
     {
       const AtBoard at_board;

@@ -128,7 +128,8 @@ export class Bench extends EventTarget {
     this.#sent = [];
     this.#waiting = [];
     for (const { line, resolve } of lost) resolve({ result: "lost", text: LOST, line });
-    const wait = BACK_OFF[Math.min(this.#attempt, BACK_OFF.length - 1)] * (0.8 + Math.random() * 0.4);
+    const wait =
+      BACK_OFF[Math.min(this.#attempt, BACK_OFF.length - 1)] * (0.8 + Math.random() * 0.4);
     this.#attempt += 1;
     this.#timer = setTimeout(() => this.#openControl(), wait);
     this.#tell("status", { connected: false, attempt: this.#attempt, wait });
@@ -233,7 +234,9 @@ export class Bench extends EventTarget {
       this.#image = new ImageData(width, height);
       new Uint32Array(this.#image.data.buffer).fill(0xff000000);
     }
-    const stream = new Blob([deflated]).stream().pipeThrough(new DecompressionStream("deflate-raw"));
+    const stream = new Blob([deflated])
+      .stream()
+      .pipeThrough(new DecompressionStream("deflate-raw"));
     const colors = new Uint8Array(await new Response(stream).arrayBuffer());
     const pixels = this.#image.data;
     for (let from = 0, to = 0; to < pixels.length; from += 3, to += 4) {

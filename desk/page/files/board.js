@@ -50,7 +50,11 @@ function group(name, ...inside) {
 // Buttons of which one is what holds now.
 function choice({ say, onShow }, label, values, lineOf, now, textOf = (value) => value) {
   const buttons = values.map((value) =>
-    make("button", { type: "button", title: lineOf(value), click: () => say(lineOf(value)) }, textOf(value)),
+    make(
+      "button",
+      { type: "button", title: lineOf(value), click: () => say(lineOf(value)) },
+      textOf(value),
+    ),
   );
   onShow(() => {
     buttons.forEach((button, at) => button.setAttribute("aria-pressed", values[at] === now()));
@@ -81,7 +85,11 @@ function chips(context, state) {
     const many = fitted.indexOf(false) < 0 ? CHIPS.length : fitted.indexOf(false);
     return fitted.lastIndexOf(true) === many - 1 ? many : null;
   };
-  const chip = make("select", { "aria-label": "Chip" }, ...CHIPS.map((one) => make("option", {}, one)));
+  const chip = make(
+    "select",
+    { "aria-label": "Chip" },
+    ...CHIPS.map((one) => make("option", {}, one)),
+  );
   const id = input("Identification, 0x00 to 0xFF", { class: "mono", size: 5 });
   const show = () => {
     if (document.activeElement !== id) {
@@ -97,20 +105,23 @@ function chips(context, state) {
   );
 }
 
-function faults({ say, board, onShow }, names) {
-  const buttons = names.map((name) =>
+function faults({ say, board, onShow }, all) {
+  const buttons = all.map(({ name, help }) =>
     make(
       "button",
       {
         type: "button",
         "data-fault": name,
+        title: help,
         click: () => say(`fault ${name} ${board().faults.has(name) ? "off" : "on"}`),
       },
       name,
     ),
   );
   onShow(() => {
-    buttons.forEach((button, at) => button.setAttribute("aria-pressed", board().faults.has(names[at])));
+    buttons.forEach((button, at) =>
+      button.setAttribute("aria-pressed", board().faults.has(all[at].name)),
+    );
   });
   return group("Faults", make("div", { class: "toolbar alarms" }, ...buttons));
 }
@@ -148,7 +159,11 @@ function hostWindow(context) {
 
 function settle(context) {
   const reads = input("Busy reads after each hold", { type: "number", min: 0, required: true });
-  const never = make("button", { type: "button", title: "settle never", click: () => context.say("settle never") }, "Never");
+  const never = make(
+    "button",
+    { type: "button", title: "settle never", click: () => context.say("settle never") },
+    "Never",
+  );
   context.onShow(() => {
     const now = context.board().settle;
     never.setAttribute("aria-pressed", now === "never");
@@ -169,7 +184,13 @@ function sync(context) {
   return group(
     "Sync bit",
     form(() => context.say(`sync period ${period.value}`), "every", period, "ms", set()),
-    choice(context, "Held", ["hold 0", "hold 1"], (value) => `sync ${value}`, () => context.board().sync),
+    choice(
+      context,
+      "Held",
+      ["hold 0", "hold 1"],
+      (value) => `sync ${value}`,
+      () => context.board().sync,
+    ),
   );
 }
 
@@ -177,7 +198,11 @@ function nvram(context) {
   const magic = input("Magic", { class: "mono", size: 5, maxlength: 4, value: "MDVR" });
   const standard = input("Standard, 0 to 255", { type: "number", min: 0, max: 255, value: 0 });
   const channels = input("Channels, 0 to 255", { type: "number", min: 0, max: 255, value: 16 });
-  const blank = make("button", { type: "button", title: "nvram blank", click: () => context.say("nvram blank") }, "Blank");
+  const blank = make(
+    "button",
+    { type: "button", title: "nvram blank", click: () => context.say("nvram blank") },
+    "Blank",
+  );
   context.onShow(() => {
     const { record, blank: isBlank } = context.board().nvram;
     blank.setAttribute("aria-pressed", isBlank);
@@ -185,10 +210,21 @@ function nvram(context) {
     [magic.value, standard.value, channels.value] = record;
   });
   const record = () =>
-    context.say(`nvram record ${quoted(magic.value)} ${standard.value || 0} ${channels.value || 0}`);
+    context.say(
+      `nvram record ${quoted(magic.value)} ${standard.value || 0} ${channels.value || 0}`,
+    );
   return group(
     "Stored settings",
-    form(record, magic, "standard", standard, "channels", channels, make("button", {}, "Store"), blank),
+    form(
+      record,
+      magic,
+      "standard",
+      standard,
+      "channels",
+      channels,
+      make("button", {}, "Store"),
+      blank,
+    ),
     make(
       "div",
       { class: "toolbar" },
@@ -206,8 +242,16 @@ function nvram(context) {
 
 function files(context) {
   const path = input("Path", { class: "mono wide", list: "file-paths", value: FILES[0] });
-  const paths = make("datalist", { id: "file-paths" }, ...FILES.map((one) => make("option", { value: one })));
-  const version = input("Version, four numbers with dots", { class: "mono", size: 10, placeholder: "1.0.1.6" });
+  const paths = make(
+    "datalist",
+    { id: "file-paths" },
+    ...FILES.map((one) => make("option", { value: one })),
+  );
+  const version = input("Version, four numbers with dots", {
+    class: "mono",
+    size: 10,
+    placeholder: "1.0.1.6",
+  });
   const now = make("ul", { class: "mono dim" });
   const say = (what) => context.say(`file ${quoted(path.value)} ${what}`);
   context.onShow(() => {

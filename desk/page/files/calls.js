@@ -1,18 +1,29 @@
-// The host's calls as the feed tells them: record, result, bus cycles; one of them in full.
+// The host's calls as the feed tells them: result and bus cycles of each, and the record of one, as
+// it was sent and as it came back.
 
+import { atEnd, soon } from "./controls.js";
 import { make } from "./dom.js";
+import {
+  bytesOf,
+  callInWords,
+  count,
+  failed,
+  hex,
+  recordInWords,
+  resultInWords,
+  seconds,
+} from "./words.js";
 
 const KEPT = 60;
 const BYTES_A_ROW = 16;
-
-const hex = (number, digits = 2) => number.toString(16).toUpperCase().padStart(digits, "0");
+const LEAST_BYTES = 8; // of a record, that are shown
 
 export class Calls {
   #language;
-  #calls = []; // the newest first
-  #open = []; // that have not returned, innermost last
+  #calls = [];
+  #open = []; // that have not returned, the innermost last
   #chosen = null;
-  #due = false;
+  #showSoon = soon(() => this.#show());
 
   /**
    * @param {import("./bench.js").Bench} bench
@@ -20,21 +31,17 @@ export class Calls {
    */
   constructor(bench, language) {
     this.#language = language;
-    this.rows = make("tbody", {});
-    this.detail = make("div", { class: "records" });
     const head = ["Time", "Call", "Result", "Cycles", "Takes"].map((name, at) =>
-      make("th", { scope: "col", class: at > 1 ? "number" : null }, name),
+      make("th", { scope: "col", class: at > 2 ? "number" : null }, name),
     );
-    this.element = make(
+    this.rows = make("tbody", {});
+    this.list = make(
       "div",
-      { class: "calls" },
-      make(
-        "div",
-        { class: "list", tabindex: "0", role: "region", "aria-label": "Calls" },
-        make("table", {}, make("thead", {}, make("tr", {}, ...head)), this.rows),
-      ),
-      this.detail,
+      { class: "list", tabindex: "0", role: "region", "aria-label": "Calls" },
+      make("table", {}, make("thead", {}, make("tr", {}, ...head)), this.rows),
     );
+    this.records = make("div", { class: "records" });
+    this.element = make("div", { class: "calls" }, this.list, this.records);
     bench.addEventListener("event", ({ detail }) => this.#take(detail));
     bench.addEventListener("missed", () => (this.#open = []));
     this.#show();
@@ -47,9 +54,9 @@ export class Calls {
   }
 
   #begin(event) {
-    const call = { event, name: this.#nameOf(event), back: null };
+    const call = { event, back: null };
     this.#open.push(call);
-    this.#calls = [call, ...this.#calls].slice(0, KEPT);
+    this.#calls = [...this.#calls, call].slice(-KEPT);
     this.#chosen = null;
     this.#showSoon();
   }
@@ -62,73 +69,92 @@ export class Calls {
     this.#showSoon();
   }
 
-  #nameOf({ fn, args = [], text }) {
-    if (text !== undefined) return text.trim();
-    const command = fn === "VEXOAPI_CommandProc" && this.#language.commands.find((one) => one.code === args[0]);
-    if (command) return command.name;
-    return `${fn.replace("VEXOAPI_", "")} ${args.join(" ")}`;
-  }
-
-  // A busy host makes thousands of calls a second: they are drawn once a frame.
-  #showSoon() {
-    if (this.#due) return;
-    this.#due = true;
-    requestAnimationFrame(() => {
-      this.#due = false;
-      this.#show();
-    });
-  }
-
   #show() {
-    const chosen = this.#chosen ?? this.#calls[0];
-    this.rows.replaceChildren(...this.#calls.map((call) => this.#row(call, call === chosen)));
-    this.detail.replaceChildren(...(chosen ? this.#records(chosen) : [make("p", { class: "dim" }, "No call yet.")]));
+    const chosen = this.#chosen ?? this.#calls.at(-1);
+    atEnd(this.list, () => {
+      this.rows.replaceChildren(...this.#calls.map((call) => this.#row(call, call === chosen)));
+    });
+    const shown = chosen ? this.#record(chosen) : [make("p", { class: "dim" }, "No call yet.")];
+    this.records.replaceChildren(...shown);
   }
 
   #row(call, chosen) {
-    const { event, back, name } = call;
-    const value = back?.value;
+    const { event, back } = call;
     const choose = () => {
       this.#chosen = call;
       this.#show();
-      this.rows.querySelector("button[aria-pressed=true]").focus();
+      this.rows.querySelector("[aria-pressed=true]").focus();
     };
     const cell = (text, kind = "number mono") => make("td", { class: kind }, text);
+    const name = callInWords(this.#language, event);
     return make(
       "tr",
-      { class: chosen ? "chosen" : null },
-      cell(`${event.t} ms`, "mono dim"),
-      make("td", {}, make("button", { type: "button", class: "quiet", "aria-pressed": chosen, click: choose }, name)),
-      cell(back ? String(value ?? "–") : "…", value < 0 ? "number mono bad" : "number mono"),
-      cell(back ? (back.cycle - event.cycle).toLocaleString("en") : ""),
+      {},
+      cell(seconds(event.t), "mono dim"),
+      make(
+        "td",
+        {},
+        make(
+          "button",
+          { type: "button", class: "quiet", "aria-pressed": chosen, title: name, click: choose },
+          name,
+        ),
+      ),
+      cell(back ? resultInWords(back) : "runs", back && failed(back) ? "bad" : ""),
+      cell(back ? count(back.cycle - event.cycle) : ""),
       cell(back ? `${back.t - event.t} ms` : ""),
     );
   }
 
-  #records({ event, back }) {
+  #record({ event, back }) {
     const sent = bytesOf(event.record);
     const returned = bytesOf(back?.record);
-    const most = 1 + Math.max(lastSet(sent), lastSet(returned), 7);
-    const rows = [];
-    if (sent.length > 0) rows.push(dump("Record sent", sent.slice(0, most), []));
-    if (returned.length > 0) rows.push(dump("Returned", returned.slice(0, most), sent));
-    return rows.length > 0 ? rows : [make("p", { class: "dim" }, "No record.")];
+    if (sent.length + returned.length === 0) return [make("p", { class: "dim" }, "No record.")];
+    const fields = recordInWords(this.#language, event, event.record, back?.record);
+    const shown = 1 + Math.max(lastSet(sent), lastSet(returned), LEAST_BYTES - 1);
+    const parts = fields.length > 0 ? [fieldTable(fields)] : [];
+    if (sent.length > 0) parts.push(dump("Record sent", sent.slice(0, shown), null));
+    if (returned.length === 0) return parts;
+    const same = returned.every((byte, at) => byte === sent[at]);
+    parts.push(
+      same
+        ? make("p", { class: "dim" }, "It came back unchanged.")
+        : dump("Record returned", returned.slice(0, shown), sent),
+    );
+    return parts;
   }
 }
 
-const bytesOf = (text = "") => (text.match(/../g) ?? []).map((two) => parseInt(two, 16));
-
 const lastSet = (bytes) => bytes.findLastIndex((byte) => byte !== 0);
+
+function fieldTable(fields) {
+  const rows = fields.map(({ name, help, before, after }) => {
+    const changed = after !== null && after !== before;
+    return make(
+      "tr",
+      { title: help },
+      make("th", { scope: "row" }, name),
+      make("td", { class: "mono" }, before),
+      make("td", { class: "mono" }, changed ? make("span", { class: "lit" }, after) : ""),
+    );
+  });
+  return make("table", { class: "field-table" }, make("tbody", {}, ...rows));
+}
 
 // Bytes that are not what they were before are lit.
 function dump(name, bytes, before) {
   const lines = [];
   for (let at = 0; at < bytes.length; at += BYTES_A_ROW) {
-    const row = bytes.slice(at, at + BYTES_A_ROW).flatMap((byte, offset) => {
-      const changed = before.length > 0 && before[at + offset] !== byte;
-      return [make("span", { class: changed ? "lit" : null }, hex(byte)), " "];
+    const row = [...bytes.slice(at, at + BYTES_A_ROW)].flatMap((byte, offset) => {
+      const changed = before !== null && before[at + offset] !== byte;
+      return [" ", make("span", { class: changed ? "lit" : null }, hex(byte).slice(2))];
     });
-    lines.push(make("div", {}, make("span", { class: "dim" }, hex(at)), "  ", ...row));
+    lines.push(make("div", {}, make("span", { class: "dim" }, hex(at).slice(2), " "), ...row));
   }
-  return make("figure", { class: "dump" }, make("figcaption", { class: "dim" }, name), make("div", { class: "mono" }, ...lines));
+  return make(
+    "figure",
+    {},
+    make("figcaption", { class: "dim" }, name),
+    make("div", { class: "mono" }, ...lines),
+  );
 }

@@ -5,7 +5,8 @@ import { CHANNELS, CHANNEL_COLORS, CHIPS } from "./state.js";
 
 const WALK = 1500; // ms
 const NOISE = "M1.5 8h2l1.5-4 2 8.5 2-10 2 8 1.5-2.5h2";
-const PERSON = "M9.5 3.2a1.2 1.2 0 1 1-2.4 0 1.2 1.2 0 0 1 2.4 0ZM8 5.5 7 10l2.2 2 .6 3M7 10l-2.6 5M8 6.2 5.4 7.6 5 9.6M8.2 6.6l1.6 2 2 .4";
+const PERSON =
+  "M9.5 3.2a1.2 1.2 0 1 1-2.4 0 1.2 1.2 0 0 1 2.4 0ZM8 5.5 7 10l2.2 2 .6 3M7 10l-2.6 5M8 6.2 5.4 7.6 5 9.6M8.2 6.6l1.6 2 2 .4";
 
 /**
  * @param {HTMLElement} pane
@@ -24,7 +25,13 @@ export function mount(pane, bench, language, state) {
         "div",
         { class: "toolbar", role: "group", "aria-label": "All cameras" },
         make("span", { class: "dim" }, "All"),
-        make("span", { class: "choice" }, every("ntsc", "NTSC"), every("pal", "PAL"), every("off", "Off")),
+        make(
+          "span",
+          { class: "choice" },
+          every("ntsc", "NTSC"),
+          every("pal", "PAL"),
+          every("off", "Off"),
+        ),
       ),
     );
   const plugs = Array.from({ length: CHANNELS }, (_, channel) => new Plug(channel, bench, state));
@@ -56,7 +63,12 @@ class Plug {
         { type: "button", class: what, "data-does": what, title, click: () => this[what]() },
         ...inside,
       );
-    this.jack = does("turn", "", make("span", { class: "name" }, String(channel)), make("span", { class: "jack" }));
+    this.jack = does(
+      "turn",
+      "",
+      make("span", { class: "name" }, String(channel)),
+      make("span", { class: "jack" }),
+    );
     this.norm = does("standard", "", "NTSC");
     this.noise = does("weaken", "", icon(NOISE));
     this.hand = does("walk", "", icon(PERSON));
@@ -65,6 +77,7 @@ class Plug {
       { class: "plug", role: "group", "aria-label": `Camera ${channel}`, "data-channel": channel },
       this.jack,
       make("div", { class: "controls" }, this.norm, this.noise, this.hand),
+      icon(PERSON, { class: "icon walker" }),
     );
     this.element.style.setProperty("--channel", CHANNEL_COLORS[channel]);
   }
@@ -74,22 +87,16 @@ class Plug {
   }
 
   #on() {
-    return this.#is("cameras") !== "off";
-  }
-
-  // What the camera sends, or sent when it was plugged in last.
-  #standard() {
-    if (this.#on()) this.sent = this.#is("cameras");
-    return this.sent ?? "ntsc";
+    return this.#is("plugged");
   }
 
   turn() {
     this.#bench.select({ channel: this.#channel, chip: this.#channel >> 2 });
-    this.#bench.send(`camera ${this.#channel} ${this.#on() ? "off" : this.#standard()}`);
+    this.#bench.send(`camera ${this.#channel} ${this.#on() ? "off" : this.#is("standards")}`);
   }
 
   standard() {
-    this.#bench.send(`camera ${this.#channel} ${this.#standard() === "pal" ? "ntsc" : "pal"}`);
+    this.#bench.send(`camera ${this.#channel} ${this.#is("standards") === "pal" ? "ntsc" : "pal"}`);
   }
 
   weaken() {
@@ -110,15 +117,19 @@ class Plug {
     const channel = this.#channel;
     const fitted = this.#state.has(channel);
     const on = this.#on();
-    const standard = this.#standard();
+    const standard = this.#is("standards");
     const words = (button, label, pressed) => {
       button.disabled = !fitted;
       button.title = fitted ? label : `${CHIPS[channel >> 2]} is not fitted`;
       button.setAttribute("aria-label", `Camera ${channel}: ${label}`);
-      button.setAttribute("aria-pressed", pressed);
+      if (pressed !== null) button.setAttribute("aria-pressed", pressed);
     };
     words(this.jack, on ? "plugged, pull it" : "pulled, plug it", on);
-    words(this.norm, "sends PAL", standard === "pal");
+    words(
+      this.norm,
+      `${standard.toUpperCase()}, switch to ${standard === "pal" ? "NTSC" : "PAL"}`,
+      null,
+    );
     words(this.noise, "weak signal", this.#is("weak"));
     words(this.hand, "walk by", this.#is("motion"));
     this.norm.disabled = !fitted || !on;

@@ -2,9 +2,10 @@
 
 import { make, setText } from "./dom.js";
 import { CHANNELS } from "./state.js";
+import { bitList } from "./words.js";
 
 const OTHER = "other";
-const SHOWN_TYPE = { byte: "0x00 to 0xFF", channels: "0-3,7", bytes: "bytes: FF 00", number: "" };
+const EXAMPLES = { byte: "0x00", channels: "0-3,7", bytes: "FF 00 ..." };
 
 /**
  * @param {(line: string) => void} say
@@ -28,12 +29,18 @@ export function commandForm(say, { commands }) {
   );
   let inputs = [];
   const text = () =>
-    ["command", select.value, ...inputs.flatMap(({ name, value }) => (value() ? [name, value()] : []))].join(" ");
+    [
+      "command",
+      select.value,
+      ...inputs.flatMap(({ name, value }) => (value() ? [name, value()] : [])),
+    ].join(" ");
   const tell = () => setText(line, text());
   const choose = () => {
     const command = commands.find(({ name }) => name === select.value);
     setText(help, command.help);
-    inputs = command.fields.filter(({ flow }) => flow !== "out").map((field) => fieldInput(field, tell));
+    inputs = command.fields
+      .filter(({ flow }) => flow !== "out")
+      .map((field) => fieldInput(field, tell));
     fields.replaceChildren(...inputs.map(({ element }) => element));
     tell();
   };
@@ -51,13 +58,17 @@ export function commandForm(say, { commands }) {
 function fieldInput(field, tell) {
   const id = `field-${field.name}`;
   const { control, value } = (CONTROLS[field.kind] ?? typed)(field, id, tell);
-  const most = field.kind === "number" && field.most < 0xffffffff ? ` (0–${field.most})` : "";
+  const most = field.kind === "number" && field.most !== undefined ? ` (0–${field.most})` : "";
   const element = make(
     "div",
     { class: "field" },
     make("label", { for: id, id: `${id}-name` }, field.name),
     control,
-    make("span", { class: "dim" }, field.help + most),
+    make(
+      "span",
+      { class: "dim", title: field.beyond ? `beyond: ${field.beyond}` : null },
+      field.help + most,
+    ),
   );
   return { name: field.name, element, value };
 }
@@ -67,7 +78,7 @@ function typed({ kind }, id) {
     id,
     class: kind === "bytes" || kind === "channels" ? "mono wide" : "mono",
     size: 10,
-    placeholder: SHOWN_TYPE[kind] ?? "",
+    placeholder: EXAMPLES[kind] ?? "",
     autocomplete: "off",
     spellcheck: "false",
   });
@@ -87,7 +98,12 @@ function choice({ name, values }, id) {
     ...values.map((one) => make("option", { value: one.name }, one.name)),
     make("option", { value: OTHER }, "another value"),
   );
-  const other = make("input", { class: "mono", size: 6, value: "0x00", "aria-label": `${name}, value` });
+  const other = make("input", {
+    class: "mono",
+    size: 6,
+    value: "0x00",
+    "aria-label": `${name}, value`,
+  });
   const show = () => (other.hidden = list.value !== OTHER);
   list.addEventListener("change", show);
   show();
@@ -99,7 +115,7 @@ function choice({ name, values }, id) {
 
 // A button for each channel.
 function mask({ name }, id, tell) {
-  const on = new Set();
+  let on = 0;
   const buttons = Array.from({ length: CHANNELS }, (_, channel) =>
     make(
       "button",
@@ -109,27 +125,23 @@ function mask({ name }, id, tell) {
         "aria-pressed": "false",
         "aria-label": `${name}: channel ${channel}`,
         click: ({ currentTarget }) => {
-          on[on.has(channel) ? "delete" : "add"](channel);
-          currentTarget.setAttribute("aria-pressed", on.has(channel));
+          on ^= 1 << channel;
+          currentTarget.setAttribute("aria-pressed", (on & (1 << channel)) !== 0);
           tell();
         },
       },
       String(channel),
     ),
   );
-  const value = () => (on.size === CHANNELS ? "all" : on.size === 0 ? "none" : ranges([...on]));
-  return { control: make("span", { class: "mask", role: "group", "aria-labelledby": `${id}-name` }, ...buttons), value };
+  const value = () => (on === 0 ? "none" : bitList(on));
+  return {
+    control: make(
+      "span",
+      { class: "mask", role: "group", "aria-labelledby": `${id}-name` },
+      ...buttons,
+    ),
+    value,
+  };
 }
 
 const CONTROLS = { number, choice, mask };
-
-/** 0, 1, 2, 3 and 7 are "0-3,7". */
-function ranges(numbers) {
-  const runs = [];
-  for (const one of numbers.sort((a, b) => a - b)) {
-    const last = runs.at(-1);
-    if (last?.[1] === one - 1) last[1] = one;
-    else runs.push([one, one]);
-  }
-  return runs.map(([first, last]) => (first === last ? `${first}` : `${first}-${last}`)).join(",");
-}

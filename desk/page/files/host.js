@@ -23,18 +23,16 @@ export function mount(pane, bench, language) {
       make("pre", { class: result === "done" ? "" : "bad" }, said),
     );
   };
-  const calls = new Calls(bench, language);
-  pane.append(
-    make(
-      "div",
-      { class: "fill host" },
-      lifeCycle(say, language),
-      layoutRows(say, bench, language),
-      commandForm(say, language),
-      textForm(say, bench),
-    ),
-    make("section", { class: "outcome", "aria-label": "What came of it" }, answer, calls.element),
+  const controls = make(
+    "div",
+    { class: "host" },
+    lifeCycle(say, language),
+    layoutRows(say, bench, language),
+    commandForm(say, language),
+    textForm(say, bench),
   );
+  const calls = new Calls(bench, language);
+  pane.append(make("div", { class: "call-host" }, controls, answer, calls.element));
 }
 
 // ---- Attach, window, init, detach ---------------------------------------------------------------
@@ -44,7 +42,7 @@ function lifeCycle(say, { board }) {
     ["attach", "Attach", "the library is loaded", true],
     ["window", "Window", "a new host window is bound", true],
     ["command init", "Init", "detects and initializes the chips, starts the monitor", false],
-    ["command stop-monitor", "Stop monitor", "ends the library's thread", false],
+    ["command stop-monitor", "Stop", "ends the library's thread", false],
     ["unbind", "Unbind", "the window is forgotten", true],
     ["detach", "Detach", "the library is unloaded", true],
   ];
@@ -82,7 +80,9 @@ function textForm(say, bench) {
     const { result, text } = await bench.send(`complete ${JSON.stringify(input.value || "vexo ")}`);
     if (result !== "done") return;
     const lines = text.split("\n").filter((line) => line.trim() && !line.startsWith("#"));
-    offers.replaceChildren(...lines.slice(0, 60).map((line) => make("option", { value: line.trim() })));
+    offers.replaceChildren(
+      ...lines.slice(0, 60).map((line) => make("option", { value: line.trim() })),
+    );
   };
   input.addEventListener("focus", offer);
   input.addEventListener("input", offer);

@@ -68,19 +68,21 @@ export function layoutRows(say, bench, { commands }) {
     min: 0,
     max: CHANNELS - 1,
     value: 0,
-    title: "The channel of the first window; the others follow",
+    title: "A layout shows the page on which this channel is: of 4 windows 0-3, 4-7, ...",
   });
   const option = make("input", { type: "checkbox", id: "layout-option" });
   bench.addEventListener("select", ({ detail: { channel } }) => {
     if (channel !== null) first.value = channel;
   });
   const channels = (name) => {
-    const from = Math.min(CHANNELS - 1, Math.max(0, Math.trunc(first.valueAsNumber) || 0));
+    const channel = Math.min(CHANNELS - 1, Math.max(0, Math.trunc(first.valueAsNumber) || 0));
+    const from = channel - (channel % pictures(name));
     const last = Math.min(CHANNELS, from + pictures(name)) - 1;
     return last > from ? `${from}-${last}` : `${from}`;
   };
   const rows = commands.filter(
-    ({ fields }) => fields.some((one) => one.name === "mode") && fields.some((one) => one.name === "channels"),
+    ({ fields }) =>
+      fields.some((one) => one.name === "mode") && fields.some((one) => one.name === "channels"),
   );
   const box = make("div", { class: "layouts" });
   for (const { name: command, help, fields } of rows) {
@@ -115,7 +117,11 @@ export function layoutRows(say, bench, { commands }) {
       });
     box.append(
       make("h3", { title: help }, command),
-      make("div", { class: "modes", role: "group", "aria-label": `${command}: ${help}` }, ...buttons),
+      make(
+        "div",
+        { class: "modes", role: "group", "aria-label": `${command}: ${help}` },
+        ...buttons,
+      ),
     );
   }
   rove(box);
@@ -126,12 +132,15 @@ export function layoutRows(say, bench, { commands }) {
     make(
       "div",
       { class: "toolbar" },
-      make("label", { for: "first-channel" }, "from channel"),
+      make("label", { for: "first-channel" }, "page with channel"),
       first,
       option,
       make(
         "label",
-        { for: "layout-option", title: "play-split full: the picture fills the screen, else it is centred" },
+        {
+          for: "layout-option",
+          title: "play-split full: the picture fills the screen, else it is centred",
+        },
         "play-split full fills the screen",
       ),
     ),

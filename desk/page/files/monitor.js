@@ -4,10 +4,9 @@
 import { make, setText } from "./dom.js";
 import { CHANNEL_COLORS, CHIPS } from "./state.js";
 import { registersOf } from "./window_registers.js";
+import { fieldsInWords, hex } from "./words.js";
 
 const LIT = 1500; // ms
-
-const hex = (number) => number.toString(16).toUpperCase().padStart(2, "0");
 
 /**
  * @param {HTMLElement} pane
@@ -17,12 +16,20 @@ const hex = (number) => number.toString(16).toUpperCase().padStart(2, "0");
 export function mount(pane, bench, language) {
   const canvas = make("canvas", { width: 720, height: 480, role: "img", "aria-label": "Picture" });
   const windows = make("div", { class: "windows", role: "group", "aria-label": "Windows" });
-  const card = make("aside", { class: "card", "aria-label": "Registers of the window", hidden: true });
+  const card = make("aside", {
+    class: "card",
+    "aria-label": "Registers of the window",
+    hidden: true,
+  });
   const screen = make("div", { class: "screen" }, canvas, windows, card);
   const about = make("span", { class: "dim" });
   const mapping = make(
     "button",
-    { type: "button", "aria-pressed": "false", title: "Which window belongs to which channel and registers" },
+    {
+      type: "button",
+      "aria-pressed": "false",
+      title: "Which window belongs to which channel and registers",
+    },
     "Windows",
   );
   mapping.addEventListener("click", () => {
@@ -33,14 +40,20 @@ export function mount(pane, bench, language) {
   });
   const full = make(
     "button",
-    { type: "button", title: "The picture on the whole screen", click: () => screen.requestFullscreen() },
+    {
+      type: "button",
+      title: "The picture on the whole screen",
+      click: () => screen.requestFullscreen(),
+    },
     "Full screen",
   );
   pane.querySelector("header").append(about, mapping, full);
   pane.append(make("div", { class: "stage" }, screen));
 
   const context = canvas.getContext("2d", { alpha: false, desynchronized: false });
-  const overlay = new Overlay(windows, card, bench, language, () => screen.classList.contains("mapped"));
+  const overlay = new Overlay(windows, card, bench, language, () =>
+    screen.classList.contains("mapped"),
+  );
   bench.addEventListener("moment", ({ detail: moment }) => {
     const { header, picture } = moment;
     if (canvas.width !== header.width || canvas.height !== header.height) {
@@ -55,7 +68,9 @@ export function mount(pane, bench, language) {
     );
     overlay.take(moment);
   });
-  bench.addEventListener("status", ({ detail }) => screen.classList.toggle("old", !detail.connected));
+  bench.addEventListener("status", ({ detail }) =>
+    screen.classList.toggle("old", !detail.connected),
+  );
   bench.addEventListener("select", () => overlay.show());
 }
 
@@ -152,7 +167,12 @@ class Overlay {
 
   #label({ channel, chip, position, front, frozen, shows, picture, signal }) {
     const what = { tape: `tape ${picture}`, blank: "blanked", nothing: "nothing" }[shows];
-    const more = [what, shows === "camera" && !signal && "no signal", frozen && "frozen", !front && "behind"];
+    const more = [
+      what,
+      shows === "camera" && !signal && "no signal",
+      frozen && "frozen",
+      !front && "behind",
+    ];
     return [`${channel} · ${CHIPS[chip]} ${position}`, ...more.filter(Boolean)].join(" · ");
   }
 
@@ -168,10 +188,12 @@ class Overlay {
     for (const [channel, button] of this.#buttons) {
       button.setAttribute("aria-pressed", channel === selected);
       const registers = mapped ? registersOf(this.#language, channel) : [];
-      button.classList.toggle("changed", registers.some((one) => this.#isLit(one)));
+      button.classList.toggle(
+        "changed",
+        registers.some((one) => this.#isLit(one)),
+      );
     }
-    const channel = this.#looked ?? selected;
-    const window = this.#moment?.header.windows.find((one) => one.channel === channel);
+    const window = this.#moment?.header.windows.find((one) => one.channel === this.#looked);
     this.#card.hidden = !mapped || !window;
     if (!this.#card.hidden) this.#fill(window);
   }
@@ -182,14 +204,19 @@ class Overlay {
     this.#card.classList.toggle("low", window.top + window.bottom < height);
     const rows = registersOf(this.#language, window.channel).map((one) => {
       const bytes = one.numbers.map((number) => this.#byte(one, number));
-      const place = `${one.page} 0x${hex(one.numbers[0])}`;
-      return [place, one.name, bytes.map(hex).join(" "), fieldsThatAreSet(one, bytes[0]), this.#isLit(one)];
+      const place = `${one.page} ${hex(one.numbers[0])}`;
+      const values = bytes.map((byte) => hex(byte).slice(2)).join(" ");
+      return [place, one.name, values, fieldsInWords(one, bytes[0]), this.#isLit(one)];
     });
     const edges = `x ${window.left}–${window.right}, y ${window.top}–${window.bottom} of ${width} × ${height}`;
     const text = JSON.stringify([window.channel, edges, rows]);
     if (this.#card.dataset.shows === text) return;
     this.#card.dataset.shows = text;
-    const head = make("h3", {}, `Channel ${window.channel}: ${CHIPS[window.chip]}, position ${window.position}`);
+    const head = make(
+      "h3",
+      {},
+      `Channel ${window.channel}: ${CHIPS[window.chip]}, position ${window.position}`,
+    );
     const table = make(
       "table",
       {},
@@ -210,16 +237,4 @@ class Overlay {
   #byte({ chip, page }, number) {
     return this.#moment.registers[(chip * 3 + page) * 256 + number];
   }
-}
-
-// As a listing says them: one of one bit by its name, one of several with its value unless it is 0.
-function fieldsThatAreSet({ fields }, byte) {
-  return fields
-    .map(({ name, bits: [high, low] }) => {
-      const value = (byte >> low) & ((1 << (high - low + 1)) - 1);
-      if (value === 0) return null;
-      return high === low ? name : `${name} ${value}`;
-    })
-    .filter(Boolean)
-    .join(", ");
 }

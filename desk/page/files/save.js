@@ -1,6 +1,7 @@
 // What can be kept: the session as a script, the picture, the trace, a waveform.
 
 import { make, setText } from "./dom.js";
+import { quoted } from "./state.js";
 
 const REFUSED = "lines are sent one by one, and the sender keeps them";
 
@@ -16,8 +17,12 @@ export function mount(pane, bench, language) {
     answer.className = good ? "answer" : "answer bad";
   };
   const refused = language.board === "program";
-  const button = (text, click) =>
-    make("button", { type: "button", disabled: refused, title: refused ? REFUSED : null, click }, text);
+  const button = (text, title, click) =>
+    make(
+      "button",
+      { type: "button", disabled: refused, title: refused ? REFUSED : title, click },
+      text,
+    );
 
   const script = async () => {
     const { result, text } = await bench.send("history");
@@ -31,35 +36,43 @@ export function mount(pane, bench, language) {
       tell("The picture is in the downloads.", true);
     });
   };
-  const onServer = (kind, name, help) => {
-    const file = make("input", { id: `save-${kind}`, class: "mono", size: 16, value: name, disabled: refused });
+  const onServer = (kind, name) => {
+    const file = make("input", {
+      id: `save-${kind}`,
+      class: "mono",
+      size: 12,
+      value: name,
+      disabled: refused,
+    });
     const save = async () => {
-      const line = `save ${kind} ${file.value.trim()}`;
+      const line = `save ${kind} ${quoted(file.value.trim())}`;
       tell(`${line} …`, true);
       const { result, text } = await bench.send(line);
       tell(text.trim() || `${file.value.trim()} is written.`, result === "done");
     };
-    return row(help, make("label", { for: file.id }, "File"), file, button(`Save ${kind}`, save));
+    return make("div", { class: "toolbar" }, file, button("Save", `save ${kind} FILE`, save));
   };
+  const label = (kind, text) => make("label", { for: `save-${kind}` }, text);
   pane.append(
     make(
       "div",
       { class: "fill saves" },
-      row("Session as a script, to be run again", button("Download script", script)),
-      row(
-        "Picture of the monitor, as PNG",
-        make("button", { type: "button", click: picture }, "Download picture"),
+      make("span", {}, "Script"),
+      make("div", { class: "toolbar" }, button("Download", "the session, to be run again", script)),
+      make("span", {}, "Picture"),
+      make(
+        "div",
+        { class: "toolbar" },
+        make("button", { type: "button", title: "the monitor as PNG", click: picture }, "Download"),
       ),
-      onServer("trace", "session.json", "Trace of the session: every touch of the platform"),
-      onServer("waveform", "session.vcd", "Waveform of the bus, for a logic analyser's viewer"),
+      label("trace", "Trace"),
+      onServer("trace", "session.json"),
+      label("waveform", "Waveform"),
+      onServer("waveform", "session.vcd"),
       make("p", { class: "dim" }, "Trace and waveform are written where the board runs."),
       answer,
     ),
   );
-}
-
-function row(help, ...inside) {
-  return make("div", { class: "row" }, make("span", {}, help), make("div", { class: "toolbar" }, ...inside));
 }
 
 // `history` numbers its lines.

@@ -6,8 +6,22 @@ export const CHIPS = ["master", "slave1", "slave2", "slave3"];
 
 /** As the test cards of the cameras have them. */
 export const CHANNEL_COLORS = [
-  "#a82c2c", "#227096", "#967614", "#683296", "#1c8054", "#b03e74", "#3850b0", "#6e8018",
-  "#ac581a", "#147e80", "#8c2884", "#3e7828", "#2c326c", "#c46452", "#566274", "#8c602c",
+  "#a82c2c",
+  "#227096",
+  "#967614",
+  "#683296",
+  "#1c8054",
+  "#b03e74",
+  "#3850b0",
+  "#6e8018",
+  "#ac581a",
+  "#147e80",
+  "#8c2884",
+  "#3e7828",
+  "#2c326c",
+  "#c46452",
+  "#566274",
+  "#8c602c",
 ];
 
 const FITTED = 0x28;
@@ -22,7 +36,9 @@ export function words(line) {
       quoted === undefined
         ? word
         : quoted.replace(/\\(x[0-9A-Fa-f]{2}|.)/g, (_, one) =>
-            one[0] === "x" ? String.fromCharCode(parseInt(one.slice(1), 16)) : (escapes[one] ?? one),
+            one[0] === "x"
+              ? String.fromCharCode(parseInt(one.slice(1), 16))
+              : (escapes[one] ?? one),
           ),
     );
 }
@@ -46,7 +62,8 @@ export function numbers(text, count = CHANNELS) {
 function fresh() {
   return {
     ids: CHIPS.map(() => FITTED),
-    cameras: Array(CHANNELS).fill("ntsc"),
+    plugged: Array(CHANNELS).fill(true),
+    standards: Array(CHANNELS).fill("ntsc"), // also of a camera that is not plugged
     weak: Array(CHANNELS).fill(false),
     motion: Array(CHANNELS).fill(false),
     faults: new Set(),
@@ -112,7 +129,8 @@ export class State extends EventTarget {
       case "board":
         return this.#fit(first, second, rest[0]);
       case "camera":
-        onChannels(board.cameras, second);
+        onChannels(board.plugged, second !== "off");
+        if (second !== "off") onChannels(board.standards, second);
         return true;
       case "weak":
       case "motion":
@@ -127,7 +145,8 @@ export class State extends EventTarget {
       case "nvram":
         if (first === "fail") board.nvram.fail = second;
         if (first === "blank") Object.assign(board.nvram, { record: null, blank: true });
-        if (first === "record") Object.assign(board.nvram, { record: [second, ...rest], blank: false });
+        if (first === "record")
+          Object.assign(board.nvram, { record: [second, ...rest], blank: false });
         return true;
       case "settle":
         board.settle = first;
@@ -147,7 +166,8 @@ export class State extends EventTarget {
   }
 
   #fit(what, where, id) {
-    if (what === "chips") this.board.ids = CHIPS.map((_, chip) => (chip < Number(where) ? FITTED : 0));
+    if (what === "chips")
+      this.board.ids = CHIPS.map((_, chip) => (chip < Number(where) ? FITTED : 0));
     if (what === "id") {
       this.board.ids = this.board.ids.map((was, chip) =>
         where === "all" || where === CHIPS[chip] ? Number(id) : was,

@@ -15,9 +15,14 @@ const known = new Map(); // by channel
 export function registersOf({ pages }, channel) {
   if (!known.has(channel)) {
     const position = channel & 3;
-    const scaler = runs(pages, SCALER_PAGE, position).filter(({ name }) => name.startsWith("scaler "));
+    const scaler = runs(pages, SCALER_PAGE, position).filter(({ name }) =>
+      name.startsWith("scaler "),
+    );
     const all = [...runs(pages, LIVE_PAGE, position), ...scaler];
-    known.set(channel, all.map((run) => ({ ...run, chip: channel >> 2 })));
+    known.set(
+      channel,
+      all.map((run) => ({ ...run, chip: channel >> 2 })),
+    );
   }
   return known.get(channel);
 }
@@ -27,8 +32,10 @@ function runs(pages, page, position) {
   pages[page].forEach((register, number) => {
     if (register?.position !== position) return;
     const last = found.at(-1);
-    if (last?.name === register.name && last.numbers.at(-1) === number - 1) last.numbers.push(number);
-    else found.push({ page, name: register.name, numbers: [number], fields: register.fields ?? [] });
+    if (last?.name === register.name && last.numbers.at(-1) === number - 1)
+      last.numbers.push(number);
+    else
+      found.push({ page, name: register.name, numbers: [number], fields: register.fields ?? [] });
   });
   return found;
 }

@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "sim/world.h"
 #include "tests/desk/port/client.h"
 
 namespace desk {
@@ -27,13 +28,17 @@ class PortTest : public testing::Test {
   void SetUp() override { Open({}); }
   void TearDown() override {
     LetGo();
+    sim::ResetWorld();
     port_.reset();
   }
 
   void Open(const PortLimits& limits) {
+    sim::ResetWorld();
     port_.reset();
-    port_ = std::make_unique<Port>(
-        std::uint16_t{0}, [this](const std::string& line) { return Run(line); }, limits);
+    port_ = std::make_unique<Port>(PortSettings{.control = std::uint16_t{0}, .limits = limits},
+                                   [this](const std::string& line) { return Run(line); });
+    sim::TheWorld().trace.SetEnabled(false);
+    sim::TheWorld().trace.AddListener(port_->Events());
   }
 
   Answer Run(const std::string& line) {
@@ -65,12 +70,9 @@ class PortTest : public testing::Test {
     return lines_;
   }
 
-  void Event(const std::string& text) {
-    const sim::EventDetail detail = sim::DebugEvent{false, text};
-    port_->Events().OnEvent({.kind = sim::Event::Kind::Other}, &detail);
-  }
+  void Event(const std::string& text) { sim::TheWorld().Record(sim::DebugEvent{false, text}); }
   void Cycle(std::uint8_t value) {
-    port_->Events().OnEvent({.kind = sim::Event::Kind::Store, .value = value}, nullptr);
+    sim::TheWorld().trace.AddCycle(0, sim::By::Host, false, sim::BusWindow::Select, value);
   }
 
   std::unique_ptr<Client> Connect(std::string_view greeting = "vexo 1\n") {
@@ -194,14 +196,31 @@ TEST_F(PortTest, EventsComeToThoseWhoWantThem) {
   Event("one");
   Cycle(0x12);
   Event("two");
-  EXPECT_EQ(most->Line(), R"({"event":0,"t":0,"by":"host","ev":"debug","text":"one"})");
-  EXPECT_EQ(most->Line(), R"({"event":1,"t":0,"by":"host","ev":"debug","text":"two"})");
+  EXPECT_EQ(most->Line(), R"({"event":0,"cycle":0,"t":0,"by":"host","ev":"debug","text":"one"})");
+  EXPECT_EQ(most->Line(), R"({"event":1,"cycle":1,"t":0,"by":"host","ev":"debug","text":"two"})");
   EXPECT_EQ(all->Json()["text"], "one");
   EXPECT_EQ(all->Line(),
-            R"({"event":1,"t":0,"by":"host","ev":"store","window":"select","value":18})");
+            R"({"event":1,"cycle":0,"t":0,"by":"host","ev":"store","window":"select","value":18})");
   EXPECT_EQ(all->Json()["event"], 2);
   none->Send("a\n");
   EXPECT_EQ(none->Json()["answer"], 1);
+}
+
+TEST_F(PortTest, WhatHappensToTheBoardAsAWholeIsToldAmongTheEvents) {
+  const auto most = Connect("vexo 1 events\n");
+  const auto all = Connect("vexo 1 events cycles\n");
+  Cycle(0x12);
+  port_->Tell(Port::Tells::Stopped, 20, 1, "break at \"register 0x10\"");
+  port_->Tell(Port::Tells::Continued, 20, 1);
+  port_->Tell(Port::Tells::Rewound, 0, 0);
+  Event("a");
+  EXPECT_EQ(most->Line(),
+            R"({"event":0,"cycle":1,"t":20,"ev":"stopped","text":"break at \"register 0x10\""})");
+  EXPECT_EQ(most->Line(), R"({"event":1,"cycle":1,"t":20,"ev":"continued"})");
+  EXPECT_EQ(most->Line(), R"({"event":2,"cycle":0,"t":0,"ev":"rewound"})");
+  EXPECT_EQ(most->Json()["event"], 3);
+  EXPECT_EQ(all->Json()["ev"], "store");
+  EXPECT_EQ(all->Json()["event"], 1);
 }
 
 TEST_F(PortTest, TheEventsOfALineComeBeforeItsAnswer) {
@@ -398,7 +417,7 @@ TEST_F(PortTest, ConnectionsMayBreakAnywhere) {
 
 TEST_F(PortTest, APortThatIsTakenIsToldInWords) {
   try {
-    const Port second(port_->Number(), [](const std::string&) { return Answer(); });
+    const Port second({.control = port_->Number()}, [](const std::string&) { return Answer(); });
     FAIL() << "two ports have one number";
   } catch (const std::runtime_error& error) {
     EXPECT_EQ(error.what(),
@@ -411,7 +430,8 @@ TEST_F(PortTest, ANumberIsFreeAgainAtOnce) {
   const auto client = Connect();
   port_.reset();
   EXPECT_EQ(client->Line(), std::nullopt);
-  port_ = std::make_unique<Port>(number, [this](const std::string& line) { return Run(line); });
+  port_ = std::make_unique<Port>(PortSettings{.control = number},
+                                 [this](const std::string& line) { return Run(line); });
   EXPECT_EQ(port_->Number(), number);
   Connect();
 }
