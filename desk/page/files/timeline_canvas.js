@@ -114,7 +114,15 @@ export class TimelineCanvas {
     this.#width = width;
     this.#height = height;
     this.#context.setTransform(scale, 0, 0, scale, 0, 0);
-    // Colours of the page as they are now, light or dark.
+    const { theme } = document.documentElement.dataset;
+    const shown = theme ?? matchMedia("(prefers-color-scheme: dark)").matches;
+    if (shown !== this.#shown) this.#readColors(shown);
+    return true;
+  }
+
+  // Colours of the page as they are, light or dark; the browser takes long to tell them.
+  #readColors(shown) {
+    this.#shown = shown;
     this.#probe.hidden = false;
     for (const name of COLORS) {
       this.#probe.style.color = `var(--${name})`;
@@ -122,9 +130,9 @@ export class TimelineCanvas {
     }
     this.#font = getComputedStyle(this.#probe).fontFamily;
     this.#probe.hidden = true;
-    return true;
   }
 
+  #shown = null; // which of them
   #font = "sans-serif";
 
   #x(place) {
