@@ -50,7 +50,7 @@ extern "C" {
 #define VEXODESK_ERROR_THREAD (-3)   /* not the thread that opened the board             */
 #define VEXODESK_ERROR_LINE (-4)     /* no line of the language, or it could not be done */
 #define VEXODESK_ERROR_UNMET (-5)    /* an expectation was not met                       */
-#define VEXODESK_ERROR_SYSTEM (-6)   /* a file or the control port's socket              */
+#define VEXODESK_ERROR_SYSTEM (-6)   /* a file, or the socket of a port                  */
 #define VEXODESK_ERROR_BUSY (-7)     /* a call is still under way                        */
 
 /* Why the calling thread's last failing call of a VexoDesk function failed, in words (UTF-8).
@@ -68,7 +68,7 @@ typedef struct VexoDeskOptions {
   uint32_t size;         /* sizeof(VexoDeskOptions)                                              */
   uint32_t time;         /* VEXODESK_VIRTUAL or VEXODESK_REAL                                    */
   uint32_t control_port; /* on 127.0.0.1: 1-65535, VEXODESK_ANY_PORT, or 0: none                 */
-  uint32_t reserved;     /* 0                                                                    */
+  uint32_t page_port;    /* the same for the page, on which a browser shows the board            */
   const char* board;     /* lines of the script language that make the board, a line feed between
                             them, or null: four chips, NTSC on all channels                      */
   const char* texts;     /* file for the library's texts, "-": standard error, or null: nowhere  */
@@ -88,8 +88,8 @@ int VexoDesk_Open(const VexoDeskOptions* options);
 
 /*
  * Unloads the library (its process detach runs: stop the monitor first, as on the device) and
- * forgets the board and its windows. Ends the control port's lines and connections. The thread
- * that opened the board. VEXODESK_ERROR_BUSY while another thread is in a call, and in a window's
+ * forgets the board and its windows. Ends the lines and connections of both ports. The thread that
+ * opened the board. VEXODESK_ERROR_BUSY while another thread is in a call, and in a window's
  * procedure. VEXODESK_ERROR_SYSTEM when a file could not be written whole: the board is then closed
  * all the same. A new board can be opened afterwards.
  */
@@ -97,6 +97,9 @@ int VexoDesk_Close(void);
 
 /* The control port's number, 0 when there is none, or less than 0. Any thread. */
 int VexoDesk_ControlPort(void);
+
+/* The same for the page, which is http://127.0.0.1:NUMBER/. Any thread. */
+int VexoDesk_PagePort(void);
 
 /*
  * Runs one line of the script language (docs/script-language.md), such as "camera 5 off",

@@ -45,7 +45,9 @@ device/ceimage:         files
 device/emulator:        +harness files
 device/library:         include src/platform/ce
 desk/console:           files +harness +script script/listing script/help script/grammar sim/picture include
-desk/port:              files desk/console +sim/trace_json
+desk/page:              sim/board sim/screen sim/faults +script desk/port/moment
+desk/port/moment:       sim/board
+desk/port:              files desk/console desk/page desk/port/moment +sim/trace_json
 desk/library:           files desk/console desk/port harness +sim/world include script sim/trace_json
 tools/vexosim/terminal:
 tools/vexosim/listing:  +script script/listing files sim/screen sim/picture tools/vexosim/terminal

@@ -9,7 +9,7 @@
 set -euo pipefail
 
 build_packages=(
-  binutils cmake g++ gcc libasio-dev libbenchmark-dev libc6-dev libcli11-dev libedit-dev libgmock-dev
+  binutils cmake g++ gcc libbenchmark-dev libboost-dev libc6-dev libcli11-dev libedit-dev libgmock-dev
   libgtest-dev libpng-dev libstb-dev libunicorn-dev ninja-build nlohmann-json3-dev pkgconf
 )
 # The image: the ARM compiler with the headers of its C and C++ libraries (none of their code is

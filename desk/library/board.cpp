@@ -1,6 +1,7 @@
 #include "desk/library/board.h"
 
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <iostream>
 #include <utility>
@@ -42,14 +43,16 @@ void TellThatItDoesNotComeBack(const std::string& who_waits) {
 Board::Board(const Settings& settings) {
   CheckLines(settings.lines);
   const std::lock_guard not_yet(whole_);
-  if (settings.port) {
-    port_ = std::make_unique<Port>(PortSettings{.control = settings.port},
-                                   [this](const std::string& line) {
-                                     { const std::lock_guard wait(whole_); }
-                                     if (console_ == nullptr)
-                                       return Answer{Answer::Result::Refused, "there is no board"};
-                                     return console_->Run(line);
-                                   });
+  if (settings.port || settings.page) {
+    PortSettings ports{.control = settings.port};
+    if (settings.page) {
+      ports.page = PageSettings{.port = *settings.page, .title = program_invocation_short_name};
+    }
+    port_ = std::make_unique<Port>(ports, [this](const std::string& line) {
+      { const std::lock_guard wait(whole_); }
+      if (console_ == nullptr) return Answer{Answer::Result::Refused, "there is no board"};
+      return console_->Run(line);
+    });
   }
   if (!settings.texts.empty()) {
     texts_ = std::make_unique<TextsOutput>(settings.texts, settings.trace);
@@ -64,6 +67,7 @@ Board::Board(const Settings& settings) {
     End();
     throw;
   }
+  if (settings.page) moments_ = std::make_unique<MomentTaker>(*port_, *this);
 }
 
 Board::~Board() = default;
@@ -101,6 +105,7 @@ void Board::End() {
 }
 
 void Board::Close() {
+  moments_.reset();
   console_->EndLines();
   if (port_ != nullptr) {
     Enter();

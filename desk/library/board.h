@@ -15,6 +15,7 @@
 #include "desk/console/console.h"
 #include "desk/library/gate.h"
 #include "desk/library/outputs.h"
+#include "desk/port/moment_taker.h"
 #include "desk/port/port.h"
 #include "platform/platform.h"
 
@@ -29,6 +30,7 @@ struct Refusal : std::runtime_error {
 struct Settings {
   bool real_time = false;
   std::optional<std::uint16_t> port;  // 0: one that is free; none: no control port
+  std::optional<std::uint16_t> page;  // the same
   std::vector<std::string> lines;     // that make the board
   std::string texts;                  // empty: nowhere
   std::string trace;
@@ -46,6 +48,9 @@ class Board final : public BoardAccess {
 
   bool IsWindowThread() const { return std::this_thread::get_id() == window_thread_; }
   std::uint16_t PortNumber() const { return port_ == nullptr ? std::uint16_t{0} : port_->Number(); }
+  std::uint16_t PageNumber() const {
+    return port_ == nullptr ? std::uint16_t{0} : port_->PageNumber();
+  }
   Answer RunLine(const char* line) { return console_->Run(line); }
 
   // For a thread that is inside.
@@ -73,7 +78,8 @@ class Board final : public BoardAccess {
   std::unique_ptr<TraceOutput> trace_;
   std::unique_ptr<Console> console_;
   std::mutex whole_;            // held until it is
-  std::unique_ptr<Port> port_;  // last: its threads use the rest
+  std::unique_ptr<Port> port_;  // its threads use the rest, and the next one's it
+  std::unique_ptr<MomentTaker> moments_;
 };
 
 // The board that is open, while it is: from its opening to its end calls can be begun.

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstring>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -74,18 +75,17 @@ desk::Settings SettingsOf(const VexoDeskOptions& options) {
   need(options.time <= VEXODESK_REAL,
        "expected time to be VEXODESK_VIRTUAL or VEXODESK_REAL, found " +
            std::to_string(options.time));
-  need(options.control_port <= 0xFFFF || options.control_port == VEXODESK_ANY_PORT,
-       "expected control_port to be 0 to 65535 or VEXODESK_ANY_PORT, found " +
-           std::to_string(options.control_port));
-  need(options.reserved == 0,
-       "expected reserved to be 0, found " + std::to_string(options.reserved));
   desk::Settings settings;
   settings.real_time = options.time == VEXODESK_REAL;
-  if (options.control_port == VEXODESK_ANY_PORT) {
-    settings.port = 0;
-  } else if (options.control_port != 0) {
-    settings.port = static_cast<std::uint16_t>(options.control_port);
-  }
+  const auto port = [&](std::uint32_t number, const char* option) -> std::optional<std::uint16_t> {
+    need(number <= 0xFFFF || number == VEXODESK_ANY_PORT,
+         std::string("expected ") + option + " to be 0 to 65535 or VEXODESK_ANY_PORT, found " +
+             std::to_string(number));
+    if (number == 0) return std::nullopt;
+    return number == VEXODESK_ANY_PORT ? std::uint16_t{0} : static_cast<std::uint16_t>(number);
+  };
+  settings.port = port(options.control_port, "control_port");
+  settings.page = port(options.page_port, "page_port");
   settings.lines = Lines(options.board);
   const auto path = [&](const char* name, const char* option) {
     if (name == nullptr) return std::string();
@@ -147,6 +147,14 @@ int VexoDesk_ControlPort(void) {
     const Call call;
     NeedBoard(call);
     return static_cast<int>(g_board->PortNumber());
+  });
+}
+
+int VexoDesk_PagePort(void) {
+  return Guarded([] {
+    const Call call;
+    NeedBoard(call);
+    return static_cast<int>(g_board->PageNumber());
   });
 }
 

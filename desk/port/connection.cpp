@@ -1,14 +1,16 @@
 #include "desk/port/connection.h"
 
-#include <asio/buffer.hpp>
-#include <asio/post.hpp>
-#include <asio/write.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/system/error_code.hpp>
 #include <exception>
 #include <utility>
 
 #include "desk/port/json_lines.h"
 
 namespace desk {
+
+namespace asio = boost::asio;
+
 namespace {
 
 Answer RunOrRefuse(const Port::Run& run, const std::string& line) {
@@ -23,8 +25,8 @@ Answer RunOrRefuse(const Port::Run& run, const std::string& line) {
 
 }  // namespace
 
-Connection::Connection(asio::ip::tcp::socket socket, const Around& around)
-    : around_(around), socket_(std::move(socket)), timer_(socket_.get_executor()) {}
+Connection::Connection(std::shared_ptr<Transport> transport, const Around& around)
+    : around_(around), transport_(std::move(transport)), timer_(transport_->Executor()) {}
 
 void Connection::Start() {
   CloseAfter(around_.limits.greeting);
@@ -36,23 +38,22 @@ void Connection::Start() {
 void Connection::Read() {
   if (reading_ || closed_) return;
   reading_ = true;
-  socket_.async_read_some(asio::buffer(read_),
-                          [self = shared_from_this()](std::error_code error, std::size_t bytes) {
-                            self->OnRead(error, bytes);
-                          });
+  transport_->Read([self = shared_from_this()](Transport::Comes what, std::string_view bytes) {
+    self->OnRead(what, bytes);
+  });
 }
 
-void Connection::OnRead(std::error_code error, std::size_t bytes) {
+void Connection::OnRead(Transport::Comes what, std::string_view bytes) {
   reading_ = false;
   if (closed_) return;
-  if (error == asio::error::eof) {
+  if (what == Transport::Comes::End) {
     if (no_more_) return Close();
     no_more_ = true;  // what came before it is answered
     return Attend();
   }
-  if (error) return Close();
+  if (what == Transport::Comes::Broken) return Close();
   if (no_more_) return Read();  // to be thrown away
-  conversation_.Take({read_.data(), bytes});
+  conversation_.Take(bytes);
   Attend();
 }
 
@@ -133,7 +134,7 @@ void Connection::RunLines() {
 
 // From the thread of the lines, for which the end of the port waits: there may be nobody left.
 void Connection::Post(void (Connection::*step)()) {
-  asio::post(socket_.get_executor(), [weak = weak_from_this(), step] {
+  asio::post(transport_->Executor(), [weak = weak_from_this(), step] {
     if (const std::shared_ptr<Connection> self = weak.lock()) (self.get()->*step)();
   });
 }
@@ -154,12 +155,11 @@ void Connection::Send() {
     return;
   }
   writing_ = true;
-  asio::async_write(socket_, asio::buffer(written_),
-                    [self = shared_from_this()](std::error_code error, std::size_t) {
-                      self->writing_ = false;
-                      if (error) return self->Close();
-                      self->Attend();
-                    });
+  transport_->Write(written_, [self = shared_from_this()](bool all) {
+    self->writing_ = false;
+    if (!all) return self->Close();
+    self->Attend();
+  });
 }
 
 // Answers, and before each the events that its line brought.
@@ -193,19 +193,17 @@ void Connection::SayGoodbye() {
   CloseAfter(around_.limits.goodbye);
   written_ = *goodbye_;
   writing_ = true;  // and nothing after it
-  asio::async_write(socket_, asio::buffer(written_),
-                    [self = shared_from_this()](std::error_code error, std::size_t) {
-                      if (self->closed_) return;
-                      if (error) return self->Close();
-                      std::error_code ignored;
-                      self->socket_.shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
-                      self->Read();
-                    });
+  transport_->Write(written_, [self = shared_from_this()](bool all) {
+    if (self->closed_) return;
+    if (!all) return self->Close();
+    self->transport_->EndSending();
+    self->Read();
+  });
 }
 
 void Connection::CloseAfter(std::chrono::milliseconds time) {
   timer_.expires_after(time);
-  timer_.async_wait([self = weak_from_this()](std::error_code error) {
+  timer_.async_wait([self = weak_from_this()](boost::system::error_code error) {
     if (const auto alive = self.lock(); alive && !error) alive->Close();
   });
 }
@@ -214,11 +212,10 @@ void Connection::Close() {
   if (closed_) return;
   closed_ = true;
   timer_.cancel();
-  std::error_code ignored;
-  socket_.close(ignored);
+  transport_->Close();
   if (feed_ != nullptr) feed_->Unwatch();
   if (!runner_.joinable()) {
-    return asio::post(socket_.get_executor(), [self = shared_from_this()] { self->ReportGone(); });
+    return asio::post(transport_->Executor(), [self = shared_from_this()] { self->ReportGone(); });
   }
   const std::lock_guard lock(mutex_);
   ended_ = true;

@@ -1,11 +1,8 @@
-// One connection of the port: its socket, its lines one after the other in a thread of their own,
-// and what it is sent.
+// One connection of the port: its conversation, its lines one after the other in a thread of their
+// own, and what it is sent.
 #pragma once
 
-#include <array>
-#include <asio/io_context.hpp>
-#include <asio/ip/tcp.hpp>
-#include <asio/steady_timer.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -15,13 +12,14 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <system_error>
+#include <string_view>
 #include <thread>
 
 #include "desk/console/console.h"
 #include "desk/port/conversation.h"
 #include "desk/port/event_feed.h"
 #include "desk/port/port.h"
+#include "desk/port/transport.h"
 
 namespace desk {
 
@@ -37,7 +35,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     std::function<void(const std::shared_ptr<Connection>&)> on_gone;
   };
 
-  Connection(asio::ip::tcp::socket socket, const Around& around);
+  Connection(std::shared_ptr<Transport> transport, const Around& around);
   ~Connection() = default;  // after Join
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -63,7 +61,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   };
 
   void Read();
-  void OnRead(std::error_code error, std::size_t bytes);
+  void OnRead(Transport::Comes what, std::string_view bytes);
   void TakeSteps();  // while there is room for them
   void Take(Conversation::Step step);
   void Greet(Wants wants);
@@ -80,10 +78,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void ReportGone();
 
   const Around& around_;
-  asio::ip::tcp::socket socket_;
-  asio::steady_timer timer_;
+  const std::shared_ptr<Transport> transport_;
+  boost::asio::steady_timer timer_;
   Conversation conversation_;
-  std::array<char, 4096> read_{};
   std::string written_;
   bool reading_ = false;
   bool writing_ = false;

@@ -1,16 +1,12 @@
 #include "desk/port/port.h"
 
-#include <algorithm>
-#include <asio/buffer.hpp>
-#include <asio/executor_work_guard.hpp>
-#include <asio/io_context.hpp>
-#include <asio/ip/tcp.hpp>
-#include <asio/post.hpp>
-#include <asio/steady_timer.hpp>
-#include <asio/write.hpp>
 #include <atomic>
-#include <stdexcept>
-#include <system_error>
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/post.hpp>
+#include <optional>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -18,35 +14,15 @@
 #include "desk/port/connection.h"
 #include "desk/port/event_feed.h"
 #include "desk/port/json_lines.h"
+#include "desk/port/listener.h"
+#include "desk/port/page_server.h"
+#include "desk/port/tcp_transport.h"
 #include "sim/world.h"
 
 namespace desk {
-namespace {
 
+namespace asio = boost::asio;
 using asio::ip::tcp;
-
-asio::ip::address_v4 Here() { return asio::ip::address_v4::loopback(); }
-
-// A port that another listens on is taken, whatever the system would share.
-void Listen(tcp::acceptor& acceptor, std::uint16_t port) {
-  try {
-    acceptor.open(tcp::v4());
-#ifdef _WIN32
-    acceptor.set_option(
-        asio::detail::socket_option::boolean<SOL_SOCKET, SO_EXCLUSIVEADDRUSE>(true));
-#else
-    acceptor.set_option(tcp::acceptor::reuse_address(true));
-#endif
-    acceptor.bind({Here(), port});
-    acceptor.listen();
-  } catch (const std::system_error& error) {
-    const bool taken = error.code() == asio::error::address_in_use;
-    throw std::runtime_error("control port " + std::to_string(port) +
-                             " on 127.0.0.1: " + (taken ? "it is taken" : error.code().message()));
-  }
-}
-
-}  // namespace
 
 struct Port::Impl : sim::TraceListener {
   Impl(const PortSettings& settings, Run run);
@@ -54,22 +30,31 @@ struct Port::Impl : sim::TraceListener {
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
 
-  void Accept();
-  void OnAccept(tcp::socket socket);
+  void OnSocket(tcp::socket socket);
   void OnEvent(const sim::Event& event, const sim::EventDetail* detail) override;
   void Tell(const std::string& rest);
   void Wake();
 
+  using Connections = std::vector<std::shared_ptr<Connection>>;
+  void Begin(Connections& list, std::shared_ptr<Transport> transport);
+  template <typename Do>
+  void ForAll(const Do& act) {
+    for (const Connections& list : {connections, page_connections}) {
+      for (const auto& connection : list) act(*connection);
+    }
+  }
+
   asio::io_context io;
   asio::executor_work_guard<asio::io_context::executor_type> work{io.get_executor()};
-  tcp::acceptor acceptor{io};
-  asio::steady_timer pause{io};
   EventFeed events;
   EventFeed all_events;
   EventLines event_lines;
   std::atomic<bool> told{false};  // the sockets' thread, that there are events
   Connection::Around around;
-  std::vector<std::shared_ptr<Connection>> connections;
+  Connections connections;
+  Connections page_connections;
+  std::optional<Listener> control;
+  std::optional<PageServer> page;
   std::thread sockets;
 };
 
@@ -77,45 +62,40 @@ Port::Impl::Impl(const PortSettings& settings, Run run)
     : events(settings.limits.kept_bytes),
       all_events(settings.limits.kept_bytes),
       around{std::move(run), settings.limits, events, all_events,
-             [this](const std::shared_ptr<Connection>& gone) { std::erase(connections, gone); }} {
+             [this](const std::shared_ptr<Connection>& gone) {
+               std::erase(connections, gone);
+               std::erase(page_connections, gone);
+             }} {
   if (settings.control) {
-    Listen(acceptor, *settings.control);
-    Accept();
+    control.emplace(io, "control port", "127.0.0.1", *settings.control,
+                    [this](tcp::socket socket) { OnSocket(std::move(socket)); });
+  }
+  if (settings.page) {
+    page.emplace(
+        io, *settings.page, settings.limits,
+        PageServer::Lines{[this] { return page_connections.size() < around.limits.watchers; },
+                          [this](std::shared_ptr<Transport> socket) {
+                            Begin(page_connections, std::move(socket));
+                          }});
   }
   sockets = std::thread([this] { io.run(); });
 }
 
 Port::Impl::~Impl() {
   asio::post(io, [this] {
-    acceptor.close();
-    pause.cancel();
-    for (const auto& connection : connections) connection->Close();
+    if (control) control->Close();
+    if (page) page->Close();
+    ForAll([](Connection& connection) { connection.Close(); });
     work.reset();
   });
   sockets.join();
-  for (const auto& connection : connections) connection->Join();
+  ForAll([](Connection& connection) { connection.Join(); });
 }
 
-void Port::Impl::Accept() {
-  acceptor.async_accept([this](std::error_code error, tcp::socket socket) {
-    if (!acceptor.is_open()) return;
-    if (!error) {
-      OnAccept(std::move(socket));
-      return Accept();
-    }
-    // Such as no more files: it may pass.
-    constexpr std::chrono::milliseconds kPause{100};
-    pause.expires_after(kPause);
-    pause.async_wait([this](std::error_code ended) {
-      if (!ended) Accept();
-    });
-  });
-}
-
-void Port::Impl::OnAccept(tcp::socket socket) {
-  std::error_code error;
+void Port::Impl::OnSocket(tcp::socket socket) {
+  boost::system::error_code error;
   const tcp::endpoint peer = socket.remote_endpoint(error);
-  if (error || peer.address() != Here()) return;
+  if (error || peer.address() != asio::ip::address_v4::loopback()) return;
   if (connections.size() >= around.limits.connections) {
     const std::string why = ErrorLine(std::to_string(around.limits.connections) +
                                       " connections are open, and there are no more");
@@ -124,8 +104,12 @@ void Port::Impl::OnAccept(tcp::socket socket) {
     return;
   }
   socket.set_option(tcp::no_delay(true), error);
-  connections.push_back(std::make_shared<Connection>(std::move(socket), around));
-  connections.back()->Start();
+  Begin(connections, std::make_shared<TcpTransport>(std::move(socket)));
+}
+
+void Port::Impl::Begin(Connections& list, std::shared_ptr<Transport> transport) {
+  list.push_back(std::make_shared<Connection>(std::move(transport), around));
+  list.back()->Start();
 }
 
 void Port::Impl::OnEvent(const sim::Event& event, const sim::EventDetail* detail) {
@@ -149,8 +133,7 @@ void Port::Impl::Wake() {
   if (told.exchange(true)) return;
   asio::post(io, [this] {
     told = false;
-    const auto open = connections;
-    for (const auto& connection : open) connection->Attend();
+    ForAll([](Connection& connection) { connection.Attend(); });
   });
 }
 
@@ -159,10 +142,12 @@ Port::Port(const PortSettings& settings, Run run)
 Port::~Port() = default;
 
 std::uint16_t Port::Number() const {
-  return impl_->acceptor.is_open() ? impl_->acceptor.local_endpoint().port() : std::uint16_t{0};
+  return impl_->control ? impl_->control->Number() : std::uint16_t{0};
 }
 
-std::uint16_t Port::PageNumber() const { return 0; }
+std::uint16_t Port::PageNumber() const {
+  return impl_->page ? impl_->page->Number() : std::uint16_t{0};
+}
 
 sim::TraceListener& Port::Events() { return *impl_; }
 
@@ -170,8 +155,10 @@ void Port::Tell(Tells what, std::uint32_t t, std::uint64_t cycle, const std::str
   impl_->Tell(ToldRest(what, t, cycle, text));
 }
 
-bool Port::WantsMoment() const { return false; }
+bool Port::WantsMoment() const { return impl_->page && impl_->page->Pictures().WantsMoment(); }
 
-void Port::Show(Moment) {}
+void Port::Show(Moment moment) {
+  if (impl_->page) impl_->page->Pictures().Show(std::move(moment));
+}
 
 }  // namespace desk

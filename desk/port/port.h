@@ -18,9 +18,13 @@
 namespace desk {
 
 struct PortLimits {
-  std::size_t connections = 16;
+  std::size_t connections = 16;  // of the control port
+  std::size_t watchers = 32;     // of the page: so many send lines, and so many see pictures
+  std::size_t sessions = 128;    // of the page: connections for files, or not yet for more
   std::chrono::milliseconds greeting{5000};  // until the first line must be there
   std::chrono::milliseconds goodbye{1000};   // until a connection that was told of its end is gone
+  std::chrono::milliseconds silence{20000};  // until a page is asked whether it is there, and again
+                                             // until it is taken for gone
   std::size_t kept_bytes = std::size_t{8} << 20;  // of events, for those who are slow
 };
 
@@ -28,6 +32,7 @@ struct PageSettings {
   std::string address = "127.0.0.1";  // to listen on
   std::uint16_t port = 0;             // 0: one that is free
   bool bench = false;                 // the board is the page's own, not a program's
+  std::string title = "VexoCtrlSDK";  // such as the program's name
 };
 
 struct PortSettings {

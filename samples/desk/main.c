@@ -1,10 +1,11 @@
 /* The recorder at the desk. Its keys are the words of the command line:
  *
- *   recorder [--real [PORT]] KEY...        for example: recorder 4 9 p 1 p 6
+ *   recorder [--page] [--real [PORT]] KEY...        for example: recorder 4 9 p 1 p 6
  *
  * In virtual time it is over at once. With --real each key has its second, and at the end it stays
  * until its input ends; PORT is then the control port on 127.0.0.1, through which cables are pulled
- * and pictures are made meanwhile. The last picture is recorder.png. */
+ * and pictures are made meanwhile, and --page opens the page for a browser. The last picture is
+ * recorder.png. */
 #include <poll.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -42,6 +43,10 @@ int main(int count, char** arguments) {
   int next = 1;
   int status = 0;
 
+  if (next < count && strcmp(arguments[next], "--page") == 0) {
+    options.page_port = VEXODESK_ANY_PORT;
+    ++next;
+  }
   if (next < count && strcmp(arguments[next], "--real") == 0) {
     options.time = VEXODESK_REAL;
     ++next;
@@ -52,6 +57,10 @@ int main(int count, char** arguments) {
   if (VexoDesk_Open(&options) != VEXODESK_OK) {
     fprintf(stderr, "recorder: %s\n", VexoDesk_Error());
     return 1;
+  }
+  if (VexoDesk_PagePort() > 0) {
+    printf("http://127.0.0.1:%d/\n", VexoDesk_PagePort());
+    fflush(stdout);
   }
   if (RecorderStart(&recorder, VexoDesk_CreateWindow(OnMessage, &recorder)) != 0) {
     fprintf(stderr, "recorder: the chips do not start\n");

@@ -320,6 +320,35 @@ Image ColorBars(int height) {
   return image;
 }
 
+// The master drives the screen.
+int ScreenHeight(const Board& board) {
+  const bool pal = board.Fitted(0) && (board.Peek(0, kSystemControl) & kSystemPal) != 0;
+  return pal ? kScreenHeightPal : kScreenHeightNtsc;
+}
+
+bool ShowsColorBar(const Board& board) { return (board.Peek(0, kStatusFlags) & kColorBar) != 0; }
+
+ShownWindow Shown(const Window& window, const Board& board) {
+  using Shows = ShownWindow::Shows;
+  const unsigned of_chip = window.picture % kChannelsPerChip;
+  ShownWindow shown{.channel = window.channel,
+                    .left = window.rect.left,
+                    .right = window.rect.right,
+                    .top = window.rect.top,
+                    .bottom = window.rect.bottom,
+                    .front = window.front,
+                    .frozen = window.frozen,
+                    .picture = window.picture};
+  if (window.source == Source::Camera) {
+    shown.signal = window.frozen ? board.FrozenState(window.channel).has_picture[of_chip]
+                                 : board.Input(window.picture).HasPicture();
+  } else {
+    shown.shows = window.source == Source::Decoder ? Shows::Tape : Shows::Nothing;
+  }
+  if (window.blank) shown.shows = Shows::Blank;
+  return shown;
+}
+
 }  // namespace
 
 Image FilledImage(int width, int height, Rgb fill) {
@@ -328,11 +357,9 @@ Image FilledImage(int width, int height, Rgb fill) {
 }
 
 Image ComposeScreen(const Board& board) {
-  const bool master = board.Fitted(0);  // the master drives the screen
-  const bool pal = master && (board.Peek(0, kSystemControl) & kSystemPal) != 0;
-  const int height = pal ? kScreenHeightPal : kScreenHeightNtsc;
-  if (!master) return FilledImage(kScreenWidth, height, kScreenBackground);
-  if ((board.Peek(0, kStatusFlags) & kColorBar) != 0) return ColorBars(height);
+  const int height = ScreenHeight(board);
+  if (!board.Fitted(0)) return FilledImage(kScreenWidth, height, kScreenBackground);
+  if (ShowsColorBar(board)) return ColorBars(height);
 
   Composer composer(board, height);
   for (const Window& window : ReadWindows(board)) composer.Add(window);
@@ -341,6 +368,26 @@ Image ComposeScreen(const Board& board) {
   if (const auto part = ReadZoom(board, height)) image = Zoomed(image, *part);
   DrawBitmaps(board, image);
   return image;
+}
+
+std::vector<ShownWindow> ShownWindows(const Board& board) {
+  std::vector<ShownWindow> windows;
+  if (!board.Fitted(0) || ShowsColorBar(board)) return windows;
+  const int height = ScreenHeight(board);
+  const std::optional<ZoomedPart> part = ReadZoom(board, height);
+  const auto place = [&](int from, int corner, int pixels) {
+    return std::clamp(part ? (from - corner) * kZoomFactor : from, 0, pixels);
+  };
+  const ZoomedPart at = part.value_or(ZoomedPart{});
+  for (const Window& window : ReadWindows(board)) {
+    ShownWindow shown = Shown(window, board);
+    shown.left = place(shown.left, at.x, kScreenWidth);
+    shown.right = place(shown.right, at.x, kScreenWidth);
+    shown.top = place(shown.top, at.y, height);
+    shown.bottom = place(shown.bottom, at.y, height);
+    if (shown.left < shown.right && shown.top < shown.bottom) windows.push_back(shown);
+  }
+  return windows;
 }
 
 }  // namespace sim

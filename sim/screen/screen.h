@@ -55,4 +55,22 @@ inline constexpr Rgb kScreenNoPicture{44, 18, 52};   // part of a window that it
 // of its picture, hides all of that.
 Image ComposeScreen(const Board& board);
 
+// A window as it lies on that screen, zoom and all: whose registers make it, and what it shows.
+struct ShownWindow {
+  enum class Shows : std::uint8_t { Camera, Tape, Nothing, Blank };
+  unsigned channel = 0;  // 4 * chip + position
+  int left = 0;          // pixels; right and bottom are the first ones outside
+  int right = 0;
+  int top = 0;
+  int bottom = 0;
+  bool front = false;
+  bool frozen = false;
+  Shows shows = Shows::Camera;
+  unsigned picture = 0;  // channel whose camera or tape it shows
+  bool signal = false;   // of that camera, when it was frozen if it is
+};
+
+// All of which some part is on the screen, topmost first; none under a colour bar.
+std::vector<ShownWindow> ShownWindows(const Board& board);
+
 }  // namespace sim

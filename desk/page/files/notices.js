@@ -1,0 +1,92 @@
+// The bar below the header: a stopped run, a lost connection, and what was missed meanwhile.
+
+import { make, setText } from "./dom.js";
+
+const SAID_FOR = 12000; // ms
+
+/**
+ * @param {HTMLElement} place
+ * @param {import("./bench.js").Bench} bench
+ */
+export function showNotices(place, bench) {
+  place.append(stopped(bench), connection(bench), missed(bench));
+}
+
+// ---- A stopped run ------------------------------------------------------------------------------
+
+function stopped(bench) {
+  const cause = make("strong", { class: "mono" });
+  const where = make("span", { class: "mono" });
+  const calls = make("pre", {});
+  const stack = make("details", {}, make("summary", {}, "Functions"), calls);
+  const goOn = (line, text, properties = {}) =>
+    make("button", { type: "button", click: () => bench.send(line), ...properties }, text);
+  const notice = make(
+    "section",
+    { class: "notice stopped", "aria-label": "Stopped", hidden: true },
+    make("span", { class: "large" }, "Stopped"),
+    make("div", { class: "words" }, cause, where, stack),
+    make(
+      "div",
+      { class: "toolbar" },
+      goOn("continue", "Continue", { class: "primary", title: "continue: to the next stop" }),
+      goOn("step", "Step", { title: "step: one bus cycle" }),
+      goOn("step call", "Step call", { title: "step call: to the end of a call" }),
+    ),
+  );
+  let last = null;
+  const show = () => {
+    if (bench.stopped === last) return;
+    last = bench.stopped;
+    notice.hidden = last === null;
+    document.documentElement.classList.toggle("is-stopped", last !== null);
+    if (last === null) return;
+    const [first, second = "", ...rest] = last.split("\n").map((line) => line.trim());
+    setText(cause, first.replace(/^stopped:\s*/, ""));
+    setText(where, second);
+    setText(calls, rest.join("\n"));
+    stack.hidden = rest.length === 0;
+  };
+  bench.addEventListener("event", show);
+  bench.addEventListener("moment", show);
+  return notice;
+}
+
+// ---- The connection -----------------------------------------------------------------------------
+
+function connection(bench) {
+  const link = document.getElementById("link");
+  const text = make("span", { class: "words" });
+  const notice = make(
+    "section",
+    { class: "notice lost", "aria-label": "Connection", hidden: true },
+    text,
+    make("button", { type: "button", click: () => bench.retry() }, "Try now"),
+  );
+  bench.addEventListener("status", ({ detail: { connected, attempt, wait } }) => {
+    setText(link, connected ? "connected" : "no connection");
+    link.className = connected ? "state good" : "state bad";
+    notice.hidden = connected;
+    const seconds = Math.max(1, Math.round(wait / 1000));
+    const again =
+      attempt === 1 ? "It is tried again." : `Tried ${attempt - 1} times; again in ${seconds} s.`;
+    setText(text, `The board cannot be reached. ${again}`);
+  });
+  return notice;
+}
+
+function missed(bench) {
+  const text = make("span", { class: "words" });
+  const notice = make("section", { class: "notice", "aria-label": "Missed", hidden: true }, text);
+  const close = make("button", { type: "button", click: () => (notice.hidden = true) }, "Close");
+  notice.append(close);
+  let timer = 0;
+  bench.addEventListener("missed", ({ detail: { count, anew } }) => {
+    const many = `${count.toLocaleString("en")} ${count === 1 ? "event was" : "events were"} missed.`;
+    setText(text, anew ? "Another board answers: all begins anew." : many);
+    notice.hidden = false;
+    clearTimeout(timer);
+    timer = setTimeout(() => (notice.hidden = true), SAID_FOR);
+  });
+  return notice;
+}
