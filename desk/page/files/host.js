@@ -42,7 +42,7 @@ function lifeCycle(say, { board }) {
     ["attach", "Attach", "the library is loaded", true],
     ["window", "Window", "a new host window is bound", true],
     ["command init", "Init", "detects and initializes the chips, starts the monitor", false],
-    ["command stop-monitor", "Stop monitor", "ends the library's thread", false],
+    ["command stop-monitor", "Stop", "ends the library's thread", false],
     ["unbind", "Unbind", "the window is forgotten", true],
     ["detach", "Detach", "the library is unloaded", true],
   ];

@@ -56,21 +56,19 @@ function stopped(bench) {
 
 function connection(bench) {
   const link = document.getElementById("link");
-  const text = make("span", { class: "words" });
+  // How often and when is not read out: it changes with every attempt.
+  const attempts = make("span", { class: "dim", "aria-hidden": "true" });
   const notice = make(
     "section",
     { class: "notice lost", "aria-label": "Connection", hidden: true },
-    text,
+    make("span", { class: "words" }, make("span", {}, "The board cannot be reached."), attempts),
     make("button", { type: "button", click: () => bench.retry() }, "Try now"),
   );
   bench.addEventListener("status", ({ detail: { connected, attempt, wait } }) => {
     setText(link, connected ? "connected" : "no connection");
     link.className = connected ? "state good" : "state bad";
     notice.hidden = connected;
-    const seconds = Math.max(1, Math.round(wait / 1000));
-    const again =
-      attempt === 1 ? "It is tried again." : `Tried ${attempt - 1} times; again in ${seconds} s.`;
-    setText(text, `The board cannot be reached. ${again}`);
+    setText(attempts, `Attempt ${attempt} in ${(wait / 1000).toFixed(1)} s`);
   });
   return notice;
 }
