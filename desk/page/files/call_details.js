@@ -92,6 +92,7 @@ export class CallDetails {
     this.#shown = thing?.id ?? 0;
     this.element.hidden = !thing;
     if (!thing) return;
+    this.element.scrollTop = 0;
     const call = thing.event.ev === "call";
     this.element.replaceChildren(
       make(
@@ -104,6 +105,10 @@ export class CallDetails {
       this.#facts(thing),
       ...(call ? this.#call(thing) : [this.#members(thing)]),
     );
+  }
+
+  focus() {
+    this.element.querySelector("button").focus();
   }
 
   #facts({ from, to, by, event, result }) {
@@ -169,8 +174,8 @@ export class CallDetails {
         ? []
         : [make("h4", {}, "Line"), make("pre", { class: "mono" }, printable(event.text))]),
       ...this.#record(event, result),
-      ...this.#inside(thing),
       ...this.#accesses(thing),
+      ...this.#inside(thing),
     ];
   }
 

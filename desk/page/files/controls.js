@@ -66,3 +66,23 @@ export function atEnd(scrolled, change) {
   change();
   if (end) scrolled.scrollTop = scrolled.scrollHeight;
 }
+
+/**
+ * A button that lets a pane have the whole page, and gives it back; Escape does so, too.
+ * @param {HTMLElement} pane
+ */
+export function enlarger(pane) {
+  const set = (large) => {
+    pane.classList.toggle("enlarged", large);
+    toggle.setAttribute("aria-pressed", large);
+  };
+  const toggle = button("⤢", () => set(!pane.classList.contains("enlarged")), {
+    "aria-label": "Whole page",
+    title: "The whole page for this pane (Escape: back)",
+    "aria-pressed": "false",
+  });
+  pane.addEventListener("keydown", (key) => {
+    if (key.key === "Escape" && !key.defaultPrevented) set(false);
+  });
+  return toggle;
+}

@@ -1,6 +1,6 @@
 // Host messages and the library's texts as they come, folded when they repeat.
 
-import { atEnd, button, soon } from "./controls.js";
+import { atEnd, button, enlarger, soon } from "./controls.js";
 import { make } from "./dom.js";
 import { count, messageInWords, printable, seconds } from "./words.js";
 
@@ -70,44 +70,30 @@ export function mount(element, bench, language) {
   const search = make("input", {
     type: "search",
     placeholder: "Filter",
-    "aria-label": "Show those with this text",
+    "aria-label": "Show those with this text, or of this thread",
     input: rebuild,
   });
-  const thread = make(
-    "select",
-    { "aria-label": "Thread", change: rebuild },
-    make("option", { value: "" }, "Both threads"),
-    make("option", { value: "host" }, "Host"),
-    make("option", { value: "worker" }, "Worker"),
-  );
   const fold = make("input", { type: "checkbox", checked: true, change: rebuild });
   const pause = button("Pause", () => setPaused(!paused), { "aria-pressed": "false" });
   const toggles = Object.entries(KINDS).map(([kind, [mark, name, title]]) => {
-    const toggle = button(`${mark} ${name}`, () => toggleKind(kind, toggle), {
+    const toggle = button(mark, () => toggleKind(kind, toggle), {
       "aria-pressed": "true",
       class: "toggle",
       title,
     });
+    toggle.append(make("span", { class: "long" }, name));
     return toggle;
   });
-  element
-    .querySelector("header")
-    .append(
-      make(
-        "div",
-        { class: "toolbar" },
-        pause,
-        button("Clear", clear, { title: "Forgets what has come so far" }),
-      ),
-    );
   element.append(
     make(
       "div",
       { class: "toolbar", role: "group", "aria-label": "What is shown" },
       ...toggles,
-      thread,
       search,
       make("label", { title: "Equal ones are one row with their number" }, fold, "Fold"),
+      pause,
+      button("Clear", clear, { title: "Forgets what has come so far" }),
+      enlarger(element),
     ),
     empty,
     log,
@@ -135,8 +121,7 @@ export function mount(element, bench, language) {
 
   function wanted({ kind, by, text }) {
     if (!kinds.has(kind)) return false;
-    if (thread.value && by && by !== thread.value) return false;
-    return text.toLowerCase().includes(search.value.toLowerCase());
+    return `${by ?? ""} ${text}`.toLowerCase().includes(search.value.toLowerCase());
   }
 
   function show(entry) {

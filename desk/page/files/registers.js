@@ -59,9 +59,8 @@ export function mount(element, bench, language) {
   const details = new RegisterDetails(language, history, act);
   const menu = make("div", { class: "menu", role: "menu", hidden: true });
 
-  element.querySelector("header").append(views.element);
   element.append(
-    make("div", { class: "toolbar" }, chips.element, pages.element, filter),
+    make("div", { class: "toolbar" }, chips.element, pages.element, views.element, filter),
     make(
       "div",
       { class: "fill registers-body" },
@@ -147,7 +146,7 @@ export function mount(element, bench, language) {
       );
       cells.get(number).words = words;
     }
-    const heads = ["", "Name", "Value", "What is set"].map((name) =>
+    const heads = ["Register", "Name", "Value", "What is set"].map((name) =>
       make("th", { scope: "col" }, name),
     );
     return [make("thead", {}, make("tr", {}, ...heads)), make("tbody", {}, ...rows)];
@@ -161,7 +160,7 @@ export function mount(element, bench, language) {
     setText(shownCell, text);
     shownCell.setAttribute(
       "aria-label",
-      `${hex(number)} ${registerLabel(register)}: ${value === null ? "not known" : hex(value)}`,
+      `${hex(number)} ${registerLabel(register)}: ${value === null ? "not known" : text}`,
     );
     if (words) setText(words, value === null ? "" : fieldsInWords(register, value));
     mark(number);
@@ -311,8 +310,8 @@ export function mount(element, bench, language) {
     const { cell: under } = cells.get(current);
     const register = at(current);
     menu.replaceChildren(
-      make("p", { class: "dim", role: "presentation" }, details.name(register)),
-      ...details.actions().map(({ action, text, letter }) =>
+      make("p", { class: "dim", "aria-hidden": "true" }, details.name(register)),
+      ...details.actions(watches.has(register)).map(({ action, text, letter }) =>
         make(
           "button",
           {
@@ -329,6 +328,7 @@ export function mount(element, bench, language) {
         ),
       ),
     );
+    menu.setAttribute("aria-label", details.name(register));
     menu.hidden = false;
     const place = under.getBoundingClientRect();
     const around = menu.offsetParent.getBoundingClientRect();

@@ -7,6 +7,7 @@ export class Stops {
   #bench;
   #list = make("ul", { class: "mono" });
   #said = make("p", { class: "hint", role: "status" });
+  #none = make("p", { class: "dim hint" }, "None: choose a register, and Break on write.");
 
   /** @param {import("./bench.js").Bench} bench */
   constructor(bench) {
@@ -17,6 +18,7 @@ export class Stops {
       { class: "stops" },
       make("h3", {}, "Stops ", off),
       this.#list,
+      this.#none,
       this.#said,
     );
     // Whoever else sets one: its answer tells this page, and the lines of others are events.
@@ -48,6 +50,7 @@ export class Stops {
       .filter(Boolean)
       .map(([, number, words]) => this.#row(number, words));
     this.element.querySelector("button").hidden = rows.length === 0;
+    this.#none.hidden = rows.length > 0;
     this.#list.replaceChildren(...rows);
     if (rows.length === 0) this.#say("");
   }

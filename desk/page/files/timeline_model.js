@@ -19,6 +19,7 @@ const MOST_TEXT = 300; // characters
  * @property {object|null} result the `return` of a call
  * @property {number} depth of a call in others of its thread
  * @property {number} times of pauses that follow each other
+ * @property {number} last turn of what was joined to a text
  */
 
 // Lanes by kind of event.
@@ -81,12 +82,15 @@ export class TimelineModel {
   take(event) {
     if (event.ev === "rewound") this.#cut(event);
     if (event.ev === "sleep" || event.ev === "wait") return this.#pause(event);
+    // The host's idle time is told in small pieces: it is seen as nothing that happens.
+    if (event.ev === "line" && /^run \d+$/.test(event.text)) return this.tick(event.t, event.cycle);
     const place = this.#step(event);
     if (event.ev === "call") return this.#call(event, place);
     if (event.ev === "return") return this.#return(event, place);
     if (event.ev === "thread") return this.#thread(event, place);
     const lane = LANES[event.ev];
     if (!lane) return;
+    if (lane === "texts" && this.#goesOn(event, place)) return;
     const short =
       event.text?.length > MOST_TEXT ? { ...event, text: event.text.slice(0, MOST_TEXT) } : event;
     this.#add(lane, short, place, place);
@@ -135,6 +139,17 @@ export class TimelineModel {
     }
   }
 
+  // The library writes a prefix and its message apart: they are one text.
+  #goesOn({ by, ev, text }, { n }) {
+    const last = this.lanes.texts.at(-1);
+    if (!last || last.by !== by || last.event.ev !== ev || last.last !== n - 1) return false;
+    if (last.event.text.endsWith("\n") || last.event.text.length + text.length > MOST_TEXT)
+      return false;
+    last.event = { ...last.event, text: last.event.text + text };
+    last.last = n;
+    return true;
+  }
+
   #call(event, place) {
     const depth = this.#open.filter(({ by }) => by === event.by).length;
     this.#open.push(this.#add("calls", event, place, null, depth));
@@ -163,13 +178,17 @@ export class TimelineModel {
   #add(lane, event, from, to, depth = 0) {
     const things = this.lanes[lane];
     const by = event.by ?? "";
-    const thing = { id: this.#next++, lane, by, from, to, event, result: null, depth, times: 1 };
+    const id = this.#next++;
+    const thing = { id, lane, by, from, to, event, result: null, depth, times: 1, last: from.n };
     things.push(thing);
     if (things.length > MOST) things.splice(0, MOST / 8);
     return thing;
   }
 
   #sample() {
+    // A picture may be older than the turning back of time that it comes after.
+    const later = ({ t, cycle }) => t > this.now.t || cycle > this.now.cycle;
+    while (this.samples.length > 0 && later(this.samples.at(-1))) this.samples.pop();
     const last = this.samples.at(-1);
     if (last && last.t === this.now.t && last.cycle === this.now.cycle && last.n === this.now.n) {
       return;
