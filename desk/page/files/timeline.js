@@ -73,7 +73,7 @@ export function mount(element, bench, language) {
     tool("+", "Show less: zoom in (+)", () => view.zoom(1 / STEP)),
     tool("◀", "Earlier (arrow left)", () => view.pan(-PAN)),
     tool("▶", "Later (arrow right)", () => view.pan(PAN)),
-    tool("Fit", "All that is known (0)", () => view.fit()),
+    tool("Fit", "Fit all that is known (0)", () => view.fit()),
     follow,
     listed,
     enlarger(element),
