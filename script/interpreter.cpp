@@ -55,6 +55,8 @@ void Interpreter::Start() {
   world.windows.keep_received = false;
   for (TraceSink* sink : options_.sinks) sink->Begin(world);
   session_.emplace(out_, around_, this);
+  world.trace.AddListener(accesses_.emplace());
+  session_->accesses = &*accesses_;
   printer_.emplace(world, out_);
   printer_->silent = options_.quiet;
   printer_->before_output = [this] { around_.ClearProgress(); };
@@ -76,6 +78,7 @@ void Interpreter::Start() {
 }
 
 void Interpreter::End() {
+  sim::TheWorld().trace.RemoveListener(*accesses_);
   stops_.reset();
   printer_.reset();
   session_.reset();

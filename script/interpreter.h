@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "script/access_log.h"
 #include "script/action_printer.h"
 #include "script/parse.h"
 #include "script/run_watch.h"
@@ -149,6 +150,7 @@ class Interpreter {
   std::ostream& err_;
   RunWatch watch_;
   std::optional<Session> session_;
+  std::optional<AccessLog> accesses_;
   std::optional<ActionPrinter> printer_;
   std::optional<StopPoints> stops_;
 

@@ -18,6 +18,7 @@
 
 namespace script {
 
+class AccessLog;
 class Interpreter;
 
 // An expectation that was not met; the text says what was found.
@@ -45,7 +46,8 @@ class Session : public sim::TraceListener {
   // The last action's name and result, none when its call has none.
   const std::string& ActionName() const { return action_; }
   std::optional<std::int64_t> returned;
-  LibraryFacts facts;  // what all calls so far have shown
+  const AccessLog* accesses = nullptr;  // none where nobody keeps them
+  LibraryFacts facts;                   // what all calls so far have shown
   std::vector<std::string>
       outcome;                     // the result in words, when there is more to say than its number
   std::vector<std::string> notes;  // what is said below it

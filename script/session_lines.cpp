@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 
+#include "script/help/completion.h"
 #include "script/help/help.h"
 #include "script/interpreter.h"
 #include "script/line.h"
@@ -9,6 +10,8 @@
 
 namespace script {
 namespace {
+
+constexpr std::string_view kIndent = "      ";
 
 template <bool Interpreter::Switches::*kSwitch>
 Step ParseSwitch(Arguments& arguments) {
@@ -62,6 +65,18 @@ Step ParseHelp(Arguments& arguments) {
   return [=](Session& session) { session.Out() << Help(words); };
 }
 
+Step ParseComplete(Arguments& arguments) {
+  const std::string typed = arguments.Text("what is typed of a line");
+  return [=](Session& session) {
+    for (const std::string& line : CompletedLines(typed)) {
+      session.Out() << kIndent << line << '\n';
+    }
+    for (const std::string& hint : Complete(typed).hints) {
+      session.Out() << kIndent << "# " << hint << '\n';
+    }
+  };
+}
+
 Step ParseQuit(Arguments&) {
   return [](Session& session) { session.Runner().Quit(); };
 }
@@ -89,6 +104,9 @@ constexpr std::array kSessionLines = {
     LineKind{kTool, "history", "", "lists the session so far", ParseHistory},
     LineKind{kTool, "help", "[WORD...]", "explains a line; help script lists all", ParseHelp},
     LineKind{kTool, "?", "[WORD...]", "help", ParseHelp},
+    LineKind{kTool, "complete", "\"TEXT\"",
+             "says which lines this beginning of one can become, and # what is expected next",
+             ParseComplete},
     LineKind{kTool, "quit", "", "ends the session", ParseQuit},
     LineKind{kTool, "exit", "", "ends the session", ParseQuit},
 };

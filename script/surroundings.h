@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <optional>
 #include <ostream>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "script/words.h"
+#include "sim/trace.h"
 
 namespace script {
 
@@ -35,6 +37,7 @@ class Surroundings {
 
   // The register writes of the trace from this event on.
   virtual void ShowWrites(std::ostream& out, std::size_t first_event) = 0;
+  virtual void ShowAccesses(std::ostream& out, std::span<const sim::RegisterAccess> accesses) = 0;
   virtual void ShowScreen(std::ostream& out) = 0;
   // Writes the screen to a file. Throws std::runtime_error with the reason.
   virtual void SavePicture(const std::string& path) = 0;

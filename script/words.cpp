@@ -117,6 +117,28 @@ constexpr auto kFaultWords = [] {
 
 }  // namespace
 
+std::string Quoted(std::string_view text) {
+  std::string quoted = "\"";
+  for (const char c : text) {
+    if (c == '"' || c == '\\') {
+      quoted += '\\';
+      quoted += c;
+    } else if (c >= ' ' && c <= '~') {
+      quoted += c;
+    } else {
+      quoted += "\\x" + sim::Hex(static_cast<unsigned char>(c)).substr(2);
+    }
+  }
+  return quoted + '"';
+}
+
+std::string AsWord(std::string_view text) {
+  const bool bare = !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+    return c > ' ' && c <= '~' && c != '"' && c != '#';
+  });
+  return bare ? std::string(text) : Quoted(text);
+}
+
 std::span<const std::string_view> ChipWords() { return kChipWords; }
 std::span<const std::string_view> FaultWords() { return kFaultWords; }
 

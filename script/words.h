@@ -26,6 +26,10 @@ std::size_t CommentBegin(std::string_view line);
 // Blank-separated words up to a comment; a word in double quotes is unquoted. Throws Malformed.
 std::vector<std::string> SplitWords(std::string_view line);
 
+// A word of a line that reads as this text: in quotes, and bare where that can be.
+std::string Quoted(std::string_view text);
+std::string AsWord(std::string_view text);
+
 // Names of the chips by position, and behind them "all".
 std::span<const std::string_view> ChipWords();
 

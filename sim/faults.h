@@ -38,6 +38,7 @@ inline constexpr std::array kFaults = {SIM_FAULTS(SIM_FAULT_WORDS)};
 class Faults {
  public:
   void Set(Fault fault, bool on) { on_[Index(fault)] = on; }
+  bool Has(Fault fault) const { return on_[Index(fault)]; }
   // Asked where the failure would happen; counts when it is on.
   bool Fires(Fault fault) {
     if (on_[Index(fault)]) ++hits_[Index(fault)];

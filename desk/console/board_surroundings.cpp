@@ -52,6 +52,11 @@ void BoardSurroundings::ShowWrites(std::ostream& out, std::size_t first_event) {
   script::PrintWrites(out, sim::TheWorld().trace, first_event);
 }
 
+void BoardSurroundings::ShowAccesses(std::ostream& out,
+                                     std::span<const sim::RegisterAccess> accesses) {
+  script::PrintAccesses(out, accesses);
+}
+
 void BoardSurroundings::ShowScreen(std::ostream& out) {
   out << sim::RenderInCharacters(sim::ComposeScreen(sim::TheWorld().board), kColumns);
 }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <ostream>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,6 +26,7 @@ class BoardSurroundings : public script::Surroundings {
   void ShowRegisters(std::ostream& out, script::ChipChoice chips,
                      std::optional<std::uint8_t> page) override;
   void ShowWrites(std::ostream& out, std::size_t first_event) override;
+  void ShowAccesses(std::ostream& out, std::span<const sim::RegisterAccess> accesses) override;
   void ShowScreen(std::ostream& out) override;
   // Composes the picture and keeps it: to write a file takes longer than the board should stand.
   void SavePicture(const std::string& path) override;

@@ -14,6 +14,7 @@
 #include "desk/console/board_surroundings.h"
 #include "desk/console/refusals.h"
 #include "files/printable.h"
+#include "script/access_log.h"
 #include "script/action_printer.h"
 #include "script/help/first_words.h"
 #include "script/parse.h"
@@ -85,9 +86,10 @@ class Inside {
 // A line that calls the library or lets time pass, and all that happens until the next one begins.
 struct Action {
   Action(std::ostream& out, script::Surroundings& around, const std::string& name,
-         const script::LibraryFacts& facts)
+         const script::LibraryFacts& facts, const script::AccessLog& accesses)
       : session(out, around) {
     session.facts = facts;
+    session.accesses = &accesses;
     session.BeginAction(name);
   }
 
@@ -103,6 +105,7 @@ struct Console::Impl {
   explicit Impl(BoardAccess& of) : access(of), around(of) {
     script::Retell(World().trace, 0, facts);
     World().trace.AddListener(facts, sim::Trace::Hears::AllButCycles);
+    World().trace.AddListener(accesses);
     World().windows.keep_received = false;
     World().windows.on_received = [this](const sim::ReceivedMessage& message) {
       for (Action& action : actions) {
@@ -110,12 +113,13 @@ struct Console::Impl {
         if (action.printer) action.printer->OnReceived(message);
       }
     };
-    actions.emplace_back(out, around, "the program", facts);
+    actions.emplace_back(out, around, "the program", facts, accesses);
     KeepEvents();
   }
   ~Impl() {
     World().windows.on_received = nullptr;
     World().trace.RemoveListener(facts);
+    World().trace.RemoveListener(accesses);
   }
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
@@ -131,6 +135,7 @@ struct Console::Impl {
   BoardAccess& access;
   BoardSurroundings around;
   script::LibraryFacts facts;
+  script::AccessLog accesses;
   std::ostringstream out;     // of a line that takes no time
   std::list<Action> actions;  // those that run, and the last that began
 };
@@ -161,7 +166,7 @@ void Console::Impl::Do(const Statement& statement, std::string& said) {
 void Console::Impl::Act(const Statement& statement, std::string& said) {
   if (!actions.back().printer) actions.pop_back();
   KeepEvents();
-  actions.emplace_back(out, around, statement.text, facts);
+  actions.emplace_back(out, around, statement.text, facts, accesses);
   const auto action = std::prev(actions.end());
   action->printer.emplace(World(), action->printed);
   action->printer->before_output = [action] {

@@ -312,6 +312,13 @@ Completion Complete(std::string_view line) {
   return choice.Result();
 }
 
+std::vector<std::string> CompletedLines(std::string_view line) {
+  const std::string before(line.substr(0, line.size() - Cut(line).part.size()));
+  std::vector<std::string> lines = Complete(line).words;
+  for (std::string& word : lines) word.insert(0, before);
+  return lines;
+}
+
 CompletionStep CompleteStep(std::string_view line) {
   const Completion completion = Complete(line);
   const std::size_t typed = Cut(line).part.size();

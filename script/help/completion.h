@@ -14,6 +14,9 @@ struct Completion {
 // `line` is what stands before the cursor.
 Completion Complete(std::string_view line);
 
+// The lines that it can become, with one more word each.
+std::vector<std::string> CompletedLines(std::string_view line);
+
 // What the Tab key does to it.
 struct CompletionStep {
   std::string insert;  // goes to the cursor

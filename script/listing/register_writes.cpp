@@ -1,5 +1,6 @@
 #include "script/listing/register_writes.h"
 
+#include <algorithm>
 #include <span>
 #include <string>
 #include <vector>
@@ -79,14 +80,22 @@ void PrintRun(std::ostream& out, std::span<const sim::RegisterAccess> run) {
   for (const Writes piece : pieces) PrintLine(out, piece);
 }
 
-void PrintWrites(std::ostream& out, const sim::Trace& trace, std::size_t first_event) {
-  const std::vector<sim::RegisterAccess> accesses = sim::DecodeAccesses(trace, first_event);
+void PrintAccesses(std::ostream& out, std::span<const sim::RegisterAccess> accesses) {
   for (std::size_t begin = 0; begin < accesses.size();) {
     std::size_t end = begin + 1;
-    if (!accesses[begin].read) {
-      while (end < accesses.size() && Continues(accesses[end - 1], accesses[end])) ++end;
-      PrintRun(out, Writes(accesses).subspan(begin, end - begin));
-    }
+    while (end < accesses.size() && Continues(accesses[end - 1], accesses[end])) ++end;
+    PrintRun(out, accesses.subspan(begin, end - begin));
+    begin = end;
+  }
+}
+
+void PrintWrites(std::ostream& out, const sim::Trace& trace, std::size_t first_event) {
+  const std::vector<sim::RegisterAccess> accesses = sim::DecodeAccesses(trace, first_event);
+  const auto is_write = [](const sim::RegisterAccess& access) { return !access.read; };
+  for (auto begin = accesses.begin(); begin != accesses.end();) {
+    begin = std::find_if(begin, accesses.end(), is_write);
+    const auto end = std::find_if_not(begin, accesses.end(), is_write);
+    PrintAccesses(out, {begin, end});
     begin = end;
   }
 }

@@ -17,6 +17,9 @@ namespace script {
 // so.
 void PrintWrites(std::ostream& out, const sim::Trace& trace, std::size_t first_event);
 
+// The same for accesses of either kind.
+void PrintAccesses(std::ostream& out, std::span<const sim::RegisterAccess> accesses);
+
 // The same for a run of accesses to neighbouring registers, all reads (r) or all writes.
 void PrintRun(std::ostream& out, std::span<const sim::RegisterAccess> run);
 // Whether an access goes on with the run that ends in `last`.

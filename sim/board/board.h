@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 #include "chip/registers.h"
 #include "sim/board/bus_windows.h"
@@ -46,6 +47,12 @@ class Board {
   const Frozen& FrozenState(unsigned channel) const;
   const Bitmap& BitmapOf(unsigned position) const;
   bool Sync() const;  // the sync bit now
+  int SettleReads() const { return settle_reads_; }
+  std::uint32_t SyncPeriod() const { return sync_period_ms_; }
+  // The level that the sync bit is held at, none while it toggles.
+  std::optional<bool> SyncHeld() const {
+    return sync_held_ ? std::optional(sync_level_) : std::nullopt;
+  }
 
   // Told when a read brings a chip nearer to the end of what it is busy with.
   std::function<void()> on_countdown;

@@ -18,8 +18,9 @@ class Nvram {
   // The default record, made at the first attach unless something was set before.
   void MakeDefault(std::uint8_t channels);
   void SetFailure(Failure failure) { failure_ = failure; }
-  const Bytes& Content() const { return content_; }
-  unsigned Hits() const { return hits_; }  // failures produced
+  Failure GetFailure() const { return failure_; }
+  const Bytes& Content() const { return content_; }  // empty until something is set or made
+  unsigned Hits() const { return hits_; }            // failures produced
 
   bool Read(std::uint32_t block, std::uint32_t offset, std::uint32_t length, std::uint8_t* buffer);
   bool Write(std::uint32_t block, std::uint32_t offset, std::uint32_t length,

@@ -14,6 +14,7 @@ struct VersionFile {
   enum class State { Present, Unreadable, NoRoot };  // size known; reading fails; no root block
   State state = State::Present;
   std::array<std::uint16_t, 4> version{};
+  bool operator==(const VersionFile&) const = default;
 };
 
 // Paths compare without regard to case.
@@ -23,6 +24,8 @@ class Files {
   void Set(const std::string& path, const VersionFile& file);
   void Remove(const std::string& path);
   const VersionFile* Find(const std::string& path) const;
+  // By path in small letters.
+  const std::map<std::string, VersionFile>& All() const { return files_; }
   // Paths whose size was asked, in order.
   std::vector<std::string> asked;
 

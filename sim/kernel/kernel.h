@@ -38,6 +38,7 @@ class Kernel {
 
   // Chooses among threads that could run by this seed; 0: the default order, host first.
   void SetSeed(std::uint64_t seed);
+  std::uint64_t Seed() const;
   // One bus cycle in `one_in` hands over to another thread, which may be one whose
   // time has not come (time then jumps). 0: never.
   void SetPreemption(unsigned one_in);

@@ -196,6 +196,8 @@ void Kernel::SetSeed(std::uint64_t seed) {
   impl_->random_state = seed;
 }
 
+std::uint64_t Kernel::Seed() const { return impl_->seed; }
+
 void Kernel::SetPreemption(unsigned one_in) { preempt_one_in_ = one_in; }
 
 void Kernel::SetWatch(std::function<void()> watch) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "sim/screen/bitmap_layer.h"
+#include "sim/screen/card_scaler.h"
 #include "sim/screen/input_colors.h"
 #include "sim/screen/motion_boxes.h"
 #include "sim/screen/tape_card.h"
@@ -16,39 +17,6 @@
 
 namespace sim {
 namespace {
-
-// Neighbouring samples of a picture's line or column whose average makes one pixel.
-struct Samples {
-  int first = 0;
-  int count = 1;
-};
-
-// How one axis of a window maps to its picture, pixel by pixel; ends where the picture ends.
-using Axis = std::vector<Samples>;
-
-// Through a scaler: ratio is its 16-bit value, scaled size = size * (ratio + 1) / 65536. Samples
-// are rounded to the nearest, for 1/3 and its like are not exact in 16 bits.
-Axis ScaledAxis(int window_pixels, int picture_pixels, unsigned ratio, unsigned filter) {
-  Axis axis;
-  const auto scale = static_cast<std::int64_t>(ratio) + 1;
-  for (int i = 0; i < window_pixels; ++i) {
-    const std::int64_t source = (static_cast<std::int64_t>(i) * 65536 + scale / 2) / scale;
-    if (source >= picture_pixels) break;
-    axis.push_back({static_cast<int>(source), static_cast<int>(filter) + 1});
-  }
-  return axis;
-}
-
-// A picture that fills its window, whatever the size of both.
-Axis FittedAxis(int window_pixels, int picture_pixels) {
-  Axis axis;
-  for (int i = 0; i < window_pixels; ++i) {
-    const int first = i * picture_pixels / window_pixels;
-    const int end = (i + 1) * picture_pixels / window_pixels;
-    axis.push_back({first, std::max(end - first, 1)});
-  }
-  return axis;
-}
 
 struct Rect {
   int left = 0;  // pixels; right and bottom are the first ones outside
@@ -144,42 +112,13 @@ std::vector<Window> ReadWindows(const Board& board) {
   return windows;
 }
 
-// A card is CardLine or TapeLine, line by line.
-template <typename Line>
-std::vector<Line> MakeCard(unsigned channel, int height, std::uint32_t time_ms) {
-  std::vector<Line> card;
-  card.reserve(static_cast<std::size_t>(height));
-  for (int y = 0; y < height; ++y) card.emplace_back(channel, y, height, time_ms);
-  return card;
-}
-
-// The average of the samples; at the edges the last ones count again.
-template <typename Line>
-Rgb Filtered(const std::vector<Line>& card, Samples across, Samples down) {
-  unsigned r = 0;
-  unsigned g = 0;
-  unsigned b = 0;
-  for (int row = down.first; row < down.first + down.count; ++row) {
-    const Line& line = card[std::min(static_cast<std::size_t>(row), card.size() - 1)];
-    for (int column = across.first; column < across.first + across.count; ++column) {
-      const Rgb sample = line.At(std::min(column, kCardWidth - 1));
-      r += sample.r;
-      g += sample.g;
-      b += sample.b;
-    }
-  }
-  const auto count = static_cast<unsigned>(across.count * down.count);
-  return {static_cast<std::uint8_t>(r / count), static_cast<std::uint8_t>(g / count),
-          static_cast<std::uint8_t>(b / count)};
-}
-
 // Composes windows from the topmost down: a pixel that has been drawn stays.
 class Composer {
  public:
   Composer(const Board& board, int height)
       : board_(board),
         image_(FilledImage(kScreenWidth, height, kScreenBackground)),
-        drawn_(image_.pixels.size(), false) {}
+        drawn_(image_.pixels.size(), 0) {}
 
   void Add(const Window& window) {
     if (window.blank) {
@@ -212,7 +151,7 @@ class Composer {
         window.frozen ? frozen.colors[of_chip] : board_.Colors(window.picture);
     std::optional<ColorTable> table;
     if (colors != kNeutralColors) table.emplace(colors);
-    DrawCard(window.rect, MakeCard<CardLine>(window.picture, lines, TimeOf(window)),
+    DrawCard(window.rect, Card<CardLine>(window.picture, lines, TimeOf(window)),
              ScaledAxis(window.rect.Width(), kCardWidth, window.horizontal,
                         window.control & kScalerFilterX),
              ScaledAxis(window.rect.Height(), lines, window.vertical, window.control >> 2 & 3),
@@ -221,7 +160,7 @@ class Composer {
 
   // The tape plays in the board's standard, whatever the cameras do.
   void AddDecoded(const Window& window) {
-    DrawCard(window.rect, MakeCard<TapeLine>(window.picture, image_.height, TimeOf(window)),
+    DrawCard(window.rect, Card<TapeLine>(window.picture, image_.height, TimeOf(window)),
              FittedAxis(window.rect.Width(), kCardWidth),
              FittedAxis(window.rect.Height(), image_.height));
   }
@@ -233,14 +172,22 @@ class Composer {
   // colors: what an input makes of the picture's, null where nothing. It comes behind the scaler,
   // once a pixel; on the board it comes before, which differs where colours are clipped alone.
   template <typename Line>
-  void DrawCard(const Rect& rect, const std::vector<Line>& card, const Axis& across,
-                const Axis& down, const ColorTable* colors = nullptr) {
+  void DrawCard(const Rect& rect, Card<Line> card, const Axis& across, const Axis& down,
+                const ColorTable* colors = nullptr) {
+    ColumnSums sums;
+    int summed = -1;
+    Averages averages;
     Draw(rect, [&](int x, int y) {
       const auto column = static_cast<std::size_t>(x);
       const auto row = static_cast<std::size_t>(y);
       if (column >= across.size() || row >= down.size()) return kScreenNoPicture;
-      const Rgb pixel = Filtered(card, across[column], down[row]);
-      return colors == nullptr ? pixel : (*colors)(pixel);
+      if (summed != y) {
+        sums = card.Sums(down[row]);
+        summed = y;
+      }
+      const int lines = down[row].count;
+      if (colors == nullptr) return averages.Of(sums, across[column], lines);
+      return (*colors)(averages.Of(sums, across[column], lines));
     });
   }
 
@@ -256,8 +203,8 @@ class Composer {
     for (int y = rect.top; y < bottom; ++y) {
       for (int x = rect.left; x < right; ++x) {
         const auto index = static_cast<std::size_t>(y * image_.width + x);
-        if (drawn_[index]) continue;
-        drawn_[index] = true;
+        if (drawn_[index] != 0) continue;
+        drawn_[index] = 1;
         image_.pixels[index] = color(x - rect.left, y - rect.top);
       }
     }
@@ -265,7 +212,7 @@ class Composer {
 
   const Board& board_;
   Image image_;
-  std::vector<bool> drawn_;
+  std::vector<std::uint8_t> drawn_;  // not bits: asked for each pixel
 };
 
 Image ColorBars(int height) {

@@ -1,6 +1,7 @@
 #include "sim/screen/tape_card.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 
 #include "sim/screen/card_colors.h"
@@ -56,10 +57,10 @@ Rgb Faded(Rgb color) {
 
 }  // namespace
 
-TapeLine::TapeLine(unsigned channel, int y, int height, std::uint32_t time_ms) {
-  const Rgb color = Faded(kChannelColors[channel % kChannelColors.size()]);
-  pixels_.fill(Shaded(color, 288 - 96 * y / height));  // lighter at the top
-
+// Lighter at the top, darker at the bottom.
+TapeLine::TapeLine(unsigned channel, int y, int height, std::uint32_t time_ms)
+    : CardPixels(
+          Shaded(Faded(kChannelColors[channel % kChannelColors.size()]), 288 - 96 * y / height)) {
   Fill(0, kSideWidth, kBandColor);
   Fill(kCardWidth - kSideWidth, kCardWidth, kBandColor);
   if (y < kBandHeight) LayBand(y);
@@ -75,21 +76,6 @@ TapeLine::TapeLine(unsigned channel, int y, int height, std::uint32_t time_ms) {
     LayNumber(channel % 100, left + kPlayWidth + kPlayGap, number_row);
   }
   LayTimeCode(y - (height / 2 + kTimeCodeTop), height == kCardHeightPal ? 25 : 30, time_ms);
-}
-
-void TapeLine::Fill(int left, int right, Rgb color) {
-  std::fill(pixels_.begin() + left, pixels_.begin() + right, color);
-}
-
-void TapeLine::Lay(int x, Rgb color, unsigned weight) {
-  Rgb& pixel = pixels_[static_cast<std::size_t>(x)];
-  pixel = Mix(pixel, color, weight);
-}
-
-void TapeLine::LayGlyph(int left, const std::uint8_t* coverage, int width, Rgb color) {
-  for (int x = 0; x < width; ++x) {
-    if (coverage[x] != 0) Lay(left + x, color, coverage[x]);
-  }
 }
 
 void TapeLine::LayBand(int row) {

@@ -1,5 +1,7 @@
 #include "sim/screen/test_card.h"
 
+#include <algorithm>
+
 #include "sim/screen/card_colors.h"
 #include "sim/screen/digits.h"
 
@@ -27,48 +29,50 @@ constexpr Rgb kDigitColor{250, 250, 246};
 
 }  // namespace
 
-CardLine::CardLine(unsigned channel, int y, int height, std::uint32_t time_ms) {
-  // Lighter at the top, darker at the bottom.
-  color_ = Shaded(kChannelColors[channel % kChannelColors.size()], 288 - 96 * y / height);
-  bar_color_ = Mix(color_, {255, 255, 255}, 110);
-  bar_left_ = static_cast<int>((time_ms % kCardBarPeriodMs) * kCardWidth / kCardBarPeriodMs);
-
+// Lighter at the top, darker at the bottom.
+CardLine::CardLine(unsigned channel, int y, int height, std::uint32_t time_ms)
+    : CardPixels(Shaded(kChannelColors[channel % kChannelColors.size()], 288 - 96 * y / height)) {
+  LayBar(time_ms);
   const int bottom = height - kSafeMargin - kBorderInset;
-  border_ = y >= kBorderInset && y < bottom;
-  border_whole_ =
-      border_ && (y < kBorderInset + kBorderThickness || y >= bottom - kBorderThickness);
-  const int fine_top = bottom - 20 - kFineHeight;
-  fine_ = y >= fine_top && y < fine_top + kFineHeight;
-
-  const int row = y - (height - kSafeMargin - kDigitHeight) / 2;
-  if (row < 0 || row >= kDigitHeight) return;
-  const auto number = static_cast<int>(channel % 100);
-  digit_count_ = number < 10 ? 1 : 2;
-  digit_rows_[0] = DigitRow(number < 10 ? number : number / 10, row);
-  digit_rows_[1] = DigitRow(number % 10, row);
-  digits_left_ = (kSafeWidth - digit_count_ * kDigitPitch + kDigitGap) / 2;
+  if (y >= kBorderInset && y < bottom) LayBorder(y, bottom);
+  const int fine_row = y - (bottom - 20 - kFineHeight);
+  if (fine_row >= 0 && fine_row < kFineHeight) LayFineLines();
+  const int digit_row = y - (height - kSafeMargin - kDigitHeight) / 2;
+  if (digit_row >= 0 && digit_row < kDigitHeight) LayNumber(channel % 100, digit_row);
 }
 
-Rgb CardLine::At(int x) const {
-  const int bar = x - bar_left_;
-  const bool in_bar = (bar >= 0 && bar < kBarWidth) || bar + kCardWidth < kBarWidth;
-  const Rgb pixel = in_bar ? bar_color_ : color_;
+void CardLine::LayBar(std::uint32_t time_ms) {
+  const auto left = static_cast<int>((time_ms % kCardBarPeriodMs) * kCardWidth / kCardBarPeriodMs);
+  const int right = left + kBarWidth;
+  const Rgb color = Mix(At(0), {255, 255, 255}, 110);
+  Fill(left, std::min(right, kCardWidth), color);
+  if (right > kCardWidth) Fill(0, right - kCardWidth, color);
+}
 
+void CardLine::LayBorder(int y, int bottom) {
   constexpr int kRight = kSafeWidth - kBorderInset;
-  if (border_ && x >= kBorderInset && x < kRight) {
-    if (border_whole_ || x < kBorderInset + kBorderThickness || x >= kRight - kBorderThickness) {
-      return Mix(pixel, kDigitColor, 190);
-    }
+  const bool edge = y < kBorderInset + kBorderThickness || y >= bottom - kBorderThickness;
+  const int left_end = edge ? kRight : kBorderInset + kBorderThickness;
+  for (int x = kBorderInset; x < left_end; ++x) Lay(x, kDigitColor, 190);
+  const int right_begin = edge ? kRight : kRight - kBorderThickness;
+  for (int x = right_begin; x < kRight; ++x) Lay(x, kDigitColor, 190);
+}
+
+void CardLine::LayFineLines() {
+  for (int x = kFineLeft; x < kFineLeft + kFineWidth; x += 2) {
+    Fill(x, x + 1, {240, 240, 240});
+    Fill(x + 1, x + 2, {16, 16, 16});
   }
-  if (fine_ && x >= kFineLeft && x < kFineLeft + kFineWidth) {
-    return x % 2 == 0 ? Rgb{240, 240, 240} : Rgb{16, 16, 16};
+}
+
+void CardLine::LayNumber(unsigned number, int row) {
+  const int digits = number < 10 ? 1 : 2;
+  int left = (kSafeWidth - digits * kDigitPitch + kDigitGap) / 2;
+  if (digits == 2) {
+    LayGlyph(left, DigitRow(static_cast<int>(number / 10), row), kDigitWidth, kDigitColor);
+    left += kDigitPitch;
   }
-  const int column = x - digits_left_;
-  if (column < 0 || column >= digit_count_ * kDigitPitch) return pixel;
-  const int within = column % kDigitPitch;
-  if (within >= kDigitWidth) return pixel;
-  const unsigned coverage = digit_rows_[column / kDigitPitch][within];
-  return coverage == 0 ? pixel : Mix(pixel, kDigitColor, coverage);
+  LayGlyph(left, DigitRow(static_cast<int>(number % 10), row), kDigitWidth, kDigitColor);
 }
 
 Rgb TestCardPixel(unsigned channel, int x, int y, int height, std::uint32_t time_ms) {

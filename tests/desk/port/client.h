@@ -23,14 +23,15 @@ inline constexpr std::chrono::seconds kPatience{30};  // of whoever waits for wh
 
 class Client {
  public:
-  explicit Client(std::uint16_t port, const char* from = "127.0.0.1") {
+  explicit Client(std::uint16_t port, const char* from = "127.0.0.1",
+                  const char* to = "127.0.0.1") {
     socket_ = socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     inet_pton(AF_INET, from, &address.sin_addr);
     EXPECT_EQ(bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
     address.sin_port = htons(port);
-    inet_pton(AF_INET, "127.0.0.1", &address.sin_addr);
+    inet_pton(AF_INET, to, &address.sin_addr);
     EXPECT_EQ(connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
   }
   ~Client() { Close(); }
@@ -65,19 +66,16 @@ class Client {
         at_ = end + 1;
         return line;
       }
-      bytes_.erase(0, at_);
-      at_ = 0;
-      pollfd waiting{socket_, POLLIN, 0};
-      const int patience = static_cast<int>(std::chrono::milliseconds(kPatience).count());
-      if (poll(&waiting, 1, patience) <= 0) {
-        ADD_FAILURE() << "nothing came";
-        return std::nullopt;
-      }
-      char part[65536];
-      const ssize_t got = recv(socket_, part, sizeof(part), 0);
-      if (got <= 0) return std::nullopt;
-      bytes_.append(part, static_cast<std::size_t>(got));
+      if (!Receive()) return std::nullopt;
     }
+  }
+  // So many bytes, none when the connection ends before.
+  std::optional<std::string> Bytes(std::size_t count) {
+    while (bytes_.size() - at_ < count) {
+      if (!Receive()) return std::nullopt;
+    }
+    at_ += count;
+    return bytes_.substr(at_ - count, count);
   }
   nlohmann::json Json() {
     const std::optional<std::string> line = Line();
@@ -105,6 +103,23 @@ class Client {
   }
 
  private:
+  // More bytes; false at the end of the connection.
+  bool Receive() {
+    bytes_.erase(0, at_);
+    at_ = 0;
+    pollfd waiting{socket_, POLLIN, 0};
+    const int patience = static_cast<int>(std::chrono::milliseconds(kPatience).count());
+    if (poll(&waiting, 1, patience) <= 0) {
+      ADD_FAILURE() << "nothing came";
+      return false;
+    }
+    char part[65536];
+    const ssize_t got = recv(socket_, part, sizeof(part), 0);
+    if (got <= 0) return false;
+    bytes_.append(part, static_cast<std::size_t>(got));
+    return true;
+  }
+
   int socket_;
   std::string bytes_;
   std::size_t at_ = 0;

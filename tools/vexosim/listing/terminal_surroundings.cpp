@@ -21,6 +21,11 @@ void TerminalSurroundings::ShowWrites(std::ostream& out, std::size_t first_event
   script::PrintWrites(out, sim::TheWorld().trace, first_event);
 }
 
+void TerminalSurroundings::ShowAccesses(std::ostream& out,
+                                        std::span<const sim::RegisterAccess> accesses) {
+  script::PrintAccesses(out, accesses);
+}
+
 void TerminalSurroundings::ShowScreen(std::ostream& out) {
   out << DrawPicture(sim::ComposeScreen(sim::TheWorld().board), style_);
 }

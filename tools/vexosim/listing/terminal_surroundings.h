@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <ostream>
+#include <span>
 #include <string>
 
 #include "script/surroundings.h"
@@ -25,6 +26,7 @@ class TerminalSurroundings : public script::Surroundings {
                      std::optional<std::uint8_t> page) override;
   std::vector<std::string> LibraryStack() override { return vexosim::LibraryStack(); }
   void ShowWrites(std::ostream& out, std::size_t first_event) override;
+  void ShowAccesses(std::ostream& out, std::span<const sim::RegisterAccess> accesses) override;
   void ShowScreen(std::ostream& out) override;
   void SavePicture(const std::string& path) override;
 

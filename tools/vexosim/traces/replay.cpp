@@ -7,6 +7,7 @@
 #include "VexoCtrlSDK.h"
 #include "files/printable.h"
 #include "harness/host.h"
+#include "script/words.h"
 #include "sim/text.h"
 
 namespace vexosim {
@@ -31,21 +32,6 @@ std::string RecordBytes(const sim::Bytes& record) {
       std::find_if(record.rbegin(), record.rend(), [](auto byte) { return byte != 0; });
   const auto length = static_cast<std::size_t>(record.rend() - last);
   return length == 0 ? "" : ' ' + sim::HexBytes(std::span(record).first(length), " ");
-}
-
-std::string Quoted(std::string_view text) {
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (c == '"' || c == '\\') {
-      quoted += '\\';
-      quoted += c;
-    } else if (c >= ' ' && c <= '~') {
-      quoted += c;
-    } else {
-      quoted += "\\x" + sim::Hex(static_cast<unsigned char>(c)).substr(2);
-    }
-  }
-  return quoted + '"';
 }
 
 std::string EntryLine(const sim::CallEvent& call) {
@@ -79,8 +65,9 @@ std::string MotionInfoLine(const sim::CallEvent& call) {
 std::string TextLine(const sim::CallEvent& call) {
   if (!call.text) throw NotReplayable("expected the line of a text command, found none");
   // What is no valid text has its bytes beside it.
-  return "text " +
-         Quoted(call.record ? std::string(call.record->begin(), call.record->end()) : *call.text);
+  return "text " + script::Quoted(call.record
+                                      ? std::string(call.record->begin(), call.record->end())
+                                      : *call.text);
 }
 
 std::string WindowLine(const sim::CallEvent& call) {
