@@ -138,6 +138,9 @@ export function mount(element, bench, language) {
     showList(false);
   });
 
+  // What the board tells moves it on; that need not be as smooth as what a hand does.
+  const updateAtLeisure = soon(update, 100);
+
   function move(act) {
     act();
     view.keepUp();
@@ -332,16 +335,16 @@ export function mount(element, bench, language) {
   bench.addEventListener("event", ({ detail }) => {
     model.take(detail);
     if (selected && detail.ev === "return" && selected.result === detail) details.show(selected);
-    update();
+    updateAtLeisure();
   });
   bench.addEventListener("moment", ({ detail: { header } }) => {
     model.tick(header.t, header.cycles);
-    update();
+    updateAtLeisure();
   });
   bench.addEventListener("missed", ({ detail: { count: missed, anew } }) => {
     if (anew) clear();
     else model.gap(missed);
-    update();
+    updateAtLeisure();
   });
   new ResizeObserver(update).observe(stage);
   move(() => {});
