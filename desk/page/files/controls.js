@@ -45,7 +45,7 @@ export function choice(label, options, value, changed) {
  */
 export function soon(work, pause = 0) {
   let asked = false;
-  let last = -Infinity;
+  let last = -pause;
   function run() {
     asked = false;
     last = performance.now();
@@ -55,7 +55,8 @@ export function soon(work, pause = 0) {
     if (asked) return;
     asked = true;
     const wait = document.hidden ? 1000 : last + pause - performance.now();
-    if (wait > 0) setTimeout(run, wait);
+    if (document.hidden) setTimeout(run, wait);
+    else if (wait > 0) setTimeout(() => requestAnimationFrame(run), wait);
     else requestAnimationFrame(run);
   };
 }
