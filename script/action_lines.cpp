@@ -140,31 +140,40 @@ Step ParseOutput(Arguments& arguments) {
   return [=](Session&) { harness::SetEnableOutputMsg(enable); };
 }
 
+// Time passes; a long one shows how far it is, and can be ended.
+void PassTime(Session& session, std::string_view word, std::uint32_t ms) {
+  constexpr std::uint32_t kSlice = 60'000;
+  Surroundings& around = session.Around();
+  const sim::Kernel& kernel = session.World().kernel;
+  session.World().Record(sim::LineEvent{std::string(word) + ' ' + std::to_string(ms)});
+  const std::uint64_t begin = kernel.NowUnwrapped();
+  const auto passed = [&] { return static_cast<std::uint32_t>(kernel.NowUnwrapped() - begin); };
+  if (ms == 0) around.LetTimePass(0);
+  try {
+    for (std::uint32_t done = 0; done < ms && passed() >= done;) {
+      const std::uint32_t slice = std::min(kSlice, ms - done);
+      around.LetTimePass(slice);
+      done += slice;
+      around.ShowProgress(std::string(word) + ": " + std::to_string(done / 1000) + " of " +
+                          std::to_string(ms / 1000) + " s of virtual time");
+    }
+  } catch (const Ended& ended) {
+    // The host was in no call: what has passed has passed.
+    if (ended.why != Ended::Why::Interrupt || !session.Runner().Interactive()) throw;
+    around.ForgetInterrupt();
+    session.notes.push_back("interrupted after " + std::to_string(passed()) + " ms");
+  }
+  if (session.HasRunner()) session.Runner().TimePassed(word, passed(), passed() < ms);
+}
+
 Step ParseRun(Arguments& arguments) {
   const std::uint32_t ms = arguments.Number("a number of milliseconds");
-  return [=](Session& session) {
-    constexpr std::uint32_t kSlice = 60'000;  // a long run shows how far it is, and can be ended
-    Surroundings& around = session.Around();
-    session.World().Record(sim::LineEvent{"run " + std::to_string(ms)});
-    if (ms == 0) around.LetTimePass(0);
-    const std::uint32_t begin = session.World().kernel.Now();
-    try {
-      for (std::uint32_t done = 0; done < ms;) {
-        const std::uint32_t slice = std::min(kSlice, ms - done);
-        around.LetTimePass(slice);
-        done += slice;
-        around.ShowProgress("run: " + std::to_string(done / 1000) + " of " +
-                            std::to_string(ms / 1000) + " s of virtual time");
-      }
-    } catch (const Ended& ended) {
-      // The host was in no call: what has passed has passed.
-      if (ended.why != Ended::Why::Interrupt || !session.Runner().Interactive()) throw;
-      around.ForgetInterrupt();
-      const std::uint32_t passed = session.World().kernel.Now() - begin;
-      session.Runner().Shorten("run " + std::to_string(passed));
-      session.notes.push_back("interrupted after " + std::to_string(passed) + " ms");
-    }
-  };
+  return [=](Session& session) { PassTime(session, "run", ms); };
+}
+
+Step ParseWait(Arguments& arguments) {
+  const std::uint32_t ms = arguments.Number("a number of milliseconds");
+  return [=](Session& session) { PassTime(session, "wait", ms); };
 }
 
 constexpr LineGroup kAction = LineGroup::Action;
@@ -190,6 +199,8 @@ constexpr std::array kActionLines = {
     LineKind{kAction, "output", "N", "VEXOAPI_SetEnableOutputMsg", ParseOutput},
     LineKind{kAction, "run", "MS", "the host pumps its messages while virtual time passes",
              ParseRun},
+    LineKind{kAction, "wait", "MS",
+             "the same, but what happens meanwhile belongs to the action before", ParseWait, true},
 };
 
 }  // namespace

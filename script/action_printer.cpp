@@ -53,17 +53,14 @@ void ActionPrinter::Begin() {
 void ActionPrinter::End() {
   Flush();
   for (const Folded& folded : std::exchange(folded_, {})) {
-    if (before_output) before_output();
     if (folded.count > 1) {
-      out_ << kIndent << folded.line.substr(0, folded.line.find_last_not_of(' ') + 1) << ", "
-           << folded.count << " times, the last at " << folded.last << " ms";
+      Put(folded.line.substr(0, folded.line.find_last_not_of(' ') + 1) + ", " +
+          std::to_string(folded.count) + " times, the last at " + std::to_string(folded.last) +
+          " ms");
     } else {
-      out_ << kIndent << folded.line;
-      if (folded.last != begin_ && folded.line.front() == '>') {
-        out_ << ", at " << folded.last << " ms";
-      }
+      const bool later = folded.last != begin_ && folded.line.front() == '>';
+      Put(folded.line + (later ? ", at " + std::to_string(folded.last) + " ms" : ""));
     }
-    out_ << '\n';
   }
 }
 
@@ -116,7 +113,11 @@ void ActionPrinter::Line(const std::string& line) {
     }
     return;
   }
-  if (before_output) before_output();
+  Put(line);
+}
+
+void ActionPrinter::Put(const std::string& line) {
+  if (before_output) before_output(line);
   out_ << kIndent << line << '\n';
 }
 

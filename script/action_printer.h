@@ -40,8 +40,8 @@ class ActionPrinter : public sim::TraceListener {
   ActionPrinter& operator=(const ActionPrinter&) = delete;
 
   bool silent = false;
-  bool fold = false;                    // lines that come again are counted, and told at the end
-  std::function<void()> before_output;  // called before each line
+  bool fold = false;  // lines that come again are counted, and told at the end
+  std::function<void(const std::string& line)> before_output;
 
   // An action begins. Times that are told are those that are not its own.
   void Begin();
@@ -62,6 +62,7 @@ class ActionPrinter : public sim::TraceListener {
   void Print(char mark, const std::vector<std::string>& lines);
   void Message(const std::string& words);
   void Line(const std::string& line);
+  void Put(const std::string& line);
 
   sim::World& world_;
   std::ostream& out_;

@@ -53,13 +53,17 @@ void Interpreter::Start() {
   sim::World& world = sim::TheWorld();
   world.trace.SetCapacity(kMostEvents);
   world.windows.keep_received = false;
-  for (TraceSink* sink : options_.sinks) sink->Begin(world);
+  for (TraceSink* sink : options_.sinks) sink->Begin(world.trace);
+  if (rerun_) rerun_->sink->Begin(world.trace);
   session_.emplace(out_, around_, this);
   world.trace.AddListener(accesses_.emplace());
   session_->accesses = &*accesses_;
   printer_.emplace(world, out_);
   printer_->silent = options_.quiet;
-  printer_->before_output = [this] { around_.ClearProgress(); };
+  printer_->before_output = [this](const std::string& line) {
+    around_.ClearProgress();
+    observer_.OnPrinted(line);
+  };
   session_->on_received = [this](const sim::ReceivedMessage& message) {
     printer_->OnReceived(message);
   };
@@ -69,6 +73,8 @@ void Interpreter::Start() {
   log_.clear();
   warned_ = 0;
   acting_.clear();
+  passed_.reset();
+  open_.reset();
   stopped_.clear();
   if (options_.seed != 0) {
     world.kernel.SetSeed(options_.seed);
@@ -101,6 +107,8 @@ bool Interpreter::Run(LineSource& source) {
     }
   }
   sources_.clear();
+  if (open_) observer_.OnKept(log_.back().statement.text);
+  open_.reset();
   around_.ClearProgress();
   return !over;
 }
@@ -124,11 +132,7 @@ std::optional<Statement> Interpreter::Next() {
     replayed_unmet_ = logged.unmet;
     return logged.statement;
   }
-  if (replaying_) {
-    SetReplaying(false);
-    warned_ = session_->World().reports.All().size();
-    if (Stopped()) ShowWhere();
-  }
+  if (replaying_) EndReplay();
   for (;;) {
     try {
       OpenSource& innermost = sources_.back();
@@ -148,13 +152,19 @@ void Interpreter::Execute(const Statement& statement) {
     return Fail(statement, log_.size(), "stopped in '" + acting_ + "': continue or step first",
                 Failure::Wrong);
   }
-  const std::size_t place = log_.size();
-  if (statement.group != LineGroup::Tool) log_.push_back({statement});
+  const bool joins = open_ && statement.goes_on;
+  const std::size_t place = log_.size() - (joins ? 1 : 0);
+  if (statement.group != LineGroup::Tool && !joins) {
+    if (open_) observer_.OnKept(log_.back().statement.text);
+    open_.reset();
+    log_.push_back({statement});
+  }
   if (!replaying_) Echo(statement);
   try {
     switch (statement.group) {
       case LineGroup::Action:
         Act(statement);
+        Keep(place);
         break;
       case LineGroup::Check:
         if (replaying_) {
@@ -190,10 +200,13 @@ void Interpreter::Execute(const Statement& statement) {
 
 void Interpreter::Act(const Statement& statement) {
   sim::World& world = session_->World();
-  world.trace.ForgetEvents();
-  world.windows.received.clear();
+  if (!statement.goes_on) {
+    world.trace.ForgetEvents();
+    world.windows.received.clear();
+    session_->BeginAction(statement.text);
+  }
   world.polling.Progress();
-  session_->BeginAction(statement.text);
+  const std::size_t first_event = world.trace.Mark();
   printer_->fold = switches.quiet;
   printer_->Begin();
   acting_ = statement.text;
@@ -202,19 +215,47 @@ void Interpreter::Act(const Statement& statement) {
     if (switches.pump) world.kernel.Pump(0);
   } catch (const std::exception&) {
     acting_.clear();
-    PrintAction();
+    PrintAction(statement, first_event);
     throw;
   }
   acting_.clear();
-  PrintAction();
+  PrintAction(statement, first_event);
 }
 
-void Interpreter::PrintAction() {
+void Interpreter::TimePassed(std::string_view word, std::uint32_t ms, bool early) {
+  passed_ = {std::string(word), ms, early};
+}
+
+// The line at this place of the log is over. One that let less time pass than it said is kept as
+// that, and as one with what went on with it.
+void Interpreter::Keep(std::size_t place) {
+  std::optional<Passed> passed = std::exchange(passed_, std::nullopt);
+  Statement& kept = log_[place].statement;
+  if (passed && open_) {
+    passed->word = open_->word;
+    passed->ms += open_->ms;
+  }
+  if (passed && (passed->early || open_)) {
+    std::optional<Statement> exact =
+        ParseLine(passed->word + ' ' + std::to_string(passed->ms), true);
+    exact->line = kept.line;
+    kept = std::move(*exact);
+  }
+  open_.reset();
+  if (passed && passed->early && place + 1 == log_.size()) {
+    open_ = std::move(passed);
+  } else {
+    observer_.OnKept(kept.text);
+  }
+}
+
+void Interpreter::PrintAction(const Statement& statement, std::size_t first_event) {
   if (replaying_) return;
   around_.ClearProgress();
   printer_->End();
   if (options_.quiet) return;
-  if (switches.writes) around_.ShowWrites(out_, session_->FirstEvent());
+  if (switches.writes) around_.ShowWrites(out_, first_event);
+  if (statement.goes_on) return;
   for (const std::string& line : session_->ResultInWords()) Note(line);
 }
 
@@ -237,6 +278,7 @@ void Interpreter::Check(const Statement& statement) {
 void Interpreter::Fail(const Statement& statement, std::size_t place, const std::string& what,
                        Failure failure) {
   status_ = std::max(status_, failure == Failure::Wrong ? kExitWrong : kExitUnmet);
+  ++failures_;
   if (!options_.interactive) {
     Complain(statement, what);
     throw Over{};
@@ -266,6 +308,7 @@ void Interpreter::OnStop(const std::string& what) {
     if (!options_.quiet) printer_->End();
     ShowWhere();
     out_.flush();
+    observer_.OnStopped(what);
   }
   resume_ = false;
   while (!resume_) {
@@ -279,6 +322,7 @@ void Interpreter::OnStop(const std::string& what) {
   }
   resume_ = false;
   stopped_.pop_back();
+  if (!replaying_ && !Stopped()) observer_.OnContinued();
 }
 
 void Interpreter::ShowWhere() {
@@ -322,9 +366,10 @@ void Interpreter::Undo() {
   CanTurnBack();
   std::size_t place = log_.size();
   while (place > kept_) {
-    const LineGroup group = log_[--place].statement.group;
-    if (group == LineGroup::Board || group == LineGroup::Action) {
-      Note("undone: " + log_[place].statement.text);
+    const Statement& statement = log_[--place].statement;
+    if (statement.group == LineGroup::Board ||
+        (statement.group == LineGroup::Action && !statement.goes_on)) {
+      Note("undone: " + statement.text);
       throw Rewind{place};
     }
   }
@@ -361,14 +406,31 @@ void Interpreter::TurnBack(std::size_t lines) {
   SetReplaying(true);
 }
 
-void Interpreter::Shorten(const std::string& text) {
-  const auto action = std::find_if(log_.rbegin(), log_.rend(), [](const Logged& logged) {
-    return logged.statement.group == LineGroup::Action;
-  });
-  if (action == log_.rend()) return;
-  std::optional<Statement> shorter = ParseLine(text, true);
-  shorter->line = action->statement.line;
-  action->statement = std::move(*shorter);
+void Interpreter::RunAgain(Rerun rerun) {
+  rerun_ = std::move(rerun);
+  throw Rewind{log_.size()};
+}
+
+// All lines that stay have run again.
+void Interpreter::EndReplay() {
+  SetReplaying(false);
+  warned_ = session_->World().reports.All().size();
+  if (rerun_) {
+    const Rerun rerun = *std::exchange(rerun_, std::nullopt);
+    rerun.sink->End(session_->World().trace);
+    try {
+      rerun.file->Commit();
+    } catch (const files::FileError& error) {
+      status_ = std::max(status_, kExitWrong);
+      ++failures_;
+      Note(error.what());
+    }
+    return;
+  }
+  observer_.OnTurnedBack();
+  if (!Stopped()) return;
+  ShowWhere();
+  observer_.OnStopped(stopped_.back());
 }
 
 // ---- Files --------------------------------------------------------------------------------------
@@ -412,6 +474,21 @@ void Interpreter::Save(const std::string& path) {
   files::OutputFile file(path);
   for (const std::string& line : Lines()) file.Stream() << line << '\n';
   file.Commit();
+}
+
+void Interpreter::SaveTrace(const std::string& path) {
+  CanTurnBack();
+  auto file = std::make_unique<files::OutputFile>(path);
+  auto sink = std::make_unique<JsonSink>(file->Stream());
+  RunAgain({std::move(file), std::move(sink)});
+}
+
+void Interpreter::SaveWaveform(const std::string& path) {
+  if (!options_.waveform) throw std::runtime_error("this program draws no waveforms");
+  CanTurnBack();
+  auto file = std::make_unique<files::OutputFile>(path);
+  auto sink = options_.waveform(file->Stream());
+  RunAgain({std::move(file), std::move(sink)});
 }
 
 void Interpreter::Quit() { throw Over{}; }

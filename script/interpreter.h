@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -11,11 +12,13 @@
 #include <string>
 #include <vector>
 
+#include "files/output.h"
 #include "script/access_log.h"
 #include "script/action_printer.h"
 #include "script/parse.h"
 #include "script/run_watch.h"
 #include "script/session.h"
+#include "script/session_observer.h"
 #include "script/stop_points.h"
 #include "script/trace_sink.h"
 
@@ -51,6 +54,9 @@ struct InterpreterOptions {
   std::uint64_t seed = 0;
   Limits limits;
   std::vector<TraceSink*> sinks;
+  // Makes the sink that a waveform is written with; none: the program draws none.
+  std::function<std::unique_ptr<TraceSink>(std::ostream&)> waveform;
+  SessionObserver* observer = nullptr;  // null: nobody is told
 };
 
 class Interpreter {
@@ -73,6 +79,7 @@ class Interpreter {
   int Status() const { return status_; }
   unsigned Checks() const { return checks_; }
   unsigned UnmetChecks() const { return unmet_; }
+  unsigned Failures() const { return failures_; }  // lines that could not be done
   Session& State() { return *session_; }
 
   // ---- What lines of the session do ---------------------------------------------------------
@@ -88,6 +95,7 @@ class Interpreter {
 
   bool Interactive() const { return options_.interactive; }
   bool Stopped() const { return !stopped_.empty(); }
+  bool Replaying() const { return replaying_; }  // lines run again, unseen
   void Continue();
   void StepCycle();
   void StepCall();
@@ -98,11 +106,14 @@ class Interpreter {
   void Back(const std::string& name);
   void Source(const std::string& path);
   void Save(const std::string& path);
+  // Writes the trace of the session so far, or its waveform, by running it again.
+  void SaveTrace(const std::string& path);
+  void SaveWaveform(const std::string& path);
   [[noreturn]] void Quit();
   // The lines that ran, as Save writes them.
   std::vector<std::string> Lines() const;
-  // The action that runs took this long only, and is kept as one that does.
-  void Shorten(const std::string& text);
+  // The action that runs has let this much time pass, which is less than it says if it is `early`.
+  void TimePassed(std::string_view word, std::uint32_t ms, bool early);
 
  private:
   struct Rewind {
@@ -114,6 +125,17 @@ class Interpreter {
   struct Logged {
     Statement statement;
     bool unmet = false;
+  };
+  // Time that an action let pass.
+  struct Passed {
+    std::string word;  // of its line
+    std::uint32_t ms = 0;
+    bool early = false;  // less than its line said
+  };
+  // A file that is written while the session runs again.
+  struct Rerun {
+    std::unique_ptr<files::OutputFile> file;
+    std::unique_ptr<TraceSink> sink;
   };
   struct OpenSource {
     LineSource* source;
@@ -130,12 +152,15 @@ class Interpreter {
   std::optional<Statement> Next();
   void Execute(const Statement& statement);
   void Act(const Statement& statement);
+  void Keep(std::size_t place);
   void Check(const Statement& statement);
-  void PrintAction();
+  void PrintAction(const Statement& statement, std::size_t first_event);
   void OnStop(const std::string& what);
   void TurnBack(std::size_t lines);
   void SetReplaying(bool replaying);
   void CanTurnBack() const;
+  [[noreturn]] void RunAgain(Rerun rerun);
+  void EndReplay();
   void Fail(const Statement& statement, std::size_t place, const std::string& what,
             Failure failure);
   void Echo(const Statement& statement);
@@ -148,6 +173,8 @@ class Interpreter {
   Surroundings& around_;
   std::ostream& out_;
   std::ostream& err_;
+  SessionObserver nobody_;
+  SessionObserver& observer_ = options_.observer != nullptr ? *options_.observer : nobody_;
   RunWatch watch_;
   std::optional<Session> session_;
   std::optional<AccessLog> accesses_;
@@ -162,13 +189,18 @@ class Interpreter {
   std::size_t kept_ = 0;                      // lines of the log that cannot be undone
   std::map<std::string, std::size_t> marks_;  // lines of the log before it
   std::string acting_;                        // the action that runs
-  std::vector<std::string> stopped_;          // what stopped it, the innermost last
+  std::optional<Passed> passed_;              // by the action that runs
+  // By the log's last line, when it ended early: what goes on with it becomes one with it.
+  std::optional<Passed> open_;
+  std::optional<Rerun> rerun_;
+  std::vector<std::string> stopped_;  // what stopped it, the innermost last
   bool resume_ = false;
   std::size_t warned_ = 0;  // reports that have been shown
 
   int status_ = 0;
   unsigned checks_ = 0;
   unsigned unmet_ = 0;
+  unsigned failures_ = 0;
 };
 
 }  // namespace script

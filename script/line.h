@@ -30,6 +30,7 @@ struct LineKind {
   std::string_view arguments;  // as help shows them
   std::string_view help;
   Step (*parse)(Arguments& arguments);  // throws Malformed
+  bool goes_on = false;                 // an action that is part of the one before
 
   std::string Usage() const;
 };

@@ -77,7 +77,7 @@ namespace {
 // A text command: its header, and what the library gets.
 Statement TextStatement(const std::string& line, bool completed) {
   const std::string text = WithSeparator(line);
-  return {0, line, LineGroup::Action, TextStep(text), completed};
+  return {0, line, LineGroup::Action, TextStep(text), false, completed};
 }
 
 // A line that is a text command, with its header or without; none when it is another.
@@ -109,7 +109,7 @@ std::optional<Statement> ParseLine(const std::string& text, bool after_action) {
   try {
     Step step = kind.parse(arguments);
     arguments.End();
-    return Statement{0, Trim(text), kind.group, std::move(step)};
+    return Statement{0, Trim(text), kind.group, std::move(step), kind.goes_on};
   } catch (const Malformed& error) {
     // A word alone may have been meant to begin another line.
     const std::string usage = WordCount(kind) > 1 ? kind.Usage() : UsagesOf(words.front());

@@ -16,6 +16,7 @@ struct Statement {
   std::string text;   // as it stands, without blanks around it; a text command with its header
   LineGroup group = LineGroup::Board;
   Step step;
+  bool goes_on = false;    // LineKind::goes_on
   bool completed = false;  // the header of a text command was left out
 };
 

@@ -105,6 +105,7 @@ int RunScript(const Script& script, const RunOptions& options, Surroundings& aro
   how.seed = options.seed;
   how.limits = options.limits;
   how.sinks = options.sinks;
+  how.waveform = options.waveform;
   std::optional<JsonSink> trace;
   if (options.trace != nullptr) how.sinks.push_back(&trace.emplace(*options.trace));
   Interpreter interpreter(how, around, out, err);

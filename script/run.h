@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <istream>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -30,6 +32,7 @@ struct RunOptions {
   std::optional<std::string> picture;  // write the screen at the end
   std::ostream* trace = nullptr;       // JSON lines
   std::vector<TraceSink*> sinks;       // what else listens to the trace
+  std::function<std::unique_ptr<TraceSink>(std::ostream&)> waveform;  // as an interpreter has it
   // The machine that runs the library, none for the linked one. A fault of it fails the run.
   const harness::ImageRun* machine = nullptr;
 };

@@ -40,6 +40,7 @@ class Session : public sim::TraceListener {
   Surroundings& Around() const { return around_; }
   // What runs the lines; a program that runs them itself has none, and no lines that need it.
   Interpreter& Runner() const;
+  bool HasRunner() const { return interpreter_ != nullptr; }
 
   // An action begins: what is looked at from now on is its own.
   void BeginAction(std::string name);

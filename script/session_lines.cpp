@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 
+#include "files/output.h"
 #include "script/help/completion.h"
 #include "script/help/help.h"
 #include "script/interpreter.h"
@@ -45,6 +46,18 @@ Step ParseSource(Arguments& arguments) {
 Step ParseSave(Arguments& arguments) {
   const std::string path = arguments.Text("a file name");
   return [=](Session& session) { session.Runner().Save(path); };
+}
+
+Step ParseSaveTrace(Arguments& arguments) {
+  const std::string path = arguments.Text("a file name");
+  return [=](Session& session) { session.Runner().SaveTrace(path); };
+}
+
+Step ParseSaveWaveform(Arguments& arguments) {
+  constexpr std::string_view kWhat = "a file name that ends in .vcd";
+  if (!files::HasEnding(std::string(arguments.Peek()), ".vcd")) arguments.Expected(kWhat);
+  const std::string path = arguments.Text(kWhat);
+  return [=](Session& session) { session.Runner().SaveWaveform(path); };
 }
 
 Step ParseHistory(Arguments&) {
@@ -101,6 +114,10 @@ constexpr std::array kSessionLines = {
              ParseBack},
     LineKind{kTool, "source", "FILE", "runs the lines of a file", ParseSource},
     LineKind{kTool, "save", "FILE", "writes the session so far as a script", ParseSave},
+    LineKind{kTool, "save trace", "FILE", "writes its trace, by running it again unseen",
+             ParseSaveTrace},
+    LineKind{kTool, "save waveform", "FILE.vcd", "writes its waveform, in the same way",
+             ParseSaveWaveform},
     LineKind{kTool, "history", "", "lists the session so far", ParseHistory},
     LineKind{kTool, "help", "[WORD...]", "explains a line; help script lists all", ParseHelp},
     LineKind{kTool, "?", "[WORD...]", "help", ParseHelp},

@@ -5,17 +5,19 @@
 #include <optional>
 #include <ostream>
 
+#include "sim/trace.h"
 #include "sim/trace_json.h"
-#include "sim/world.h"
 
 namespace script {
 
 class TraceSink {
  public:
   virtual ~TraceSink() = default;
-  // Listens to the world's trace from now on. Called again when time is turned back: what was
-  // heard before does not count any more.
-  virtual void Begin(sim::World& world) = 0;
+  // Listens to the trace from now on. Called again, with a new trace, when time is turned back:
+  // what was heard before does not count any more.
+  virtual void Begin(sim::Trace& trace) = 0;
+  // Hears no more of it: what was heard is all.
+  virtual void End(sim::Trace& trace) = 0;
   // Whether Begin can be called again.
   virtual bool CanBeginAgain() const = 0;
 };
@@ -28,11 +30,12 @@ class StreamSink : public TraceSink {
   explicit StreamSink(std::ostream& out, std::function<void()> restart = nullptr)
       : out_(out), restart_(std::move(restart)) {}
 
-  void Begin(sim::World& world) override {
+  void Begin(sim::Trace& trace) override {
     if (listener_) restart_();
     listener_.emplace(out_);
-    world.trace.AddListener(*listener_);
+    trace.AddListener(*listener_);
   }
+  void End(sim::Trace& trace) override { trace.RemoveListener(*listener_); }
   bool CanBeginAgain() const override { return restart_ != nullptr; }
   bool Begun() const { return listener_.has_value(); }
 

@@ -45,6 +45,7 @@ device/ceimage:         files
 device/emulator:        +harness files
 device/library:         include src/platform/ce
 desk/console:           files +harness +script script/listing script/help script/grammar sim/picture include
+desk/bench:             +desk/console desk/port/moment
 desk/page:              sim/board sim/screen sim/faults +script desk/port/moment
 desk/port/moment:       sim/board
 desk/port:              files desk/console desk/page desk/port/moment +sim/trace_json
@@ -55,7 +56,7 @@ tools/vexosim/shell:    +tools/vexosim/listing script/grammar script/help
 tools/vexosim/demo:     +tools/vexosim/listing
 tools/vexosim/traces:   +tools/vexosim/listing sim/register_decoder
 tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/traces
-tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/traces
+tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/traces desk/bench desk/console desk/port
 tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
 windows/kit:            +script +harness files include sim/picture desk/console desk/port

@@ -25,7 +25,7 @@ pc      together sim/platform
 pc      together sim/screen sim/picture
 pc      together harness script script/grammar script/help script/outcome script/listing
 pc      together device/emulator
-pc      together desk/console desk/page desk/port
+pc      together desk/console desk/page desk/port desk/bench
 pc      together desk/library
 pc      together device/ceimage
 pc      together tools/vexosim
@@ -39,7 +39,7 @@ pc      together tests/text tests/model
 pc      together tests/setup tests/chip tests/motion tests/report
 pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture tests/sim/platform tests/sim/screen
 pc      together tests tests/script tests/tools tests/tools/commands tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/listing tests/script/outcome
-pc      together tests/desk/console tests/desk/page tests/desk/port
+pc      together tests/desk/console tests/desk/page tests/desk/port tests/desk/bench
 pc      together tests/desk/library
 pc      together tests/device/ceimage tests/device/emulator
 '

@@ -4,30 +4,22 @@
 
 #include <atomic>
 #include <cstdint>
-#include <optional>
-#include <ostream>
-#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "desk/console/console.h"
-#include "script/surroundings.h"
+#include "desk/console/plain_surroundings.h"
 #include "sim/screen/screen.h"
 
 namespace desk {
 
-class BoardSurroundings : public script::Surroundings {
+class BoardSurroundings : public PlainSurroundings {
  public:
   explicit BoardSurroundings(BoardAccess& access) : access_(access) {}
 
   // Throws std::runtime_error when lines are to end.
   void LetTimePass(std::uint32_t ms) override;
-  void ShowRegisters(std::ostream& out, script::ChipChoice chips,
-                     std::optional<std::uint8_t> page) override;
-  void ShowWrites(std::ostream& out, std::size_t first_event) override;
-  void ShowAccesses(std::ostream& out, std::span<const sim::RegisterAccess> accesses) override;
-  void ShowScreen(std::ostream& out) override;
   // Composes the picture and keeps it: to write a file takes longer than the board should stand.
   void SavePicture(const std::string& path) override;
 

@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "desk/console/board_surroundings.h"
+#include "desk/console/margin.h"
 #include "desk/console/refusals.h"
-#include "files/printable.h"
 #include "script/access_log.h"
 #include "script/action_printer.h"
 #include "script/help/first_words.h"
@@ -30,7 +30,6 @@ using script::LineGroup;
 using script::Statement;
 
 constexpr std::size_t kMostEvents = 1'000'000;    // of lines in the library that stay in memory
-constexpr std::size_t kMostShown = 2000;          // of a line of an answer
 constexpr std::streamoff kMostPrinted = 1 << 18;  // of what a line, which may take hours, brings
 
 // Throws std::runtime_error for a line that is none, or none for a running program.
@@ -49,26 +48,6 @@ std::optional<Statement> Read(std::string_view line) {
     throw std::runtime_error("'" + std::string(kind.words) + "' is refused: " + std::string(why));
   }
   return statement;
-}
-
-// Lines of a session without the margin that all of them have.
-std::string WithoutMargin(std::string_view text) {
-  constexpr std::string_view kMargin = "      ";
-  std::vector<std::string_view> lines;
-  for (std::size_t begin = 0; begin < text.size();) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size());
-    lines.push_back(text.substr(begin, end - begin));
-    begin = end + 1;
-  }
-  const bool margin = std::all_of(lines.begin(), lines.end(), [=](std::string_view line) {
-    return line.empty() || line.starts_with(kMargin);
-  });
-  std::string result;
-  for (std::string_view line : lines) {
-    if (margin) line.remove_prefix(std::min(kMargin.size(), line.size()));
-    result.append(line).append("\n");
-  }
-  return result;
 }
 
 // What a thread does between the two.
@@ -169,7 +148,7 @@ void Console::Impl::Act(const Statement& statement, std::string& said) {
   actions.emplace_back(out, around, statement.text, facts, accesses);
   const auto action = std::prev(actions.end());
   action->printer.emplace(World(), action->printed);
-  action->printer->before_output = [action] {
+  action->printer->before_output = [action](const std::string&) {
     action->printer->silent = action->printed.tellp() > kMostPrinted;
   };
   action->printer->Begin();
@@ -233,8 +212,7 @@ Answer Console::Run(std::string_view line) {
     answer.result = Answer::Result::Refused;
     said += "the line was ended from outside";
   }
-  said.erase(said.find_last_not_of('\n') + 1);
-  answer.text = files::PrintableLines(said, kMostShown);
+  answer.text = AnswerText(std::move(said));
   return answer;
 }
 

@@ -13,6 +13,7 @@ using script::LineGroup;
 constexpr std::string_view kLoading = "the library is loaded and unloaded by the program's system";
 constexpr std::string_view kWindow = "which window the library has is for the program to say";
 constexpr std::string_view kPump = "when messages are handled is for the program to say";
+constexpr std::string_view kPasses = "time passes by itself; run MS says what happens meanwhile";
 constexpr std::string_view kOneWay = "a running program cannot be turned back";
 constexpr std::string_view kNoStops = "a running program is not stopped";
 constexpr std::string_view kNoShow = "an answer has what its line did, in one form";
@@ -25,17 +26,17 @@ struct Row {
   std::string_view why;
 };
 constexpr std::array kRows = {
-    Row{LineGroup::Action, "attach", kLoading},   Row{LineGroup::Action, "detach", kLoading},
-    Row{LineGroup::Action, "entry", kLoading},    Row{LineGroup::Action, "window", kWindow},
-    Row{LineGroup::Action, "unbind", kWindow},    Row{LineGroup::Board, "pump", kPump},
-    Row{LineGroup::Tool, "undo", kOneWay},        Row{LineGroup::Switch, "mark", kOneWay},
-    Row{LineGroup::Tool, "back", kOneWay},        Row{LineGroup::Switch, "break", kNoStops},
-    Row{LineGroup::Tool, "break", kNoStops},      Row{LineGroup::Tool, "where", kNoStops},
-    Row{LineGroup::Switch, "continue", kNoStops}, Row{LineGroup::Switch, "step", kNoStops},
-    Row{LineGroup::Switch, "writes", kNoShow},    Row{LineGroup::Switch, "quiet", kNoShow},
-    Row{LineGroup::Tool, "source", kNoFiles},     Row{LineGroup::Tool, "save", kNoFiles},
-    Row{LineGroup::Tool, "history", kNoFiles},    Row{LineGroup::Tool, "quit", kNoEnd},
-    Row{LineGroup::Tool, "exit", kNoEnd},
+    Row{LineGroup::Action, "attach", kLoading}, Row{LineGroup::Action, "detach", kLoading},
+    Row{LineGroup::Action, "entry", kLoading},  Row{LineGroup::Action, "window", kWindow},
+    Row{LineGroup::Action, "unbind", kWindow},  Row{LineGroup::Board, "pump", kPump},
+    Row{LineGroup::Action, "wait", kPasses},    Row{LineGroup::Tool, "undo", kOneWay},
+    Row{LineGroup::Switch, "mark", kOneWay},    Row{LineGroup::Tool, "back", kOneWay},
+    Row{LineGroup::Switch, "break", kNoStops},  Row{LineGroup::Tool, "break", kNoStops},
+    Row{LineGroup::Tool, "where", kNoStops},    Row{LineGroup::Switch, "continue", kNoStops},
+    Row{LineGroup::Switch, "step", kNoStops},   Row{LineGroup::Switch, "writes", kNoShow},
+    Row{LineGroup::Switch, "quiet", kNoShow},   Row{LineGroup::Tool, "source", kNoFiles},
+    Row{LineGroup::Tool, "save", kNoFiles},     Row{LineGroup::Tool, "history", kNoFiles},
+    Row{LineGroup::Tool, "quit", kNoEnd},       Row{LineGroup::Tool, "exit", kNoEnd},
 };
 
 }  // namespace

@@ -55,6 +55,13 @@ class Kernel {
   // For what takes long without either: asks the watch now.
   void Watch();
 
+  // Makes time pass as something else does, such as a clock. Called in the thread that has the
+  // turn, wherever time is about to move to `due`; returns when it may. That is `due`, or a time
+  // before it, at which a pump of the main host thread then ends early; one that would be no later
+  // than now, or when it does not pump, is none. It does not throw. Not asked in a kernel that is
+  // open to a program. None: time jumps.
+  void SetPacer(std::function<std::uint64_t(std::uint64_t due)> pacer);
+
   // ---- Host threads -------------------------------------------------------------------------
 
   // Starts another host thread. It first runs when the calling thread next sleeps, waits or pumps.
@@ -145,6 +152,7 @@ class Kernel {
   unsigned preempt_one_in_ = 0;
   std::function<void()> watch_;
   unsigned cycles_to_watch_ = kCyclesToWatch;
+  std::function<std::uint64_t(std::uint64_t)> pacer_;
 };
 
 }  // namespace sim

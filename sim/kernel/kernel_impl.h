@@ -195,6 +195,8 @@ struct Kernel::Impl {
   // Who goes on when the current thread does not. Marks the main host thread deadlocked and picks
   // it when it can never go on otherwise.
   Thread& Choose();
+  // Before time moves: asks the pacer, which may end the main host thread's pump.
+  void Pace();
   // Whether nothing that is known can wake a thread that waits without end.
   bool IsStuck(const Thread& waiting) const;
   bool MainIsStuck() const;

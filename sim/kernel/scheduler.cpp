@@ -48,8 +48,19 @@ Thread& Kernel::Impl::Choose() {
     main->due = now;
     return *main;
   }
+  if (kernel.pacer_) Pace();
   Thread* const next = NextDue();
   return next == nullptr ? *main : *next;
+}
+
+void Kernel::Impl::Pace() {
+  std::uint64_t due = kNever;
+  for (const Thread* thread : live) due = std::min(due, thread->due);
+  if (due == kNever || due <= now || program != nullptr) return;
+  const std::uint64_t reached = kernel.pacer_(due);
+  // Strictly between two moments when something happens: a pump that was that long from its
+  // beginning ends there too, whatever the seed.
+  if (pumping && now < reached && reached < due) main->due = reached;
 }
 
 Thread* Kernel::Impl::NextDue() {
@@ -150,6 +161,7 @@ void Kernel::Impl::PreemptNow(unsigned one_in) {
   if (others.empty()) return;
   self.due = now;
   Thread& next = *others[Random(others.size())];
+  if (kernel.pacer_ && next.due > now) kernel.pacer_(next.due);
   MakeCurrent(next);
   SwitchTo(self, next);
 }
@@ -203,6 +215,10 @@ void Kernel::SetPreemption(unsigned one_in) { preempt_one_in_ = one_in; }
 void Kernel::SetWatch(std::function<void()> watch) {
   watch_ = std::move(watch);
   cycles_to_watch_ = kCyclesToWatch;
+}
+
+void Kernel::SetPacer(std::function<std::uint64_t(std::uint64_t due)> pacer) {
+  pacer_ = std::move(pacer);
 }
 
 void Kernel::Watch() {

@@ -149,12 +149,13 @@ TEST_F(InterpreterTest, AVirtualHourIsTurnedBackExactly) {
 class FakeSink : public TraceSink {
  public:
   explicit FakeSink(bool again) : again_(again) {}
-  void Begin(sim::World& world) override {
+  void Begin(sim::Trace& trace) override {
     ++begun;
     text.str({});
     writer_.emplace(text);
-    world.trace.AddListener(*writer_);
+    trace.AddListener(*writer_);
   }
+  void End(sim::Trace& trace) override { trace.RemoveListener(*writer_); }
   bool CanBeginAgain() const override { return again_; }
   unsigned begun = 0;
   std::ostringstream text;

@@ -25,6 +25,7 @@ constexpr const char* kFooter =
     "Examples:\n"
     "  vexosim demo                                  a recorder comes up and shows its cameras\n"
     "  vexosim shell                                 a console on a board of sixteen channels\n"
+    "  vexosim serve                                 the same in real time, in the browser\n"
     "  vexosim run live.vexo --picture live.png      runs a script, writes the screen\n"
     "  vexosim run live.vexo --trace live.jsonl      writes every bus cycle and call as JSON "
     "lines\n"
@@ -69,6 +70,7 @@ int Main(int argc, const char* const* argv) {
   AddDemo(app, status);
   AddRun(app, status);
   AddShell(app, status);
+  AddServe(app, status);
   AddCompare(app, status);
   AddTrace(app, status);
   AddDiff(app, status);

@@ -232,19 +232,32 @@ export class Bench extends EventTarget {
     const { width, height } = header;
     if (this.#image?.width !== width || this.#image?.height !== height) {
       this.#image = new ImageData(width, height);
-      new Uint32Array(this.#image.data.buffer).fill(0xff000000);
     }
-    const stream = new Blob([deflated])
-      .stream()
-      .pipeThrough(new DecompressionStream("deflate-raw"));
-    const colors = new Uint8Array(await new Response(stream).arrayBuffer());
-    const pixels = this.#image.data;
-    for (let from = 0, to = 0; to < pixels.length; from += 3, to += 4) {
-      pixels[to] = colors[from];
-      pixels[to + 1] = colors[from + 1];
-      pixels[to + 2] = colors[from + 2];
-    }
+    const colors = await inflate(deflated, 3 * width * height);
+    unpack(colors, new Uint32Array(this.#image.data.buffer));
     return { header, registers, picture: this.#image };
+  }
+}
+
+async function inflate(deflated, length) {
+  const stream = new DecompressionStream("deflate-raw");
+  const writer = stream.writable.getWriter();
+  const written = Promise.all([writer.write(deflated), writer.close()]);
+  const whole = new Uint8Array(length);
+  const reader = stream.readable.getReader();
+  let at = 0;
+  for (let piece = await reader.read(); !piece.done; piece = await reader.read()) {
+    whole.set(piece.value, at);
+    at += piece.value.length;
+  }
+  await written;
+  return whole;
+}
+
+// Pixels of three bytes into such of four.
+function unpack(colors, pixels) {
+  for (let at = 0, from = 0; at < pixels.length; at += 1, from += 3) {
+    pixels[at] = 0xff000000 | (colors[from + 2] << 16) | (colors[from + 1] << 8) | colors[from];
   }
 }
 

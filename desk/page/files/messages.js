@@ -6,6 +6,7 @@ import { count, messageInWords, printable, seconds } from "./words.js";
 
 const MOST_ENTRIES = 5000;
 const MOST_ROWS = 1000; // on the page
+const EVERY = 100; // ms, at most so often
 const FOLDED_WITHIN = 40; // rows: further up, an equal one is another matter
 const MOST_PENDING = 1 << 16; // characters of a line without an end
 
@@ -107,7 +108,7 @@ export function mount(element, bench, language) {
       while (list.childElementCount > MOST_ROWS) list.firstElementChild.remove();
     });
     empty.hidden = entries.length > 0;
-  });
+  }, EVERY);
 
   function add(entry) {
     entries.push(entry);

@@ -4,7 +4,7 @@
 import { make, setText } from "./dom.js";
 import { CHANNEL_COLORS, CHIPS } from "./state.js";
 import { registersOf } from "./window_registers.js";
-import { fieldsInWords, hex } from "./words.js";
+import { fieldsInWords, hex, registerLabel } from "./words.js";
 
 const LIT = 1500; // ms
 
@@ -206,7 +206,7 @@ class Overlay {
       const bytes = one.numbers.map((number) => this.#byte(one, number));
       const place = `${one.page} ${hex(one.numbers[0])}`;
       const values = bytes.map((byte) => hex(byte).slice(2)).join(" ");
-      return [place, one.name, values, fieldsInWords(one, bytes[0]), this.#isLit(one)];
+      return [place, registerLabel(one), values, fieldsInWords(one, bytes[0]), this.#isLit(one)];
     });
     const edges = `x ${window.left}–${window.right}, y ${window.top}–${window.bottom} of ${width} × ${height}`;
     const text = JSON.stringify([window.channel, edges, rows]);

@@ -9,6 +9,7 @@ namespace vexosim {
 void AddDemo(CLI::App& app, int& status);
 void AddRun(CLI::App& app, int& status);
 void AddShell(CLI::App& app, int& status);
+void AddServe(CLI::App& app, int& status);
 void AddCompare(CLI::App& app, int& status);
 void AddManual(CLI::App& app, int& status);
 void AddCompletion(CLI::App& app, int& status);

@@ -76,6 +76,7 @@ int Run(const Arguments& arguments, const emulator::Machine* machine) {
   const std::vector<std::string> inputs = {script_file, arguments.image.file};
   SessionOutputs outputs(arguments.session, inputs);
   options.sinks = outputs.Sinks();
+  options.waveform = WaveformMaker(arguments.session);
   if (!arguments.picture.empty()) {
     options.picture = arguments.picture;
     std::vector<std::string> others = inputs;

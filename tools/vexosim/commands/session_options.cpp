@@ -26,6 +26,15 @@ script::Limits SessionOptions::Limits() const {
   return limits;
 }
 
+void AddBoard(CLI::App& app, script::BringUpOptions& board) {
+  app.add_option("--chips", board.chips, "How many chips are fitted, four channels each")
+      ->type_name("N")
+      ->transform(WholeNumber(1, kChipsMax))
+      ->capture_default_str();
+  app.add_flag("--pal", board.pal, "PAL cameras and stored standard, else NTSC");
+  app.add_flag("--bare", board.bare, "Leaves the library unattached");
+}
+
 void AddSessionOptions(CLI::App& app, SessionOptions& options) {
   app.add_option("--trace", options.trace, "Writes the trace as JSON lines, as it happens")
       ->type_name("FILE")
@@ -33,6 +42,13 @@ void AddSessionOptions(CLI::App& app, SessionOptions& options) {
   AddVcd(app, options.vcd);
   AddTime(app, "--limit", options.limit_ms, "Ends the run when the board's time reaches this");
   AddTime(app, "--limit-real", options.limit_real_ms, "Ends the run after this much real time");
+}
+
+std::function<std::unique_ptr<script::TraceSink>(std::ostream&)> WaveformMaker(
+    const SessionOptions& options) {
+  return [cycle_ns = options.vcd.cycle_ns](std::ostream& out) {
+    return std::make_unique<VcdSink>(out, cycle_ns);
+  };
 }
 
 SessionOutputs::SessionOutputs(const SessionOptions& options,

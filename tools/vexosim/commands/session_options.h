@@ -2,11 +2,15 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <functional>
+#include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "files/output.h"
+#include "script/bring_up.h"
 #include "script/run_watch.h"
 #include "script/trace_sink.h"
 #include "tools/vexosim/commands/trace_options.h"
@@ -23,8 +27,15 @@ struct SessionOptions {
   script::Limits Limits() const;
 };
 
+// --chips N, --pal, --bare.
+void AddBoard(CLI::App& app, script::BringUpOptions& board);
+
 // --trace FILE, --vcd FILE, --cycle-ns N, --limit TIME, --limit-real TIME.
 void AddSessionOptions(CLI::App& app, SessionOptions& options);
+
+// What makes the waveforms that lines ask for.
+std::function<std::unique_ptr<script::TraceSink>(std::ostream&)> WaveformMaker(
+    const SessionOptions& options);
 
 // The files that a run's trace goes to, as it happens.
 class SessionOutputs {

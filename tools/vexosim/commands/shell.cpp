@@ -37,6 +37,7 @@ int Run(Arguments& arguments) {
   if (!arguments.script.empty()) options.script = arguments.script;
   SessionOutputs outputs(arguments.session, {arguments.script, arguments.image.file});
   options.run.sinks = outputs.Sinks();
+  options.run.waveform = WaveformMaker(arguments.session);
   const bool terminal = OnTerminal();
   // What a pipe types is nobody's history.
   LineHistory history(terminal ? HistoryPath() : std::nullopt);
@@ -55,12 +56,7 @@ void AddShell(CLI::App& app, int& status) {
   shell->add_option("SCRIPT", arguments->script, "Lines to begin with")
       ->type_name("")
       ->check(FileName());
-  shell->add_option("--chips", options.chips, "How many chips are fitted, four channels each")
-      ->type_name("N")
-      ->transform(WholeNumber(1, kChipsMax))
-      ->capture_default_str();
-  shell->add_flag("--pal", options.pal, "PAL cameras and stored standard, else NTSC");
-  shell->add_flag("--bare", options.bare, "Leaves the library unattached");
+  AddBoard(*shell, options);
   AddSessionOptions(*shell, arguments->session);
   AddSeed(*shell, options.run.seed);
   AddImage(*shell, arguments->image);

@@ -2,13 +2,10 @@
 
 #include <utility>
 
-#include "VexoCtrlSDK.h"
 #include "script/parse.h"
 
 namespace vexosim {
 namespace {
-
-constexpr std::uint32_t kBringUpMs = 300;  // until the worker has told the host what it sees
 
 // What somebody types.
 class TypedLines : public script::LineSource {
@@ -58,39 +55,8 @@ Shell::Shell(const ShellOptions& options, LineHistory& history, std::ostream& ou
       out_(out),
       around_(options.style, Progress::OnTerminal()),
       interpreter_(Interactive(options.run), around_, out, out) {
-  BringUp(options);
-}
-
-void Shell::Prepare(const std::string& line) {
-  interpreter_.Prepare(*script::ParseLine(line, true));
-}
-
-void Shell::BringUp(const ShellOptions& options) {
-  const unsigned channels = options.chips * kChannelsPerChip;
-  Prepare("pump on");
-  Prepare("board chips " + std::to_string(options.chips));
-  if (options.pal) {
-    Prepare("camera all pal");
-    Prepare("nvram record MDVR " + std::to_string(VEXO_VIDEO_PAL) + ' ' + std::to_string(channels));
-  }
-  out_ << "A board of " << channels << " channels with " << (options.pal ? "PAL" : "NTSC")
-       << " cameras, ";
-  if (options.bare) {
-    out_ << "the library not attached: attach, window, command 0xF001.\n";
-  } else {
-    acted_ = true;
-    Prepare("attach");
-    Prepare("window");
-    Prepare("command 0xF001");
-    const std::int64_t result = interpreter_.State().returned.value_or(VEXO_OK);
-    Prepare("run " + std::to_string(kBringUpMs));
-    if (result == VEXO_OK) {
-      out_ << "initialized; the worker runs.\n";
-    } else {
-      out_ << "initialization returned " << result << ".\n";
-    }
-  }
-  interpreter_.KeepWhatRan();
+  out_ << script::BringUp(interpreter_, options) << '\n';
+  acted_ = !options.bare;
   out_ << "Type a text command (vexo lsplit 6 0), a script line (camera 2 off), or help.\n";
   if (options.script) Execute("source \"" + *options.script + '"');
 }

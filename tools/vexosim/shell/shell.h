@@ -6,6 +6,7 @@
 #include <ostream>
 #include <string>
 
+#include "script/bring_up.h"
 #include "script/interpreter.h"
 #include "tools/vexosim/listing/terminal_surroundings.h"
 #include "tools/vexosim/shell/line_history.h"
@@ -13,10 +14,7 @@
 
 namespace vexosim {
 
-struct ShellOptions {
-  unsigned chips = 4;
-  bool pal = false;                   // cameras and stored standard
-  bool bare = false;                  // the library is not attached
+struct ShellOptions : script::BringUpOptions {
   std::optional<std::string> script;  // runs first
   PictureStyle style;
   script::InterpreterOptions run;  // always interactive
@@ -37,9 +35,6 @@ class Shell {
   int Status() const { return interpreter_.Status(); }
 
  private:
-  void BringUp(const ShellOptions& options);
-  void Prepare(const std::string& line);
-
   LineHistory& history_;
   std::ostream& out_;
   TerminalSurroundings around_;

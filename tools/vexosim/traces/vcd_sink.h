@@ -17,10 +17,14 @@ class VcdSink : public script::TraceSink {
   VcdSink(std::ostream& out, std::uint32_t cycle_ns, std::function<void()> restart = nullptr)
       : out_(out), cycle_ns_(cycle_ns), restart_(std::move(restart)) {}
 
-  void Begin(sim::World& world) override {
+  void Begin(sim::Trace& trace) override {
     if (writer_) restart_();
     writer_.emplace(out_, cycle_ns_);
-    world.trace.AddListener(*writer_);
+    trace.AddListener(*writer_);
+  }
+  void End(sim::Trace& trace) override {
+    trace.RemoveListener(*writer_);
+    writer_->Finish();
   }
   bool CanBeginAgain() const override { return restart_ != nullptr; }
   bool Begun() const { return writer_.has_value(); }
