@@ -3,6 +3,7 @@
 import { make, setText } from "./dom.js";
 
 const SAID_FOR = 12000; // ms
+const STEP = 200; // ms that a step takes, at most, to stop again
 
 /**
  * @param {HTMLElement} place
@@ -34,18 +35,31 @@ function stopped(bench) {
       goOn("step call", "Step call", { title: "step call: to the end of a call" }),
     ),
   );
+  const hide = () => {
+    notice.hidden = true;
+    document.documentElement.classList.remove("is-stopped");
+  };
+  // Where it is, and in which functions, the board tells when it is asked.
+  const tell = async () => {
+    setText(cause, bench.stopped.split("\n")[0]);
+    notice.hidden = false;
+    document.documentElement.classList.add("is-stopped");
+    const { result, text } = await bench.send("where");
+    const [, place = "", ...functions] = result === "done" ? text.split("\n") : [];
+    setText(where, place.trim());
+    setText(calls, functions.map((line) => line.trim()).join("\n"));
+    stack.hidden = functions.length === 0;
+  };
   let last = null;
-  const show = () => {
-    if (bench.stopped === last) return;
-    last = bench.stopped;
-    notice.hidden = last === null;
-    document.documentElement.classList.toggle("is-stopped", last !== null);
-    if (last === null) return;
-    const [first, second = "", ...rest] = last.split("\n").map((line) => line.trim());
-    setText(cause, first.replace(/^stopped:\s*/, ""));
-    setText(where, second);
-    setText(calls, rest.join("\n"));
-    stack.hidden = rest.length === 0;
+  let timer = 0;
+  const show = ({ detail: { ev } }) => {
+    const { stopped: now } = bench;
+    if (now === last && ev !== "stopped") return;
+    last = now;
+    clearTimeout(timer);
+    // A step goes on and stops again: what is shown stays.
+    if (now === null) timer = setTimeout(hide, STEP);
+    else tell();
   };
   bench.addEventListener("event", show);
   bench.addEventListener("moment", show);
