@@ -111,12 +111,8 @@ export function mount(element, bench, language) {
     list,
   );
   element.querySelector("header").append(tools);
-  const body = make(
-    "div",
-    { class: "timeline-body" },
-    stage,
-    make("div", { class: "timeline-side" }, listing, details.element),
-  );
+  const side = make("div", { class: "timeline-side" }, listing, details.element);
+  const body = make("div", { class: "timeline-body" }, stage, side);
   element.append(body);
 
   // Where there is little room, the list is beside the time line when it is asked for.
@@ -166,7 +162,7 @@ export function mount(element, bench, language) {
     const inDetails = details.element.contains(document.activeElement);
     const before = selected;
     selected = thing;
-    listing.hidden = thing !== null;
+    side.classList.toggle("chosen", thing !== null);
     if (thing) showSide(true);
     details.show(thing);
     if (thing && !view.sees(thing)) {
@@ -193,7 +189,7 @@ export function mount(element, bench, language) {
 
   function showList(now) {
     const time = performance.now();
-    if (listing.hidden || (!now && time - listedAt < LIST_EVERY)) return;
+    if (!now && time - listedAt < LIST_EVERY) return;
     listedAt = time;
     if (list.clientHeight === 0) return; // not seen
     const things = model.things(lanes).filter((thing) => view.sees(thing));
