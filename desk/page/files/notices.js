@@ -3,7 +3,7 @@
 import { make, setText } from "./dom.js";
 
 const SAID_FOR = 12000; // ms
-const STEP = 200; // ms that a step takes, at most, to stop again
+const STEP = 800; // ms in which a step mostly stops again
 
 /**
  * @param {HTMLElement} place
@@ -16,6 +16,7 @@ export function showNotices(place, bench) {
 // ---- A stopped run ------------------------------------------------------------------------------
 
 function stopped(bench) {
+  const large = make("span", { class: "large" });
   const cause = make("strong", { class: "mono" });
   const where = make("span", { class: "mono" });
   const calls = make("pre", {});
@@ -25,7 +26,7 @@ function stopped(bench) {
   const notice = make(
     "section",
     { class: "notice stopped", "aria-label": "Stopped", hidden: true },
-    make("span", { class: "large" }, "Stopped"),
+    large,
     make("div", { class: "words" }, cause, where, stack),
     make(
       "div",
@@ -35,15 +36,15 @@ function stopped(bench) {
       goOn("step call", "Step call", { title: "step call: to the end of a call" }),
     ),
   );
-  const hide = () => {
-    notice.hidden = true;
-    document.documentElement.classList.remove("is-stopped");
+  const is = (stopped) => {
+    document.documentElement.classList.toggle("is-stopped", stopped);
+    setText(large, stopped ? "Stopped" : "Goes on");
+    if (stopped) notice.hidden = false;
   };
   // Where it is, and in which functions, the board tells when it is asked.
   const tell = async () => {
     setText(cause, bench.stopped.split("\n")[0]);
-    notice.hidden = false;
-    document.documentElement.classList.add("is-stopped");
+    is(true);
     const { result, text } = await bench.send("where");
     const [, place = "", ...functions] = result === "done" ? text.split("\n") : [];
     setText(where, place.trim());
@@ -57,9 +58,10 @@ function stopped(bench) {
     if (now === last && ev !== "stopped") return;
     last = now;
     clearTimeout(timer);
-    // A step goes on and stops again: what is shown stays.
-    if (now === null) timer = setTimeout(hide, STEP);
-    else tell();
+    if (now !== null) return tell();
+    // A step goes on and stops again: what is below stays where it is.
+    is(false);
+    timer = setTimeout(() => (notice.hidden = true), STEP);
   };
   bench.addEventListener("event", show);
   bench.addEventListener("moment", show);

@@ -291,6 +291,13 @@ export function mount(element, bench, language) {
     key.preventDefault();
   }
 
+  // What a stop is about.
+  bench.addEventListener("event", ({ detail: { ev, text } }) => {
+    const [, chip, page, number] =
+      (ev === "stopped" && text?.match(/ (master|slave\d) page (\d) (0x[0-9A-F]{2})/)) || [];
+    if (chip) select({ chip: CHIPS.indexOf(chip), page: Number(page), number: Number(number) });
+  });
+
   bench.addEventListener("select", ({ detail: { chip, page, register } }) => {
     if (chip === null || page === null || register === null) return;
     const same = chip === shown.chip && page === shown.page && register === current;
