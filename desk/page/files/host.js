@@ -16,6 +16,7 @@ const THE_PROGRAMS = "the program does this itself";
 export function mount(pane, bench, language) {
   const answer = make("output", { class: "answer", "aria-live": "polite" });
   const say = async (line) => {
+    answer.replaceChildren(make("code", {}, line), make("pre", {}, "…"));
     const { result, text } = await bench.send(line);
     const said = text.trim() || (result === "done" ? "done" : result);
     answer.replaceChildren(
@@ -42,7 +43,7 @@ function lifeCycle(say, { board }) {
     ["attach", "Attach", "the library is loaded", true],
     ["window", "Window", "a new host window is bound", true],
     ["command init", "Init", "detects and initializes the chips, starts the monitor", false],
-    ["command stop-monitor", "Stop", "ends the library's thread", false],
+    ["command stop-monitor", "Stop monitor", "ends the library's thread", false],
     ["unbind", "Unbind", "the window is forgotten", true],
     ["detach", "Detach", "the library is unloaded", true],
   ];
@@ -59,7 +60,11 @@ function lifeCycle(say, { board }) {
       text,
     );
   });
-  const bar = make("div", { class: "toolbar", role: "group", "aria-label": "Library" }, ...buttons);
+  const bar = make(
+    "div",
+    { class: "toolbar close", role: "group", "aria-label": "Library" },
+    ...buttons,
+  );
   rove(bar);
   return bar;
 }
