@@ -18,6 +18,35 @@ run() {
   ) | tr -d '\r'
 }
 
+# run_with_page: the page's first file and its first picture, while a line lets time pass.
+run_with_page() {
+  local said="$work/said" address host line length picture
+  run "run 5000" >"$said" &
+  for ((i = 0; i < 300; i++)); do
+    address="$(sed -n 's/^VexoDesk: page \(.*\)$/\1/p' "$said")"
+    [ -n "$address" ] && break
+    sleep 0.1
+  done
+  host="${address#http://}"
+  host="${host%/}"
+  exec 3<>"/dev/tcp/${host%:*}/${host#*:}" || return
+  printf 'GET / HTTP/1.1\r\nHost: %s\r\n\r\n' "$host" >&3
+  read -r line <&3
+  echo "${line#HTTP/1.1 }" | tr -d '\r'
+  exec 3<>"/dev/tcp/${host%:*}/${host#*:}"
+  printf 'GET /monitor HTTP/1.1\r\nHost: %s\r\nOrigin: http://%s\r\nUpgrade: websocket\r\n' "$host" "$host" >&3
+  printf 'Connection: Upgrade\r\nSec-WebSocket-Version: 13\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n' >&3
+  read -r line <&3
+  echo "${line#HTTP/1.1 }" | tr -d '\r'
+  while read -r line <&3 && [ "$line" != $'\r' ]; do
+    sed -n 's/^Sec-WebSocket-Accept: \(.*\)\r$/\1/p' <<<"$line"
+  done
+  head -c 2 <&3 | od -An -tx1 | sed 's/^ //'
+  exec 3>&-
+  wait
+  tail -1 "$said"
+}
+
 # settings [LINE...]: a fresh copy of the kit with these in its file, or without one.
 settings() {
   rm -rf "$work/kit"
@@ -45,7 +74,7 @@ expect "a wrong line" "status 3" "$(run | tail -1)"
 expect "a wrong line's words" "VexoDesk: VexoDesk.txt:3: expected ntsc, pal or off, found 'of'" \
   "$(run | sed -n 's/ (camera .*//; 1p')"
 settings "desk colour"
-expect "an own line that is none" "VexoDesk: VexoDesk.txt:1: expected port, texts or nvram, found 'colour'
+expect "an own line that is none" "VexoDesk: VexoDesk.txt:1: expected port, page, texts or nvram, found 'colour'
 status 3" "$(run)"
 settings "run 100"
 expect "a line that makes no board" \
@@ -61,6 +90,15 @@ expect "a file that holds no setting" "status 3" "$(run | tail -1)"
 
 settings "desk texts none" "desk port any"
 expect "the port's number" "1" "$(run "camera 5 off" | grep -c '^VexoDesk: control port [1-9][0-9]* on 127.0.0.1$')"
+
+# A picture by hand: the key's answer is the one of RFC 6455, and a server's frame begins with its kind.
+settings "desk texts none" "desk page any"
+fetched="$(run_with_page)"
+expect "the page and a picture" "200 OK
+101 Switching Protocols
+s3pPLMBiTxaQ9kYGzzhZRbK+xOo=
+82 7f
+status 0" "$fetched"
 
 settings "desk texts none" "fault map-data on"
 expect "a window that cannot be mapped" "VexoDesk: the bus window at 0x06200000 cannot be mapped
