@@ -18,33 +18,30 @@ run() {
   ) | tr -d '\r'
 }
 
-# run_with_page: the page's first file and its first picture, while a line lets time pass.
-run_with_page() {
-  local said="$work/said" address host line length picture
-  run "run 5000" >"$said" &
+# page_of LINE...: runs VexoLine with these lines; meanwhile fetches the page, and of a picture what
+# its WebSocket says first. The key's answer is that of RFC 6455, and 82 begins a message of bytes.
+page_of() {
+  local said="$work/said" host='' line
+  : >"$said"
+  (cd "$work/kit" && exec timeout 60 wine ./VexoLine.exe "$@") >"$said" 2>&1 &
   for ((i = 0; i < 300; i++)); do
-    address="$(sed -n 's/^VexoDesk: page \(.*\)$/\1/p' "$said")"
-    [ -n "$address" ] && break
+    host="$(tr -d '\r' <"$said" | sed -n 's,^VexoDesk: page http://\(.*\)/$,\1,p')"
+    [ -n "$host" ] && break
     sleep 0.1
   done
-  host="${address#http://}"
-  host="${host%/}"
   exec 3<>"/dev/tcp/${host%:*}/${host#*:}" || return
   printf 'GET / HTTP/1.1\r\nHost: %s\r\n\r\n' "$host" >&3
-  read -r line <&3
-  echo "${line#HTTP/1.1 }" | tr -d '\r'
-  exec 3<>"/dev/tcp/${host%:*}/${host#*:}"
-  printf 'GET /monitor HTTP/1.1\r\nHost: %s\r\nOrigin: http://%s\r\nUpgrade: websocket\r\n' "$host" "$host" >&3
-  printf 'Connection: Upgrade\r\nSec-WebSocket-Version: 13\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n' >&3
-  read -r line <&3
-  echo "${line#HTTP/1.1 }" | tr -d '\r'
+  read -r line <&3 && echo "$line"
+  exec 3<>"/dev/tcp/${host%:*}/${host#*:}" || return
+  printf '%s\r\n' "GET /monitor HTTP/1.1" "Host: $host" "Origin: http://$host" "Upgrade: websocket" \
+    "Connection: Upgrade" "Sec-WebSocket-Version: 13" \
+    "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==" "" >&3
   while read -r line <&3 && [ "$line" != $'\r' ]; do
-    sed -n 's/^Sec-WebSocket-Accept: \(.*\)\r$/\1/p' <<<"$line"
+    grep -E '^HTTP|^Sec-WebSocket-Accept' <<<"$line"
   done
-  head -c 2 <&3 | od -An -tx1 | sed 's/^ //'
+  head -c 1 <&3 | od -An -tx1
   exec 3>&-
   wait
-  tail -1 "$said"
 }
 
 # settings [LINE...]: a fresh copy of the kit with these in its file, or without one.
@@ -91,14 +88,11 @@ expect "a file that holds no setting" "status 3" "$(run | tail -1)"
 settings "desk texts none" "desk port any"
 expect "the port's number" "1" "$(run "camera 5 off" | grep -c '^VexoDesk: control port [1-9][0-9]* on 127.0.0.1$')"
 
-# A picture by hand: the key's answer is the one of RFC 6455, and a server's frame begins with its kind.
 settings "desk texts none" "desk page any"
-fetched="$(run_with_page)"
-expect "the page and a picture" "200 OK
-101 Switching Protocols
-s3pPLMBiTxaQ9kYGzzhZRbK+xOo=
-82 7f
-status 0" "$fetched"
+expect "the page, and a picture of it" "HTTP/1.1 200 OK
+HTTP/1.1 101 Switching Protocols
+Sec-WebSocket-Accept: s3pPLMBiTxaQ9kYGzzhZRbK+xOo=
+ 82" "$(page_of "run 3000" | tr -d '\r')"
 
 settings "desk texts none" "fault map-data on"
 expect "a window that cannot be mapped" "VexoDesk: the bus window at 0x06200000 cannot be mapped
