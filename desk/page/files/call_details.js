@@ -28,7 +28,7 @@ export function thingInWords(language, { event, times }) {
       return messageInWords(language, event);
     case "debug":
     case "kernel":
-      return printable(event.text.trim());
+      return printable(event.text.replace(/\s+/g, " ").trim());
     case "line":
       return printable(event.text);
     case "sleep":

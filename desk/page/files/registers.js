@@ -228,6 +228,7 @@ export function mount(element, bench, language) {
       show({ chip, page });
     }
     setStop(number);
+    pointed = null;
     showDetails();
     cells.get(number)?.cell.scrollIntoView({ block: "nearest" });
   }
@@ -279,8 +280,12 @@ export function mount(element, bench, language) {
       End: COLUMNS - 1 - (place % COLUMNS),
     };
     if (key.key in steps) {
-      const next = order[Math.min(Math.max(place + steps[key.key], 0), order.length - 1)];
-      cells.get(next)?.cell.focus();
+      const step = steps[key.key];
+      let next = place + step;
+      // Up and down stay in their column.
+      while (Math.abs(step) >= row && next < 0) next += row;
+      while (Math.abs(step) >= row && next >= order.length) next -= row;
+      cells.get(order[next])?.cell.focus();
     } else if (key.key === "Enter" || key.key === " ") {
       openMenu();
     } else {
@@ -294,8 +299,10 @@ export function mount(element, bench, language) {
   // What a stop is about.
   bench.addEventListener("event", ({ detail: { ev, text } }) => {
     const [, chip, page, number] =
-      (ev === "stopped" && text?.match(/ (master|slave\d) page (\d) (0x[0-9A-F]{2})/)) || [];
-    if (chip) select({ chip: CHIPS.indexOf(chip), page: Number(page), number: Number(number) });
+      (ev === "stopped" && text?.match(/ (\w+) page (\d) (0x[0-9A-F]{2})/)) || [];
+    if (!chip) return;
+    const one = CHIPS.includes(chip) ? CHIPS.indexOf(chip) : shown.chip; // else of several
+    select({ chip: one, page: Number(page), number: Number(number) });
   });
 
   bench.addEventListener("select", ({ detail: { chip, page, register } }) => {

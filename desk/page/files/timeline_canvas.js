@@ -329,10 +329,8 @@ export class TimelineCanvas {
       this.#fill("accent", LABELS + column * step, y + height - tall, step - 1, tall);
     });
     const each = (step * span) / this.axis.width;
-    const per =
-      axis === "t"
-        ? `${each.toPrecision(2)} ms`
-        : `${each.toPrecision(2)} ${AXES[axis].name.toLowerCase()}`;
+    const rounded = each < 10 ? each.toFixed(1) : count(Math.round(each));
+    const per = `${rounded} ${axis === "t" ? "ms" : AXES[axis].name.toLowerCase()}`;
     const text = ofTime ? `${seconds(most)} s` : `${count(Math.round(most))} cycles`;
     const label = `most: ${text} in ${per}`;
     this.#context.globalAlpha = 0.8;
