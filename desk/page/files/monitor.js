@@ -56,12 +56,11 @@ export function mount(pane, bench, language) {
       canvas.height = header.height;
     }
     context.putImageData(picture, 0, 0);
-    const count = header.windows.length;
+    const count = overlay.take(moment);
     setText(
       about,
       `${header.pal ? "PAL" : "NTSC"} ${header.width} × ${header.height}, ${count} window${count === 1 ? "" : "s"}`,
     );
-    overlay.take(moment);
   });
   bench.addEventListener("status", ({ detail }) =>
     screen.classList.toggle("old", !detail.connected),
