@@ -45,7 +45,8 @@ export function mount(pane, bench, language) {
   pane.querySelector("header").append(about, mapping, full);
   pane.append(make("div", { class: "stage" }, screen));
 
-  const context = canvas.getContext("2d", { alpha: false });
+  // Pixels come from the processor and are read by it when they are saved: they stay with it.
+  const context = canvas.getContext("2d", { alpha: false, willReadFrequently: true });
   const overlay = new Overlay(windows, card, bench, language, () =>
     screen.classList.contains("mapped"),
   );
@@ -56,12 +57,11 @@ export function mount(pane, bench, language) {
       canvas.height = header.height;
     }
     context.putImageData(picture, 0, 0);
-    const count = header.windows.length;
+    const count = overlay.take(moment);
     setText(
       about,
       `${header.pal ? "PAL" : "NTSC"} ${header.width} × ${header.height}, ${count} window${count === 1 ? "" : "s"}`,
     );
-    overlay.take(moment);
   });
   bench.addEventListener("status", ({ detail }) =>
     screen.classList.toggle("old", !detail.connected),

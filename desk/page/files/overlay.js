@@ -2,6 +2,7 @@
 // card with the registers of one of them.
 
 import { make, setText } from "./dom.js";
+import { seenWindows } from "./seen_windows.js";
 import { CHANNEL_COLORS, CHIPS } from "./state.js";
 import { registersOf } from "./window_registers.js";
 import { fieldsInWords, hex, registerLabel } from "./words.js";
@@ -15,6 +16,7 @@ export class Overlay {
   #language;
   #mapped;
   #places = ""; // of the windows, as they were drawn last
+  #seen = []; // windows, the topmost first
   #moment = null;
   #buttons = new Map(); // by channel
   #looked = null; // channel of the window that is pointed at
@@ -36,16 +38,21 @@ export class Overlay {
     this.#mapped = mapped;
   }
 
-  /** @param {import("./bench.js").Moment} moment */
+  /**
+   * @param {import("./bench.js").Moment} moment
+   * @returns {number} how many windows are seen
+   */
   take(moment) {
     this.#moment = moment;
     this.#noteChanges(moment.registers);
     const places = JSON.stringify([moment.header.windows, moment.header.height]);
     if (places !== this.#places) {
       this.#places = places;
+      this.#seen = seenWindows(moment.header.windows);
       this.#place(moment.header);
     }
     if (this.#mapped()) this.show();
+    return this.#seen.length;
   }
 
   #noteChanges(registers) {
@@ -64,7 +71,8 @@ export class Overlay {
   }
 
   // Buttons stay what they are while their channel is shown: one that has the focus keeps it.
-  #place({ windows, width, height }) {
+  #place({ width, height }) {
+    const windows = this.#seen;
     const gone = new Set(this.#buttons.keys());
     windows.forEach((window, fromTop) => {
       gone.delete(window.channel);
@@ -134,7 +142,7 @@ export class Overlay {
         registers.some((one) => this.#isLit(one)),
       );
     }
-    const window = this.#moment?.header.windows.find((one) => one.channel === this.#looked);
+    const window = this.#seen.find((one) => one.channel === this.#looked);
     this.#card.hidden = !mapped || !window;
     if (!this.#card.hidden) this.#fill(window);
   }
