@@ -81,6 +81,7 @@ struct Bench::Impl final : script::LineSource,
   std::uint64_t OnPace(std::uint64_t due);
   void Nap(Clock::Time until, bool lines_too);
   void ShowMoment();
+  bool Ended();
 
   // ---- What happens to the session --------------------------------------------------------------
   void OnPrinted(const std::string& line) override;
@@ -204,7 +205,7 @@ void Bench::Impl::AnswerWaiters(Answer::Result result, const std::string& last, 
 
 std::optional<Statement> Bench::Impl::Next() {
   Finish();
-  while (!queue.Ended()) {
+  while (!Ended()) {
     const bool stands = session->Stopped() || !broken.empty();
     if (std::optional<Statement> next = stands ? NextStanding() : NextRunning()) return next;
   }
@@ -262,7 +263,7 @@ std::uint64_t Bench::Impl::OnPace(std::uint64_t due) {
   if (session->Replaying()) return due;
   const std::uint64_t now = Now();
   for (;;) {
-    if (queue.Ended()) return idle ? now + 1 : due;
+    if (Ended()) return idle ? now + 1 : due;
     ShowMoment();
     const std::uint64_t there = pace.Now(now);
     if (there >= due) return due;
@@ -277,7 +278,11 @@ void Bench::Impl::Nap(Clock::Time until, bool lines_too) {
   const bool watched = watch.wants_moment && watch.wants_moment();
   queue.Wait(clock, std::min(until, watched ? std::max(next_moment, now) : now + kLongestNap),
              lines_too);
+}
+
+bool Bench::Impl::Ended() {
   if (options.ended && options.ended()) queue.End();
+  return queue.Ended();
 }
 
 void Bench::Impl::ShowMoment() {
@@ -338,7 +343,9 @@ std::string Bench::Serve() {
   Impl& bench = *impl_;
   bench.pace.Anchor(bench.Now());
   const bool told_to = bench.session->Run(bench) || bench.session->Failures() == bench.failures;
-  const std::string why = told_to ? "" : AnswerText(WithoutMargin(bench.out.str()));
+  // The reason is what it said last.
+  std::string why = told_to ? "" : AnswerText(WithoutMargin(bench.out.str()));
+  why.erase(0, why.rfind('\n') + 1);
   bench.Finish();
   bench.AnswerWaiters(Answer::Result::Refused, LineQueue::kEnded, true);
   bench.queue.End();

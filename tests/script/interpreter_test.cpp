@@ -4,7 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "harness/host.h"
@@ -22,6 +24,11 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
+
+std::string Content(const std::string& path) {
+  std::ifstream in(path);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
 
 constexpr const char* kBringUp = "pump on\nattach\nwindow\ncommand 0xF001\nrun 300\n";
 
@@ -188,6 +195,75 @@ TEST_F(InterpreterTest, NothingIsUndoneWhereTheTraceCannotBeBegunAnew) {
   Begin(options);
   EXPECT_THAT(Type("lsplit 6 0\nundo\n"), EndsWith("time cannot be turned back\n"));
   EXPECT_EQ(pipe.begun, 1u);
+}
+
+TEST_F(InterpreterTest, TheTraceIsSavedByRunningTheSessionAgain) {
+  FakeSink live(true);
+  InterpreterOptions options;
+  options.sinks = {&live};
+  Begin(options);
+  Type("lsplit 6 0\ncamera 5 off\nrun 100\nmark here\n");
+  const std::string before = Everything();
+  const std::string path = test::TempPath("saved.jsonl");
+  EXPECT_EQ(Type("save trace \"" + path + "\"\n"), "");
+  EXPECT_EQ(Everything(), before);
+  EXPECT_EQ(Content(path), live.text.str());
+  EXPECT_THAT(Content(path), HasSubstr(R"("text":"vexo lsplit 6 0 ")"));
+  Type("lsplit 0 1\n");
+  EXPECT_THAT(Content(path), Not(HasSubstr("lsplit 0 1")));
+  EXPECT_THAT(Type("back here\nhistory\n"), EndsWith("run 100\n    9  mark here\n"));
+  EXPECT_THAT(Type("save trace /no/such/folder/t\n"), HasSubstr("/no/such/folder/t"));
+  EXPECT_EQ(run_->Status(), kExitWrong);
+  std::filesystem::remove(path);
+}
+
+TEST_F(InterpreterTest, TheWaveformIsSavedAsTheProgramDrawsIt) {
+  EXPECT_THAT(Type("save waveform a.vcd\n"), EndsWith("this program draws no waveforms\n"));
+  EXPECT_THROW(Type("save waveform a.txt\n"), Malformed);
+  InterpreterOptions options;
+  options.waveform = [](std::ostream& out) { return std::make_unique<JsonSink>(out); };
+  Begin(options);
+  const std::string path = test::TempPath("saved.vcd");
+  EXPECT_EQ(Type("camera 5 off\nsave waveform \"" + path + "\"\n"), "");
+  EXPECT_THAT(Content(path), HasSubstr(R"("text":"camera 5 off")"));
+  std::filesystem::remove(path);
+}
+
+TEST_F(InterpreterTest, AtAStopTheTraceIsSavedUpToThere) {
+  const std::string path = test::TempPath("stopped.jsonl");
+  const std::string text = Type("break write slave1 \"window 0\"\nlsplit 5 0\nsave trace \"" +
+                                path + "\"\nexpect register slave1 1 0x30 0x85\ncontinue\n");
+  EXPECT_THAT(text, EndsWith("      met\n      = 0\n"));
+  EXPECT_THAT(Content(path), HasSubstr(R"("text":"vexo lsplit 5 0 ")"));
+  EXPECT_THAT(Content(path), Not(EndsWith("\"value\":0}\n")));
+  std::filesystem::remove(path);
+}
+
+// ---- Waits --------------------------------------------------------------------------------------
+
+TEST_F(InterpreterTest, WhatHappensInAWaitBelongsToTheActionBefore) {
+  EXPECT_THAT(Type("camera 5 off\nlsplit 6 0\nwait 1000\n"),
+              ContainsRegex("      = 0\n(      .*\n)*      > 0x2403 .*channel 5 lost"));
+  EXPECT_EQ(Type("expect return 0\nexpect message 0x2403\n"), "      met\n      met\n");
+  EXPECT_THAT(Type("diff start now\n"), HasSubstr("loss status"));
+  EXPECT_THAT(Type("run 1\nexpect return 0\n"), HasSubstr("not met"));
+}
+
+TEST_F(InterpreterTest, AWaitShowsItsOwnWritesAlone) {
+  EXPECT_THAT(Type("writes on\nlsplit 6 0\n"), HasSubstr("window 0"));
+  EXPECT_THAT(Type("wait 100\n"), Not(HasSubstr("window 0")));
+}
+
+TEST_F(InterpreterTest, AWaitIsUndoneWithTheLineBeforeIt) {
+  const std::string before = Everything();
+  EXPECT_EQ(Type("camera 5 off\nwait 100\nundo\n").substr(0, 6), "      ");
+  EXPECT_EQ(Everything(), before);
+  EXPECT_THAT(Type("history\n"), Not(HasSubstr("wait")));
+}
+
+TEST_F(InterpreterTest, AtAStopThereIsNoWait) {
+  EXPECT_THAT(Type("break write slave1 \"window 0\"\nlsplit 5 0\nwait 100\n"),
+              HasSubstr("stopped in 'vexo lsplit 5 0': continue or step first"));
 }
 
 // ---- Stops --------------------------------------------------------------------------------------

@@ -3,6 +3,7 @@
 import { make, setText } from "./dom.js";
 
 const SAID_FOR = 12000; // ms
+const STEP = 800; // ms in which a step mostly stops again
 
 /**
  * @param {HTMLElement} place
@@ -15,6 +16,7 @@ export function showNotices(place, bench) {
 // ---- A stopped run ------------------------------------------------------------------------------
 
 function stopped(bench) {
+  const large = make("span", { class: "large" });
   const cause = make("strong", { class: "mono" });
   const where = make("span", { class: "mono" });
   const calls = make("pre", {});
@@ -24,7 +26,7 @@ function stopped(bench) {
   const notice = make(
     "section",
     { class: "notice stopped", "aria-label": "Stopped", hidden: true },
-    make("span", { class: "large" }, "Stopped"),
+    large,
     make("div", { class: "words" }, cause, where, stack),
     make(
       "div",
@@ -34,18 +36,32 @@ function stopped(bench) {
       goOn("step call", "Step call", { title: "step call: to the end of a call" }),
     ),
   );
+  const is = (stopped) => {
+    document.documentElement.classList.toggle("is-stopped", stopped);
+    setText(large, stopped ? "Stopped" : "Goes on");
+    if (stopped) notice.hidden = false;
+  };
+  // Where it is, and in which functions, the board tells when it is asked.
+  const tell = async () => {
+    setText(cause, bench.stopped.split("\n")[0]);
+    is(true);
+    const { result, text } = await bench.send("where");
+    const [, place = "", ...functions] = result === "done" ? text.split("\n") : [];
+    setText(where, place.trim());
+    setText(calls, functions.map((line) => line.trim()).join("\n"));
+    stack.hidden = functions.length === 0;
+  };
   let last = null;
-  const show = () => {
-    if (bench.stopped === last) return;
-    last = bench.stopped;
-    notice.hidden = last === null;
-    document.documentElement.classList.toggle("is-stopped", last !== null);
-    if (last === null) return;
-    const [first, second = "", ...rest] = last.split("\n").map((line) => line.trim());
-    setText(cause, first.replace(/^stopped:\s*/, ""));
-    setText(where, second);
-    setText(calls, rest.join("\n"));
-    stack.hidden = rest.length === 0;
+  let timer = 0;
+  const show = ({ detail: { ev } }) => {
+    const { stopped: now } = bench;
+    if (now === last && ev !== "stopped") return;
+    last = now;
+    clearTimeout(timer);
+    if (now !== null) return tell();
+    // A step goes on and stops again: what is below stays where it is.
+    is(false);
+    timer = setTimeout(() => (notice.hidden = true), STEP);
   };
   bench.addEventListener("event", show);
   bench.addEventListener("moment", show);

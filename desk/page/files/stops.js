@@ -21,8 +21,9 @@ export class Stops {
       this.#none,
       this.#said,
     );
-    // Whoever else sets one: its answer tells this page, and the lines of others are events.
+    // What others set is not told: a stop, and a look at the list, ask.
     const ask = soon(() => this.#ask());
+    this.element.addEventListener("pointerenter", ask);
     bench.addEventListener("answer", ({ detail: { line } }) => /^\s*break\s/.test(line) && ask());
     bench.addEventListener("status", ({ detail }) => detail.connected && ask());
     bench.addEventListener("event", ({ detail: { ev } }) => {

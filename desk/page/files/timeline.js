@@ -9,6 +9,7 @@ import { AXES, TimelineView } from "./timeline_view.js";
 import { count, failed, seconds } from "./words.js";
 
 const MOST_ROWS = 250; // of the list
+const EVERY = 60; // ms
 const LIST_EVERY = 250; // ms
 const STEP = 1.5; // of a zoom
 const PAN = 0.2; // of what is seen
@@ -73,7 +74,7 @@ export function mount(element, bench, language) {
     tool("+", "Show less: zoom in (+)", () => view.zoom(1 / STEP)),
     tool("◀", "Earlier (arrow left)", () => view.pan(-PAN)),
     tool("▶", "Later (arrow right)", () => view.pan(PAN)),
-    tool("Fit", "All that is known (0)", () => view.fit()),
+    tool("Fit", "Fit all that is known (0)", () => view.fit()),
     follow,
     listed,
     enlarger(element),
@@ -110,12 +111,8 @@ export function mount(element, bench, language) {
     list,
   );
   element.querySelector("header").append(tools);
-  const body = make(
-    "div",
-    { class: "timeline-body" },
-    stage,
-    make("div", { class: "timeline-side" }, listing, details.element),
-  );
+  const side = make("div", { class: "timeline-side" }, listing, details.element);
+  const body = make("div", { class: "timeline-body" }, stage, side);
   element.append(body);
 
   // Where there is little room, the list is beside the time line when it is asked for.
@@ -131,12 +128,13 @@ export function mount(element, bench, language) {
 
   // ---- Drawing --------------------------------------------------------------------------------
 
-  const update = soon(() => {
-    if (stage.clientWidth === 0) return; // not seen
+  const draw = () => {
     view.keepUp();
     canvas.draw({ selected: selected?.id ?? null, pointer });
     showList(false);
-  });
+  };
+  const update = soon(draw);
+  const goOn = soon(draw, EVERY); // by itself, with the board
 
   function move(act) {
     act();
@@ -164,7 +162,7 @@ export function mount(element, bench, language) {
     const inDetails = details.element.contains(document.activeElement);
     const before = selected;
     selected = thing;
-    listing.hidden = thing !== null;
+    side.classList.toggle("chosen", thing !== null);
     if (thing) showSide(true);
     details.show(thing);
     if (thing && !view.sees(thing)) {
@@ -191,8 +189,9 @@ export function mount(element, bench, language) {
 
   function showList(now) {
     const time = performance.now();
-    if (listing.hidden || (!now && time - listedAt < LIST_EVERY)) return;
+    if (!now && time - listedAt < LIST_EVERY) return;
     listedAt = time;
+    if (list.clientHeight === 0) return; // not seen
     const things = model.things(lanes).filter((thing) => view.sees(thing));
     const wanted = things.slice(-MOST_ROWS);
     const left = things.length - wanted.length;
@@ -332,17 +331,26 @@ export function mount(element, bench, language) {
   bench.addEventListener("event", ({ detail }) => {
     model.take(detail);
     if (selected && detail.ev === "return" && selected.result === detail) details.show(selected);
-    update();
+    goOn();
   });
   bench.addEventListener("moment", ({ detail: { header } }) => {
     model.tick(header.t, header.cycles);
-    update();
+    goOn();
   });
   bench.addEventListener("missed", ({ detail: { count: missed, anew } }) => {
     if (anew) clear();
     else model.gap(missed);
-    update();
+    goOn();
   });
-  new ResizeObserver(update).observe(stage);
+  new ResizeObserver(([{ contentRect }]) => {
+    canvas.resize(contentRect.width, contentRect.height);
+    draw(); // at once: a canvas of a new size is empty
+  }).observe(stage);
+  const retint = () => {
+    canvas.forgetColors();
+    update();
+  };
+  matchMedia("(prefers-color-scheme: dark)").addEventListener("change", retint);
+  new MutationObserver(retint).observe(document.documentElement, { attributes: true });
   move(() => {});
 }

@@ -28,8 +28,9 @@ export class TimelineCanvas {
   #model;
   #title;
   #context;
-  #probe = make("span", { hidden: true });
-  #colors = {};
+  #probe = make("span");
+  #colors = null;
+  #font = "";
   #hits = []; // what was drawn where: {x, end, y, bottom, things}
   #width = 0;
   #height = 0;
@@ -66,7 +67,8 @@ export class TimelineCanvas {
 
   /** @param {{selected: number|null, pointer: number|null}} state a thing's number, a place in px */
   draw({ selected, pointer }) {
-    if (!this.#measure()) return;
+    if (this.#width === 0 || this.#height === 0) return; // not seen
+    this.#takeColors();
     const context = this.#context;
     this.#hits = [];
     context.clearRect(0, 0, this.#width, this.#height);
@@ -103,37 +105,31 @@ export class TimelineCanvas {
     return rows.map((row) => ({ ...row, height: Math.floor(row.height * scale) }));
   }
 
-  #measure() {
-    const { clientWidth: width, clientHeight: height } = this.element;
-    if (width === 0 || height === 0) return false;
+  /** @param {number} width @param {number} height in px of the page */
+  resize(width, height) {
     const scale = window.devicePixelRatio || 1;
-    if (this.canvas.width !== Math.round(width * scale) || this.#height !== height) {
-      this.canvas.width = Math.round(width * scale);
-      this.canvas.height = Math.round(height * scale);
-    }
     this.#width = width;
     this.#height = height;
+    this.canvas.width = Math.round(width * scale);
+    this.canvas.height = Math.round(height * scale);
     this.#context.setTransform(scale, 0, 0, scale, 0, 0);
-    const { theme } = document.documentElement.dataset;
-    const shown = theme ?? matchMedia("(prefers-color-scheme: dark)").matches;
-    if (shown !== this.#shown) this.#readColors(shown);
-    return true;
   }
 
-  // Colours of the page as they are, light or dark; the browser takes long to tell them.
-  #readColors(shown) {
-    this.#shown = shown;
-    this.#probe.hidden = false;
+  /** The page has other colours now. */
+  forgetColors() {
+    this.#colors = null;
+  }
+
+  #takeColors() {
+    if (this.#colors) return;
+    this.#colors = {};
+    const style = getComputedStyle(this.#probe);
     for (const name of COLORS) {
       this.#probe.style.color = `var(--${name})`;
-      this.#colors[name] = getComputedStyle(this.#probe).color;
+      this.#colors[name] = style.color;
     }
-    this.#font = getComputedStyle(this.#probe).fontFamily;
-    this.#probe.hidden = true;
+    this.#font = style.fontFamily;
   }
-
-  #shown = null; // which of them
-  #font = "sans-serif";
 
   #x(place) {
     return LABELS + this.#view.at(place) * this.axis.width;
@@ -333,10 +329,8 @@ export class TimelineCanvas {
       this.#fill("accent", LABELS + column * step, y + height - tall, step - 1, tall);
     });
     const each = (step * span) / this.axis.width;
-    const per =
-      axis === "t"
-        ? `${each.toPrecision(2)} ms`
-        : `${each.toPrecision(2)} ${AXES[axis].name.toLowerCase()}`;
+    const rounded = each < 10 ? each.toFixed(1) : count(Math.round(each));
+    const per = `${rounded} ${axis === "t" ? "ms" : AXES[axis].name.toLowerCase()}`;
     const text = ofTime ? `${seconds(most)} s` : `${count(Math.round(most))} cycles`;
     const label = `most: ${text} in ${per}`;
     this.#context.globalAlpha = 0.8;

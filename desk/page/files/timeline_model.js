@@ -4,6 +4,7 @@
 const MOST = 4000; // things of a lane
 const MOST_SAMPLES = 16000;
 const MOST_TEXT = 300; // characters
+const LATE = 50; // ms that a thread may come back after the end of its pause, in real time
 
 /**
  * A place on all axes: the board's time in ms, bus cycles before it, and its turn among the events.
@@ -53,6 +54,7 @@ export class TimelineModel {
 
   #open = []; // calls without their end
   #worker = null;
+  #pauses = new Map(); // by thread, as long as it does nothing else
   #next = 1; // identification
 
   constructor() {
@@ -69,6 +71,7 @@ export class TimelineModel {
     this.samples = [];
     this.#open = [];
     this.#worker = null;
+    this.#pauses.clear();
   }
 
   /** A moment of the board, without an event. */
@@ -115,27 +118,27 @@ export class TimelineModel {
       .find((thing) => thing.id === id);
   }
 
-  #step({ t, cycle }) {
+  #step({ t, cycle, by }) {
+    this.#pauses.delete(by);
     this.now = { t, cycle: cycle ?? this.now.cycle, n: this.now.n + 1 };
     this.#sample();
     this.first ??= this.now;
     return this.now;
   }
 
-  // The worker pauses hundreds of times a second: what follows without anything between is one.
+  // The worker pauses hundreds of times a second: pauses without anything of its own between are one.
   #pause(event) {
     const { t, by, ms } = event;
-    const last = this.lanes.pauses.findLast((pause) => pause.by === by);
     this.now = { ...this.now, t, cycle: event.cycle ?? this.now.cycle };
     this.#sample();
+    this.first ??= this.now;
     const end = { ...this.now, t: t + ms };
-    const quiet = last && last.from.n === this.now.n && last.event.ev === event.ev;
-    if (quiet && t - last.to.t <= 1) {
+    const last = this.#pauses.get(by);
+    if (last && last.event.ev === event.ev && t - last.to.t <= LATE) {
       last.to = end;
       last.times += 1;
     } else {
-      this.first ??= this.now;
-      this.#add("pauses", event, this.now, end);
+      this.#pauses.set(by, this.#add("pauses", event, this.now, end));
     }
   }
 
@@ -210,6 +213,7 @@ export class TimelineModel {
     this.samples = this.samples.filter((from) => !later({ from }));
     this.#open = this.#open.filter((call) => !later(call));
     if (this.#worker && later(this.#worker)) this.#worker = null;
+    this.#pauses.clear();
     this.now = { ...this.now, t, cycle: cycle ?? this.now.cycle };
   }
 }

@@ -1,0 +1,465 @@
+// A board in real time: what lines do, how time passes between them, and what the session keeps.
+#include "desk/bench/bench.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "script/run.h"
+#include "sim/screen/screen.h"
+#include "tests/desk/bench/bench_fixture.h"
+#include "tests/support/read_png.h"
+#include "tests/support/temp_path.h"
+#include "tools/vexosim/listing/terminal_surroundings.h"
+
+namespace desk {
+namespace {
+
+using testing::AllOf;
+using testing::ContainsRegex;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+std::string Content(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+// ---- Lines --------------------------------------------------------------------------------------
+
+TEST_F(BenchTest, ALineIsAnsweredWithWhatASessionPrintsForIt) {
+  Open();
+  EXPECT_EQ(Done("lsplit 6 0"), "vexo lsplit 6 0\n= 0");
+  EXPECT_EQ(Done("command read-reg chip slave1 page 1 reg 0x6E"),
+            "| [VexoCtrlSDK]: >> VEXO READ REG 0x0C 0x01 0x6E 0x00 \n"
+            "> 0x2406 register value: slave1 page 1 register 0x6E (record) = 0x00\n"
+            "< value 0x00\n= 0");
+  EXPECT_THAT(Done("peek master \"window 0\""), StartsWith("master page 1  0x30-0x33"));
+  EXPECT_EQ(Done("camera 5 off  # the cable"), "");
+  EXPECT_EQ(Done(" # a comment"), "");
+}
+
+TEST_F(BenchTest, AnExpectationIsMetOrNotAndALineThatIsNoneIsRefused) {
+  Open();
+  Done("lsplit 6 0");
+  EXPECT_EQ(Done("expect return 0"), "met");
+  EXPECT_EQ(Unmet("expect return 1"), "not met: returned 0");
+  EXPECT_THAT(Refused("kamera 5 off"), HasSubstr("unknown: 'kamera'"));
+  EXPECT_THAT(Refused("run"), HasSubstr("expected a number of milliseconds"));
+  EXPECT_THAT(Refused("camera 5 off\ncamera 6 off"), HasSubstr("expected one line"));
+  EXPECT_EQ(Refused("break off 7"), "there is no stop 7");
+  EXPECT_EQ(Done("expect return 0"), "met");
+}
+
+TEST_F(BenchTest, WhatTheLibraryAndTheSessionCanDoIsNotRefused) {
+  Open({.board = {.bare = true}});
+  for (const char* line : {"attach", "window", "command 0xF001", "unbind", "detach", "mark here",
+                           "writes on", "back here", "where_is_it"}) {
+    EXPECT_EQ(Run(line).result == Answer::Result::Refused, std::string(line) == "where_is_it")
+        << line;
+  }
+}
+
+TEST_F(BenchTest, AFileIsRunAndAPictureAndTheSessionAreWritten) {
+  Open();
+  const std::string script = test::TempPath("bench.vexo");
+  const std::string picture = test::TempPath("bench.png");
+  std::ofstream(script) << "lsplit 6 0\nrun 100\nexpect return 7\ncamera 3 off\n";
+  EXPECT_THAT(Unmet("source \"" + script + '"'), HasSubstr("not met"));
+  EXPECT_EQ(Done("picture " + picture), "");
+  EXPECT_GT(std::filesystem::file_size(picture), 1000U);
+  EXPECT_EQ(Done("save \"" + script + '"'), "");
+  EXPECT_THAT(Content(script), HasSubstr("vexo lsplit 6 0\nrun 100\n# not met: expect return 7\n"
+                                         "camera 3 off\n"));
+  std::filesystem::remove(script);
+  std::filesystem::remove(picture);
+}
+
+// ---- Time between lines -------------------------------------------------------------------------
+
+TEST_F(BenchTest, TimePassesAsTheClocksDoesAndIsOneLineOfTheSession) {
+  Open();
+  Done("lsplit 6 0");
+  clock_.Advance(517);
+  EXPECT_EQ(Session(), "vexo lsplit 6 0\nwait 517\n");
+  clock_.Advance(1000);
+  Done("complete \"camera \"");
+  clock_.Advance(500);
+  EXPECT_EQ(Session(), "vexo lsplit 6 0\nwait 2017\n");
+  Done("camera 5 off");
+  clock_.Advance(100);
+  EXPECT_EQ(Session(), "vexo lsplit 6 0\nwait 2017\ncamera 5 off\nwait 100\n");
+}
+
+TEST_F(BenchTest, WhatHappensBetweenLinesBelongsToTheActionBefore) {
+  Open();
+  Done("lsplit 6 0");
+  Done("camera 5 off");
+  clock_.Advance(1000);
+  EXPECT_EQ(Done("expect message 0x2403"), "met");
+  EXPECT_EQ(Done("expect return 0"), "met");
+  EXPECT_THAT(Done("diff start now"), HasSubstr("loss status"));
+  Done("loss 0");
+  EXPECT_THAT(Unmet("expect message 0x2403"), HasSubstr("no message"));
+}
+
+TEST_F(BenchTest, ASleepInTheMiddleOfACallTakesTheClocksTime) {
+  Open();
+  const auto init = Send("vexo init 0");
+  EXPECT_EQ(init.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+  clock_.Advance(900);
+  EXPECT_EQ(init.wait_for(std::chrono::seconds(30)), std::future_status::ready);
+}
+
+TEST_F(BenchTest, OfTheMachinesSleepASecondIsCaughtUp) {
+  Open();
+  Done("camera 5 off");
+  clock_.Advance(3'600'000);
+  EXPECT_EQ(Session(), "camera 5 off\nwait 1000\n");
+}
+
+TEST_F(BenchTest, TimeThatNobodyEndsIsAMinuteALine) {
+  Open();
+  Done("camera 5 off");
+  for (int i = 0; i < 121; ++i) {
+    clock_.Advance(500);
+    Done("help");
+  }
+  EXPECT_EQ(Session(), "camera 5 off\nwait 60500\n");
+}
+
+// ---- Waits --------------------------------------------------------------------------------------
+
+TEST_F(BenchTest, ARunIsAWaitOfItsOwnAndOthersGoOn) {
+  Open();
+  auto run = Send("run 1000");
+  AwaitSession("run ");
+  EXPECT_EQ(Done("camera 5 off"), "");
+  EXPECT_EQ(Done("lsplit 6 0"), "vexo lsplit 6 0\n= 0");
+  EXPECT_EQ(run.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+  clock_.Advance(1000);
+  const Answer answer = run.get();
+  EXPECT_EQ(answer.result, Answer::Result::Done);
+  EXPECT_THAT(answer.text, HasSubstr("> 0x2403 video info: loss mask 0x0020: channel 5 lost"));
+  EXPECT_THAT(Session(), ContainsRegex("^run [0-9]+\n(wait 1\n)?camera 5 off\n(wait [0-9]+\n)?"
+                                       "vexo lsplit 6 0\nwait [0-9]+\n"));
+}
+
+TEST_F(BenchTest, ARunHasWhatOthersCallsSayMeanwhile) {
+  Open();
+  auto run = Send("run 1000");
+  AwaitSession("run ");
+  Done("command read-reg chip slave1 page 1 reg 0x6E");
+  clock_.Advance(1000);
+  EXPECT_THAT(run.get().text, AllOf(HasSubstr("> 0x2406 register value"), Not(HasSubstr("= 0"))));
+}
+
+TEST_F(BenchTest, ARunThatNobodyCutsStandsAsItWasTyped) {
+  Open();
+  auto run = Send("run 1000");
+  AwaitSession("run ");
+  clock_.Advance(1000);
+  EXPECT_EQ(run.get().result, Answer::Result::Done);
+  clock_.Advance(300);
+  EXPECT_EQ(Session(), "run 1000\nwait 300\n");
+  EXPECT_EQ(Done("run 0"), "");
+}
+
+TEST_F(BenchTest, TimeTurnedBackEndsWaits) {
+  Open();
+  Done("camera 5 off");
+  auto run = Send("run 1000");
+  AwaitSession("camera 5 off\nrun ");
+  EXPECT_THAT(Done("undo"), StartsWith("undone: run "));
+  const Answer answer = run.get();
+  EXPECT_EQ(answer.result, Answer::Result::Refused);
+  EXPECT_EQ(answer.text, "time was turned back, and the wait is over");
+}
+
+// ---- Time turned back ---------------------------------------------------------------------------
+
+TEST_F(BenchTest, UndoTakesTheTimeBehindALineBackToo) {
+  Open();
+  Done("camera 5 off");
+  clock_.Advance(100);
+  Done("camera 6 off");
+  clock_.Advance(700);
+  EXPECT_EQ(Done("undo"), "undone: camera 6 off");
+  EXPECT_EQ(Session(), "camera 5 off\nwait 100\n");
+  EXPECT_THAT(told_.News(), ElementsAre(EndsWith(" rewound")));
+}
+
+TEST_F(BenchTest, WhatRunsAgainIsNotToldAndTakesNoTimeOfTheClock) {
+  Open();
+  Done("camera 5 off");
+  for (int i = 0; i < 20; ++i) {
+    clock_.Advance(500);
+    Done("help");
+  }
+  Done("camera 6 off");
+  EXPECT_THAT(told_.Lines(), ElementsAre("camera 5 off", "camera 6 off"));
+  const std::size_t events = told_.Events();
+  EXPECT_GT(events, 100U);
+  Done("undo");
+  EXPECT_EQ(told_.Events(), events);
+  clock_.Advance(500);
+  Done("camera 7 off");
+  EXPECT_GT(told_.Events(), events + 5);
+  EXPECT_THAT(told_.Lines(), ElementsAre("camera 5 off", "camera 6 off", "camera 7 off"));
+}
+
+TEST_F(BenchTest, APollThatNeverEndsIsTakenBack) {
+  Open();
+  Done("settle never");
+  const std::string said = Refused("lsplit 6 0");
+  EXPECT_THAT(said, HasSubstr("to settle, which never happens"));
+  EXPECT_THAT(said, HasSubstr("the line is taken back"));
+  EXPECT_EQ(Session(), "settle never\n");
+  Done("settle 0");
+  EXPECT_EQ(Done("lsplit 6 0"), "vexo lsplit 6 0\n= 0");
+}
+
+// ---- Stops --------------------------------------------------------------------------------------
+
+TEST_F(BenchTest, ALineThatRunsIntoAStopIsAnsweredThere) {
+  Open();
+  Done("break write slave1 \"window 0\"");
+  EXPECT_THAT(Done("lsplit 5 0"),
+              AllOf(StartsWith("vexo lsplit 5 0\nstopped: break 1: w slave1 page 1 0x30 window 0"),
+                    Not(HasSubstr("= 0"))));
+  EXPECT_THAT(told_.News(), ElementsAre(HasSubstr(" stopped: break 1: w slave1 page 1")));
+  EXPECT_EQ(Done("expect register slave1 1 0x30 0x85"), "met");
+  EXPECT_EQ(Done("camera 3 off"), "");
+  EXPECT_THAT(Refused("lsplit 6 0"), HasSubstr("stopped in 'vexo lsplit 5 0'"));
+  EXPECT_THAT(Refused("run 100"), HasSubstr("stopped in 'vexo lsplit 5 0'"));
+  EXPECT_THAT(Done("step"), StartsWith("stopped: "));
+  EXPECT_EQ(Done("continue"), "= 0");
+  EXPECT_THAT(told_.News().back(), EndsWith(" continued"));
+}
+
+TEST_F(BenchTest, WhileItIsStoppedNoTimePassesAndNoneIsCaughtUp) {
+  Open();
+  told_.wants_moments = true;
+  Done("break write slave1 \"window 0\"");
+  Done("lsplit 5 0");
+  const std::uint64_t before = told_.Last() ? told_.Last()->time_ms : 0;
+  clock_.Advance(700);
+  Await([&] { return told_.Last() && !told_.Last()->stopped.empty(); });
+  EXPECT_THAT(told_.Last()->stopped, StartsWith("break 1: w slave1"));
+  EXPECT_GE(told_.Last()->time_ms, before);
+  EXPECT_EQ(told_.Last()->lag_ms, 0);
+  Done("break off");
+  Done("continue");
+  EXPECT_THAT(Session(), EndsWith("vexo lsplit 5 0\nbreak off\ncontinue\n"));
+  clock_.Advance(90);
+  Await([&] { return told_.Last()->stopped.empty(); });
+  EXPECT_THAT(Session(), EndsWith("continue\nwait 90\n"));
+}
+
+TEST_F(BenchTest, TheWorkerStopsBetweenLinesAndWhoeverWaitsIsTold) {
+  Open();
+  Done("break message 0x2403");
+  auto run = Send("run 5000");
+  AwaitSession("break message 0x2403\nrun ");
+  Done("camera 5 off");
+  clock_.Advance(900);
+  const Answer answer = run.get();
+  EXPECT_EQ(answer.result, Answer::Result::Done);
+  EXPECT_THAT(answer.text, HasSubstr("stopped: break 1: message 0x2403"));
+  EXPECT_THAT(told_.News(), ElementsAre(HasSubstr("stopped: break 1: message 0x2403")));
+  EXPECT_EQ(Done("expect message 0x2403"), "met");
+  EXPECT_EQ(Done("break off"), "");
+  EXPECT_EQ(Done("continue"), "");
+  EXPECT_EQ(Done("lsplit 6 0"), "vexo lsplit 6 0\n= 0");
+}
+
+TEST_F(BenchTest, TimeIsTurnedBackOutOfAStopBetweenLines) {
+  Open();
+  Done("break message 0x2403");
+  Done("camera 5 off");
+  clock_.Advance(900);
+  Await([&] { return !told_.News().empty(); });
+  EXPECT_EQ(Done("undo"), "undone: camera 5 off");
+  EXPECT_THAT(told_.News(), ElementsAre(HasSubstr(" stopped: "), EndsWith(" rewound")));
+  clock_.Advance(900);
+  EXPECT_EQ(Done("lsplit 6 0"), "vexo lsplit 6 0\n= 0");
+}
+
+// ---- What is kept -------------------------------------------------------------------------------
+
+// The trace so far, as it is written while it goes on.
+struct LiveTrace {
+  std::ostringstream text;
+  script::JsonSink sink{text, [this] { text.str({}); }};
+};
+
+void Work(BenchTest& test, const std::function<void(const std::string&)>& done, TestClock& clock,
+          const std::function<std::future<Answer>(const std::string&)>& send) {
+  (void)test;
+  done("lsplit 6 0");
+  clock.Advance(517);
+  done("help");
+  clock.Advance(333);
+  done("expect return 0");
+  clock.Advance(77);
+  done("camera 5 off");
+  auto run = send("run 700");
+  clock.Advance(250);
+  done("motion 3 on");
+  clock.Advance(700);
+  run.get();
+  done("break message 0x2403");
+  done("camera 6 off");
+  clock.Advance(900);
+  done("expect message 0x2403");
+  done("camera 5 ntsc");
+  done("continue");
+  done("break off");
+  clock.Advance(640);
+  done("window deaf");
+  clock.Advance(999);
+  done("loss 3");
+  clock.Advance(451);
+  done("window hearing");
+  done("loss 0");
+  clock.Advance(60);
+  done("pip start 1 2");
+}
+
+class SavedSession : public BenchTest, public testing::WithParamInterface<std::uint64_t> {};
+
+TEST_P(SavedSession, RunAsAScriptIsTheSameTrace) {
+  LiveTrace live;
+  BenchOptions options;
+  options.run.seed = GetParam();
+  options.run.sinks = {&live.sink};
+  Open(options);
+  Work(
+      *this, [this](const std::string& line) { Run(line); }, clock_,
+      [this](const std::string& line) { return Send(line); });
+  const std::string saved = test::TempPath("bench_saved.vexo");
+  const std::string trace = test::TempPath("bench_saved.jsonl");
+  Done("save \"" + saved + '"');
+  Done("save trace \"" + trace + '"');
+  const std::string session = Done("history");
+  Close();
+
+  std::istringstream script(Content(saved));
+  std::ostringstream again;
+  std::ostringstream out;
+  std::ostringstream err;
+  vexosim::TerminalSurroundings around;
+  const script::RunOptions how{.quiet = true, .seed = GetParam(), .trace = &again};
+  EXPECT_EQ(script::RunScript(script, saved, how, around, out, err), script::kExitDone)
+      << err.str() << session;
+  EXPECT_EQ(Content(trace), again.str()) << session;
+  EXPECT_TRUE(live.text.str() == again.str()) << session;
+  EXPECT_THAT(again.str(), HasSubstr(R"("text":"wait )"));
+  std::filesystem::remove(saved);
+  std::filesystem::remove(trace);
+  harness::Restart();
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, SavedSession, testing::Values(0, 1, 2, 3, 4, 5));
+
+TEST_F(BenchTest, ATraceThatIsWrittenOnTheSideChangesNothing) {
+  Open();
+  Done("camera 5 off");
+  clock_.Advance(300);
+  auto run = Send("run 1000");
+  AwaitSession("camera 5 off\nwait 300\nrun ");
+  const std::string trace = test::TempPath("bench.jsonl");
+  EXPECT_EQ(Done("save trace \"" + trace + '"'), "");
+  EXPECT_THAT(Content(trace), HasSubstr(R"("text":"wait 300")"));
+  EXPECT_THAT(Refused("save waveform a.vcd"), HasSubstr("draws no waveforms"));
+  EXPECT_THAT(Refused("save trace /no/such/folder/a"), HasSubstr("/no/such/folder/a"));
+  EXPECT_TRUE(told_.News().empty());
+  clock_.Advance(1000);
+  EXPECT_EQ(run.get().result, Answer::Result::Done);
+  std::filesystem::remove(trace);
+}
+
+// ---- Who looks on -------------------------------------------------------------------------------
+
+TEST_F(BenchTest, MomentsAreShownWhileTheyAreWantedAndNotMoreOften) {
+  Open();
+  clock_.Advance(500);
+  Done("camera 5 off");
+  EXPECT_EQ(told_.Moments(), 0U);
+  told_.wants_moments = true;
+  Await([&] { return told_.Moments() == 1; });
+  EXPECT_TRUE(told_.Last()->board.Input(5).lost);
+  EXPECT_EQ(told_.Last()->stopped, "");
+  const std::uint64_t first = told_.Last()->time_ms;
+  for (int i = 0; i < 10; ++i) Done("registers master 0");
+  EXPECT_EQ(told_.Moments(), 1U);
+  clock_.Advance(60);
+  Await([&] { return told_.Moments() == 2; });
+  EXPECT_GT(told_.Last()->time_ms, first);
+  EXPECT_GT(told_.Last()->cycles, 5000U);
+  told_.wants_moments = false;
+  clock_.Advance(500);
+  Done("camera 5 ntsc");
+  EXPECT_EQ(told_.Moments(), 2U);
+}
+
+TEST_F(BenchTest, MomentsAreShownInTheMiddleOfACallThatSleeps) {
+  Open();
+  const auto init = Send("vexo init 0");
+  EXPECT_EQ(init.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+  told_.wants_moments = true;
+  Await([&] { return told_.Moments() == 1; });
+  EXPECT_EQ(init.wait_for(std::chrono::milliseconds(0)), std::future_status::timeout);
+  clock_.Advance(1000);
+}
+
+// ---- The end ------------------------------------------------------------------------------------
+
+TEST_F(BenchTest, QuitEndsTheSessionAndAnswersWhoeverWaits) {
+  Open();
+  auto run = Send("run 100000");
+  AwaitSession("run ");
+  EXPECT_EQ(Done("quit"), "");
+  const Answer answer = run.get();
+  EXPECT_EQ(answer.result, Answer::Result::Refused);
+  EXPECT_EQ(answer.text, "the session is over");
+  EXPECT_EQ(AwaitEnd(), "");
+}
+
+TEST_F(BenchTest, AnEndFromOutsideComesSoonWhateverRuns) {
+  Open();
+  auto run = Send("run 100000000");
+  AwaitSession("run ");
+  auto init = Send("vexo init 0");
+  bench_->End();
+  EXPECT_EQ(run.get().text, "the session is over");
+  init.wait();
+  EXPECT_EQ(Refused("camera 5 off"), "the session is over");
+  EXPECT_EQ(AwaitEnd(), "");
+}
+
+TEST_F(BenchTest, AStoppedBoardEndsToo) {
+  Open();
+  Done("break write slave1 \"window 0\"");
+  Done("lsplit 5 0");
+  bench_->End();
+  EXPECT_EQ(AwaitEnd(), "");
+}
+
+TEST_F(BenchTest, ALimitEndsTheSessionAndSaysWhy) {
+  BenchOptions options;
+  options.run.limits.virtual_ms = 2000;
+  Open(options);
+  clock_.Advance(1000);
+  Done("help");
+  clock_.Advance(1000);
+  EXPECT_EQ(AwaitEnd(), "the limit of 2000 ms of the board's time is reached");
+}
+
+}  // namespace
+}  // namespace desk
