@@ -88,7 +88,8 @@ class Recorder(Board):
     program = ROOT / "build" / "page" / "recorder"
 
     def __init__(self, *keys: str) -> None:
-        super().__init__([self.build(), "--page", "--real", *keys])
+        # What it prints comes line by line.
+        super().__init__(["stdbuf", "-oL", self.build(), "--page", "--real", *keys])
 
     @classmethod
     def build(cls) -> Path:

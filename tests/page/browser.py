@@ -15,11 +15,20 @@ from selenium.webdriver.remote.webelement import WebElement
 
 LIMIT = 30  # seconds until something must have happened: generous, for a machine that is busy
 
-# The page's own sockets are kept where a test can close one.
+# The page's own sockets are kept where a test can close one; what is said waits while the test holds
+# it.
 KEEP_SOCKETS = """
 window.sockets = [];
+window.held = null;
 window.WebSocket = class extends WebSocket {
-  constructor(...arguments_) { super(...arguments_); window.sockets.push(this); }
+  constructor(place) {
+    super(place);
+    window.sockets.push(this);
+  }
+  send(text) {
+    if (window.held) window.held.push(() => super.send(text));
+    else super.send(text);
+  }
 };
 """
 
@@ -27,13 +36,24 @@ window.WebSocket = class extends WebSocket {
 READ_CANVAS = """
 const canvas = document.querySelector("#monitor canvas");
 const { width, height } = canvas;
-const bytes = canvas.getContext("2d").getImageData(0, 0, width, height).data;
+const copy = new OffscreenCanvas(width, height).getContext("2d", { willReadFrequently: true });
+copy.drawImage(canvas, 0, 0);
+const bytes = copy.getImageData(0, 0, width, height).data;
 let text = "";
 for (let at = 0; at < bytes.length; at += 32768) {
   text += String.fromCharCode(...bytes.subarray(at, at + 32768));
 }
 const time = document.querySelector("#readings dd").textContent;
 return { width, height, time, bytes: btoa(text) };
+"""
+
+
+COUNT_WINDOWS = """
+const all = [...document.querySelectorAll(".windows button")].map((one) => one.style);
+const top = all.reduce((one, other) => (Number(other.zIndex) > Number(one.zIndex) ? other : one),
+  { zIndex: 0 });
+const near = (one, what) => Math.abs(parseFloat(one[what]) - parseFloat(top[what])) < 2;
+return all.filter((one) => near(one, "width") && near(one, "height")).length;
 """
 
 
@@ -144,8 +164,8 @@ class Browser:
             time.sleep(0.05)
 
     def wait_for_windows(self, count: int) -> None:
-        words = f"{count} window" + ("" if count == 1 else "s")
-        self.wait_for(lambda: self.text("#monitor header").count(f", {words}"), words)
+        """Waits for so many windows of the topmost one's size: others may lie behind them."""
+        self.wait_for(lambda: self.run(COUNT_WINDOWS) == count, f"{count} windows")
 
     def line(self, text: str) -> str:
         """Types a line into the console; its answer."""
