@@ -19,7 +19,7 @@ CUT = """
 const cut = [];
 const tell = (one, why) => cut.push(`${one.tagName} ${one.getAttribute("aria-label") ??
   (one.id || one.textContent.trim().slice(0, 40))}: ${why}`);
-for (const one of document.querySelectorAll("button, input, select, summary, a[href], h2")) {
+for (const one of arguments[0].querySelectorAll("button, input, select, summary, a[href]")) {
   if (!one.checkVisibility({ checkOpacity: true, checkVisibilityCSS: true })) continue;
   if (one.disabled || one.closest(".skip, .windows")) continue;
   one.scrollIntoView({ block: "center", inline: "center" });
@@ -54,17 +54,19 @@ class LookTest(PageTest):
         browser = self.browser
         browser.wait_for_windows(16)
         for width, height in SIZES:
-            for tab in [None, *browser.all(".tabs button")]:
-                with self.subTest(size=f"{width} x {height}", tab=tab and tab.text):
-                    browser.size(width, height)
+            browser.size(width, height)
+            panes = {"the page": None}
+            panes |= {tab.get_attribute("aria-controls"): tab for tab in browser.all(".tabs button")
+                      if tab.is_displayed()}
+            for name, tab in panes.items():
+                with self.subTest(size=f"{width} x {height}", pane=name):
                     if tab is not None:
-                        if not tab.is_displayed():
-                            continue
                         browser.run("arguments[0].click()", tab)
                     wide = browser.run("const { scrollWidth, clientWidth } = "
                                        "document.scrollingElement; return scrollWidth - clientWidth")
                     self.assertLessEqual(wide, 0, "the page is wider than its window")
-                    self.assertEqual(browser.run(CUT), [])
+                    within = browser.find("body" if tab is None else f"#{name}")
+                    self.assertEqual(browser.run(CUT, within), [])
 
     def test_the_monitor_keeps_its_shape_and_is_seen_whole(self) -> None:
         self.open()
