@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Tries the page in a real browser: scripts/check_page.sh [NAME...], the names of some tests.
+# Tries the page in a real browser: scripts/check_page.sh [--documents] [NAME...], parts of the names
+# of tests; none: all of them.
 #
-# What it needs is built: scripts/build.sh gcc vexosim vexo_desk. Screenshots come to build/page/;
-# with --documents they are those of docs/images/ too.
+# What it needs is built: scripts/build.sh gcc vexosim vexo_desk. Screenshots come to build/page/,
+# and with --documents to docs/images/.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -24,11 +25,12 @@ fetch_axe() {
   tar -xzOf "$archive" package/axe.min.js >build/page/axe.min.js
 }
 
-documents=""
+images=""
 if [[ "${1:-}" == --documents ]]; then
-  documents=1
+  images=docs/images
   shift
 fi
 fetch_axe
 # The system's own python, which has Debian's packages, whatever else there is.
 /usr/bin/python3 -m tests.page "$@"
+[[ -z "$images" ]] || install -D -m 644 -t "$images" build/page/bench-light.png build/page/bench-dark.png
