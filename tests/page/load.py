@@ -65,12 +65,12 @@ async def watch_events(board: Bench, seen: Watched) -> None:
 
 
 async def watch_pictures(board: Bench, seen: Watched) -> None:
-    async with await open_monitor(board) as socket:
-        while True:
-            message = await socket.recv()
-            (length,) = struct.unpack_from("<I", message)
-            seen.pictures += 1
-            seen.lags.append(json.loads(message[4:4 + length])["lag"])
+    socket = await open_monitor(board)
+    while True:
+        message = await socket.recv()
+        (length,) = struct.unpack_from("<I", message)
+        seen.pictures += 1
+        seen.lags.append(json.loads(message[4:4 + length])["lag"])
 
 
 async def be_busy(board: Bench, answers: list[float]) -> None:
@@ -82,7 +82,7 @@ async def be_busy(board: Bench, answers: list[float]) -> None:
         lines = [
             f"command live-split mode {(4, 9, 16)[turn % 3]} channels 0-15",
             f"camera {channel} {('off', 'ntsc')[turn % 2]}",
-            f"command read-register chip master page 0 register {turn % 256}",
+            f"command read-reg chip master page 0 reg {turn % 256}",
         ]
         for line in lines:
             begin = time.monotonic()
