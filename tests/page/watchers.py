@@ -3,7 +3,6 @@
 import asyncio
 import json
 import struct
-import time
 import zlib
 from dataclasses import dataclass
 from typing import Any
@@ -29,8 +28,8 @@ class Control:
             f"ws://127.0.0.1:{board.port}/control", origin=board.origin, max_size=None,
             ping_interval=None, **options)
         control = cls(socket)
-        await socket.send(f"vexo 1 {events}\n")
-        control.next = (await control.take())["next"]
+        await socket.send(f"vexo 1 {events}".strip() + "\n")
+        control.next = (await control.take()).get("next", 0)
         return control
 
     async def take(self) -> dict:
@@ -86,15 +85,3 @@ async def open_monitor(board: Any) -> Any:
     return await websockets.connect(
         f"ws://127.0.0.1:{board.port}/monitor", origin=board.origin, max_size=None,
         ping_interval=None)
-
-
-async def pictures(board: Any, seconds: float) -> list[tuple[float, dict]]:
-    """When pictures came, and their headers."""
-    came = []
-    async with await open_monitor(board) as socket:
-        end = time.monotonic() + seconds
-        while (now := time.monotonic()) < end:
-            message = await asyncio.wait_for(socket.recv(), LIMIT)
-            (length,) = struct.unpack_from("<I", message)
-            came.append((now, json.loads(message[4:4 + length])))
-    return came

@@ -23,7 +23,7 @@ export function mount(pane, bench, language) {
     const said = text.trim() || (result === "done" ? "done" : result);
     answer.replaceChildren(
       make("code", {}, line),
-      make("pre", { class: result === "done" ? "" : "bad" }, said),
+      make("pre", { class: result === "done" ? "" : "bad", tabindex: 0 }, said),
     );
   };
   const controls = make(

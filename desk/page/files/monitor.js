@@ -11,8 +11,9 @@ import { Overlay } from "./overlay.js";
 export function mount(pane, bench, language) {
   const canvas = make("canvas", { width: 720, height: 480, role: "img", "aria-label": "Picture" });
   const windows = make("div", { class: "windows", role: "group", "aria-label": "Windows" });
-  const card = make("aside", {
+  const card = make("div", {
     class: "card",
+    role: "group",
     "aria-label": "Registers of the window",
     hidden: true,
   });
