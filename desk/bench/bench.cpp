@@ -265,7 +265,7 @@ std::uint64_t Bench::Impl::OnPace(std::uint64_t due) {
   const std::uint64_t now = Now();
   for (;;) {
     if (Ended()) return idle ? now + 1 : due;
-    const std::uint64_t there = pace.Now(now);
+    const std::uint64_t there = pace.Now(due);
     ShowMoment(std::clamp(there, now, due));
     if (there >= due) return due;
     const bool asked = idle && (current || !queue.Empty());

@@ -96,6 +96,7 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "output 0xFFFFFFFF",
       "run 0",
       "run 4294967295",
+      "wait 100",
       "expect return 0",
       "expect return -8",
       "expect register all 1 0x10 0xC0",
@@ -128,6 +129,8 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "registers all 2",
       "picture screen.png",
       "print",
+      "board",
+      "accesses 1 200",
       "seed 5",
       "break write \"window 0\"",
       "break write slave1 \"window\"",
@@ -150,6 +153,9 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "back here",
       "source more.vexo",
       "save session.vexo",
+      "save trace session.jsonl",
+      "save waveform session.vcd",
+      "complete \"camera 5 \"",
       "history",
       "help",
       "help camera",
@@ -166,12 +172,12 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
 TEST(ScriptParsing, CoversTheWholeTableOfLines) {
   // A new kind of line needs its place in the table above.
   EXPECT_EQ(BoardLines().size(), 17U);
-  EXPECT_EQ(ActionLines().size(), 15U);
+  EXPECT_EQ(ActionLines().size(), 16U);
   EXPECT_EQ(ExpectLines().size(), 10U);
   EXPECT_EQ(RegisterLines().size(), 4U);
-  EXPECT_EQ(OutputLines().size(), 3U);
+  EXPECT_EQ(OutputLines().size(), 5U);
   EXPECT_EQ(StopLines().size(), 11U);
-  EXPECT_EQ(SessionLines().size(), 13U);
+  EXPECT_EQ(SessionLines().size(), 16U);
 }
 
 struct Wrong {
@@ -181,8 +187,10 @@ struct Wrong {
 
 TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
   const std::vector<Wrong> cases = {
-      {"board", "expected board chips N | board id CHIP BYTE, found the end of the line"},
-      {"board colour", "expected board chips N | board id CHIP BYTE, found 'colour'"},
+      {"sync", "expected sync period MS | sync hold 0|1, found the end of the line"},
+      {"sync colour", "expected sync period MS | sync hold 0|1, found 'colour'"},
+      {"board colour",
+       "expected the end of the line, found 'colour' (board chips N | board id CHIP BYTE | board)"},
       {"board chips",
        "expected a chip count 0 to 4, found the end of the line"
        " (board chips N)"},

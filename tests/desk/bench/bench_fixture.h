@@ -101,6 +101,7 @@ class BenchTest : public testing::Test {
 
   void Open(BenchOptions options = {}) {
     Close();
+    bring_up_lines_ = options.board.bare ? 2 : 6;
     options.clock = &clock_;
     options.run.stacks = false;
     std::promise<Bench*> made;
@@ -144,15 +145,28 @@ class BenchTest : public testing::Test {
     }
     return answer.get();
   }
+  // So much time at least, with the clock no faster than the board can follow.
+  void PassSlowly(std::uint64_t ms) {
+    told_.wants_moments = true;
+    Await([&] {
+      clock_.Advance(40);
+      return told_.Moments() != 0;
+    });
+    const std::uint64_t end = told_.Time() + ms;
+    Await([&] {
+      clock_.Advance(40);
+      return told_.Time() >= end;
+    });
+    told_.wants_moments = false;
+  }
   // The lines of the session behind the bring-up.
   std::vector<std::string> History() {
-    constexpr std::size_t kBringUpLines = 6;
     std::istringstream history(Done("history"));
     std::vector<std::string> lines;
     for (std::string line; std::getline(history, line);) {
       lines.push_back(line.substr(line.find_first_not_of(" 0123456789")));
     }
-    lines.erase(lines.begin(), lines.begin() + kBringUpLines);
+    lines.erase(lines.begin(), lines.begin() + bring_up_lines_);
     return lines;
   }
   // The same without the time between lines: a line that comes when no time has passed yet waits
@@ -200,6 +214,7 @@ class BenchTest : public testing::Test {
   }
 
   std::thread host_;
+  int bring_up_lines_ = 0;
   std::promise<std::string> served_;
   std::promise<void> closed_;
 };

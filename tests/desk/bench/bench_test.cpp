@@ -131,14 +131,20 @@ TEST_F(BenchTest, OfTheMachinesSleepASecondIsCaughtUp) {
   EXPECT_THAT(WaitedSince(1), AllOf(Ge(1000), Le(1010)));
 }
 
+TEST_F(BenchTest, TimePassesWhereNothingHappens) {
+  BenchOptions options;
+  options.board.bare = true;
+  Open(options);
+  Done("camera 5 off");
+  PassSlowly(5000);
+  EXPECT_GE(WaitedSince(1), 5000);
+  EXPECT_EQ(RunSlow("attach").result, Answer::Result::Done);
+}
+
 TEST_F(BenchTest, TimeThatNobodyEndsIsAMinuteALine) {
   Open();
   Done("camera 5 off");
-  told_.wants_moments = true;
-  for (std::uint64_t time = 2000; time < 65'000; time += 900) {
-    clock_.Advance(900);
-    Await([&] { return told_.Time() + 2000 > time; });
-  }
+  PassSlowly(61'000);
   EXPECT_THAT(History(), testing::Contains("wait 60000"));
 }
 

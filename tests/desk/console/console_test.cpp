@@ -113,6 +113,18 @@ TEST_F(ConsoleTest, HelpIsAnswered) {
   EXPECT_THAT(Done("? script"), HasSubstr("Board lines"));
 }
 
+TEST_F(ConsoleTest, WhatAConsoleWithoutATerminalAsksForIsAnswered) {
+  Done("camera 5 off");
+  EXPECT_THAT(Done("board"), HasSubstr("camera 5 off"));
+  EXPECT_THAT(Done("complete \"camera 5 o\""), StartsWith("camera 5 off\n# camera CH"));
+  const std::uint64_t cycles = sim::TheWorld().trace.Cycles();
+  Done("command init");
+  EXPECT_THAT(Done("accesses " + std::to_string(cycles + 1) + ' ' + std::to_string(cycles + 100)),
+              StartsWith("r master page 0  0xFE      chip identification"));
+  EXPECT_THAT(Refused("wait 100"), HasSubstr("time passes by itself"));
+  EXPECT_THAT(Refused("save trace a"), HasSubstr("'save trace' is refused"));
+}
+
 // ---- Expectations -------------------------------------------------------------------------------
 
 TEST_F(ConsoleTest, AnExpectationIsMetOrSaysWhatWasFound) {

@@ -135,6 +135,16 @@ TEST(Completion, OffersTheWordsAmongScriptArguments) {
   for (const NextWords& next : cases) EXPECT_EQ(Words(next.line), next.words) << next.line;
 }
 
+TEST(Completion, ALineIsCompletedWhole) {
+  using Lines = std::vector<std::string>;
+  EXPECT_EQ(CompletedLines("camera 5 o"), Lines{"camera 5 off"});
+  EXPECT_EQ(CompletedLines("  nvram fail "),
+            (Lines{"  nvram fail none", "  nvram fail read", "  nvram fail write"}));
+  EXPECT_EQ(CompletedLines("poke master \"channel dis").at(1), "poke master \"channel display 0\"");
+  EXPECT_EQ(CompletedLines("vexo lsplit_"), Lines{"vexo lsplit_pos"});
+  EXPECT_EQ(CompletedLines("no such "), Lines{});
+}
+
 TEST(Completion, OffersCommandsTheirFieldsAndTheirChoices) {
   const NextWords cases[] = {
       {"command live-", {"live-split", "live-mode"}},
