@@ -20,6 +20,7 @@ _vexosim_argument() {
   case "$1" in
     'run 0') _vexosim_files '[vV][eE][xX][oO]' ;;
     'shell 0') _vexosim_files '[vV][eE][xX][oO]' ;;
+    'serve 0') _vexosim_files '[vV][eE][xX][oO]' ;;
     'compare 0') _vexosim_files '[dD][lL][lL]' ;;
     'compare '*) _vexosim_files '[vV][eE][xX][oO]' ;;
     'trace 0') _vexosim_files ;;
@@ -38,7 +39,7 @@ _vexosim() {
   [[ "$before" != "=" ]] || before="${COMP_WORDS[COMP_CWORD - 2]}"
   [[ "$cur" != "=" ]] || cur=""
   if ((COMP_CWORD == 1)); then
-    _vexosim_words 'demo run shell compare trace diff replay manual completion -h --help'
+    _vexosim_words 'demo run shell serve compare trace diff replay manual completion -h --help'
     return
   fi
   case "$command" in
@@ -53,6 +54,10 @@ _vexosim() {
     shell)
       options='-h --help --chips --pal --bare --trace --vcd --cycle-ns --limit --limit-real --seed --image --image-base --color --colour'
       valued=' --chips --trace --vcd --cycle-ns --limit --limit-real --seed --image --image-base --color --colour '
+      ;;
+    serve)
+      options='-h --help --port --listen --control-port --chips --pal --bare --trace --vcd --cycle-ns --limit --limit-real --seed --image --image-base'
+      valued=' --port --listen --control-port --chips --trace --vcd --cycle-ns --limit --limit-real --seed --image --image-base '
       ;;
     compare)
       options='-h --help --image-base --seed --relocations'
@@ -116,6 +121,18 @@ _vexosim() {
     'shell --image') _vexosim_files '[dD][lL][lL]' ;;
     'shell --image-base') : ;;
     'shell --color' | 'shell --colour') _vexosim_words 'auto always never' ;;
+    'serve --port') : ;;
+    'serve --listen') : ;;
+    'serve --control-port') : ;;
+    'serve --chips') : ;;
+    'serve --trace') _vexosim_files ;;
+    'serve --vcd') _vexosim_files '[vV][cC][dD]' ;;
+    'serve --cycle-ns') : ;;
+    'serve --limit') : ;;
+    'serve --limit-real') : ;;
+    'serve --seed') : ;;
+    'serve --image') _vexosim_files '[dD][lL][lL]' ;;
+    'serve --image-base') : ;;
     'compare --image-base') : ;;
     'compare --seed') : ;;
     'trace --chip') : ;;

@@ -209,7 +209,7 @@ void Interpreter::Act(const Statement& statement) {
   const std::size_t first_event = world.trace.Mark();
   printer_->fold = switches.quiet;
   printer_->Begin();
-  acting_ = statement.text;
+  acting_ = statement.goes_on ? "wait" : statement.text;  // it may end sooner than it says
   try {
     statement.step(*session_);
     if (switches.pump) world.kernel.Pump(0);

@@ -80,7 +80,8 @@ struct Bench::Impl final : script::LineSource,
   // ---- Time -------------------------------------------------------------------------------------
   std::uint64_t OnPace(std::uint64_t due);
   void Nap(Clock::Time until, bool lines_too);
-  void ShowMoment();
+  // At this time of the board, which is no later than the next thing that happens.
+  void ShowMoment(std::uint64_t time);
   bool Ended();
 
   // ---- What happens to the session --------------------------------------------------------------
@@ -215,7 +216,7 @@ std::optional<Statement> Bench::Impl::Next() {
 // No time passes.
 std::optional<Statement> Bench::Impl::NextStanding() {
   if (!queue.Empty()) return Take();
-  ShowMoment();
+  ShowMoment(Now());
   Nap(clock.Now() + kLongestNap, true);
   return std::nullopt;
 }
@@ -264,8 +265,8 @@ std::uint64_t Bench::Impl::OnPace(std::uint64_t due) {
   const std::uint64_t now = Now();
   for (;;) {
     if (Ended()) return idle ? now + 1 : due;
-    ShowMoment();
-    const std::uint64_t there = pace.Now(now);
+    const std::uint64_t there = pace.Now(due);
+    ShowMoment(std::clamp(there, now, due));
     if (there >= due) return due;
     const bool asked = idle && (current || !queue.Empty());
     if (asked && there > now) return there;
@@ -285,11 +286,11 @@ bool Bench::Impl::Ended() {
   return queue.Ended();
 }
 
-void Bench::Impl::ShowMoment() {
+void Bench::Impl::ShowMoment(std::uint64_t time) {
   if (!watch.show || clock.Now() < next_moment || !watch.wants_moment()) return;
   next_moment = clock.Now() + kBetweenMoments;
   const bool stands = session->Stopped() || !broken.empty();
-  watch.show({World().board, Now(), World().trace.Cycles(), stands ? 0 : pace.Lag(Now()),
+  watch.show({World().board, time, World().trace.Cycles(), stands ? 0 : pace.Lag(time),
               session->Stopped() ? stopped : broken});
 }
 

@@ -13,14 +13,20 @@ class Pace {
   explicit Pace(const Clock& clock) : clock_(clock) {}
 
   // The board's time is this now, whatever was before.
-  void Anchor(std::uint64_t board_ms) { start_ = clock_.Now() - Clock::Time(board_ms); }
-  // Where the clock is, for a board that is at `board_ms`. What the board is behind by more than
-  // kMostBehind, such as by the sleep of the machine, is given up.
-  std::uint64_t Now(std::uint64_t board_ms) {
-    constexpr Clock::Time kMostBehind{1000};
-    const Clock::Time board(board_ms);
-    start_ = std::max(start_, clock_.Now() - board - kMostBehind);
-    return static_cast<std::uint64_t>(std::max(clock_.Now() - start_, Clock::Time(0)).count());
+  void Anchor(std::uint64_t board_ms) {
+    look_ = clock_.Now();
+    start_ = look_ - Clock::Time(board_ms);
+  }
+  // Where the clock is, for a board that does something next at `due_ms`. What it has gone on by
+  // since the last look, such as in the sleep of the machine, and what the board is behind, beyond
+  // kMost each, is given up.
+  std::uint64_t Now(std::uint64_t due_ms) {
+    constexpr Clock::Time kMost{1000};
+    const Clock::Time now = clock_.Now();
+    start_ += std::max(now - look_ - kMost, Clock::Time(0));
+    start_ = std::max(start_, now - Clock::Time(due_ms) - kMost);
+    look_ = now;
+    return static_cast<std::uint64_t>(std::max(now - start_, Clock::Time(0)).count());
   }
   // By how much the board is behind the clock.
   std::int64_t Lag(std::uint64_t board_ms) const {
@@ -31,7 +37,8 @@ class Pace {
 
  private:
   const Clock& clock_;
-  Clock::Time start_ = clock_.Now();  // when the board's time was 0
+  Clock::Time look_ = clock_.Now();
+  Clock::Time start_ = look_;  // when the board's time was 0
 };
 
 }  // namespace desk

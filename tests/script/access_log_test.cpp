@@ -22,14 +22,14 @@ class AccessLogTest : public testing::Test {
   }
   ~AccessLogTest() override { sim::ResetWorld(); }
 
-  static void Cycle(bool load, BusWindow window, std::uint8_t value) {
+  static void Cycle(bool load, sim::BusWindow window, std::uint8_t value) {
     sim::TheWorld().trace.AddCycle(0, sim::By::Host, load, window, value);
   }
   // Three cycles.
   static void Write(std::uint8_t reg, std::uint8_t value) {
-    Cycle(false, BusWindow::Select, kChipMaster);
-    Cycle(false, BusWindow::Address, reg);
-    Cycle(false, BusWindow::Data, value);
+    Cycle(false, sim::BusWindow::Select, kChipMaster);
+    Cycle(false, sim::BusWindow::Address, reg);
+    Cycle(false, sim::BusWindow::Data, value);
   }
 
   AccessLog log_;
@@ -50,8 +50,8 @@ TEST_F(AccessLogTest, AnAccessIsOfTheCycleThatReachesTheRegister) {
 
 TEST_F(AccessLogTest, ATableAndAReadAreAnAccessForEachOfTheirBytes) {
   Write(0x30, 1);
-  Cycle(false, BusWindow::Data, 2);
-  Cycle(true, BusWindow::Data, 3);
+  Cycle(false, sim::BusWindow::Data, 2);
+  Cycle(true, sim::BusWindow::Data, 3);
   const auto accesses = log_.Between(3, 5);
   ASSERT_EQ(accesses.size(), 3U);
   EXPECT_EQ(accesses[1].reg, 0x31);

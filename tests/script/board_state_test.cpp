@@ -148,7 +148,7 @@ TEST_F(BoardState, ChannelsHaveALineEachOrOneForAll) {
 }
 
 TEST_F(BoardState, SettingsThatAnAttachMadeAreToldAndRegistersAreNot) {
-  EXPECT_THAT(LinesAfter("attach\npoke master page 1 0x10 0x5A"),
+  EXPECT_THAT(LinesAfter("attach\npoke master 1 0x10 0x5A"),
               ElementsAre("nvram record MDVR 0 16"));
 }
 
@@ -157,7 +157,9 @@ TEST_F(BoardState, TheLinePrintsThem) {
   std::ostringstream out;
   std::ostringstream err;
   vexosim::TerminalSurroundings around;
-  ASSERT_EQ(RunScript(in, "s.vexo", {.quiet = true}, around, out, err), kExitDone) << err.str();
+  RunOptions quiet;
+  quiet.quiet = true;
+  ASSERT_EQ(RunScript(in, "s.vexo", quiet, around, out, err), kExitDone) << err.str();
   EXPECT_EQ(out.str(), "      camera 5 off\n      sync hold 1\n");
 }
 

@@ -219,7 +219,7 @@ TEST_F(InterpreterTest, TheTraceIsSavedByRunningTheSessionAgain) {
 
 TEST_F(InterpreterTest, TheWaveformIsSavedAsTheProgramDrawsIt) {
   EXPECT_THAT(Type("save waveform a.vcd\n"), EndsWith("this program draws no waveforms\n"));
-  EXPECT_THROW(Type("save waveform a.txt\n"), Malformed);
+  EXPECT_THROW(ParseLine("save waveform a.txt", true), Malformed);
   InterpreterOptions options;
   options.waveform = [](std::ostream& out) { return std::make_unique<JsonSink>(out); };
   Begin(options);
@@ -231,7 +231,7 @@ TEST_F(InterpreterTest, TheWaveformIsSavedAsTheProgramDrawsIt) {
 
 TEST_F(InterpreterTest, AtAStopTheTraceIsSavedUpToThere) {
   const std::string path = test::TempPath("stopped.jsonl");
-  const std::string text = Type("break write slave1 \"window 0\"\nlsplit 5 0\nsave trace \"" +
+  const std::string text = Type("break write slave1 page 1 0x30\nlsplit 5 0\nsave trace \"" +
                                 path + "\"\nexpect register slave1 1 0x30 0x85\ncontinue\n");
   EXPECT_THAT(text, EndsWith("      met\n      = 0\n"));
   EXPECT_THAT(Content(path), HasSubstr(R"("text":"vexo lsplit 5 0 ")"));
@@ -242,7 +242,7 @@ TEST_F(InterpreterTest, AtAStopTheTraceIsSavedUpToThere) {
 // ---- Waits --------------------------------------------------------------------------------------
 
 TEST_F(InterpreterTest, WhatHappensInAWaitBelongsToTheActionBefore) {
-  EXPECT_THAT(Type("camera 5 off\nlsplit 6 0\nwait 1000\n"),
+  EXPECT_THAT(Type("lsplit 6 0\ncamera 5 off\nwait 1000\n"),
               ContainsRegex("      = 0\n(      .*\n)*      > 0x2403 .*channel 5 lost"));
   EXPECT_EQ(Type("expect return 0\nexpect message 0x2403\n"), "      met\n      met\n");
   EXPECT_THAT(Type("diff start now\n"), HasSubstr("loss status"));

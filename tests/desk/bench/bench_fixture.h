@@ -67,6 +67,10 @@ class Told : public sim::TraceListener {
   std::size_t Events() const { return Locked(events_); }
   std::size_t Moments() const { return Locked(moments_); }
   std::optional<Moment> Last() const { return Locked(moment_); }
+  std::uint64_t Time() const {  // of the last moment
+    const std::lock_guard lock(mutex_);
+    return moment_ ? moment_->time_ms : 0;
+  }
 
   std::atomic<bool> wants_moments{false};
 
@@ -93,21 +97,23 @@ class Told : public sim::TraceListener {
 
 class BenchTest : public testing::Test {
  protected:
-  static constexpr std::uint64_t kBringUp = 740;  // ms that a board of four chips has seen
-
   void TearDown() override { Close(); }
 
   void Open(BenchOptions options = {}) {
     Close();
+    bring_up_lines_ = options.board.bare ? 2 : 6;
     options.clock = &clock_;
     options.run.stacks = false;
     std::promise<Bench*> made;
+    served_ = {};
+    closed_ = {};
     host_ = std::thread([&made, options, this] {
       {
         Bench bench(options);
         bench.Watch(told_.Watch());
         made.set_value(&bench);
-        why_ = bench.Serve();
+        served_.set_value(bench.Serve());
+        closed_.get_future().wait();
       }
       harness::Restart();
     });
@@ -116,33 +122,70 @@ class BenchTest : public testing::Test {
   void Close() {
     if (!host_.joinable()) return;
     bench_->End();
+    closed_.set_value();
     host_.join();
   }
   // Until the session has ended by itself.
-  std::string AwaitEnd() {
-    host_.join();
-    return why_;
-  }
+  std::string AwaitEnd() { return served_.get_future().get(); }
 
   Answer Run(const std::string& line) { return bench_->Run(line); }
   std::string Done(const std::string& line) { return Expect(line, Answer::Result::Done); }
   std::string Unmet(const std::string& line) { return Expect(line, Answer::Result::Unmet); }
   std::string Refused(const std::string& line) { return Expect(line, Answer::Result::Refused); }
+  // A line that takes time.
+  Answer RunSlow(const std::string& line) { return Pass(Send(line)); }
   // Somebody else sends it.
   std::future<Answer> Send(const std::string& line) {
     return std::async(std::launch::async, [this, line] { return bench_->Run(line); });
   }
-  // The lines of the session behind the bring-up.
-  std::string Session() {
-    constexpr std::size_t kBringUpLines = 6;
-    std::istringstream history(Done("history"));
-    std::string session;
-    std::size_t count = 0;
-    for (std::string line; std::getline(history, line);) {
-      if (++count > kBringUpLines)
-        session += line.substr(line.find_first_not_of(" 0123456789")) + '\n';
+  // The clock goes on until it is answered.
+  Answer Pass(std::future<Answer> answer) {
+    while (answer.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready) {
+      clock_.Advance(5);
     }
-    return session;
+    return answer.get();
+  }
+  // So much time at least, with the clock no faster than the board can follow.
+  void PassSlowly(std::uint64_t ms) {
+    told_.wants_moments = true;
+    Await([&] {
+      clock_.Advance(40);
+      return told_.Moments() != 0;
+    });
+    const std::uint64_t end = told_.Time() + ms;
+    Await([&] {
+      clock_.Advance(40);
+      return told_.Time() >= end;
+    });
+    told_.wants_moments = false;
+  }
+  // The lines of the session behind the bring-up.
+  std::vector<std::string> History() {
+    std::istringstream history(Done("history"));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(history, line);) {
+      lines.push_back(line.substr(line.find_first_not_of(" 0123456789")));
+    }
+    lines.erase(lines.begin(), lines.begin() + bring_up_lines_);
+    return lines;
+  }
+  // The same without the time between lines: a line that comes when no time has passed yet waits
+  // for the next millisecond.
+  std::vector<std::string> Lines() {
+    std::vector<std::string> lines = History();
+    std::erase_if(lines, [](const std::string& line) { return line.starts_with("wait "); });
+    return lines;
+  }
+  // The time between lines from this one on, but for some milliseconds.
+  int WaitedSince(std::size_t first) {
+    int ms = 0;
+    std::size_t count = 0;
+    for (const std::string& line : History()) {
+      const bool wait = line.starts_with("wait ");
+      if (!wait) ++count;
+      if (wait && count >= first) ms += std::stoi(line.substr(5));
+    }
+    return ms;
   }
   // Waits for what comes soon.
   static void Await(const std::function<bool()>& there) {
@@ -152,8 +195,11 @@ class BenchTest : public testing::Test {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
   }
-  void AwaitSession(const std::string& begin) {
-    Await([&] { return Session().starts_with(begin); });
+  void AwaitLine(const std::string& begin) {
+    Await([&] {
+      const std::vector<std::string> lines = Lines();
+      return !lines.empty() && lines.back().starts_with(begin);
+    });
   }
 
   TestClock clock_;
@@ -168,7 +214,9 @@ class BenchTest : public testing::Test {
   }
 
   std::thread host_;
-  std::string why_;
+  int bring_up_lines_ = 0;
+  std::promise<std::string> served_;
+  std::promise<void> closed_;
 };
 
 }  // namespace desk

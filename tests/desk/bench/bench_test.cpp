@@ -21,7 +21,9 @@ using testing::AllOf;
 using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::EndsWith;
+using testing::Ge;
 using testing::HasSubstr;
+using testing::Le;
 using testing::Not;
 using testing::StartsWith;
 
@@ -57,10 +59,12 @@ TEST_F(BenchTest, AnExpectationIsMetOrNotAndALineThatIsNoneIsRefused) {
 }
 
 TEST_F(BenchTest, WhatTheLibraryAndTheSessionCanDoIsNotRefused) {
-  Open({.board = {.bare = true}});
+  BenchOptions options;
+  options.board.bare = true;
+  Open(options);
   for (const char* line : {"attach", "window", "command 0xF001", "unbind", "detach", "mark here",
                            "writes on", "back here", "where_is_it"}) {
-    EXPECT_EQ(Run(line).result == Answer::Result::Refused, std::string(line) == "where_is_it")
+    EXPECT_EQ(RunSlow(line).result == Answer::Result::Refused, std::string(line) == "where_is_it")
         << line;
   }
 }
@@ -70,7 +74,9 @@ TEST_F(BenchTest, AFileIsRunAndAPictureAndTheSessionAreWritten) {
   const std::string script = test::TempPath("bench.vexo");
   const std::string picture = test::TempPath("bench.png");
   std::ofstream(script) << "lsplit 6 0\nrun 100\nexpect return 7\ncamera 3 off\n";
-  EXPECT_THAT(Unmet("source \"" + script + '"'), HasSubstr("not met"));
+  const Answer answer = RunSlow("source \"" + script + '"');
+  EXPECT_EQ(answer.result, Answer::Result::Unmet);
+  EXPECT_THAT(answer.text, HasSubstr("not met: 'run 100' returns nothing"));
   EXPECT_EQ(Done("picture " + picture), "");
   EXPECT_GT(std::filesystem::file_size(picture), 1000U);
   EXPECT_EQ(Done("save \"" + script + '"'), "");
@@ -86,14 +92,17 @@ TEST_F(BenchTest, TimePassesAsTheClocksDoesAndIsOneLineOfTheSession) {
   Open();
   Done("lsplit 6 0");
   clock_.Advance(517);
-  EXPECT_EQ(Session(), "vexo lsplit 6 0\nwait 517\n");
+  EXPECT_THAT(WaitedSince(1), AllOf(Ge(517), Le(527)));
   clock_.Advance(1000);
   Done("complete \"camera \"");
+  Refused("no line");
   clock_.Advance(500);
-  EXPECT_EQ(Session(), "vexo lsplit 6 0\nwait 2017\n");
+  EXPECT_THAT(WaitedSince(1), AllOf(Ge(2017), Le(2037)));
+  EXPECT_THAT(History().back(), StartsWith("wait 20"));
   Done("camera 5 off");
   clock_.Advance(100);
-  EXPECT_EQ(Session(), "vexo lsplit 6 0\nwait 2017\ncamera 5 off\nwait 100\n");
+  EXPECT_THAT(WaitedSince(2), AllOf(Ge(100), Le(110)));
+  EXPECT_THAT(Lines(), ElementsAre("vexo lsplit 6 0", "camera 5 off"));
 }
 
 TEST_F(BenchTest, WhatHappensBetweenLinesBelongsToTheActionBefore) {
@@ -110,27 +119,33 @@ TEST_F(BenchTest, WhatHappensBetweenLinesBelongsToTheActionBefore) {
 
 TEST_F(BenchTest, ASleepInTheMiddleOfACallTakesTheClocksTime) {
   Open();
-  const auto init = Send("vexo init 0");
-  EXPECT_EQ(init.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
-  clock_.Advance(900);
-  EXPECT_EQ(init.wait_for(std::chrono::seconds(30)), std::future_status::ready);
+  auto init = Send("vexo init 0");
+  EXPECT_EQ(init.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  EXPECT_THAT(Pass(std::move(init)).text, HasSubstr("Initialize Complete!"));
 }
 
 TEST_F(BenchTest, OfTheMachinesSleepASecondIsCaughtUp) {
   Open();
   Done("camera 5 off");
   clock_.Advance(3'600'000);
-  EXPECT_EQ(Session(), "camera 5 off\nwait 1000\n");
+  EXPECT_THAT(WaitedSince(1), AllOf(Ge(1000), Le(1010)));
+}
+
+TEST_F(BenchTest, TimePassesWhereNothingHappens) {
+  BenchOptions options;
+  options.board.bare = true;
+  Open(options);
+  Done("camera 5 off");
+  PassSlowly(5000);
+  EXPECT_GE(WaitedSince(1), 5000);
+  EXPECT_EQ(RunSlow("attach").result, Answer::Result::Done);
 }
 
 TEST_F(BenchTest, TimeThatNobodyEndsIsAMinuteALine) {
   Open();
   Done("camera 5 off");
-  for (int i = 0; i < 121; ++i) {
-    clock_.Advance(500);
-    Done("help");
-  }
-  EXPECT_EQ(Session(), "camera 5 off\nwait 60500\n");
+  PassSlowly(61'000);
+  EXPECT_THAT(History(), testing::Contains("wait 60000"));
 }
 
 // ---- Waits --------------------------------------------------------------------------------------
@@ -138,35 +153,33 @@ TEST_F(BenchTest, TimeThatNobodyEndsIsAMinuteALine) {
 TEST_F(BenchTest, ARunIsAWaitOfItsOwnAndOthersGoOn) {
   Open();
   auto run = Send("run 1000");
-  AwaitSession("run ");
+  AwaitLine("run ");
   EXPECT_EQ(Done("camera 5 off"), "");
   EXPECT_EQ(Done("lsplit 6 0"), "vexo lsplit 6 0\n= 0");
-  EXPECT_EQ(run.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
-  clock_.Advance(1000);
-  const Answer answer = run.get();
+  EXPECT_EQ(run.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  const Answer answer = Pass(std::move(run));
   EXPECT_EQ(answer.result, Answer::Result::Done);
   EXPECT_THAT(answer.text, HasSubstr("> 0x2403 video info: loss mask 0x0020: channel 5 lost"));
-  EXPECT_THAT(Session(), ContainsRegex("^run [0-9]+\n(wait 1\n)?camera 5 off\n(wait [0-9]+\n)?"
-                                       "vexo lsplit 6 0\nwait [0-9]+\n"));
+  EXPECT_THAT(Lines(),
+              ElementsAre(ContainsRegex("^run [0-9]{1,2}$"), "camera 5 off", "vexo lsplit 6 0"));
+  EXPECT_THAT(WaitedSince(3), AllOf(Ge(900), Le(1020)));
 }
 
 TEST_F(BenchTest, ARunHasWhatOthersCallsSayMeanwhile) {
   Open();
   auto run = Send("run 1000");
-  AwaitSession("run ");
+  AwaitLine("run ");
   Done("command read-reg chip slave1 page 1 reg 0x6E");
-  clock_.Advance(1000);
-  EXPECT_THAT(run.get().text, AllOf(HasSubstr("> 0x2406 register value"), Not(HasSubstr("= 0"))));
+  EXPECT_THAT(Pass(std::move(run)).text,
+              AllOf(HasSubstr("> 0x2406 register value"), Not(HasSubstr("\n= 0"))));
 }
 
 TEST_F(BenchTest, ARunThatNobodyCutsStandsAsItWasTyped) {
   Open();
-  auto run = Send("run 1000");
-  AwaitSession("run ");
-  clock_.Advance(1000);
-  EXPECT_EQ(run.get().result, Answer::Result::Done);
+  EXPECT_EQ(RunSlow("run 1000").result, Answer::Result::Done);
   clock_.Advance(300);
-  EXPECT_EQ(Session(), "run 1000\nwait 300\n");
+  EXPECT_THAT(Lines(), ElementsAre("run 1000"));
+  EXPECT_THAT(WaitedSince(1), AllOf(Ge(300), Le(320)));
   EXPECT_EQ(Done("run 0"), "");
 }
 
@@ -174,11 +187,11 @@ TEST_F(BenchTest, TimeTurnedBackEndsWaits) {
   Open();
   Done("camera 5 off");
   auto run = Send("run 1000");
-  AwaitSession("camera 5 off\nrun ");
+  AwaitLine("run ");
   EXPECT_THAT(Done("undo"), StartsWith("undone: run "));
   const Answer answer = run.get();
   EXPECT_EQ(answer.result, Answer::Result::Refused);
-  EXPECT_EQ(answer.text, "time was turned back, and the wait is over");
+  EXPECT_THAT(answer.text, EndsWith("time was turned back, and the wait is over"));
 }
 
 // ---- Time turned back ---------------------------------------------------------------------------
@@ -190,7 +203,8 @@ TEST_F(BenchTest, UndoTakesTheTimeBehindALineBackToo) {
   Done("camera 6 off");
   clock_.Advance(700);
   EXPECT_EQ(Done("undo"), "undone: camera 6 off");
-  EXPECT_EQ(Session(), "camera 5 off\nwait 100\n");
+  EXPECT_THAT(Lines(), ElementsAre("camera 5 off"));
+  EXPECT_THAT(WaitedSince(1), AllOf(Ge(100), Le(120)));
   EXPECT_THAT(told_.News(), ElementsAre(EndsWith(" rewound")));
 }
 
@@ -206,20 +220,22 @@ TEST_F(BenchTest, WhatRunsAgainIsNotToldAndTakesNoTimeOfTheClock) {
   const std::size_t events = told_.Events();
   EXPECT_GT(events, 100U);
   Done("undo");
-  EXPECT_EQ(told_.Events(), events);
+  EXPECT_LT(told_.Events(), events + 100);
   clock_.Advance(500);
   Done("camera 7 off");
-  EXPECT_GT(told_.Events(), events + 5);
+  EXPECT_GT(told_.Events(), events + 100);
   EXPECT_THAT(told_.Lines(), ElementsAre("camera 5 off", "camera 6 off", "camera 7 off"));
 }
 
 TEST_F(BenchTest, APollThatNeverEndsIsTakenBack) {
   Open();
   Done("settle never");
-  const std::string said = Refused("lsplit 6 0");
+  const Answer answer = RunSlow("lsplit 6 0");
+  EXPECT_EQ(answer.result, Answer::Result::Refused);
+  const std::string& said = answer.text;
   EXPECT_THAT(said, HasSubstr("to settle, which never happens"));
   EXPECT_THAT(said, HasSubstr("the line is taken back"));
-  EXPECT_EQ(Session(), "settle never\n");
+  EXPECT_THAT(Lines(), ElementsAre("settle never"));
   Done("settle 0");
   EXPECT_EQ(Done("lsplit 6 0"), "vexo lsplit 6 0\n= 0");
 }
@@ -228,10 +244,10 @@ TEST_F(BenchTest, APollThatNeverEndsIsTakenBack) {
 
 TEST_F(BenchTest, ALineThatRunsIntoAStopIsAnsweredThere) {
   Open();
-  Done("break write slave1 \"window 0\"");
+  Done("break write slave1 page 1 0x30");
   EXPECT_THAT(Done("lsplit 5 0"),
               AllOf(StartsWith("vexo lsplit 5 0\nstopped: break 1: w slave1 page 1 0x30 window 0"),
-                    Not(HasSubstr("= 0"))));
+                    Not(HasSubstr("\n= 0"))));
   EXPECT_THAT(told_.News(), ElementsAre(HasSubstr(" stopped: break 1: w slave1 page 1")));
   EXPECT_EQ(Done("expect register slave1 1 0x30 0x85"), "met");
   EXPECT_EQ(Done("camera 3 off"), "");
@@ -245,7 +261,7 @@ TEST_F(BenchTest, ALineThatRunsIntoAStopIsAnsweredThere) {
 TEST_F(BenchTest, WhileItIsStoppedNoTimePassesAndNoneIsCaughtUp) {
   Open();
   told_.wants_moments = true;
-  Done("break write slave1 \"window 0\"");
+  Done("break write slave1 page 1 0x30");
   Done("lsplit 5 0");
   const std::uint64_t before = told_.Last() ? told_.Last()->time_ms : 0;
   clock_.Advance(700);
@@ -255,20 +271,20 @@ TEST_F(BenchTest, WhileItIsStoppedNoTimePassesAndNoneIsCaughtUp) {
   EXPECT_EQ(told_.Last()->lag_ms, 0);
   Done("break off");
   Done("continue");
-  EXPECT_THAT(Session(), EndsWith("vexo lsplit 5 0\nbreak off\ncontinue\n"));
   clock_.Advance(90);
   Await([&] { return told_.Last()->stopped.empty(); });
-  EXPECT_THAT(Session(), EndsWith("continue\nwait 90\n"));
+  EXPECT_THAT(Lines(), ElementsAre("break write slave1 page 1 0x30", "vexo lsplit 5 0", "break off",
+                                   "continue"));
+  EXPECT_THAT(WaitedSince(4), AllOf(Ge(90), Le(110)));
 }
 
 TEST_F(BenchTest, TheWorkerStopsBetweenLinesAndWhoeverWaitsIsTold) {
   Open();
   Done("break message 0x2403");
   auto run = Send("run 5000");
-  AwaitSession("break message 0x2403\nrun ");
+  AwaitLine("run ");
   Done("camera 5 off");
-  clock_.Advance(900);
-  const Answer answer = run.get();
+  const Answer answer = Pass(std::move(run));
   EXPECT_EQ(answer.result, Answer::Result::Done);
   EXPECT_THAT(answer.text, HasSubstr("stopped: break 1: message 0x2403"));
   EXPECT_THAT(told_.News(), ElementsAre(HasSubstr("stopped: break 1: message 0x2403")));
@@ -298,40 +314,48 @@ struct LiveTrace {
   script::JsonSink sink{text, [this] { text.str({}); }};
 };
 
-void Work(BenchTest& test, const std::function<void(const std::string&)>& done, TestClock& clock,
-          const std::function<std::future<Answer>(const std::string&)>& send) {
-  (void)test;
-  done("lsplit 6 0");
-  clock.Advance(517);
-  done("help");
-  clock.Advance(333);
-  done("expect return 0");
-  clock.Advance(77);
-  done("camera 5 off");
-  auto run = send("run 700");
-  clock.Advance(250);
-  done("motion 3 on");
-  clock.Advance(700);
-  run.get();
-  done("break message 0x2403");
-  done("camera 6 off");
-  clock.Advance(900);
-  done("expect message 0x2403");
-  done("camera 5 ntsc");
-  done("continue");
-  done("break off");
-  clock.Advance(640);
-  done("window deaf");
-  clock.Advance(999);
-  done("loss 3");
-  clock.Advance(451);
-  done("window hearing");
-  done("loss 0");
-  clock.Advance(60);
-  done("pip start 1 2");
+class SavedSession : public BenchTest, public testing::WithParamInterface<std::uint64_t> {
+ protected:
+  void Work();
+};
+
+void SavedSession::Work() {
+  RunSlow("lsplit 6 0");
+  clock_.Advance(517);
+  RunSlow("help");
+  clock_.Advance(333);
+  RunSlow("expect return 0");
+  clock_.Advance(77);
+  RunSlow("camera 5 off");
+  auto run = Send("run 700");
+  clock_.Advance(250);
+  RunSlow("motion 3 on");
+  clock_.Advance(700);
+  Pass(std::move(run));
+  RunSlow("break message 0x2403");
+  RunSlow("camera 6 off");
+  clock_.Advance(900);
+  RunSlow("expect message 0x2403");
+  RunSlow("camera 5 ntsc");
+  RunSlow("continue");
+  RunSlow("break off");
+  clock_.Advance(640);
+  RunSlow("window deaf");
+  clock_.Advance(999);
+  RunSlow("loss 3");
+  clock_.Advance(451);
+  RunSlow("window hearing");
+  RunSlow("loss 0");
+  clock_.Advance(60);
+  RunSlow("pip start 1 2");
 }
 
-class SavedSession : public BenchTest, public testing::WithParamInterface<std::uint64_t> {};
+// Behind it time went on between the lines that wrote it.
+std::string UpToTheLastCall(const std::string& trace) {
+  const std::size_t call = trace.find("pip start");
+  EXPECT_NE(call, std::string::npos);
+  return trace.substr(0, trace.find(R"("text":"wait )", call));
+}
 
 TEST_P(SavedSession, RunAsAScriptIsTheSameTrace) {
   LiveTrace live;
@@ -339,9 +363,7 @@ TEST_P(SavedSession, RunAsAScriptIsTheSameTrace) {
   options.run.seed = GetParam();
   options.run.sinks = {&live.sink};
   Open(options);
-  Work(
-      *this, [this](const std::string& line) { Run(line); }, clock_,
-      [this](const std::string& line) { return Send(line); });
+  Work();
   const std::string saved = test::TempPath("bench_saved.vexo");
   const std::string trace = test::TempPath("bench_saved.jsonl");
   Done("save \"" + saved + '"');
@@ -354,12 +376,16 @@ TEST_P(SavedSession, RunAsAScriptIsTheSameTrace) {
   std::ostringstream out;
   std::ostringstream err;
   vexosim::TerminalSurroundings around;
-  const script::RunOptions how{.quiet = true, .seed = GetParam(), .trace = &again};
+  script::RunOptions how;
+  how.quiet = true;
+  how.seed = GetParam();
+  how.trace = &again;
   EXPECT_EQ(script::RunScript(script, saved, how, around, out, err), script::kExitDone)
       << err.str() << session;
-  EXPECT_EQ(Content(trace), again.str()) << session;
-  EXPECT_TRUE(live.text.str() == again.str()) << session;
   EXPECT_THAT(again.str(), HasSubstr(R"("text":"wait )"));
+  // Not EXPECT_EQ, whose difference of long texts takes hours.
+  EXPECT_TRUE(UpToTheLastCall(Content(trace)) == UpToTheLastCall(again.str())) << session;
+  EXPECT_TRUE(UpToTheLastCall(live.text.str()) == UpToTheLastCall(again.str())) << session;
   std::filesystem::remove(saved);
   std::filesystem::remove(trace);
   harness::Restart();
@@ -372,15 +398,14 @@ TEST_F(BenchTest, ATraceThatIsWrittenOnTheSideChangesNothing) {
   Done("camera 5 off");
   clock_.Advance(300);
   auto run = Send("run 1000");
-  AwaitSession("camera 5 off\nwait 300\nrun ");
+  AwaitLine("run ");
   const std::string trace = test::TempPath("bench.jsonl");
   EXPECT_EQ(Done("save trace \"" + trace + '"'), "");
-  EXPECT_THAT(Content(trace), HasSubstr(R"("text":"wait 300")"));
+  EXPECT_THAT(Content(trace), HasSubstr(R"("text":"wait 30)"));
   EXPECT_THAT(Refused("save waveform a.vcd"), HasSubstr("draws no waveforms"));
   EXPECT_THAT(Refused("save trace /no/such/folder/a"), HasSubstr("/no/such/folder/a"));
   EXPECT_TRUE(told_.News().empty());
-  clock_.Advance(1000);
-  EXPECT_EQ(run.get().result, Answer::Result::Done);
+  EXPECT_EQ(Pass(std::move(run)).result, Answer::Result::Done);
   std::filesystem::remove(trace);
 }
 
@@ -410,12 +435,12 @@ TEST_F(BenchTest, MomentsAreShownWhileTheyAreWantedAndNotMoreOften) {
 
 TEST_F(BenchTest, MomentsAreShownInTheMiddleOfACallThatSleeps) {
   Open();
-  const auto init = Send("vexo init 0");
-  EXPECT_EQ(init.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+  auto init = Send("vexo init 0");
+  EXPECT_EQ(init.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
   told_.wants_moments = true;
   Await([&] { return told_.Moments() == 1; });
   EXPECT_EQ(init.wait_for(std::chrono::milliseconds(0)), std::future_status::timeout);
-  clock_.Advance(1000);
+  Pass(std::move(init));
 }
 
 // ---- The end ------------------------------------------------------------------------------------
@@ -423,7 +448,7 @@ TEST_F(BenchTest, MomentsAreShownInTheMiddleOfACallThatSleeps) {
 TEST_F(BenchTest, QuitEndsTheSessionAndAnswersWhoeverWaits) {
   Open();
   auto run = Send("run 100000");
-  AwaitSession("run ");
+  AwaitLine("run ");
   EXPECT_EQ(Done("quit"), "");
   const Answer answer = run.get();
   EXPECT_EQ(answer.result, Answer::Result::Refused);
@@ -434,7 +459,7 @@ TEST_F(BenchTest, QuitEndsTheSessionAndAnswersWhoeverWaits) {
 TEST_F(BenchTest, AnEndFromOutsideComesSoonWhateverRuns) {
   Open();
   auto run = Send("run 100000000");
-  AwaitSession("run ");
+  AwaitLine("run ");
   auto init = Send("vexo init 0");
   bench_->End();
   EXPECT_EQ(run.get().text, "the session is over");
@@ -445,7 +470,7 @@ TEST_F(BenchTest, AnEndFromOutsideComesSoonWhateverRuns) {
 
 TEST_F(BenchTest, AStoppedBoardEndsToo) {
   Open();
-  Done("break write slave1 \"window 0\"");
+  Done("break write slave1 page 1 0x30");
   Done("lsplit 5 0");
   bench_->End();
   EXPECT_EQ(AwaitEnd(), "");
