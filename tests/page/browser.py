@@ -15,8 +15,8 @@ from selenium.webdriver.remote.webelement import WebElement
 
 LIMIT = 30  # seconds until something must have happened: generous, for a machine that is busy
 
-# The page's own sockets are kept where a test can close one; what is said waits while the test holds
-# it.
+# The page's own sockets are kept where a test can close one; what the page says waits while the
+# test holds it.
 KEEP_SOCKETS = """
 window.sockets = [];
 window.held = null;
@@ -182,6 +182,6 @@ class Browser:
                 "return one && /done|unmet|refused|lost/.test(one.className) ? one : null",
                 before), f"the answer to {text!r}")
         return self.run(
-            "return (arguments[0].classList.contains('done') ? '' : "
-            "arguments[0].className + ': ') + (arguments[0].querySelector('pre')?.textContent ?? '')",
-            entry)
+            "const [{ classList, className }] = arguments;"
+            "const text = arguments[0].querySelector('pre')?.textContent ?? '';"
+            "return classList.contains('done') ? text : `${className}: ${text}`", entry)

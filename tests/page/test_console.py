@@ -105,14 +105,14 @@ class StopsTest(PageTest):
         cell = browser.find('#registers [data-number="48"]')
         browser.run("arguments[0].focus()", cell)
         cell.send_keys("b")
-        browser.wait_for(lambda: "master page 1 0x30" in browser.text("#registers .stops"), "the stop")
+        browser.wait_for(lambda: "master page 1 0x30" in browser.text("#registers .stops"),
+                         "the stop")
         browser.pane("host")
         browser.find('[data-command="live-split"][data-mode="9"]').click()
 
         browser.wait_for(notice.is_displayed, "the notice")
         self.assertIn("w master page 1 0x30 window 0", notice.text)
-        browser.wait_for(lambda: browser.run("return [...document.querySelectorAll("
-                                             "'#messages .note')].length") > 0, "the note")
+        browser.wait_for(lambda: browser.all("#messages .note"), "the note")
         # Time stands.
         before = browser.line("where")
         time_ms = browser.canvas()[1]

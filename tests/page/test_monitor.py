@@ -135,7 +135,7 @@ class MonitorTest(PageTest):
         self.assertIn("Channel 6: slave1, position 2", card)
         self.assertIn("1 0x38", card)  # its edges
         self.assertIn("x 360–532, y 124–240 of 720 × 480", card)
-        self.assertIn("window5A 85 1F 3C", card)
+        self.assertIn("window 25A 85 1F 3C", card)
 
 
 class PagesTest(PageTest):
