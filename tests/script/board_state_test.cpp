@@ -148,8 +148,7 @@ TEST_F(BoardState, ChannelsHaveALineEachOrOneForAll) {
 }
 
 TEST_F(BoardState, SettingsThatAnAttachMadeAreToldAndRegistersAreNot) {
-  EXPECT_THAT(LinesAfter("attach\npoke master 1 0x10 0x5A"),
-              ElementsAre("nvram record MDVR 0 16"));
+  EXPECT_THAT(LinesAfter("attach\npoke master 1 0x10 0x5A"), ElementsAre("nvram record MDVR 0 16"));
 }
 
 TEST_F(BoardState, TheLinePrintsThem) {

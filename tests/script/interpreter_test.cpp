@@ -231,8 +231,8 @@ TEST_F(InterpreterTest, TheWaveformIsSavedAsTheProgramDrawsIt) {
 
 TEST_F(InterpreterTest, AtAStopTheTraceIsSavedUpToThere) {
   const std::string path = test::TempPath("stopped.jsonl");
-  const std::string text = Type("break write slave1 page 1 0x30\nlsplit 5 0\nsave trace \"" +
-                                path + "\"\nexpect register slave1 1 0x30 0x85\ncontinue\n");
+  const std::string text = Type("break write slave1 page 1 0x30\nlsplit 5 0\nsave trace \"" + path +
+                                "\"\nexpect register slave1 1 0x30 0x85\ncontinue\n");
   EXPECT_THAT(text, EndsWith("      met\n      = 0\n"));
   EXPECT_THAT(Content(path), HasSubstr(R"("text":"vexo lsplit 5 0 ")"));
   EXPECT_THAT(Content(path), Not(EndsWith("\"value\":0}\n")));
