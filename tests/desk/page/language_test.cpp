@@ -70,7 +70,7 @@ TEST_F(Language, HasEveryCommandWithItsRecord) {
     return Json();
   };
   EXPECT_EQ(field("play-split", 0), Json::parse(R"({"name": "mode", "kind": "choice", "flow": "in",
-    "width": 1, "count": 1, "help": "how many pictures; play-mode lays out the others",
+    "offset": 4, "width": 1, "count": 1, "help": "how many pictures; play-mode lays out the others",
     "values": [{"name": "full", "value": 0}, {"name": "4", "value": 1}, {"name": "9", "value": 4},
                {"name": "16", "value": 6}]})"));
   EXPECT_EQ(field("motion-mask", 1)["most"], 3);
