@@ -60,7 +60,8 @@ void Playback(benchmark::State& state) {
 
 void EveryStandard(benchmark::internal::Benchmark* benchmark) {
   benchmark->ArgNames({"pal", "mode"})
-      ->ArgsProduct({{VEXO_VIDEO_NTSC, VEXO_VIDEO_PAL}, {VEXO_SPLIT_FULL, VEXO_SPLIT_9, VEXO_SPLIT_16}})
+      ->ArgsProduct(
+          {{VEXO_VIDEO_NTSC, VEXO_VIDEO_PAL}, {VEXO_SPLIT_FULL, VEXO_SPLIT_9, VEXO_SPLIT_16}})
       ->Unit(benchmark::kMillisecond);
 }
 

@@ -7,22 +7,26 @@
 namespace script {
 
 std::vector<sim::RegisterAccess> AccessLog::Between(std::uint64_t first, std::uint64_t last) const {
-  const auto begin = std::partition_point(entries_.begin(), entries_.end(),
-                                          [=](const Entry& entry) { return entry.cycle < first; });
   std::vector<sim::RegisterAccess> accesses;
-  for (auto entry = begin; entry != entries_.end() && entry->cycle <= last; ++entry) {
-    accesses.push_back(entry->access);
-  }
+  const auto add = [&](auto begin, auto end) {
+    auto entry =
+        std::partition_point(begin, end, [=](const Entry& each) { return each.cycle < first; });
+    for (; entry != end && entry->cycle <= last; ++entry) accesses.push_back(entry->access);
+  };
+  const auto oldest = entries_.begin() + static_cast<std::ptrdiff_t>(oldest_);
+  add(oldest, entries_.end());
+  add(entries_.begin(), oldest);
   return accesses;
 }
 
 void AccessLog::OnEvent(const sim::Event& event, const sim::EventDetail* /*detail*/) {
   const auto access = decoder_.Take(event);
   if (!access) return;
-  entries_.push_back({sim::TheWorld().trace.Cycles(), *access});
-  if (entries_.size() <= kMost) return;
-  known_ = entries_.front().cycle + 1;
-  entries_.pop_front();
+  const Entry entry{sim::TheWorld().trace.Cycles(), *access};
+  if (entries_.size() < kMost) return entries_.push_back(entry);
+  known_ = entries_[oldest_].cycle + 1;
+  entries_[oldest_] = entry;
+  oldest_ = (oldest_ + 1) % kMost;
 }
 
 }  // namespace script

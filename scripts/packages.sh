@@ -18,10 +18,11 @@ device_packages=(
   "${build_packages[@]}" gcc-arm-none-eabi libnewlib-dev libstdc++-arm-none-eabi-dev llvm
 )
 # llvm also has the symbolizer that puts function names into sanitizer reports; groff reads the
-# manual page; MinGW-w64 and Wine build and run the library as a DLL.
+# manual page; MinGW-w64 and Wine build and run the library as a DLL. The page is tried in Chromium.
 test_packages=(
   "${device_packages[@]}" clang clang-format clang-tidy groff-base libclang-rt-14-dev
-  g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix gtkwave sigrok-cli wine wine64
+  chromium chromium-driver g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix gtkwave
+  python3-pil python3-selenium python3-websockets sigrok-cli wine wine64
 )
 
 case "${1:-}" in

@@ -18,6 +18,32 @@ run() {
   ) | tr -d '\r'
 }
 
+# page_of LINE...: runs VexoLine with these lines; meanwhile fetches the page, and of a picture what
+# its WebSocket says first. The key's answer is that of RFC 6455, and 82 begins a message of bytes.
+page_of() {
+  local said="$work/said" host='' line
+  : >"$said"
+  (cd "$work/kit" && exec timeout 60 wine ./VexoLine.exe "$@") >"$said" 2>&1 &
+  for ((i = 0; i < 300; i++)); do
+    host="$(tr -d '\r' <"$said" | sed -n 's,^VexoDesk: page http://\(.*\)/$,\1,p')"
+    [ -n "$host" ] && break
+    sleep 0.1
+  done
+  exec 3<>"/dev/tcp/${host%:*}/${host#*:}" || return
+  printf 'GET / HTTP/1.1\r\nHost: %s\r\n\r\n' "$host" >&3
+  read -r line <&3 && echo "$line"
+  exec 3<>"/dev/tcp/${host%:*}/${host#*:}" || return
+  printf '%s\r\n' "GET /monitor HTTP/1.1" "Host: $host" "Origin: http://$host" "Upgrade: websocket" \
+    "Connection: Upgrade" "Sec-WebSocket-Version: 13" \
+    "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==" "" >&3
+  while read -r line <&3 && [ "$line" != $'\r' ]; do
+    grep -E '^HTTP|^Sec-WebSocket-Accept' <<<"$line"
+  done
+  head -c 1 <&3 | od -An -tx1
+  exec 3>&-
+  wait
+}
+
 # settings [LINE...]: a fresh copy of the kit with these in its file, or without one.
 settings() {
   rm -rf "$work/kit"
@@ -45,7 +71,7 @@ expect "a wrong line" "status 3" "$(run | tail -1)"
 expect "a wrong line's words" "VexoDesk: VexoDesk.txt:3: expected ntsc, pal or off, found 'of'" \
   "$(run | sed -n 's/ (camera .*//; 1p')"
 settings "desk colour"
-expect "an own line that is none" "VexoDesk: VexoDesk.txt:1: expected port, texts or nvram, found 'colour'
+expect "an own line that is none" "VexoDesk: VexoDesk.txt:1: expected port, page, texts or nvram, found 'colour'
 status 3" "$(run)"
 settings "run 100"
 expect "a line that makes no board" \
@@ -61,6 +87,12 @@ expect "a file that holds no setting" "status 3" "$(run | tail -1)"
 
 settings "desk texts none" "desk port any"
 expect "the port's number" "1" "$(run "camera 5 off" | grep -c '^VexoDesk: control port [1-9][0-9]* on 127.0.0.1$')"
+
+settings "desk texts none" "desk page any"
+expect "the page, and a picture of it" "HTTP/1.1 200 OK
+HTTP/1.1 101 Switching Protocols
+Sec-WebSocket-Accept: s3pPLMBiTxaQ9kYGzzhZRbK+xOo=
+ 82" "$(page_of "run 3000" | tr -d '\r')"
 
 settings "desk texts none" "fault map-data on"
 expect "a window that cannot be mapped" "VexoDesk: the bus window at 0x06200000 cannot be mapped

@@ -290,7 +290,10 @@ void Bench::Impl::ShowMoment(std::uint64_t time) {
   if (!watch.show || clock.Now() < next_moment || !watch.wants_moment()) return;
   next_moment = clock.Now() + kBetweenMoments;
   const bool stands = session->Stopped() || !broken.empty();
-  watch.show({World().board, time, World().trace.Cycles(), stands ? 0 : pace.Lag(time),
+  sim::Board board = World().board;
+  board.SetTime(
+      static_cast<std::uint32_t>(time));  // its own is that of the last thing that was due
+  watch.show({std::move(board), time, World().trace.Cycles(), stands ? 0 : pace.Lag(time),
               session->Stopped() ? stopped : broken});
 }
 

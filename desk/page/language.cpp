@@ -54,6 +54,7 @@ Json RecordFieldOf(const script::RecordField& field) {
   Json json = {{"name", field.name},
                {"kind", kKinds[static_cast<std::size_t>(field.kind)]},
                {"flow", kFlows[static_cast<std::size_t>(field.flow)]},
+               {"offset", field.offset},
                {"width", field.width},
                {"count", field.count}};
   if (field.most != std::numeric_limits<std::uint32_t>::max()) json["most"] = field.most;

@@ -50,6 +50,7 @@ bool PageServer::HasRoom(SocketKind kind) const {
 void PageServer::Close() {
   listener_.Close();
   for (const auto& session : sessions_) session->Close();
+  sessions_.clear();  // one that becomes a WebSocket has a timer until it is gone
   monitor_.Close();
 }
 

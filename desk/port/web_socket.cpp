@@ -2,6 +2,7 @@
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/post.hpp>
+#include <boost/asio/socket_base.hpp>
 #include <boost/beast/core/buffers_to_string.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
 #include <utility>
@@ -22,6 +23,12 @@ WebSocket::WebSocket(beast::tcp_stream stream, const Settings& settings)
   stream_.read_message_max(settings.most_unread);
   stream_.text(settings.sends == Sends::Text);
   stream_.auto_fragment(false);
+  if (settings.sends == Sends::Text) return;
+  // Of pictures, few are to wait in the system for a peer that is slow: they grow old.
+  constexpr int kFew = 128 << 10;
+  error_code ignored;
+  beast::get_lowest_layer(stream_).socket().set_option(asio::socket_base::send_buffer_size(kFew),
+                                                       ignored);
 }
 
 void WebSocket::Accept(const Request& request, std::function<void(bool open)> on_accepted) {

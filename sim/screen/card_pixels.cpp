@@ -20,8 +20,16 @@ void CardPixels::Lay(int x, Rgb color, unsigned weight) {
 }
 
 void CardPixels::LayGlyph(int left, const std::uint8_t* coverage, int width, Rgb color) {
-  for (int x = 0; x < width; ++x) {
-    if (coverage[x] != 0) Lay(left + x, color, coverage[x]);
+  for (int x = 0; x < width;) {
+    const std::uint8_t weight = coverage[x];
+    const int begin = x++;
+    if (weight == 255) {
+      // Most of a stroke is such a run.
+      while (x < width && coverage[x] == weight) ++x;
+      Fill(left + begin, left + x, color);
+    } else if (weight != 0) {
+      Lay(left + begin, color, weight);
+    }
   }
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "sim/screen/bitmap_layer.h"
+#include "sim/screen/card_scaler.h"
 #include "sim/screen/input_colors.h"
 #include "sim/screen/motion_boxes.h"
 #include "sim/screen/tape_card.h"
@@ -16,39 +17,6 @@
 
 namespace sim {
 namespace {
-
-// Neighbouring samples of a picture's line or column whose average makes one pixel.
-struct Samples {
-  int first = 0;
-  int count = 1;
-};
-
-// How one axis of a window maps to its picture, pixel by pixel; ends where the picture ends.
-using Axis = std::vector<Samples>;
-
-// Through a scaler: ratio is its 16-bit value, scaled size = size * (ratio + 1) / 65536. Samples
-// are rounded to the nearest, for 1/3 and its like are not exact in 16 bits.
-Axis ScaledAxis(int window_pixels, int picture_pixels, unsigned ratio, unsigned filter) {
-  Axis axis;
-  const auto scale = static_cast<std::int64_t>(ratio) + 1;
-  for (int i = 0; i < window_pixels; ++i) {
-    const std::int64_t source = (static_cast<std::int64_t>(i) * 65536 + scale / 2) / scale;
-    if (source >= picture_pixels) break;
-    axis.push_back({static_cast<int>(source), static_cast<int>(filter) + 1});
-  }
-  return axis;
-}
-
-// A picture that fills its window, whatever the size of both.
-Axis FittedAxis(int window_pixels, int picture_pixels) {
-  Axis axis;
-  for (int i = 0; i < window_pixels; ++i) {
-    const int first = i * picture_pixels / window_pixels;
-    const int end = (i + 1) * picture_pixels / window_pixels;
-    axis.push_back({first, std::max(end - first, 1)});
-  }
-  return axis;
-}
 
 struct Rect {
   int left = 0;  // pixels; right and bottom are the first ones outside
@@ -144,70 +112,13 @@ std::vector<Window> ReadWindows(const Board& board) {
   return windows;
 }
 
-// Sums of neighbouring samples of each column, by colour.
-using ColumnSums = std::array<std::array<std::uint32_t, kCardWidth>, 3>;
-
-// The lines of a card, CardLine or TapeLine, each made when it is sampled; the last ones are kept,
-// for neighbouring pixels that share them.
-template <typename Line>
-class Card {
- public:
-  Card(unsigned channel, int height, std::uint32_t time_ms)
-      : channel_(channel), height_(height), time_ms_(time_ms) {}
-
-  // At the edge the last line counts again.
-  ColumnSums Sums(Samples down) {
-    ColumnSums sums{};
-    for (int y = down.first; y < down.first + down.count; ++y) {
-      const Line& line = At(std::min(y, height_ - 1));
-      for (std::size_t x = 0; x < kCardWidth; ++x) sums[0][x] += line.Red()[x];
-      for (std::size_t x = 0; x < kCardWidth; ++x) sums[1][x] += line.Green()[x];
-      for (std::size_t x = 0; x < kCardWidth; ++x) sums[2][x] += line.Blue()[x];
-    }
-    return sums;
-  }
-
- private:
-  const Line& At(int y) {
-    Kept& kept = kept_[static_cast<std::size_t>(y) % kept_.size()];
-    if (kept.y != y) {
-      kept.line.emplace(channel_, y, height_, time_ms_);
-      kept.y = y;
-    }
-    return *kept.line;
-  }
-
-  struct Kept {
-    int y = -1;
-    std::optional<Line> line;
-  };
-
-  unsigned channel_;
-  int height_;
-  std::uint32_t time_ms_;
-  std::array<Kept, 4> kept_;
-};
-
-// The average of the samples that lie in these columns of as many lines; at the edge the last
-// column counts again.
-Rgb Filtered(const ColumnSums& sums, Samples across, int lines) {
-  const auto count = static_cast<unsigned>(across.count * lines);
-  std::array<unsigned, 3> sum{};
-  for (int column = across.first; column < across.first + across.count; ++column) {
-    const auto x = static_cast<std::size_t>(std::min(column, kCardWidth - 1));
-    for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += sums[i][x];
-  }
-  return {static_cast<std::uint8_t>(sum[0] / count), static_cast<std::uint8_t>(sum[1] / count),
-          static_cast<std::uint8_t>(sum[2] / count)};
-}
-
 // Composes windows from the topmost down: a pixel that has been drawn stays.
 class Composer {
  public:
   Composer(const Board& board, int height)
       : board_(board),
         image_(FilledImage(kScreenWidth, height, kScreenBackground)),
-        drawn_(image_.pixels.size(), false) {}
+        drawn_(image_.pixels.size(), 0) {}
 
   void Add(const Window& window) {
     if (window.blank) {
@@ -265,6 +176,7 @@ class Composer {
                 const ColorTable* colors = nullptr) {
     ColumnSums sums;
     int summed = -1;
+    Averages averages;
     Draw(rect, [&](int x, int y) {
       const auto column = static_cast<std::size_t>(x);
       const auto row = static_cast<std::size_t>(y);
@@ -273,8 +185,9 @@ class Composer {
         sums = card.Sums(down[row]);
         summed = y;
       }
-      const Rgb pixel = Filtered(sums, across[column], down[row].count);
-      return colors == nullptr ? pixel : (*colors)(pixel);
+      const int lines = down[row].count;
+      if (colors == nullptr) return averages.Of(sums, across[column], lines);
+      return (*colors)(averages.Of(sums, across[column], lines));
     });
   }
 
@@ -290,8 +203,8 @@ class Composer {
     for (int y = rect.top; y < bottom; ++y) {
       for (int x = rect.left; x < right; ++x) {
         const auto index = static_cast<std::size_t>(y * image_.width + x);
-        if (drawn_[index]) continue;
-        drawn_[index] = true;
+        if (drawn_[index] != 0) continue;
+        drawn_[index] = 1;
         image_.pixels[index] = color(x - rect.left, y - rect.top);
       }
     }
@@ -299,7 +212,7 @@ class Composer {
 
   const Board& board_;
   Image image_;
-  std::vector<bool> drawn_;
+  std::vector<std::uint8_t> drawn_;  // not bits: asked for each pixel
 };
 
 Image ColorBars(int height) {

@@ -59,8 +59,8 @@ Rgb Faded(Rgb color) {
 
 // Lighter at the top, darker at the bottom.
 TapeLine::TapeLine(unsigned channel, int y, int height, std::uint32_t time_ms)
-    : CardPixels(Shaded(Faded(kChannelColors[channel % kChannelColors.size()]),
-                        288 - 96 * y / height)) {
+    : CardPixels(
+          Shaded(Faded(kChannelColors[channel % kChannelColors.size()]), 288 - 96 * y / height)) {
   Fill(0, kSideWidth, kBandColor);
   Fill(kCardWidth - kSideWidth, kCardWidth, kBandColor);
   if (y < kBandHeight) LayBand(y);

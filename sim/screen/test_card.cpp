@@ -31,8 +31,7 @@ constexpr Rgb kDigitColor{250, 250, 246};
 
 // Lighter at the top, darker at the bottom.
 CardLine::CardLine(unsigned channel, int y, int height, std::uint32_t time_ms)
-    : CardPixels(
-          Shaded(kChannelColors[channel % kChannelColors.size()], 288 - 96 * y / height)) {
+    : CardPixels(Shaded(kChannelColors[channel % kChannelColors.size()], 288 - 96 * y / height)) {
   LayBar(time_ms);
   const int bottom = height - kSafeMargin - kBorderInset;
   if (y >= kBorderInset && y < bottom) LayBorder(y, bottom);

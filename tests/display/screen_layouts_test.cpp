@@ -58,12 +58,15 @@ class ScreenLayouts : public DisplayTest {
   // `step` both ways is looked at.
   double Likeness(const Rect& rect, unsigned channel, const Look& look, int step) const {
     const int height = pal_ ? sim::kCardHeightPal : sim::kCardHeightNtsc;
+    Card card;
+    for (int y = 0; y < height; ++y) {
+      card.emplace_back(channel, y, height, sim::TheWorld().kernel.Now());
+    }
     int same = 0;
     int all = 0;
     for (int y = 4 * rect[2]; y < 4 * rect[3]; y += step) {
       for (int x = 4 * rect[0]; x < 4 * rect[1]; x += step) {
-        const sim::Rgb expected =
-            CardPixel(channel, x - 4 * rect[0], y - 4 * rect[2], look, height);
+        const sim::Rgb expected = CardPixel(card, x - 4 * rect[0], y - 4 * rect[2], look);
         const sim::Rgb& shown = image_.At(x, y);
         const int distance = std::abs(shown.r - expected.r) + std::abs(shown.g - expected.g) +
                              std::abs(shown.b - expected.b);
@@ -113,20 +116,21 @@ class ScreenLayouts : public DisplayTest {
   }
 
  private:
-  sim::Rgb CardPixel(unsigned channel, int x, int y, const Look& look, int height) const {
+  using Card = std::vector<sim::CardLine>;
+
+  static sim::Rgb CardPixel(const Card& card, int x, int y, const Look& look) {
+    const auto height = static_cast<int>(card.size());
     const double scale = 65536.0 / (look.ratio + 1);
     const auto left = static_cast<int>(std::lround(x * scale));
     const auto top = static_cast<int>(std::lround(y * scale));
     if (left >= sim::kCardWidth || top >= height) return sim::kScreenNoPicture;
-    const std::uint32_t now = sim::TheWorld().kernel.Now();
     int r = 0;
     int g = 0;
     int b = 0;
     for (int dy = 0; dy < look.down; ++dy) {
       for (int dx = 0; dx < look.across; ++dx) {
-        const sim::Rgb sample =
-            sim::TestCardPixel(channel, std::min(left + dx, sim::kCardWidth - 1),
-                               std::min(top + dy, height - 1), height, now);
+        const auto line = static_cast<std::size_t>(std::min(top + dy, height - 1));
+        const sim::Rgb sample = card[line].At(std::min(left + dx, sim::kCardWidth - 1));
         r += sample.r;
         g += sample.g;
         b += sample.b;

@@ -67,7 +67,12 @@ TEST_F(AccessLogTest, TheLastOnesAreKept) {
   Write(0x11, 1);
   EXPECT_EQ(log_.Known(), 4U);
   EXPECT_EQ(log_.Between(1, 3).size(), 0U);
-  EXPECT_EQ(log_.Between(1, 3 * (AccessLog::kMost + 1)).size(), AccessLog::kMost);
+  constexpr std::uint64_t kEnd = 3 * (AccessLog::kMost + 1);
+  EXPECT_EQ(log_.Between(1, kEnd).size(), AccessLog::kMost);
+  EXPECT_EQ(log_.Between(1, kEnd).back().reg, 0x11);
+  ASSERT_EQ(log_.Between(kEnd - 3, kEnd).size(), 2U);
+  EXPECT_EQ(log_.Between(kEnd - 3, kEnd)[0].reg, 0x10);
+  EXPECT_EQ(log_.Between(kEnd - 3, kEnd)[1].reg, 0x11);
 }
 
 class AccessesLine : public ScriptRunTest {};

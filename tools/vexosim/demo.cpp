@@ -237,7 +237,7 @@ class Demo {
       row("instructions", std::to_string(options_.machine->Instructions()));
       row("deepest stack", std::to_string(options_.machine->DeepestStack()) + " bytes");
     }
-    out_.flush();
+    out_ << "\nThe same recorder live, in a browser: ./run.sh serve" << std::endl;
   }
 
   static constexpr int kLargeColumns = 96;

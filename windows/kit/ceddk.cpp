@@ -54,6 +54,7 @@ int VexoDesk_RunScripts(int count, const char* const* words) {
   return kit::RunScripts(count, words);
 }
 int VexoDesk_ControlPort() { return kit::ControlPort(); }
+int VexoDesk_PagePort() { return kit::PagePort(); }
 
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* /*reserved*/) {
   if (reason != DLL_PROCESS_ATTACH) return TRUE;

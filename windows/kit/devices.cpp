@@ -82,6 +82,7 @@ void MakeAsSettingsSay() {
     const Settings settings = ReadSettings();
     MakeBoard(settings);
     if (settings.port) OpenPort(*settings.port);
+    if (settings.page) OpenPage(*settings.page);
   } catch (const std::exception& error) {
     Refuse(error.what());
   }

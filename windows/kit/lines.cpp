@@ -1,5 +1,7 @@
 #include "lines.h"
 
+#include <atomic>
+#include <filesystem>
 #include <future>
 #include <stdexcept>
 #include <string>
@@ -8,6 +10,7 @@
 #include "VexoDesk.h"
 #include "board.h"
 #include "desk/console/console.h"
+#include "desk/port/moment_taker.h"
 #include "desk/port/port.h"
 #include "exports.h"
 #include "script/words.h"
@@ -35,12 +38,16 @@ class Access : public desk::BoardAccess {
   }
 };
 
+Access& TheAccess() {
+  static Access& access = *new Access;
+  return access;
+}
+
 desk::Console& TheConsole() {
   static desk::Console& console = []() -> desk::Console& {
     UseLoadedExports();
-    static Access& access = *new Access;
     const AtBoard at_board;
-    return *new desk::Console(access);
+    return *new desk::Console(TheAccess());
   }();
   return console;
 }
@@ -54,32 +61,60 @@ desk::Answer Run(const std::string& line) {
   return TheConsole().Run(line);
 }
 
-std::promise<int>& PortPromise() {
-  static std::promise<int>& promise = *new std::promise<int>;
-  return promise;
+// A port's number, which is there once it listens.
+struct Listening {
+  std::atomic<bool> wanted = false;
+  std::promise<int> promise;
+  std::shared_future<int> number = promise.get_future().share();
+};
+
+Listening& TheControlPort() {
+  static Listening& listening = *new Listening;
+  return listening;
+}
+Listening& ThePage() {
+  static Listening& listening = *new Listening;
+  return listening;
 }
 
-std::shared_future<int>& PortNumber() {
-  static std::shared_future<int>& number =
-      *new std::shared_future<int>(PortPromise().get_future().share());
-  return number;
-}
-
-bool g_port_wanted = false;
-
-void Listen(std::uint16_t number) {
+// Null when it does not listen.
+desk::Port* Listen(const desk::PortSettings& settings, Listening& listening) {
   try {
-    auto* const port = new desk::Port({.control = number}, Run);
-    Say("control port " + std::to_string(port->Number()) + " on 127.0.0.1");
+    auto* const port = new desk::Port(settings, Run);
     {
       const AtBoard at_board;
       sim::TheWorld().trace.AddListener(port->Events());
     }
-    PortPromise().set_value(port->Number());
+    if (settings.page) {
+      Say("page http://127.0.0.1:" + std::to_string(port->PageNumber()) + "/");
+    } else {
+      Say("control port " + std::to_string(port->Number()) + " on 127.0.0.1");
+    }
+    listening.promise.set_value(settings.page ? port->PageNumber() : port->Number());
+    return port;
   } catch (const std::exception& error) {
     Say(error.what());
-    PortPromise().set_value(VEXODESK_ERROR_SYSTEM);
+    listening.promise.set_value(VEXODESK_ERROR_SYSTEM);
+    return nullptr;
   }
+}
+
+void ListenForControl(std::uint16_t number) { Listen({.control = number}, TheControlPort()); }
+
+void ListenForPages(std::uint16_t number) {
+  wchar_t program[MAX_PATH];
+  GetModuleFileNameW(nullptr, program, MAX_PATH);
+  const std::u8string title = std::filesystem::path(program).stem().u8string();
+  desk::Port* const port =
+      Listen({.page = desk::PageSettings{.port = number, .title = {title.begin(), title.end()}}},
+             ThePage());
+  if (port != nullptr) new desk::MomentTaker(*port, TheAccess());
+}
+
+int NumberOf(Listening& listening) {
+  if (BoardKind() != Kind::Real) return VEXODESK_ERROR_STATE;
+  SwitchOn();
+  return listening.wanted ? listening.number.get() : 0;
 }
 
 }  // namespace
@@ -112,15 +147,16 @@ int RunLine(const char* line, char* answer, std::size_t capacity) {
 }
 
 void OpenPort(std::uint16_t number) {
-  g_port_wanted = true;
-  PortNumber();
-  std::thread(Listen, number).detach();
+  TheControlPort().wanted = true;
+  std::thread(ListenForControl, number).detach();
 }
 
-int ControlPort() {
-  if (BoardKind() != Kind::Real) return VEXODESK_ERROR_STATE;
-  SwitchOn();
-  return g_port_wanted ? PortNumber().get() : 0;
+void OpenPage(std::uint16_t number) {
+  ThePage().wanted = true;
+  std::thread(ListenForPages, number).detach();
 }
+
+int ControlPort() { return NumberOf(TheControlPort()); }
+int PagePort() { return NumberOf(ThePage()); }
 
 }  // namespace kit

@@ -36,19 +36,23 @@ std::string FileBeside(const fs::path& folder, const std::string& name) {
 void ReadOwnLine(std::vector<std::string> words, const fs::path& folder, Settings& settings) {
   script::Arguments arguments(words);
   arguments.Take("desk");
-  if (arguments.Take("port")) {
+  const auto port = [&] {
     constexpr std::uint32_t kMost = 65535;
-    settings.port =
-        arguments.Take("any")
-            ? std::uint16_t{0}
-            : static_cast<std::uint16_t>(arguments.Number("a port 1 to 65535 or any", 1, kMost));
+    return arguments.Take("any")
+               ? std::uint16_t{0}
+               : static_cast<std::uint16_t>(arguments.Number("a port 1 to 65535 or any", 1, kMost));
+  };
+  if (arguments.Take("port")) {
+    settings.port = port();
+  } else if (arguments.Take("page")) {
+    settings.page = port();
   } else if (arguments.Take("texts")) {
     const std::string where = arguments.Text("console, none or the name of a file");
     settings.texts = where == "console" || where == "none" ? where : FileBeside(folder, where);
   } else if (arguments.Take("nvram")) {
     settings.nvram_file = FileBeside(folder, arguments.Text("the name of a file"));
   } else {
-    arguments.Expected("port, texts or nvram");
+    arguments.Expected("port, page, texts or nvram");
   }
   arguments.End();
 }

@@ -13,6 +13,7 @@ namespace kit {
 struct Settings {
   std::vector<script::Statement> board;  // lines of the script language
   std::optional<std::uint16_t> port;     // the control port; 0: one that is free
+  std::optional<std::uint16_t> page;     // the same
   std::string texts = "console";         // as SetTexts has it
   std::string nvram_file;                // empty: forgotten with the process
 

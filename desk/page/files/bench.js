@@ -53,6 +53,7 @@ export class Bench extends EventTarget {
   #next = null; // number of the next event
   #attempt = 0;
   #timer = 0;
+  #stopTold = false; // whether events have told of `stopped`
   #decoding = false;
   #latest = null; // came while another one was decoded
   #image = null;
@@ -157,6 +158,7 @@ export class Bench extends EventTarget {
     if ("answer" in said) return this.#takeAnswer(said);
     if ("vexo" in said) return this.#takeGreeting(said);
     if ("missed" in said) {
+      this.#stopTold = false;
       this.#next += said.missed;
       return this.#tell("missed", { count: said.missed, anew: false });
     }
@@ -167,6 +169,7 @@ export class Bench extends EventTarget {
     const count = this.#next === null ? 0 : next - this.#next;
     this.#next = next;
     this.#attempt = 0;
+    this.#stopTold = false;
     this.connected = true;
     this.#watchWhileSeen();
     if (count !== 0) this.#tell("missed", { count: Math.max(count, 0), anew: count < 0 });
@@ -175,8 +178,10 @@ export class Bench extends EventTarget {
 
   #takeEvent(event) {
     this.#next = event.event + 1;
-    if (event.ev === "stopped") this.stopped = event.text;
-    if (event.ev === "continued" || event.ev === "rewound") this.stopped = null;
+    if (["stopped", "continued", "rewound"].includes(event.ev)) {
+      this.stopped = event.ev === "stopped" ? event.text : null;
+      this.#stopTold = true;
+    }
     this.#tell("event", event);
   }
 
@@ -218,7 +223,8 @@ export class Bench extends EventTarget {
         console.warn("a picture cannot be read", error);
         continue;
       }
-      this.stopped = this.moment.header.stopped ?? null;
+      // A picture may be older than what events have told since.
+      if (!this.#stopTold) this.stopped = this.moment.header.stopped;
       this.#tell("moment", this.moment);
     }
     this.#decoding = false;
@@ -232,19 +238,32 @@ export class Bench extends EventTarget {
     const { width, height } = header;
     if (this.#image?.width !== width || this.#image?.height !== height) {
       this.#image = new ImageData(width, height);
-      new Uint32Array(this.#image.data.buffer).fill(0xff000000);
     }
-    const stream = new Blob([deflated])
-      .stream()
-      .pipeThrough(new DecompressionStream("deflate-raw"));
-    const colors = new Uint8Array(await new Response(stream).arrayBuffer());
-    const pixels = this.#image.data;
-    for (let from = 0, to = 0; to < pixels.length; from += 3, to += 4) {
-      pixels[to] = colors[from];
-      pixels[to + 1] = colors[from + 1];
-      pixels[to + 2] = colors[from + 2];
-    }
+    const colors = await inflate(deflated, 3 * width * height);
+    unpack(colors, new Uint32Array(this.#image.data.buffer));
     return { header, registers, picture: this.#image };
+  }
+}
+
+async function inflate(deflated, length) {
+  const stream = new DecompressionStream("deflate-raw");
+  const writer = stream.writable.getWriter();
+  const written = Promise.all([writer.write(deflated), writer.close()]);
+  const whole = new Uint8Array(length);
+  const reader = stream.readable.getReader();
+  let at = 0;
+  for (let piece = await reader.read(); !piece.done; piece = await reader.read()) {
+    whole.set(piece.value, at);
+    at += piece.value.length;
+  }
+  await written;
+  return whole;
+}
+
+// Pixels of three bytes into such of four.
+function unpack(colors, pixels) {
+  for (let at = 0, from = 0; at < pixels.length; at += 1, from += 3) {
+    pixels[at] = 0xff000000 | (colors[from + 2] << 16) | (colors[from + 1] << 8) | colors[from];
   }
 }
 

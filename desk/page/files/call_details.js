@@ -28,7 +28,7 @@ export function thingInWords(language, { event, times }) {
       return messageInWords(language, event);
     case "debug":
     case "kernel":
-      return printable(event.text.trim());
+      return printable(event.text.replace(/\s+/g, " ").trim());
     case "line":
       return printable(event.text);
     case "sleep":
@@ -92,6 +92,7 @@ export class CallDetails {
     this.#shown = thing?.id ?? 0;
     this.element.hidden = !thing;
     if (!thing) return;
+    this.element.scrollTop = 0;
     const call = thing.event.ev === "call";
     this.element.replaceChildren(
       make(
@@ -104,6 +105,10 @@ export class CallDetails {
       this.#facts(thing),
       ...(call ? this.#call(thing) : [this.#members(thing)]),
     );
+  }
+
+  focus() {
+    this.element.querySelector("button").focus();
   }
 
   #facts({ from, to, by, event, result }) {
@@ -169,8 +174,8 @@ export class CallDetails {
         ? []
         : [make("h4", {}, "Line"), make("pre", { class: "mono" }, printable(event.text))]),
       ...this.#record(event, result),
-      ...this.#inside(thing),
       ...this.#accesses(thing),
+      ...this.#inside(thing),
     ];
   }
 
@@ -194,27 +199,32 @@ export class CallDetails {
     ];
   }
 
-  // Sixteen bytes a line; what the call changed is underlined and stands behind an arrow.
+  // Sixteen bytes a line, up to the last that is not 0; what the call has written is underlined.
   #bytes(before, after) {
     const old = bytesOf(before);
     const now = typeof after === "string" ? bytesOf(after) : old;
     const text = (byte) => hex(byte).slice(2);
+    const written = (i) => i < now.length && now[i] !== old[i];
+    const last = old.findLastIndex((byte, i) => byte !== 0 || written(i));
+    const end = Math.min(Math.ceil((last + 1) / 16 || 1) * 16, old.length);
     const lines = [];
-    for (let first = 0; first < old.length; first += 16) {
-      const line = make("div", {}, make("span", { class: "dim" }, `${text(first)}  `));
-      for (let i = first; i < Math.min(first + 16, old.length); ++i) {
-        const changed = i < now.length && now[i] !== old[i];
-        if (changed) line.append(make("ins", { title: `was ${hex(old[i])}` }, text(now[i])), " ");
-        else line.append(`${text(old[i])} `);
+    for (let first = 0; first < end; first += 16) {
+      const line = make("div", {}, make("span", { class: "dim" }, text(first)));
+      for (let i = first; i < Math.min(first + 16, end); ++i) {
+        line.append(" ");
+        if (written(i)) line.append(make("ins", { title: `was ${hex(old[i])}` }, text(now[i])));
+        else line.append(text(old[i]));
       }
       lines.push(line);
     }
-    const differs = old.some((byte, i) => i < now.length && now[i] !== byte);
+    const notes = [];
+    if (old.some((_, i) => written(i))) notes.push("underlined: what the call has written");
+    if (end < old.length) notes.push("the rest is 0");
     return make(
       "div",
       { class: "bytes mono", role: "group", "aria-label": "The record's bytes" },
       ...lines,
-      ...(differs ? [make("p", { class: "dim" }, "underlined: what the call has written")] : []),
+      ...(notes.length > 0 ? [make("p", { class: "dim" }, notes.join("; "))] : []),
     );
   }
 

@@ -122,10 +122,14 @@ class Plug {
       button.disabled = !fitted;
       button.title = fitted ? label : `${CHIPS[channel >> 2]} is not fitted`;
       button.setAttribute("aria-label", `Camera ${channel}: ${label}`);
-      button.setAttribute("aria-pressed", pressed);
+      if (pressed !== null) button.setAttribute("aria-pressed", pressed);
     };
     words(this.jack, on ? "plugged, pull it" : "pulled, plug it", on);
-    words(this.norm, "sends PAL", standard === "pal");
+    words(
+      this.norm,
+      `${standard.toUpperCase()}, switch to ${standard === "pal" ? "NTSC" : "PAL"}`,
+      null,
+    );
     words(this.noise, "weak signal", this.#is("weak"));
     words(this.hand, "walk by", this.#is("motion"));
     this.norm.disabled = !fitted || !on;

@@ -19,7 +19,7 @@ export function commandForm(say, { commands }) {
   );
   const help = make("span", { class: "dim" });
   const fields = make("div", { class: "fields" });
-  const line = make("output", { class: "mono line", for: "command" });
+  const line = make("code", { class: "line" });
   const form = make(
     "form",
     { class: "command", "aria-label": "Binary command" },

@@ -1,6 +1,6 @@
 // Lines of the script language, and what comes of them.
 
-import { atEnd, button } from "./controls.js";
+import { atEnd, button, enlarger } from "./controls.js";
 import { make } from "./dom.js";
 import { quoted } from "./state.js";
 import { count, printable } from "./words.js";
@@ -56,18 +56,10 @@ export function mount(element, bench) {
     make("span", { class: "mono dim", "aria-hidden": "true" }, ">"),
     input,
     make("button", { type: "submit", class: "primary" }, "Run"),
+    button("Help", help, { title: "Explains the word that the line begins with" }),
+    button("Clear", clear),
+    enlarger(element),
   );
-  element
-    .querySelector("header")
-    .append(
-      make(
-        "div",
-        { class: "toolbar" },
-        make("span", { class: "dim hint" }, "↑↓ lines before · Tab completes"),
-        button("Help", help, { title: "Explains the word that the line begins with" }),
-        button("Clear", clear),
-      ),
-    );
   element.append(output, make("div", { class: "console-entry" }, completer.element, form));
 
   input.addEventListener("keydown", (key) => {
@@ -226,6 +218,7 @@ class Completer {
         break;
       case "Escape":
         this.#left = true;
+        if (this.element.hidden) return false;
         this.close();
         break;
       case "ArrowDown":

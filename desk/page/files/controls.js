@@ -40,18 +40,23 @@ export function choice(label, options, value, changed) {
  * Calls something once before the next picture of the screen, however often it is asked for; in a
  * page that is not seen a second later.
  * @param {() => void} work
+ * @param {number} [pause] ms from one time to the next, at least
  * @returns {() => void} asks for it
  */
-export function soon(work) {
+export function soon(work, pause = 0) {
   let asked = false;
+  let last = -pause;
   function run() {
     asked = false;
+    last = performance.now();
     work();
   }
   return () => {
     if (asked) return;
     asked = true;
-    if (document.hidden) setTimeout(run, 1000);
+    const wait = document.hidden ? 1000 : last + pause - performance.now();
+    if (document.hidden) setTimeout(run, wait);
+    else if (wait > 0) setTimeout(() => requestAnimationFrame(run), wait);
     else requestAnimationFrame(run);
   };
 }
@@ -65,4 +70,24 @@ export function atEnd(scrolled, change) {
   const end = scrolled.scrollHeight - scrolled.scrollTop - scrolled.clientHeight < 24;
   change();
   if (end) scrolled.scrollTop = scrolled.scrollHeight;
+}
+
+/**
+ * A button that lets a pane have the whole page, and gives it back; Escape does so, too.
+ * @param {HTMLElement} pane
+ */
+export function enlarger(pane) {
+  const set = (large) => {
+    pane.classList.toggle("enlarged", large);
+    toggle.setAttribute("aria-pressed", large);
+  };
+  const toggle = button("⤢", () => set(!pane.classList.contains("enlarged")), {
+    "aria-label": "Whole page",
+    title: "The whole page for this pane (Escape: back)",
+    "aria-pressed": "false",
+  });
+  pane.addEventListener("keydown", (key) => {
+    if (key.key === "Escape" && !key.defaultPrevented) set(false);
+  });
+  return toggle;
 }

@@ -54,7 +54,7 @@ export function rove(container, selector = "button") {
   const stop = (at) => {
     for (const one of container.querySelectorAll(selector)) one.tabIndex = one === at ? 0 : -1;
   };
-  stop(container.querySelector(selector));
+  stop(all()[0]);
   container.addEventListener("focusin", ({ target }) => {
     if (target.matches(selector)) stop(target);
   });

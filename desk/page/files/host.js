@@ -6,7 +6,9 @@ import { commandForm } from "./command_form.js";
 import { make, rove } from "./dom.js";
 import { layoutRows } from "./layouts.js";
 
-const THE_PROGRAMS = "the program does this itself";
+// Why a running program's board refuses them.
+const LOADING = "the library is loaded and unloaded by the program's system";
+const WINDOW = "which window the library has is for the program to say";
 
 /**
  * @param {HTMLElement} pane
@@ -16,11 +18,12 @@ const THE_PROGRAMS = "the program does this itself";
 export function mount(pane, bench, language) {
   const answer = make("output", { class: "answer", "aria-live": "polite" });
   const say = async (line) => {
+    answer.replaceChildren(make("code", {}, line), make("pre", {}, "…"));
     const { result, text } = await bench.send(line);
     const said = text.trim() || (result === "done" ? "done" : result);
     answer.replaceChildren(
       make("code", {}, line),
-      make("pre", { class: result === "done" ? "" : "bad" }, said),
+      make("pre", { class: result === "done" ? "" : "bad", tabindex: 0 }, said),
     );
   };
   const controls = make(
@@ -39,27 +42,31 @@ export function mount(pane, bench, language) {
 
 function lifeCycle(say, { board }) {
   const rows = [
-    ["attach", "Attach", "the library is loaded", true],
-    ["window", "Window", "a new host window is bound", true],
-    ["command init", "Init", "detects and initializes the chips, starts the monitor", false],
-    ["command stop-monitor", "Stop monitor", "ends the library's thread", false],
-    ["unbind", "Unbind", "the window is forgotten", true],
-    ["detach", "Detach", "the library is unloaded", true],
+    ["attach", "Attach", "the library is loaded", LOADING],
+    ["window", "Window", "a new host window is bound", WINDOW],
+    ["command init", "Init", "detects and initializes the chips, starts the monitor", null],
+    ["command stop-monitor", "Stop monitor", "ends the library's thread", null],
+    ["unbind", "Unbind", "the window is forgotten", WINDOW],
+    ["detach", "Detach", "the library is unloaded", LOADING],
   ];
-  const buttons = rows.map(([line, text, help, programs]) => {
-    const refused = programs && board === "program";
+  const buttons = rows.map(([line, text, help, why]) => {
+    const refused = why !== null && board === "program";
     return make(
       "button",
       {
         type: "button",
         disabled: refused,
-        title: refused ? THE_PROGRAMS : `${line}: ${help}`,
+        title: refused ? why : `${line}: ${help}`,
         click: () => say(line),
       },
       text,
     );
   });
-  const bar = make("div", { class: "toolbar", role: "group", "aria-label": "Library" }, ...buttons);
+  const bar = make(
+    "div",
+    { class: "toolbar close", role: "group", "aria-label": "Library" },
+    ...buttons,
+  );
   rove(bar);
   return bar;
 }

@@ -101,7 +101,9 @@ function showReadings(list, bench) {
 async function start() {
   switchThemes(document.getElementById("theme"));
   const shows = [...document.querySelectorAll(".stack")].map(stackPanes);
-  const language = await (await fetch("language.json")).json();
+  const learn = async () => (await fetch("language.json")).text();
+  const learnt = await learn();
+  const language = JSON.parse(learnt);
   setText(document.getElementById("board-title"), language.title);
   document.title = `${language.title} – bench`;
   const bench = new Bench();
@@ -117,6 +119,10 @@ async function start() {
   );
   bench.addEventListener("select", ({ detail }) => {
     if (detail.register !== null) shows[0]("registers");
+  });
+  // The board of another program may have other chips, and refuse other lines.
+  bench.addEventListener("missed", async ({ detail: { anew } }) => {
+    if (anew && (await learn()) !== learnt) location.reload();
   });
   bench.open();
 }

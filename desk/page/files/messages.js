@@ -1,11 +1,12 @@
 // Host messages and the library's texts as they come, folded when they repeat.
 
-import { atEnd, button, soon } from "./controls.js";
+import { atEnd, button, enlarger, soon } from "./controls.js";
 import { make } from "./dom.js";
 import { count, messageInWords, printable, seconds } from "./words.js";
 
 const MOST_ENTRIES = 5000;
 const MOST_ROWS = 1000; // on the page
+const EVERY = 100; // ms, at most so often
 const FOLDED_WITHIN = 40; // rows: further up, an equal one is another matter
 const MOST_PENDING = 1 << 16; // characters of a line without an end
 
@@ -56,7 +57,7 @@ export function mount(element, bench, language) {
   let entries = [];
   let shown = 0; // of them: those before have their row
   let rows = []; // that could be folded into, the oldest first
-  let paused = false;
+  let until = Infinity; // of them: those before are shown; all, unless it is paused
   const streams = new Map(); // lines under way, of each thread and kind
   const kinds = new Set(Object.keys(KINDS));
 
@@ -70,58 +71,44 @@ export function mount(element, bench, language) {
   const search = make("input", {
     type: "search",
     placeholder: "Filter",
-    "aria-label": "Show those with this text",
+    "aria-label": "Show those with this text, or of this thread",
     input: rebuild,
   });
-  const thread = make(
-    "select",
-    { "aria-label": "Thread", change: rebuild },
-    make("option", { value: "" }, "Both threads"),
-    make("option", { value: "host" }, "Host"),
-    make("option", { value: "worker" }, "Worker"),
-  );
   const fold = make("input", { type: "checkbox", checked: true, change: rebuild });
-  const pause = button("Pause", () => setPaused(!paused), { "aria-pressed": "false" });
+  const pause = button("Pause", () => setPaused(!paused()), { "aria-pressed": "false" });
   const toggles = Object.entries(KINDS).map(([kind, [mark, name, title]]) => {
-    const toggle = button(`${mark} ${name}`, () => toggleKind(kind, toggle), {
+    const toggle = button(mark, () => toggleKind(kind, toggle), {
       "aria-pressed": "true",
       class: "toggle",
       title,
     });
+    toggle.append(make("span", { class: "long" }, name));
     return toggle;
   });
-  element
-    .querySelector("header")
-    .append(
-      make(
-        "div",
-        { class: "toolbar" },
-        pause,
-        button("Clear", clear, { title: "Forgets what has come so far" }),
-      ),
-    );
   element.append(
     make(
       "div",
       { class: "toolbar", role: "group", "aria-label": "What is shown" },
       ...toggles,
-      thread,
       search,
       make("label", { title: "Equal ones are one row with their number" }, fold, "Fold"),
+      pause,
+      button("Clear", clear, { title: "Forgets what has come so far" }),
+      enlarger(element),
     ),
     empty,
     log,
   );
 
   const update = soon(() => {
-    pause.textContent = paused ? `Go on (${count(entries.length - shown)} new)` : "Pause";
-    if (paused) return;
+    const more = entries.length - until;
+    pause.textContent = more > 0 ? `Go on (${count(more)} new)` : paused() ? "Go on" : "Pause";
     atEnd(log, () => {
-      for (; shown < entries.length; ++shown) show(entries[shown]);
+      for (; shown < Math.min(until, entries.length); ++shown) show(entries[shown]);
       while (list.childElementCount > MOST_ROWS) list.firstElementChild.remove();
     });
     empty.hidden = entries.length > 0;
-  });
+  }, EVERY);
 
   function add(entry) {
     entries.push(entry);
@@ -129,14 +116,14 @@ export function mount(element, bench, language) {
       const dropped = entries.length - MOST_ENTRIES;
       entries = entries.slice(dropped);
       shown = Math.max(0, shown - dropped);
+      until = Math.max(0, until - dropped);
     }
     update();
   }
 
   function wanted({ kind, by, text }) {
     if (!kinds.has(kind)) return false;
-    if (thread.value && by && by !== thread.value) return false;
-    return text.toLowerCase().includes(search.value.toLowerCase());
+    return `${by ?? ""} ${text}`.toLowerCase().includes(search.value.toLowerCase());
   }
 
   function show(entry) {
@@ -181,14 +168,19 @@ export function mount(element, bench, language) {
     rebuild();
   }
 
+  function paused() {
+    return until !== Infinity;
+  }
+
   function setPaused(now) {
-    paused = now;
-    pause.setAttribute("aria-pressed", paused);
+    until = now ? entries.length : Infinity;
+    pause.setAttribute("aria-pressed", now);
     update();
   }
 
   function clear() {
     entries = [];
+    if (paused()) until = 0;
     rebuild();
   }
 

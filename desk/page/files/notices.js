@@ -3,6 +3,7 @@
 import { make, setText } from "./dom.js";
 
 const SAID_FOR = 12000; // ms
+const STEP = 800; // ms in which a step mostly stops again
 
 /**
  * @param {HTMLElement} place
@@ -15,6 +16,7 @@ export function showNotices(place, bench) {
 // ---- A stopped run ------------------------------------------------------------------------------
 
 function stopped(bench) {
+  const large = make("span", { class: "large" });
   const cause = make("strong", { class: "mono" });
   const where = make("span", { class: "mono" });
   const calls = make("pre", {});
@@ -24,7 +26,7 @@ function stopped(bench) {
   const notice = make(
     "section",
     { class: "notice stopped", "aria-label": "Stopped", hidden: true },
-    make("span", { class: "large" }, "Stopped"),
+    large,
     make("div", { class: "words" }, cause, where, stack),
     make(
       "div",
@@ -34,18 +36,32 @@ function stopped(bench) {
       goOn("step call", "Step call", { title: "step call: to the end of a call" }),
     ),
   );
+  const is = (stopped) => {
+    document.documentElement.classList.toggle("is-stopped", stopped);
+    setText(large, stopped ? "Stopped" : "Goes on");
+    if (stopped) notice.hidden = false;
+  };
+  // Where it is, and in which functions, the board tells when it is asked.
+  const tell = async () => {
+    setText(cause, bench.stopped.split("\n")[0]);
+    is(true);
+    const { result, text } = await bench.send("where");
+    const [, place = "", ...functions] = result === "done" ? text.split("\n") : [];
+    setText(where, place.trim());
+    setText(calls, functions.map((line) => line.trim()).join("\n"));
+    stack.hidden = functions.length === 0;
+  };
   let last = null;
-  const show = () => {
-    if (bench.stopped === last) return;
-    last = bench.stopped;
-    notice.hidden = last === null;
-    document.documentElement.classList.toggle("is-stopped", last !== null);
-    if (last === null) return;
-    const [first, second = "", ...rest] = last.split("\n").map((line) => line.trim());
-    setText(cause, first.replace(/^stopped:\s*/, ""));
-    setText(where, second);
-    setText(calls, rest.join("\n"));
-    stack.hidden = rest.length === 0;
+  let timer = 0;
+  const show = ({ detail: { ev } }) => {
+    const { stopped: now } = bench;
+    if (now === last && ev !== "stopped") return;
+    last = now;
+    clearTimeout(timer);
+    if (now !== null) return tell();
+    // A step goes on and stops again: what is below stays where it is.
+    is(false);
+    timer = setTimeout(() => (notice.hidden = true), STEP);
   };
   bench.addEventListener("event", show);
   bench.addEventListener("moment", show);
@@ -56,21 +72,19 @@ function stopped(bench) {
 
 function connection(bench) {
   const link = document.getElementById("link");
-  const text = make("span", { class: "words" });
+  // How often and when is not read out: it changes with every attempt.
+  const attempts = make("span", { class: "dim", "aria-hidden": "true" });
   const notice = make(
     "section",
     { class: "notice lost", "aria-label": "Connection", hidden: true },
-    text,
+    make("span", { class: "words" }, make("span", {}, "The board cannot be reached."), attempts),
     make("button", { type: "button", click: () => bench.retry() }, "Try now"),
   );
   bench.addEventListener("status", ({ detail: { connected, attempt, wait } }) => {
     setText(link, connected ? "connected" : "no connection");
     link.className = connected ? "state good" : "state bad";
     notice.hidden = connected;
-    const seconds = Math.max(1, Math.round(wait / 1000));
-    const again =
-      attempt === 1 ? "It is tried again." : `Tried ${attempt - 1} times; again in ${seconds} s.`;
-    setText(text, `The board cannot be reached. ${again}`);
+    setText(attempts, `Attempt ${attempt} in ${(wait / 1000).toFixed(1)} s`);
   });
   return notice;
 }

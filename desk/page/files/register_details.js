@@ -1,7 +1,7 @@
 // One register in full: its value, its fields, and what can be done with it.
 
 import { button } from "./controls.js";
-import { make } from "./dom.js";
+import { make, setText } from "./dom.js";
 import { CHIPS } from "./state.js";
 import { fieldBits, fieldValue, hex, registerAt, registerLabel, seconds } from "./words.js";
 
@@ -27,7 +27,7 @@ export class RegisterDetails {
 
   /** What can be done with a register, and by which key. */
   actions(watched = false) {
-    const watch = { action: "watch", text: watched ? "Watched" : "Watch", letter: "w", watched };
+    const watch = { action: "watch", text: watched ? "Do not watch" : "Watch", letter: "w" };
     if (this.#language.board !== "bench") return [watch];
     return [
       watch,
@@ -52,8 +52,7 @@ export class RegisterDetails {
     // The buttons stay, and with them the focus.
     const actions = this.#actions ?? this.#makeActions();
     actions.place = place;
-    actions.watch?.setAttribute("aria-pressed", watched);
-    actions.watch.firstChild.data = watched ? "Watched" : "Watch";
+    setText(actions.watch, this.actions(watched)[0].text);
     this.#facts.replaceChildren(
       make(
         "h3",

@@ -1,6 +1,6 @@
 // What the registers were and are, from one moment to the next.
 
-const LIT = 3000; // ms of the clock that a change is to be seen
+const LIT = [700, 1500, 3000]; // ms of the clock that a change is bright, less bright, to be seen
 const RESTLESS = 12; // of the last moments: a register that keeps changing is no news
 const BYTES = 4 * 3 * 256;
 
@@ -14,8 +14,7 @@ export class RegisterHistory {
   #before = new Uint8Array(BYTES); // the value before the last change
   #changedAt = new Float64Array(BYTES).fill(-1); // the board's time of it
   #score = new Uint8Array(BYTES);
-  #lit = new Map(); // index: {until, turn}, by the clock
-  #turn = false;
+  #lit = new Map(); // index: {since, level}, by the clock
 
   index({ chip, page, number }) {
     return (chip * 3 + page) * 256 + number;
@@ -30,8 +29,7 @@ export class RegisterHistory {
   take(registers, time) {
     const changed = new Set();
     const first = this.#now === null;
-    const until = performance.now() + LIT;
-    this.#turn = !this.#turn;
+    const since = performance.now();
     for (let i = 0; i < BYTES; ++i) {
       if (first) {
         changed.add(i);
@@ -40,7 +38,7 @@ export class RegisterHistory {
         this.#before[i] = this.#now[i];
         this.#changedAt[i] = time;
         this.#score[i] = Math.min(this.#score[i] + 3, 3 * RESTLESS);
-        this.#lit.set(i, { until, turn: this.#turn });
+        this.#lit.set(i, { since, level: LIT.length });
       } else if (this.#score[i] > 0) {
         this.#score[i] -= 1;
       }
@@ -57,16 +55,18 @@ export class RegisterHistory {
     this.#lit.clear();
   }
 
-  /** @returns {Register[]} those whose change is no longer to be seen */
-  settle() {
+  /** @returns {Register[]} those whose change is less to be seen than before */
+  fade() {
     const now = performance.now();
-    const settled = [];
-    for (const [index, { until }] of this.#lit) {
-      if (until > now) continue;
-      this.#lit.delete(index);
-      settled.push({ chip: Math.floor(index / 768), page: (index >> 8) % 3, number: index & 255 });
+    const faded = [];
+    for (const [index, lit] of this.#lit) {
+      const level = LIT.filter((end) => now - lit.since < end).length;
+      if (level === lit.level) continue;
+      lit.level = level;
+      if (level === 0) this.#lit.delete(index);
+      faded.push({ chip: Math.floor(index / 768), page: (index >> 8) % 3, number: index & 255 });
     }
-    return settled;
+    return faded;
   }
 
   /** @returns {number|null} null before the first moment */
@@ -81,13 +81,14 @@ export class RegisterHistory {
     return time < 0 ? null : { value: this.#before[index], time };
   }
 
-  /** How a register is to be marked: "even" and "odd" are changes, in turn; null: not. */
-  change(register) {
-    const index = this.index(register);
-    const lit = this.#lit.get(index);
-    if (!lit) return null;
-    if (this.#score[index] > RESTLESS) return "restless";
-    return lit.turn ? "odd" : "even";
+  /** How bright a change is, 3 to 1; 0: there is none to be seen. */
+  brightness(register) {
+    return this.#lit.get(this.index(register))?.level ?? 0;
+  }
+
+  /** Whether a register keeps changing. */
+  restless(register) {
+    return this.#score[this.index(register)] > RESTLESS;
   }
 
   /** Whether something changed on a page of a chip that is to be seen. */

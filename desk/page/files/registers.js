@@ -10,6 +10,7 @@ import { WatchList } from "./watch_list.js";
 import { fieldsInWords, hex, registerAt, registerLabel } from "./words.js";
 
 const COLUMNS = 16;
+const FADE_EVERY = 200; // ms
 const NUMBERS = [...Array(256).keys()];
 
 /**
@@ -59,9 +60,8 @@ export function mount(element, bench, language) {
   const details = new RegisterDetails(language, history, act);
   const menu = make("div", { class: "menu", role: "menu", hidden: true });
 
-  element.querySelector("header").append(views.element);
   element.append(
-    make("div", { class: "toolbar" }, chips.element, pages.element, filter),
+    make("div", { class: "toolbar" }, chips.element, pages.element, views.element, filter),
     make(
       "div",
       { class: "fill registers-body" },
@@ -147,7 +147,7 @@ export function mount(element, bench, language) {
       );
       cells.get(number).words = words;
     }
-    const heads = ["", "Name", "Value", "What is set"].map((name) =>
+    const heads = ["Register", "Name", "Value", "What is set"].map((name) =>
       make("th", { scope: "col" }, name),
     );
     return [make("thead", {}, make("tr", {}, ...heads)), make("tbody", {}, ...rows)];
@@ -161,7 +161,7 @@ export function mount(element, bench, language) {
     setText(shownCell, text);
     shownCell.setAttribute(
       "aria-label",
-      `${hex(number)} ${registerLabel(register)}: ${value === null ? "not known" : hex(value)}`,
+      `${hex(number)} ${registerLabel(register)}: ${value === null ? "not known" : text}`,
     );
     if (words) setText(words, value === null ? "" : fieldsInWords(register, value));
     mark(number);
@@ -169,11 +169,12 @@ export function mount(element, bench, language) {
 
   function mark(number) {
     const { cell: marked } = cells.get(number);
-    const change = history.change(at(number));
-    marked.classList.toggle("restless", change === "restless");
-    // Two animations that are alike: the other one begins anew.
-    marked.classList.toggle("changed-a", change === "even");
-    marked.classList.toggle("changed-b", change === "odd");
+    const bright = history.brightness(at(number));
+    const restless = bright > 0 && history.restless(at(number));
+    marked.classList.toggle("restless", restless);
+    for (const level of [1, 2, 3]) {
+      marked.classList.toggle(`changed-${level}`, level === bright && !restless);
+    }
     marked.classList.toggle("watched", watches.has(at(number)));
   }
 
@@ -196,9 +197,6 @@ export function mount(element, bench, language) {
     for (const number of cells.keys()) {
       if (changed.has(history.index(at(number)))) update(number);
     }
-    for (const { chip, page, number } of history.settle()) {
-      if (chip === shown.chip && page === shown.page && cells.has(number)) mark(number);
-    }
     if (changed.size > 0) {
       watches.update();
       if (changed.has(history.index(at(pointed ?? current)))) showDetails();
@@ -206,6 +204,11 @@ export function mount(element, bench, language) {
     showFitted();
   });
   bench.addEventListener("missed", ({ detail }) => detail.anew && history.forget());
+  setInterval(() => {
+    for (const { chip, page, number } of history.fade()) {
+      if (chip === shown.chip && page === shown.page && cells.has(number)) mark(number);
+    }
+  }, FADE_EVERY);
 
   // ---- Selection ------------------------------------------------------------------------------
 
@@ -225,6 +228,7 @@ export function mount(element, bench, language) {
       show({ chip, page });
     }
     setStop(number);
+    pointed = null;
     showDetails();
     cells.get(number)?.cell.scrollIntoView({ block: "nearest" });
   }
@@ -276,8 +280,12 @@ export function mount(element, bench, language) {
       End: COLUMNS - 1 - (place % COLUMNS),
     };
     if (key.key in steps) {
-      const next = order[Math.min(Math.max(place + steps[key.key], 0), order.length - 1)];
-      cells.get(next)?.cell.focus();
+      const step = steps[key.key];
+      let next = place + step;
+      // Up and down stay in their column.
+      while (Math.abs(step) >= row && next < 0) next += row;
+      while (Math.abs(step) >= row && next >= order.length) next -= row;
+      cells.get(order[next])?.cell.focus();
     } else if (key.key === "Enter" || key.key === " ") {
       openMenu();
     } else {
@@ -287,6 +295,15 @@ export function mount(element, bench, language) {
     }
     key.preventDefault();
   }
+
+  // What a stop is about.
+  bench.addEventListener("event", ({ detail: { ev, text } }) => {
+    const [, chip, page, number] =
+      (ev === "stopped" && text?.match(/ (\w+) page (\d) (0x[0-9A-F]{2})/)) || [];
+    if (!chip) return;
+    const one = CHIPS.includes(chip) ? CHIPS.indexOf(chip) : shown.chip; // else of several
+    select({ chip: one, page: Number(page), number: Number(number) });
+  });
 
   bench.addEventListener("select", ({ detail: { chip, page, register } }) => {
     if (chip === null || page === null || register === null) return;
@@ -311,8 +328,8 @@ export function mount(element, bench, language) {
     const { cell: under } = cells.get(current);
     const register = at(current);
     menu.replaceChildren(
-      make("p", { class: "dim", role: "presentation" }, details.name(register)),
-      ...details.actions().map(({ action, text, letter }) =>
+      make("p", { class: "dim", "aria-hidden": "true" }, details.name(register)),
+      ...details.actions(watches.has(register)).map(({ action, text, letter }) =>
         make(
           "button",
           {
@@ -329,6 +346,7 @@ export function mount(element, bench, language) {
         ),
       ),
     );
+    menu.setAttribute("aria-label", details.name(register));
     menu.hidden = false;
     const place = under.getBoundingClientRect();
     const around = menu.offsetParent.getBoundingClientRect();

@@ -7,6 +7,7 @@ export class Stops {
   #bench;
   #list = make("ul", { class: "mono" });
   #said = make("p", { class: "hint", role: "status" });
+  #none = make("p", { class: "dim hint" }, "None: choose a register, and Break on write.");
 
   /** @param {import("./bench.js").Bench} bench */
   constructor(bench) {
@@ -17,10 +18,12 @@ export class Stops {
       { class: "stops" },
       make("h3", {}, "Stops ", off),
       this.#list,
+      this.#none,
       this.#said,
     );
-    // Whoever else sets one: its answer tells this page, and the lines of others are events.
+    // What others set is not told: a stop, and a look at the list, ask.
     const ask = soon(() => this.#ask());
+    this.element.addEventListener("pointerenter", ask);
     bench.addEventListener("answer", ({ detail: { line } }) => /^\s*break\s/.test(line) && ask());
     bench.addEventListener("status", ({ detail }) => detail.connected && ask());
     bench.addEventListener("event", ({ detail: { ev } }) => {
@@ -48,6 +51,7 @@ export class Stops {
       .filter(Boolean)
       .map(([, number, words]) => this.#row(number, words));
     this.element.querySelector("button").hidden = rows.length === 0;
+    this.#none.hidden = rows.length > 0;
     this.#list.replaceChildren(...rows);
     if (rows.length === 0) this.#say("");
   }

@@ -1,7 +1,7 @@
 // The time line: what happened on the board and when, to be zoomed, and each call to be opened.
 
 import { CallDetails, thingInWords } from "./call_details.js";
-import { atEnd, button, choice, soon } from "./controls.js";
+import { atEnd, button, choice, enlarger, soon } from "./controls.js";
 import { make, setText } from "./dom.js";
 import { TimelineCanvas } from "./timeline_canvas.js";
 import { TimelineModel } from "./timeline_model.js";
@@ -9,6 +9,7 @@ import { AXES, TimelineView } from "./timeline_view.js";
 import { count, failed, seconds } from "./words.js";
 
 const MOST_ROWS = 250; // of the list
+const EVERY = 60; // ms
 const LIST_EVERY = 250; // ms
 const STEP = 1.5; // of a zoom
 const PAN = 0.2; // of what is seen
@@ -48,7 +49,7 @@ export function mount(element, bench, language) {
   let selected = null;
   let pointer = null; // px, where the pointer is
   let lanes = LISTS.calls[1];
-  let listed = 0; // when the list was made
+  let listedAt = 0; // when the list was made
 
   // ---- Elements -------------------------------------------------------------------------------
 
@@ -61,6 +62,10 @@ export function mount(element, bench, language) {
   const follow = button("Follow", () => move(() => (view.follow = !view.follow)), {
     title: "Goes along with the board (F)",
   });
+  const listed = button("List", () => showSide(!body.classList.contains("with-side")), {
+    class: "narrow",
+    "aria-pressed": "false",
+  });
   const tools = make(
     "div",
     { class: "toolbar" },
@@ -69,9 +74,10 @@ export function mount(element, bench, language) {
     tool("+", "Show less: zoom in (+)", () => view.zoom(1 / STEP)),
     tool("◀", "Earlier (arrow left)", () => view.pan(-PAN)),
     tool("▶", "Later (arrow right)", () => view.pan(PAN)),
-    tool("All", "All that is known (0)", () => view.fit()),
+    tool("Fit", "Fit all that is known (0)", () => view.fit()),
     follow,
-    button("Clear", () => move(clear)),
+    listed,
+    enlarger(element),
   );
   const tip = make("div", { class: "tip", hidden: true });
   const stage = make(
@@ -81,12 +87,11 @@ export function mount(element, bench, language) {
       tabindex: 0,
       role: "group",
       "aria-label":
-        "Time line: arrow keys move, plus and minus zoom, F follows the board. The list beside it has the same",
+        "Time line: left and right move, up and down choose calls, plus and minus zoom, F follows the board; the list has the same",
     },
     canvas.element,
     tip,
   );
-  stage.style.height = `${TimelineCanvas.height}px`;
   const rows = make("ol", { class: "mono" });
   const list = make("div", { class: "fill", tabindex: -1 }, rows);
   const seen = make("span", { class: "dim" });
@@ -106,14 +111,16 @@ export function mount(element, bench, language) {
     list,
   );
   element.querySelector("header").append(tools);
-  element.append(
-    make(
-      "div",
-      { class: "timeline-body" },
-      stage,
-      make("div", { class: "timeline-side" }, listing, details.element),
-    ),
-  );
+  const side = make("div", { class: "timeline-side" }, listing, details.element);
+  const body = make("div", { class: "timeline-body" }, stage, side);
+  element.append(body);
+
+  // Where there is little room, the list is beside the time line when it is asked for.
+  function showSide(shown) {
+    body.classList.toggle("with-side", shown);
+    listed.setAttribute("aria-pressed", shown);
+    move(() => {});
+  }
 
   function tool(text, name, act) {
     return button(text, () => move(act), { "aria-label": name, title: name });
@@ -121,18 +128,19 @@ export function mount(element, bench, language) {
 
   // ---- Drawing --------------------------------------------------------------------------------
 
-  const update = soon(() => {
-    if (stage.clientWidth === 0) return; // not seen
+  const draw = () => {
     view.keepUp();
     canvas.draw({ selected: selected?.id ?? null, pointer });
     showList(false);
-  });
+  };
+  const update = soon(draw);
+  const goOn = soon(draw, EVERY); // by itself, with the board
 
   function move(act) {
     act();
     view.keepUp();
     follow.setAttribute("aria-pressed", view.follow);
-    listed = 0;
+    listedAt = 0;
     update();
   }
 
@@ -150,22 +158,40 @@ export function mount(element, bench, language) {
   }
 
   function select(thing) {
+    const inList = listing.contains(document.activeElement);
+    const inDetails = details.element.contains(document.activeElement);
+    const before = selected;
     selected = thing;
-    listing.hidden = thing !== null;
+    side.classList.toggle("chosen", thing !== null);
+    if (thing) showSide(true);
     details.show(thing);
     if (thing && !view.sees(thing)) {
       view.follow = false;
       view.from = thing.from[view.axis] - view.span / 2;
     }
     move(() => {});
+    if (inList && thing) details.focus();
+    if (inDetails && !thing) {
+      showList(true);
+      (rows.querySelector(`[data-id="${before?.id}"] button`) ?? list).focus();
+    }
+  }
+
+  // The call before or behind the selected one; the last that is seen where none is selected.
+  function step(by) {
+    const { calls } = model.lanes;
+    const from = selected ? calls.findIndex(({ id }) => id === selected.id) : -1;
+    const next = from < 0 ? calls.findLast((call) => view.sees(call)) : calls[from + by];
+    if (next) select(next);
   }
 
   // ---- The list: what is seen, as text --------------------------------------------------------
 
   function showList(now) {
     const time = performance.now();
-    if (listing.hidden || (!now && time - listed < LIST_EVERY)) return;
-    listed = time;
+    if (!now && time - listedAt < LIST_EVERY) return;
+    listedAt = time;
+    if (list.clientHeight === 0) return; // not seen
     const things = model.things(lanes).filter((thing) => view.sees(thing));
     const wanted = things.slice(-MOST_ROWS);
     const left = things.length - wanted.length;
@@ -224,6 +250,8 @@ export function mount(element, bench, language) {
   const KEYS = {
     ArrowLeft: () => view.pan(-PAN),
     ArrowRight: () => view.pan(PAN),
+    ArrowUp: () => step(-1),
+    ArrowDown: () => step(1),
     "+": () => view.zoom(1 / STEP),
     "=": () => view.zoom(1 / STEP),
     "-": () => view.zoom(STEP),
@@ -303,17 +331,26 @@ export function mount(element, bench, language) {
   bench.addEventListener("event", ({ detail }) => {
     model.take(detail);
     if (selected && detail.ev === "return" && selected.result === detail) details.show(selected);
-    update();
+    goOn();
   });
   bench.addEventListener("moment", ({ detail: { header } }) => {
     model.tick(header.t, header.cycles);
-    update();
+    goOn();
   });
   bench.addEventListener("missed", ({ detail: { count: missed, anew } }) => {
     if (anew) clear();
     else model.gap(missed);
-    update();
+    goOn();
   });
-  new ResizeObserver(update).observe(stage);
+  new ResizeObserver(([{ contentRect }]) => {
+    canvas.resize(contentRect.width, contentRect.height);
+    draw(); // at once: a canvas of a new size is empty
+  }).observe(stage);
+  const retint = () => {
+    canvas.forgetColors();
+    update();
+  };
+  matchMedia("(prefers-color-scheme: dark)").addEventListener("change", retint);
+  new MutationObserver(retint).observe(document.documentElement, { attributes: true });
   move(() => {});
 }

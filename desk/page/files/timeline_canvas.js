@@ -5,31 +5,32 @@ import { AXES, firstAfter, rulerStep } from "./timeline_view.js";
 import { count, failed, seconds } from "./words.js";
 
 const LABELS = 84; // px, of the lanes' names
-const RULER = 20;
+const RULER = 18;
 const LEAST = 4; // px of what has no length
 const COLORS = ["ink", "dim", "line", "raised", "surface", "accent", "good", "warn", "bad"];
 
-// Rows from above: key, name, height, and the things that lie in it.
+// Rows from above: what they are called, their height where there is little room, and the things
+// that lie in them.
 const ROWS = [
-  { name: "Board", height: 20, lanes: ["lines"], draw: "points" },
-  { name: "Calls", height: 24, lanes: ["calls"], draw: "calls", depth: 0 },
-  { name: "nested", height: 16, lanes: ["calls"], draw: "calls", depth: 1 },
-  { name: "Host rests", height: 12, lanes: ["pauses"], draw: "spans", by: "host" },
-  { name: "Worker", height: 22, lanes: ["threads", "pauses"], draw: "spans", by: "worker" },
-  { name: "Messages", height: 20, lanes: ["messages"], draw: "points" },
-  { name: "Texts", height: 18, lanes: ["texts"], draw: "points" },
-  { name: "Drivers", height: 18, lanes: ["drivers"], draw: "points" },
-  { name: "Locks", height: 14, lanes: ["locks"], draw: "points" },
+  { name: "Board", height: 16, lanes: ["lines"], draw: "points" },
+  { name: "Calls", height: 22, lanes: ["calls"], draw: "calls", depth: 0 },
+  { name: "nested", height: 14, lanes: ["calls"], draw: "calls", depth: 1 },
+  { name: "Worker", height: 16, lanes: [], draw: "worker" },
+  { name: "Messages", height: 17, lanes: ["messages"], draw: "points" },
+  { name: "Texts", height: 14, lanes: ["texts"], draw: "points" },
+  { name: "System", height: 14, lanes: ["drivers", "locks"], draw: "points" },
 ];
-const DENSITY = 38; // px of the last row, at least
+const DENSITY = [26, 150]; // px of the last row, least and most
+const SCALE = [0.8, 2]; // of the rows, where there is little and much room
 
 export class TimelineCanvas {
   #view;
   #model;
   #title;
   #context;
-  #probe = make("span", { hidden: true });
-  #colors = {};
+  #probe = make("span");
+  #colors = null;
+  #font = "";
   #hits = []; // what was drawn where: {x, end, y, bottom, things}
   #width = 0;
   #height = 0;
@@ -46,9 +47,6 @@ export class TimelineCanvas {
     this.element = make("div", { class: "timeline-canvas" }, this.canvas, this.#probe);
     this.#context = this.canvas.getContext("2d");
   }
-
-  /** The height that all rows have together. */
-  static height = RULER + ROWS.reduce((sum, { height }) => sum + height, 0) + DENSITY;
 
   /** How wide the axis is, and where it begins. */
   get axis() {
@@ -69,7 +67,8 @@ export class TimelineCanvas {
 
   /** @param {{selected: number|null, pointer: number|null}} state a thing's number, a place in px */
   draw({ selected, pointer }) {
-    if (!this.#measure()) return;
+    if (this.#width === 0 || this.#height === 0) return; // not seen
+    this.#takeColors();
     const context = this.#context;
     this.#hits = [];
     context.clearRect(0, 0, this.#width, this.#height);
@@ -77,46 +76,60 @@ export class TimelineCanvas {
     context.textBaseline = "middle";
     this.#ruler();
     let y = RULER;
-    for (const row of ROWS) {
+    for (const row of this.#rows()) {
       this.#rowName(row.name, y, row.height);
       context.save();
       context.beginPath();
       context.rect(LABELS, y, this.#width - LABELS, row.height);
       context.clip();
-      const drawn = { calls: () => this.#calls(row, y), spans: () => this.#spans(row, y) };
-      (drawn[row.draw] ?? (() => this.#points(row, y)))();
+      if (row.draw === "calls") this.#calls(row, y);
+      else if (row.draw === "worker") this.#worker(row, y);
+      else this.#points(row, y);
       context.restore();
       y += row.height;
     }
-    this.#density(y, this.#height - y);
+    this.#density(y, Math.min(this.#height - y, DENSITY[1]));
     this.#marks();
     this.#outline(selected);
     if (pointer !== null && pointer > LABELS) this.#pointer(pointer);
   }
 
-  #measure() {
-    const { clientWidth: width, clientHeight: height } = this.element;
-    if (width === 0 || height === 0) return false;
-    const scale = window.devicePixelRatio || 1;
-    if (this.canvas.width !== Math.round(width * scale) || this.#height !== height) {
-      this.canvas.width = Math.round(width * scale);
-      this.canvas.height = Math.round(height * scale);
-    }
-    this.#width = width;
-    this.#height = height;
-    this.#context.setTransform(scale, 0, 0, scale, 0, 0);
-    // Colours of the page as they are now, light or dark.
-    this.#probe.hidden = false;
-    for (const name of COLORS) {
-      this.#probe.style.color = `var(--${name})`;
-      this.#colors[name] = getComputedStyle(this.#probe).color;
-    }
-    this.#font = getComputedStyle(this.#probe).fontFamily;
-    this.#probe.hidden = true;
-    return true;
+  // As high as there is room for; where there is little, without the last.
+  #rows() {
+    const nested = this.#model.lanes.calls.some(({ depth }) => depth > 0);
+    const room = this.#height - RULER - DENSITY[0];
+    const total = (rows) => rows.reduce((sum, { height }) => sum + height, 0);
+    let rows = ROWS.filter(({ depth }) => nested || depth !== 1);
+    if (total(rows) > room) rows = rows.slice(0, -1);
+    const scale = Math.min(Math.max(room / total(rows), SCALE[0]), SCALE[1]);
+    return rows.map((row) => ({ ...row, height: Math.floor(row.height * scale) }));
   }
 
-  #font = "sans-serif";
+  /** @param {number} width @param {number} height in px of the page */
+  resize(width, height) {
+    const scale = window.devicePixelRatio || 1;
+    this.#width = width;
+    this.#height = height;
+    this.canvas.width = Math.round(width * scale);
+    this.canvas.height = Math.round(height * scale);
+    this.#context.setTransform(scale, 0, 0, scale, 0, 0);
+  }
+
+  /** The page has other colours now. */
+  forgetColors() {
+    this.#colors = null;
+  }
+
+  #takeColors() {
+    if (this.#colors) return;
+    this.#colors = {};
+    const style = getComputedStyle(this.#probe);
+    for (const name of COLORS) {
+      this.#probe.style.color = `var(--${name})`;
+      this.#colors[name] = style.color;
+    }
+    this.#font = style.fontFamily;
+  }
 
   #x(place) {
     return LABELS + this.#view.at(place) * this.axis.width;
@@ -145,10 +158,11 @@ export class TimelineCanvas {
     const step = rulerStep(span, Math.max(this.axis.width / 90, 1));
     const digits = Math.max(0, 3 - Math.floor(Math.log10(step)));
     for (let point = Math.ceil(from / step) * step; point <= from + span; point += step) {
-      if (point < 0) continue;
+      if (point < -step / 2) continue;
       const x = this.#x({ [axis]: point });
       this.#fill("line", x, RULER - 5, 1, this.#height);
-      const text = axis === "t" ? (point / 1000).toFixed(Math.min(digits, 6)) : count(point);
+      const text =
+        axis === "t" ? (point / 1000).toFixed(Math.min(digits, 6)) : count(Math.abs(point));
       this.#text(text, x + 3, RULER / 2);
     }
     const { name, unit } = AXES[axis];
@@ -196,51 +210,56 @@ export class TimelineCanvas {
       const width = end - x;
       const height = row.height - 5;
       this.#fill(bad ? "bad" : "accent", x, y + 3, width, height);
-      if (things.length > 1) this.#fill("ink", x, y + 3 + height - 3, width, 3);
-      // Not by colour alone: a failed call is notched, one that is under way has no end.
-      if (bad) this.#fill("surface", x, y + 3, Math.min(width, 3), 4);
-      if (open) this.#fill("surface", end - 3, y + 6, 1, height - 6);
+      if (things.length > 1) this.#fill("ink", x, y + height, width, 3);
+      // Not by colour alone: a failed call is notched, one that is under way has a second edge.
+      if (bad) this.#fill("surface", x, y + 3, Math.min(width, 3), height / 3);
+      if (open) this.#fill("surface", end - 3, y + 5, 1, height - 4);
       const name = things.length > 1 ? `×${things.length}` : this.#title(things[0]);
       const text = this.#fitted(name, width - 6);
       if (text) this.#text(text, x + 4, y + row.height / 2 + 1, "surface");
     });
+    if (row.depth > 0) return;
+    // Where the host sleeps and waits, in its calls.
+    const bottom = { ...row, y: y + row.height - 6, height: 6 };
+    this.#clusters(bottom, this.#pausesOf("host"), ({ x, end, y: top }) => {
+      this.#fill("raised", x, top, end - x, 4);
+      this.#fill("dim", x, top + 1, end - x, 2);
+    });
   }
 
-  #spans(row, y) {
-    const things = row.lanes.flatMap((lane) => this.#model.lanes[lane]);
-    const own = things.filter(({ by, lane }) => by === row.by || lane === "threads");
-    for (const thing of own.filter(({ lane }) => lane === "threads")) {
+  #pausesOf(by) {
+    return this.#model.lanes.pauses.filter((pause) => pause.by === by);
+  }
+
+  #worker(row, y) {
+    const height = row.height - 5;
+    for (const thing of this.#model.lanes.threads) {
       if (!this.#view.sees(thing)) continue;
       const x = Math.max(this.#x(thing.from), LABELS);
       const end = Math.min(this.#x(thing.to ?? this.#model.now), this.#width);
-      this.#fill("good", x, y + 3, Math.max(end - x, 2), row.height - 5);
-      const hit = { x, end, y, bottom: y + row.height, things: [thing] };
-      this.#hits.push(hit);
+      this.#fill("good", x, y + 3, Math.max(end - x, 2), height);
+      this.#hits.push({ x, end, y, bottom: y + row.height, things: [thing] });
     }
-    const inset = row.by === "worker" ? 7 : 4;
-    this.#clusters(
-      { ...row, y },
-      own.filter(({ lane }) => lane === "pauses"),
-      ({ x, end }) => {
-        this.#fill("raised", x, y + inset, end - x, row.height - 2 * inset + 1);
-        this.#fill("dim", x, y + row.height / 2, end - x, 1);
-      },
-    );
+    this.#clusters({ ...row, y }, this.#pausesOf("worker"), ({ x, end }) => {
+      this.#fill("raised", x, y + 5, end - x, height - 4);
+      this.#fill("dim", x, y + 2 + Math.floor(row.height / 2), end - x, 1);
+    });
   }
 
   #points(row, y) {
     const middle = y + row.height / 2 + 1;
     const clusters = [];
-    for (const lane of row.lanes) {
-      this.#clusters({ ...row, y }, this.#model.lanes[lane], (cluster) => clusters.push(cluster));
-    }
-    clusters.forEach(({ x, things }, i) => {
-      const bad = things.some(({ event }) => event.ok === false);
-      this.#point(row, x, middle, bad, things);
+    const things = row.lanes
+      .flatMap((lane) => this.#model.lanes[lane].filter((thing) => this.#view.sees(thing)))
+      .sort((one, other) => one.id - other.id);
+    this.#clusters({ ...row, y }, things, (cluster) => clusters.push(cluster));
+    clusters.forEach(({ x, things: here }, i) => {
+      const bad = here.some(({ event }) => event.ok === false);
+      this.#point(row, x, middle, bad, here);
       const room = (clusters[i + 1]?.x ?? this.#width) - x - 12;
-      const name = things.length > 1 ? `×${things.length}` : this.#title(things[0]);
-      const text = this.#fitted(name, Math.min(room, 260));
-      if (text && row.height > 14) this.#text(text, x + 9, middle, bad ? "bad" : "dim");
+      const name = here.length > 1 ? `×${here.length}` : this.#title(here[0]);
+      const text = this.#fitted(name, Math.min(room, 300));
+      if (text) this.#text(text, x + 9, middle, bad ? "bad" : "dim");
     });
   }
 
@@ -264,7 +283,7 @@ export class TimelineCanvas {
       context.lineTo(x + half, y);
       context.lineTo(x, y + half);
       context.lineTo(x - half, y);
-    } else if (row.name === "Drivers") {
+    } else if (things[0].lane === "drivers") {
       context.arc(x, y, half - 1, 0, 2 * Math.PI);
     } else if (row.name === "Board") {
       context.moveTo(x - half, y - half);
@@ -310,10 +329,8 @@ export class TimelineCanvas {
       this.#fill("accent", LABELS + column * step, y + height - tall, step - 1, tall);
     });
     const each = (step * span) / this.axis.width;
-    const per =
-      axis === "t"
-        ? `${each.toPrecision(2)} ms`
-        : `${each.toPrecision(2)} ${AXES[axis].name.toLowerCase()}`;
+    const rounded = each < 10 ? each.toFixed(1) : count(Math.round(each));
+    const per = `${rounded} ${axis === "t" ? "ms" : AXES[axis].name.toLowerCase()}`;
     const text = ofTime ? `${seconds(most)} s` : `${count(Math.round(most))} cycles`;
     const label = `most: ${text} in ${per}`;
     this.#context.globalAlpha = 0.8;

@@ -4,6 +4,7 @@
 const MOST = 4000; // things of a lane
 const MOST_SAMPLES = 16000;
 const MOST_TEXT = 300; // characters
+const LATE = 50; // ms that a thread may come back after the end of its pause, in real time
 
 /**
  * A place on all axes: the board's time in ms, bus cycles before it, and its turn among the events.
@@ -19,6 +20,7 @@ const MOST_TEXT = 300; // characters
  * @property {object|null} result the `return` of a call
  * @property {number} depth of a call in others of its thread
  * @property {number} times of pauses that follow each other
+ * @property {number} last turn of what was joined to a text
  */
 
 // Lanes by kind of event.
@@ -52,6 +54,7 @@ export class TimelineModel {
 
   #open = []; // calls without their end
   #worker = null;
+  #pauses = new Map(); // by thread, as long as it does nothing else
   #next = 1; // identification
 
   constructor() {
@@ -68,6 +71,7 @@ export class TimelineModel {
     this.samples = [];
     this.#open = [];
     this.#worker = null;
+    this.#pauses.clear();
   }
 
   /** A moment of the board, without an event. */
@@ -81,12 +85,15 @@ export class TimelineModel {
   take(event) {
     if (event.ev === "rewound") this.#cut(event);
     if (event.ev === "sleep" || event.ev === "wait") return this.#pause(event);
+    // The host's idle time is told in small pieces: it is seen as nothing that happens.
+    if (event.ev === "line" && /^run \d+$/.test(event.text)) return this.tick(event.t, event.cycle);
     const place = this.#step(event);
     if (event.ev === "call") return this.#call(event, place);
     if (event.ev === "return") return this.#return(event, place);
     if (event.ev === "thread") return this.#thread(event, place);
     const lane = LANES[event.ev];
     if (!lane) return;
+    if (lane === "texts" && this.#goesOn(event, place)) return;
     const short =
       event.text?.length > MOST_TEXT ? { ...event, text: event.text.slice(0, MOST_TEXT) } : event;
     this.#add(lane, short, place, place);
@@ -111,28 +118,39 @@ export class TimelineModel {
       .find((thing) => thing.id === id);
   }
 
-  #step({ t, cycle }) {
+  #step({ t, cycle, by }) {
+    this.#pauses.delete(by);
     this.now = { t, cycle: cycle ?? this.now.cycle, n: this.now.n + 1 };
     this.#sample();
     this.first ??= this.now;
     return this.now;
   }
 
-  // The worker pauses hundreds of times a second: what follows without anything between is one.
+  // The worker pauses hundreds of times a second: pauses without anything of its own between are one.
   #pause(event) {
     const { t, by, ms } = event;
-    const last = this.lanes.pauses.findLast((pause) => pause.by === by);
     this.now = { ...this.now, t, cycle: event.cycle ?? this.now.cycle };
     this.#sample();
+    this.first ??= this.now;
     const end = { ...this.now, t: t + ms };
-    const quiet = last && last.from.n === this.now.n && last.event.ev === event.ev;
-    if (quiet && t - last.to.t <= 1) {
+    const last = this.#pauses.get(by);
+    if (last && last.event.ev === event.ev && t - last.to.t <= LATE) {
       last.to = end;
       last.times += 1;
     } else {
-      this.first ??= this.now;
-      this.#add("pauses", event, this.now, end);
+      this.#pauses.set(by, this.#add("pauses", event, this.now, end));
     }
+  }
+
+  // The library writes a prefix and its message apart: they are one text.
+  #goesOn({ by, ev, text }, { n }) {
+    const last = this.lanes.texts.at(-1);
+    if (!last || last.by !== by || last.event.ev !== ev || last.last !== n - 1) return false;
+    if (last.event.text.endsWith("\n") || last.event.text.length + text.length > MOST_TEXT)
+      return false;
+    last.event = { ...last.event, text: last.event.text + text };
+    last.last = n;
+    return true;
   }
 
   #call(event, place) {
@@ -163,13 +181,17 @@ export class TimelineModel {
   #add(lane, event, from, to, depth = 0) {
     const things = this.lanes[lane];
     const by = event.by ?? "";
-    const thing = { id: this.#next++, lane, by, from, to, event, result: null, depth, times: 1 };
+    const id = this.#next++;
+    const thing = { id, lane, by, from, to, event, result: null, depth, times: 1, last: from.n };
     things.push(thing);
     if (things.length > MOST) things.splice(0, MOST / 8);
     return thing;
   }
 
   #sample() {
+    // A picture may be older than the turning back of time that it comes after.
+    const later = ({ t, cycle }) => t > this.now.t || cycle > this.now.cycle;
+    while (this.samples.length > 0 && later(this.samples.at(-1))) this.samples.pop();
     const last = this.samples.at(-1);
     if (last && last.t === this.now.t && last.cycle === this.now.cycle && last.n === this.now.n) {
       return;
@@ -191,6 +213,7 @@ export class TimelineModel {
     this.samples = this.samples.filter((from) => !later({ from }));
     this.#open = this.#open.filter((call) => !later(call));
     if (this.#worker && later(this.#worker)) this.#worker = null;
+    this.#pauses.clear();
     this.now = { ...this.now, t, cycle: cycle ?? this.now.cycle };
   }
 }

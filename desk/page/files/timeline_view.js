@@ -3,7 +3,7 @@
 /** Axes: the member of a place, its name, its unit, and the least that is seen. */
 export const AXES = {
   t: { name: "Time", unit: "s", least: 1, start: 2000 },
-  cycle: { name: "Bus cycles", unit: "", least: 16, start: 4000 },
+  cycle: { name: "Cycles", unit: "", least: 16, start: 4000 },
   n: { name: "Events", unit: "", least: 4, start: 60 },
 };
 

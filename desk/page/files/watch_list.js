@@ -25,13 +25,13 @@ export class WatchList {
     this.#language = language;
     this.#history = history;
     this.#onSelect = onSelect;
-    const heads = ["Register", "Now", "Before", "Changed at", ""].map((name) =>
+    const heads = ["Register", "Now", "Before", "At (s)"].map((name) =>
       make("th", { scope: "col" }, name),
     );
     this.#table = make(
       "table",
       { hidden: true, "aria-label": "Watched registers" },
-      make("thead", {}, make("tr", {}, ...heads)),
+      make("thead", {}, make("tr", {}, ...heads, make("td"))),
       this.#body,
     );
     this.element = make(
@@ -70,7 +70,7 @@ export class WatchList {
       const fields = fieldsInWords(this.#describe(register), value ?? 0);
       setText(now, value === null ? "" : hex(value) + (fields && ` (${fields})`));
       setText(old, before ? hex(before.value) : "");
-      setText(time, before ? `${seconds(before.time)} s` : "");
+      setText(time, before ? seconds(before.time) : "");
     }
   }
 

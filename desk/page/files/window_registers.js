@@ -34,8 +34,7 @@ function runs(pages, page, position) {
     const last = found.at(-1);
     if (last?.name === register.name && last.numbers.at(-1) === number - 1)
       last.numbers.push(number);
-    else
-      found.push({ page, name: register.name, numbers: [number], fields: register.fields ?? [] });
+    else found.push({ ...register, page, numbers: [number] });
   });
   return found;
 }

@@ -35,9 +35,11 @@ export function seconds(ms) {
   return (ms / 1000).toFixed(3);
 }
 
+const NUMBERS = new Intl.NumberFormat("en");
+
 /** 1,234 */
 export function count(number) {
-  return number.toLocaleString("en");
+  return NUMBERS.format(number);
 }
 
 /** A text with what would not be seen, or turn the rest of the line around, made visible. */

@@ -97,7 +97,8 @@ TEST_F(BoardOpening, RefusesWhatIsNoOption) {
   refused(VEXODESK_ERROR_ARGUMENT, options, "expected control_port to be 0 to 65535");
   options = VEXODESK_DEFAULTS;
   options.page_port = 65536;
-  refused(VEXODESK_ERROR_ARGUMENT, options, "expected page_port to be 0 to 65535 or VEXODESK_ANY_PORT, found 65536");
+  refused(VEXODESK_ERROR_ARGUMENT, options,
+          "expected page_port to be 0 to 65535 or VEXODESK_ANY_PORT, found 65536");
   options = VEXODESK_DEFAULTS;
   options.texts = "";
   refused(VEXODESK_ERROR_ARGUMENT, options, "expected texts to name a file");

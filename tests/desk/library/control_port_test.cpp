@@ -1,8 +1,8 @@
-// The control port of a program's board.
+// The control port and the page of a program's board.
 #include <netinet/in.h>
 
 #include "tests/desk/library/program.h"
-#include "tests/desk/port/client.h"
+#include "tests/desk/port/browser.h"
 
 namespace desk {
 namespace {
@@ -71,6 +71,56 @@ TEST_F(DeskPort, ThatIsTakenIsToldAndNothingIsOpened) {
   EXPECT_FALSE(std::filesystem::exists(trace));
   EXPECT_EQ(VexoDesk_Close(), VEXODESK_ERROR_STATE);
   close(listener);
+}
+
+class DeskPage : public ProgramTest {
+ protected:
+  DeskPage() {
+    VexoDeskOptions options = VEXODESK_DEFAULTS;
+    options.page_port = VEXODESK_ANY_PORT;
+    options.time = VEXODESK_REAL;
+    Open(options);
+  }
+
+  static std::uint16_t Number() { return static_cast<std::uint16_t>(VexoDesk_PagePort()); }
+  static nlohmann::json Picture(Socket& socket) {
+    const auto frame = socket.Next();
+    if (!frame || frame->kind != Socket::kBytes) return {};
+    const std::size_t length = static_cast<std::uint8_t>(frame->bytes[0]) +
+                               std::size_t{static_cast<std::uint8_t>(frame->bytes[1])} * 256;
+    return nlohmann::json::parse(frame->bytes.substr(4, length));
+  }
+};
+
+TEST_F(DeskPage, ShowsTheProgramsBoardUnderItsName) {
+  EXPECT_EQ(VexoDesk_ControlPort(), 0);
+  Client client(Number());
+  client.Send(Request("/language.json", Number()));
+  const nlohmann::json language = nlohmann::json::parse(ReadAnswer(client).text);
+  EXPECT_EQ(language["board"], "program");
+  EXPECT_EQ(language["title"], "desk_tests");
+  Start();
+  Socket monitor(Number(), "/monitor");
+  const nlohmann::json first = Picture(monitor);
+  EXPECT_EQ(first["width"], 720);
+  EXPECT_GT(first["cycles"], 1000);
+  Socket control(Number(), "/control");
+  control.Send("vexo 1\nboard chips 2\n");
+  EXPECT_EQ(control.Json()["vexo"], 1);
+  EXPECT_EQ(control.Json()["result"], "done");
+  nlohmann::json later = Picture(monitor);
+  while (later.is_object() && later["fitted"][2] == true) later = Picture(monitor);
+  EXPECT_EQ(later["fitted"], nlohmann::json({true, true, false, false}));
+  EXPECT_GT(later["t"], first["t"]);
+}
+
+TEST_F(DeskPage, GoesWithItsBoardWhileItIsWatched) {
+  Socket monitor(Number(), "/monitor");
+  EXPECT_TRUE(Picture(monitor).is_object());
+  EXPECT_EQ(VexoDesk_Close(), VEXODESK_OK) << VexoDesk_Error();
+  while (monitor.Next()) {
+  }
+  EXPECT_EQ(VexoDesk_PagePort(), VEXODESK_ERROR_STATE);
 }
 
 }  // namespace

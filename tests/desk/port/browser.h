@@ -109,6 +109,10 @@ class Socket {
   nlohmann::json Json() {
     while (lines_.find('\n') == std::string::npos) {
       const std::optional<Frame> frame = Next();
+      if (frame && frame->kind == kPing) {
+        Send(frame->bytes, kPong);
+        continue;
+      }
       if (!frame || frame->kind != kText) return {};
       lines_ += frame->bytes;
     }

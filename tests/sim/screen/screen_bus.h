@@ -57,15 +57,31 @@ struct ScreenOnBus : BoardOnBus {
   Image Screen() const { return ComposeScreen(board); }
 };
 
-// The average of a block of a test card's pixels.
-inline Rgb CardAverage(unsigned channel, int x, int y, int width, int height, int card_height,
-                       std::uint32_t time_ms) {
+// A whole card, of CardLine or TapeLine.
+template <typename Line>
+Image WholeCard(unsigned channel, int height, std::uint32_t time_ms) {
+  Image card = FilledImage(kCardWidth, height, {});
+  for (int y = 0; y < height; ++y) {
+    const Line line(channel, y, height, time_ms);
+    for (int x = 0; x < kCardWidth; ++x) card.At(x, y) = line.At(x);
+  }
+  return card;
+}
+inline Image TestCard(unsigned channel, int height = kCardHeightNtsc, std::uint32_t time_ms = 0) {
+  return WholeCard<CardLine>(channel, height, time_ms);
+}
+inline Image TapeCard(unsigned channel, int height = kCardHeightNtsc, std::uint32_t time_ms = 0) {
+  return WholeCard<TapeLine>(channel, height, time_ms);
+}
+
+// The average of a block of a picture's pixels.
+inline Rgb Average(const Image& picture, int x, int y, int width, int height) {
   int r = 0;
   int g = 0;
   int b = 0;
   for (int dy = 0; dy < height; ++dy) {
     for (int dx = 0; dx < width; ++dx) {
-      const Rgb pixel = TestCardPixel(channel, x + dx, y + dy, card_height, time_ms);
+      const Rgb pixel = picture.At(x + dx, y + dy);
       r += pixel.r;
       g += pixel.g;
       b += pixel.b;
@@ -80,27 +96,17 @@ inline Rgb CardAverage(unsigned channel, int x, int y, int width, int height, in
 // pixels averaged each way.
 inline int WrongPixels(const Image& image, WindowRect rect, unsigned channel, int scale,
                        int samples, std::uint32_t time_ms = 0, int card_height = kCardHeightNtsc) {
+  const Image card = TestCard(channel, card_height, time_ms);
   int wrong = 0;
   const int left = static_cast<int>(rect.left) * 4;
   const int top = static_cast<int>(rect.top) * 4;
   for (int y = top; y < static_cast<int>(rect.bottom) * 4; ++y) {
     for (int x = left; x < static_cast<int>(rect.right) * 4; ++x) {
-      const Rgb expected = CardAverage(channel, (x - left) * scale, (y - top) * scale, samples,
-                                       samples, card_height, time_ms);
+      const Rgb expected = Average(card, (x - left) * scale, (y - top) * scale, samples, samples);
       if (image.At(x, y) != expected) ++wrong;
     }
   }
   return wrong;
-}
-
-// A whole tape card.
-inline Image TapeCard(unsigned channel, int height = kCardHeightNtsc, std::uint32_t time_ms = 0) {
-  Image card = FilledImage(kCardWidth, height, {});
-  for (int y = 0; y < height; ++y) {
-    const TapeLine line(channel, y, height, time_ms);
-    for (int x = 0; x < kCardWidth; ++x) card.At(x, y) = line.At(x);
-  }
-  return card;
 }
 
 // Number of pixels in a window of the image that are not the tape card. The window's size is a
@@ -117,18 +123,7 @@ inline int WrongTapePixels(const Image& image, WindowRect rect, unsigned channel
   int wrong = 0;
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
-      int r = 0;
-      int g = 0;
-      int b = 0;
-      for (int i = 0; i < across * down; ++i) {
-        const Rgb pixel = card.At(x * across + i % across, y * down + i / across);
-        r += pixel.r;
-        g += pixel.g;
-        b += pixel.b;
-      }
-      const int n = across * down;
-      const Rgb expected = {static_cast<std::uint8_t>(r / n), static_cast<std::uint8_t>(g / n),
-                            static_cast<std::uint8_t>(b / n)};
+      const Rgb expected = Average(card, x * across, y * down, across, down);
       if (image.At(left + x, top + y) != expected) ++wrong;
     }
   }

@@ -143,6 +143,19 @@ TEST(ScreenPlayback, FitsThePictureToWindowsOfAnySize) {
   }
 }
 
+// Each of its pixels is the average of 180 x 120 samples, 180 x 144 on PAL: no window takes more.
+TEST(ScreenPlayback, FitsThePictureToTheSmallestWindow) {
+  constexpr WindowRect kUnit{0x2C, 0x2D, 0x1E, 0x1F};
+  for (const unsigned system : {0x00u, 0x80u}) {
+    for (unsigned channel = 0; channel < 16; ++channel) {
+      ScreenOnBus bus(1);
+      bus.Write(kChipMaster, 1, 0x00, system);
+      bus.Play(0, kUnit, 0x90 | channel);
+      EXPECT_EQ(WrongTapePixels(bus.Screen(), kUnit, channel), 0) << system << " " << channel;
+    }
+  }
+}
+
 TEST(ScreenPlayback, EnlargesThePictureForAWindowBeyondTheScreen) {
   ScreenOnBus bus(1);
   bus.Play(0, {0x00, 0xF0, 0x00, 0xA0}, 0x90);  // 960 x 640: four pixels from three

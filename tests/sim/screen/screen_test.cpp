@@ -99,10 +99,11 @@ TEST(Screen, FiltersAcrossAndDownApart) {
     ScreenOnBus bus(1);
     bus.Show(0, kUpperLeft, kHalf, c.filter);
     const Image image = bus.Screen();
+    const Image card = TestCard(0);
     int wrong = 0;
     for (int y = 0; y < 220; ++y) {
       for (int x = 0; x < 320; ++x) {
-        const Rgb expected = CardAverage(0, 2 * x, 2 * y, c.across, c.down, kCardHeightNtsc, 0);
+        const Rgb expected = Average(card, 2 * x, 2 * y, c.across, c.down);
         if (image.At(16 + x, 4 + y) != expected) ++wrong;
       }
     }

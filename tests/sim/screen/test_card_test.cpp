@@ -47,8 +47,9 @@ TEST(TestCard, ShowsTheChannelNumberInDigitsOfTwoThirdsOfItsHeight) {
       int top = height;
       int bottom = 0;
       for (int y = 20; y < height - 90; ++y) {
+        const CardLine line(channel, y, height, 0);
         for (int x = 100; x < 600; ++x) {
-          if (!IsWhite(TestCardPixel(channel, x, y, height, 0))) continue;
+          if (!IsWhite(line.At(x))) continue;
           top = std::min(top, y);
           bottom = std::max(bottom, y);
         }
@@ -63,9 +64,8 @@ TEST(TestCard, DrawsDifferentDigitsForEveryChannel) {
   const auto digits = [](unsigned channel) {
     std::vector<bool> white;
     for (int y = 60; y < 400; y += 8) {
-      for (int x = 100; x < 600; x += 8) {
-        white.push_back(IsWhite(TestCardPixel(channel, x, y, kCardHeightNtsc, 0)));
-      }
+      const CardLine line(channel, y, kCardHeightNtsc, 0);
+      for (int x = 100; x < 600; x += 8) white.push_back(IsWhite(line.At(x)));
     }
     return white;
   };

@@ -95,9 +95,9 @@ constexpr int kDone = files::kExitDone;
 constexpr int kWrong = files::kExitWrong;
 
 const CommandLine kSubcommands[] = {
-    {"None", {}, kWrong, "vexosim: expected demo, run, shell, compare"},
+    {"None", {}, kWrong, "vexosim: expected demo, run, shell, serve, compare"},
     {"Empty", {""}, kWrong, "found ''"},
-    {"Unknown", {"fly"}, kWrong, "expected demo, run, shell, compare"},
+    {"Unknown", {"fly"}, kWrong, "expected demo, run, shell, serve, compare"},
     {"Mistyped", {"rnu"}, kWrong, "found 'rnu'; did you mean run?"},
     {"WithControlBytes", {"\x1B[2J"}, kWrong, "found '\\x1B[2J'"},
     {"UnknownOption", {"run", "SCRIPT", "--speed", "1"}, kWrong, "--speed"},
