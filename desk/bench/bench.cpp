@@ -55,7 +55,7 @@ struct Bench::Impl final : script::LineSource,
                            script::SessionObserver,
                            script::TraceSink,
                            sim::TraceListener {
-  explicit Impl(const BenchOptions& options);
+  explicit Impl(const BenchOptions& of);
   ~Impl() override { World().kernel.SetPacer(nullptr); }
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
@@ -345,7 +345,7 @@ void Bench::Watch(const BenchWatch& watch) { impl_->watch = watch; }
 
 std::string Bench::Serve() {
   Impl& bench = *impl_;
-  bench.pace.Anchor(bench.Now());
+  bench.pace.Anchor(Impl::Now());
   const bool told_to = bench.session->Run(bench) || bench.session->Failures() == bench.failures;
   // The reason is what it said last.
   std::string why = told_to ? "" : AnswerText(WithoutMargin(bench.out.str()));
