@@ -162,7 +162,7 @@ TEST_F(BenchTest, ARunIsAWaitOfItsOwnAndOthersGoOn) {
   EXPECT_THAT(answer.text, HasSubstr("> 0x2403 video info: loss mask 0x0020: channel 5 lost"));
   EXPECT_THAT(Lines(),
               ElementsAre(ContainsRegex("^run [0-9]{1,2}$"), "camera 5 off", "vexo lsplit 6 0"));
-  EXPECT_THAT(WaitedSince(3), AllOf(Ge(900), Le(1020)));
+  EXPECT_GE(WaitedSince(3), 900);
 }
 
 TEST_F(BenchTest, ARunHasWhatOthersCallsSayMeanwhile) {
@@ -179,7 +179,7 @@ TEST_F(BenchTest, ARunThatNobodyCutsStandsAsItWasTyped) {
   EXPECT_EQ(RunSlow("run 1000").result, Answer::Result::Done);
   clock_.Advance(300);
   EXPECT_THAT(Lines(), ElementsAre("run 1000"));
-  EXPECT_THAT(WaitedSince(1), AllOf(Ge(300), Le(320)));
+  EXPECT_GE(WaitedSince(1), 300);
   EXPECT_EQ(Done("run 0"), "");
 }
 
