@@ -370,7 +370,39 @@ std::string FirstDifference(const std::string& one, const std::string& other) {
   }
 }
 
-TEST_P(SavedSession, RunAsAScriptIsTheSameTrace) {
+// The trace of a script that was saved.
+std::string TraceOf(const std::string& script, std::uint64_t seed) {
+  std::istringstream in(Content(script));
+  std::ostringstream trace;
+  std::ostringstream out;
+  std::ostringstream err;
+  vexosim::TerminalSurroundings around;
+  script::RunOptions how;
+  how.quiet = true;
+  how.seed = seed;
+  how.trace = &trace;
+  EXPECT_EQ(script::RunScript(in, script, how, around, out, err), script::kExitDone)
+      << err.str() << Content(script);
+  EXPECT_THAT(trace.str(), HasSubstr(R"("text":"wait )"));
+  harness::Restart();
+  return trace.str();
+}
+
+TEST_P(SavedSession, RunAsAScriptIsTheTraceThatWasWrittenAsItHappened) {
+  LiveTrace live;
+  BenchOptions options;
+  options.run.seed = GetParam();
+  options.run.sinks = {&live.sink};
+  Open(options);
+  Work();
+  const std::string saved = test::TempPath("bench_saved.vexo");
+  Done("save \"" + saved + '"');
+  Close();
+  EXPECT_EQ(FirstDifference(live.text.str(), TraceOf(saved, GetParam())), "") << Content(saved);
+  std::filesystem::remove(saved);
+}
+
+TEST_P(SavedSession, RunAsAScriptIsTheTraceThatALineWrites) {
   LiveTrace live;
   BenchOptions options;
   options.run.seed = GetParam();
@@ -381,26 +413,12 @@ TEST_P(SavedSession, RunAsAScriptIsTheSameTrace) {
   const std::string trace = test::TempPath("bench_saved.jsonl");
   Done("save \"" + saved + '"');
   Done("save trace \"" + trace + '"');
-  const std::string session = Done("history");
   Close();
-
-  std::istringstream script(Content(saved));
-  std::ostringstream again;
-  std::ostringstream out;
-  std::ostringstream err;
-  vexosim::TerminalSurroundings around;
-  script::RunOptions how;
-  how.quiet = true;
-  how.seed = GetParam();
-  how.trace = &again;
-  EXPECT_EQ(script::RunScript(script, saved, how, around, out, err), script::kExitDone)
-      << err.str() << session;
-  EXPECT_THAT(again.str(), HasSubstr(R"("text":"wait )"));
-  EXPECT_EQ(FirstDifference(Content(trace), again.str()), "") << session;
-  EXPECT_EQ(FirstDifference(live.text.str(), again.str()), "") << session;
+  const std::string again = TraceOf(saved, GetParam());
+  EXPECT_EQ(FirstDifference(Content(trace), again), "") << Content(saved);
+  EXPECT_EQ(FirstDifference(live.text.str(), again), "") << Content(saved);
   std::filesystem::remove(saved);
   std::filesystem::remove(trace);
-  harness::Restart();
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, SavedSession, testing::Values(0, 1, 2, 3, 4, 5));
