@@ -20,7 +20,7 @@ device_packages=(
 # llvm also has the symbolizer that puts function names into sanitizer reports; groff reads the
 # manual page; MinGW-w64 and Wine build and run the library as a DLL. The page is tried in Chromium.
 test_packages=(
-  "${device_packages[@]}" clang clang-format clang-tidy groff-base libclang-rt-14-dev
+  "${device_packages[@]}" ca-certificates clang clang-format clang-tidy curl groff-base libclang-rt-14-dev
   chromium chromium-driver g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix gtkwave
   python3-pil python3-selenium python3-websockets sigrok-cli wine wine64
 )
