@@ -72,9 +72,8 @@ TEST_F(Serve, RunsAScriptInRealTimeAndWritesTheTrace) {
   std::ofstream(script) << "camera 2 off\nrun 1100\nexpect no message 0x2405\nlsplit 1 0\nquit\n";
   test::PseudoTerminal terminal(
       {VEXOSIM, "serve", script, "--port", "0", "--chips", "1", "--trace", trace});
-  EXPECT_THAT(terminal.WaitForRest(),
-              AllOf(HasSubstr("run 1100\r\n"), HasSubstr("      met\r\n"),
-                    HasSubstr("vexo lsplit 1 0\r\n      = 0\r\n")));
+  EXPECT_THAT(terminal.WaitForRest(), AllOf(HasSubstr("run 1100\r\n"), HasSubstr("      met\r\n"),
+                                            HasSubstr("vexo lsplit 1 0\r\n      = 0\r\n")));
   EXPECT_EQ(terminal.WaitForEnd(), 0);
   const std::string replayed = test::CommandOutput(std::string(VEXOSIM) + " replay " + trace);
   EXPECT_THAT(replayed, HasSubstr("camera 2 off\n"));
