@@ -1,12 +1,7 @@
 // Each board line has its effect on the simulated PC.
 #include <gtest/gtest.h>
 
-#include <sstream>
-
-#include "script/run.h"
-#include "sim/world.h"
-#include "tests/harness/fake_library.h"
-#include "tools/vexosim/listing/terminal_surroundings.h"
+#include "tests/script/board_script.h"
 
 namespace script {
 namespace {
@@ -15,17 +10,7 @@ constexpr unsigned kMaster = 0;
 constexpr unsigned kSlave1 = 1;
 constexpr unsigned kSlave3 = 3;
 
-class BoardLine : public harness::FakeLibraryTest {
- protected:
-  sim::World& After(const std::string& script) {
-    std::istringstream in(script);
-    std::ostringstream out;
-    std::ostringstream err;
-    vexosim::TerminalSurroundings around;
-    EXPECT_EQ(RunScript(in, "s.vexo", {}, around, out, err), kExitDone) << err.str();
-    return sim::TheWorld();
-  }
-};
+class BoardLine : public BoardScriptTest {};
 
 TEST_F(BoardLine, DefaultsAreFourChipsWithNtscCamerasAndNoFault) {
   sim::World& world = After("");

@@ -5,12 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <sstream>
 
 #include "script/line.h"
-#include "script/run.h"
-#include "tests/harness/fake_library.h"
-#include "tools/vexosim/listing/terminal_surroundings.h"
+#include "tests/script/board_script.h"
 
 namespace script {
 namespace {
@@ -18,16 +15,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class BoardState : public harness::FakeLibraryTest {
+class BoardState : public BoardScriptTest {
  protected:
-  static sim::World& After(const std::string& script) {
-    std::istringstream in(script);
-    std::ostringstream out;
-    std::ostringstream err;
-    vexosim::TerminalSurroundings around;
-    EXPECT_EQ(RunScript(in, "s.vexo", {}, around, out, err), kExitDone) << err.str();
-    return sim::TheWorld();
-  }
   static std::vector<std::string> LinesAfter(const std::string& script) {
     return BoardInLines(After(script));
   }

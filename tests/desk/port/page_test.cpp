@@ -4,9 +4,7 @@
 
 #include <algorithm>
 #include <array>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <thread>
 
 #include "desk/page/files.h"
@@ -14,6 +12,7 @@
 #include "desk/port/port.h"
 #include "sim/world.h"
 #include "tests/desk/port/browser.h"
+#include "tests/desk/port/port_fixture.h"
 
 namespace desk {
 namespace {
@@ -22,51 +21,14 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class PageTest : public testing::Test {
+class PageTest : public PortFixture {
  protected:
-  void SetUp() override { Open({}); }
-  void TearDown() override {
-    LetGo();
-    sim::ResetWorld();
-    port_.reset();
-  }
+  void SetUp() override { OpenWith({}); }
 
-  void Open(const PortLimits& limits, const PageSettings& page = {}) {
-    sim::ResetWorld();
-    port_.reset();
-    port_ = std::make_unique<Port>(PortSettings{.page = page, .limits = limits},
-                                   [this](const std::string& line) { return Run(line); });
-    sim::TheWorld().trace.SetEnabled(false);
-    sim::TheWorld().trace.AddListener(port_->Events());
+  void OpenWith(const PortLimits& limits, const PageSettings& page = {}) {
+    Open({.control = {}, .page = page, .limits = limits});
   }
   std::uint16_t Number() const { return port_->PageNumber(); }
-
-  Answer Run(const std::string& line) {
-    std::unique_lock lock(mutex_);
-    lines_.push_back(line);
-    changed_.notify_all();
-    if (line == "wait") changed_.wait(lock, [this] { return let_go_; });
-    if (line == "long") return {Answer::Result::Done, std::string(100'000, 'a')};
-    return {Answer::Result::Done, line + "!"};
-  }
-  void LetGo() {
-    const std::lock_guard lock(mutex_);
-    let_go_ = true;
-    changed_.notify_all();
-  }
-  bool Comes(const std::string& line) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, kPatience, [&] {
-      return std::find(lines_.begin(), lines_.end(), line) != lines_.end();
-    });
-  }
-  std::vector<std::string> Lines() {
-    const std::lock_guard lock(mutex_);
-    return lines_;
-  }
-  static void Event(const std::string& text) {
-    sim::TheWorld().Record(sim::DebugEvent{false, text});
-  }
 
   HttpAnswer Ask(std::string_view request) const {
     Client client(Number());
@@ -92,14 +54,6 @@ class PageTest : public testing::Test {
     EXPECT_EQ(socket->Json()["vexo"], 1);
     return socket;
   }
-
-  std::unique_ptr<Port> port_;
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::vector<std::string> lines_;
-  bool let_go_ = false;
 };
 
 // ---- Files --------------------------------------------------------------------------------------
@@ -141,7 +95,7 @@ TEST_F(PageTest, LetsNoBrowserDoMoreThanThePageNeeds) {
 }
 
 TEST_F(PageTest, GivesTheLanguageUnderItsTitle) {
-  Open({}, {.bench = true, .title = "a \"board\""});
+  OpenWith({}, {.bench = true, .title = "a \"board\""});
   const HttpAnswer answer = Get("/language.json");
   EXPECT_EQ(answer.fields.at("Content-Type"), "application/json");
   EXPECT_EQ(answer.text, LanguageJson("a \"board\"", true));
@@ -239,7 +193,7 @@ TEST_F(PageTest, RefusesWhatIsNoRequest) {
 TEST_F(PageTest, ClosesWhoDoesNotAskOrDoesNotRead) {
   PortLimits limits;
   limits.greeting = std::chrono::milliseconds(20);
-  Open(limits);
+  OpenWith(limits);
   Client silent(Number());
   EXPECT_EQ(silent.Line(), std::nullopt);
   Client half(Number());
@@ -259,7 +213,7 @@ TEST_F(PageTest, ClosesWhoDoesNotAskOrDoesNotRead) {
 TEST_F(PageTest, HasRoomForSoManyConnections) {
   PortLimits limits;
   limits.sessions = 3;
-  Open(limits);
+  OpenWith(limits);
   std::vector<std::unique_ptr<Client>> clients;
   for (int i = 0; i < 3; ++i) {
     clients.push_back(std::make_unique<Client>(Number()));
@@ -370,7 +324,7 @@ TEST_F(PageTest, EachOfTenWatchersGetsItsEventsInOrderWithoutGaps) {
 TEST_F(PageTest, AWatcherThatIsTooSlowIsToldHowManyItMissedAndGoesOn) {
   PortLimits limits;
   limits.kept_bytes = 10'000;
-  Open(limits);
+  OpenWith(limits);
   const auto slow = Connect("vexo 1 events\n");
   constexpr std::uint64_t kEvents = 20'000;  // more than the system's buffers have
   const std::string text(1000, 'a');
@@ -395,7 +349,7 @@ TEST_F(PageTest, AWatcherThatIsTooSlowIsToldHowManyItMissedAndGoesOn) {
 TEST_F(PageTest, HasRoomForSoManyPages) {
   PortLimits limits;
   limits.watchers = 2;
-  Open(limits);
+  OpenWith(limits);
   auto first = Connect();
   const auto second = Connect();
   EXPECT_EQ(Socket(Number(), "/control").Status(), 503);
@@ -417,7 +371,7 @@ TEST_F(PageTest, HasRoomForSoManyPages) {
 TEST_F(PageTest, AsksWhoIsSilentAndClosesWhoDoesNotAnswer) {
   PortLimits limits;
   limits.silence = std::chrono::milliseconds(1000);
-  Open(limits);
+  OpenWith(limits);
   const auto alive = Connect();
   const auto dead = Connect();
   const auto asked = alive->Next();
@@ -468,7 +422,7 @@ TEST_F(PageTest, ThatIsTakenOrHasNoAddressIsToldInWords) {
 }
 
 TEST_F(PageTest, IsAtTheAddressThatItIsTold) {
-  Open({}, {.address = "127.0.0.5"});
+  OpenWith({}, {.address = "127.0.0.5"});
   Client client(Number(), "127.0.0.1", "127.0.0.5");
   client.Send("GET / HTTP/1.1\r\nHost: " + Here("127.0.0.5") + "\r\n\r\n");
   EXPECT_EQ(ReadAnswer(client).status, 200);

@@ -8,11 +8,10 @@
 #include <memory>
 #include <mutex>
 #include <set>
-#include <stdexcept>
 #include <thread>
 
 #include "sim/world.h"
-#include "tests/desk/port/client.h"
+#include "tests/desk/port/port_fixture.h"
 
 namespace desk {
 namespace {
@@ -22,57 +21,12 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using Json = nlohmann::json;
 
-// A board's lines, without a board.
-class PortTest : public testing::Test {
+class PortTest : public PortFixture {
  protected:
-  void SetUp() override { Open({}); }
-  void TearDown() override {
-    LetGo();
-    sim::ResetWorld();
-    port_.reset();
-  }
+  void SetUp() override { OpenWith({}); }
 
-  void Open(const PortLimits& limits) {
-    sim::ResetWorld();
-    port_.reset();
-    port_ = std::make_unique<Port>(PortSettings{.control = std::uint16_t{0}, .limits = limits},
-                                   [this](const std::string& line) { return Run(line); });
-    sim::TheWorld().trace.SetEnabled(false);
-    sim::TheWorld().trace.AddListener(port_->Events());
-  }
-
-  Answer Run(const std::string& line) {
-    std::unique_lock lock(mutex_);
-    lines_.push_back(line);
-    changed_.notify_all();
-    if (line == "wait") changed_.wait(lock, [this] { return let_go_; });
-    if (line == "unmet") return {Answer::Result::Unmet, "it is not"};
-    if (line == "throw") throw std::runtime_error("thrown");
-    if (line == "throw 5") throw 5;  // NOLINT(hicpp-exception-baseclass)
-    if (line == "event") Event("event of a line");
-    if (line == "long") return {Answer::Result::Done, std::string(100'000, 'a')};
-    return {Answer::Result::Done, line + "!"};
-  }
-  void LetGo() {
-    const std::lock_guard lock(mutex_);
-    let_go_ = true;
-    changed_.notify_all();
-  }
-  // Whether this line comes to be run.
-  bool Comes(const std::string& line) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, kPatience, [&] {
-      return std::find(lines_.begin(), lines_.end(), line) != lines_.end();
-    });
-  }
-  std::vector<std::string> Lines() {
-    const std::lock_guard lock(mutex_);
-    return lines_;
-  }
-
-  void Event(const std::string& text) { sim::TheWorld().Record(sim::DebugEvent{false, text}); }
-  void Cycle(std::uint8_t value) {
-    sim::TheWorld().trace.AddCycle(0, sim::By::Host, false, sim::BusWindow::Select, value);
+  void OpenWith(const PortLimits& limits) {
+    Open({.control = std::uint16_t{0}, .page = {}, .limits = limits});
   }
 
   std::unique_ptr<Client> Connect(std::string_view greeting = "vexo 1\n") {
@@ -87,14 +41,6 @@ class PortTest : public testing::Test {
     client.Send(bytes);
     return client.AllLines();
   }
-
-  std::unique_ptr<Port> port_;
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::vector<std::string> lines_;
-  bool let_go_ = false;
 };
 
 const Json kNotGreeted = {
@@ -283,7 +229,7 @@ TEST_F(PortTest, EachOfTenWatchersGetsItsEventsInOrderWithoutGaps) {
 TEST_F(PortTest, AWatcherThatIsTooSlowIsToldHowManyItMissedAndGoesOn) {
   PortLimits limits;
   limits.kept_bytes = 10'000;
-  Open(limits);
+  OpenWith(limits);
   Client slow(port_->Number());
   slow.Send("vexo 1 events\n");
   ASSERT_EQ(slow.Json()["next"], 0);
@@ -373,7 +319,7 @@ TEST_F(PortTest, WhoIsNotThisMachineUnderItsOneAddressIsTurnedAway) {
 TEST_F(PortTest, WhoDoesNotGreetIsClosed) {
   PortLimits limits;
   limits.greeting = std::chrono::milliseconds(20);
-  Open(limits);
+  OpenWith(limits);
   EXPECT_THAT(SaidTo("vexo"), IsEmpty());
   const auto client = Connect();
   client->Send("a\n");
@@ -383,7 +329,7 @@ TEST_F(PortTest, WhoDoesNotGreetIsClosed) {
 TEST_F(PortTest, WhoStaysAfterItsEndIsClosed) {
   PortLimits limits;
   limits.goodbye = std::chrono::milliseconds(20);
-  Open(limits);
+  OpenWith(limits);
   Client client(port_->Number());
   client.Send("GET / HTTP/1.1\r\n");
   EXPECT_EQ(client.Json(), kNotGreeted);
