@@ -43,6 +43,7 @@ script/outcome:         script/grammar +sim/world src/text src/display
 script/help:            script +script/grammar sim/faults
 device/ceimage:         files
 device/emulator:        +harness files
+device/plan:            files sim/text script/words.h
 device/library:         include src/platform/ce
 desk/console:           files +harness +script script/listing script/help script/grammar sim/picture include
 desk/bench:             +desk/console desk/port/moment
