@@ -44,6 +44,7 @@ script/help:            script +script/grammar sim/faults
 device/ceimage:         files
 device/emulator:        +harness files
 device/plan:            files sim/text script/words.h
+device/verdict:         device/plan files sim/text include script/words.h script/message_words.h script/register_words.h
 device/library:         include src/platform/ce
 desk/console:           files +harness +script script/listing script/help script/grammar sim/picture include
 desk/bench:             +desk/console desk/port/moment
@@ -58,7 +59,7 @@ tools/vexosim/demo:     +tools/vexosim/listing
 tools/vexosim/traces:   +tools/vexosim/listing sim/register_decoder
 tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/traces
 tools/vexosim/plan:     +tools/vexosim/listing device/plan tools/vexosim/traces/build_time.h
-tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/plan +tools/vexosim/traces desk/bench desk/console desk/port
+tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/plan +tools/vexosim/traces device/verdict desk/bench desk/console desk/port
 tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
 windows/kit:            +script +harness files include sim/picture desk/console desk/port

@@ -28,7 +28,7 @@ pc      together device/emulator
 pc      together desk/console desk/page desk/port desk/bench
 pc      together desk/library
 pc      together device/ceimage
-pc      together device/plan
+pc      together device/plan device/verdict
 pc      together tools/vexosim
 pc      together tools/vexosim/commands tools/vexosim/listing tools/vexosim/shell
 pc      together tools/vexosim/traces
@@ -43,7 +43,7 @@ pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture te
 pc      together tests tests/script tests/tools tests/tools/commands tests/tools/plan tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/listing tests/script/outcome
 pc      together tests/desk/console tests/desk/page tests/desk/port tests/desk/bench
 pc      together tests/desk/library
-pc      together tests/device/ceimage tests/device/emulator tests/device/plan
+pc      together tests/device/ceimage tests/device/emulator tests/device/plan tests/device/verdict
 '
 
 # Where a compiler for another machine finds its headers, but for those of the compiler itself.

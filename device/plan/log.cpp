@@ -12,8 +12,6 @@ namespace {
 using script::Arguments;
 using script::Malformed;
 
-// Far more than any plan makes: a hundred bytes a line of the longest.
-constexpr std::size_t kMostLogBytes = std::size_t{64} << 20;
 constexpr std::size_t kMostBytesOfEntry = 1024;
 
 // What stands behind a word: t a text, n a decimal number, i one that may be negative, x one that

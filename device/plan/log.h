@@ -10,6 +10,9 @@
 
 namespace plan {
 
+// Far more than any plan makes: a hundred bytes a line of the longest.
+inline constexpr std::size_t kMostLogBytes = std::size_t{64} << 20;
+
 enum class EntryKind : std::uint8_t {
   Begin,
   Clock,

@@ -76,6 +76,7 @@ int Main(int argc, const char* const* argv) {
   AddDiff(app, status);
   AddReplay(app, status);
   AddPlan(app, status);
+  AddVerdict(app, status);
   AddManual(app, status);
   AddCompletion(app, status);
   app.footer(kFooter);  // each subcommand takes what there is when it is added

@@ -17,5 +17,6 @@ void AddTrace(CLI::App& app, int& status);
 void AddDiff(CLI::App& app, int& status);
 void AddReplay(CLI::App& app, int& status);
 void AddPlan(CLI::App& app, int& status);
+void AddVerdict(CLI::App& app, int& status);
 
 }  // namespace vexosim

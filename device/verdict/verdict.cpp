@@ -1,0 +1,148 @@
+#include "device/verdict/verdict.h"
+
+#include <algorithm>
+#include <ostream>
+
+#include "device/verdict/causes.h"
+#include "files/printable.h"
+#include "sim/text.h"
+
+namespace verdict {
+
+using plan::Entry;
+using plan::EntryKind;
+
+const Entry* Evidence::First(EntryKind kind) const {
+  const auto found = std::find_if(log.entries.begin(), log.entries.end(),
+                                  [kind](const Entry& entry) { return entry.kind == kind; });
+  return found == log.entries.end() ? nullptr : &*found;
+}
+
+std::vector<const Entry*> Evidence::All(EntryKind kind) const {
+  std::vector<const Entry*> all;
+  for (const Entry& entry : log.entries) {
+    if (entry.kind == kind) all.push_back(&entry);
+  }
+  return all;
+}
+
+namespace {
+
+// Differences of a step beyond these are counted.
+constexpr std::size_t kMostOfStep = 12;
+constexpr std::size_t kMostSteps = 20;
+
+std::string Address(std::int64_t value) { return sim::Hex(static_cast<std::uint64_t>(value), 8); }
+
+std::string Count(std::size_t count, const char* one, const char* several) {
+  return std::to_string(count) + ' ' + (count == 1 ? one : several);
+}
+
+void CheckPlan(const Evidence& evidence) {
+  const Entry* const entry = evidence.First(EntryKind::Plan);
+  if (entry == nullptr || evidence.plan.lines == 0) return;
+  const auto checksum = static_cast<std::uint32_t>(entry->numbers[1]);
+  if (checksum == evidence.plan.checksum) return;
+  throw plan::FormatError("the log is of another plan: of one with checksum " +
+                          sim::Hex(checksum, 8) + ", and this one's is " +
+                          sim::Hex(evidence.plan.checksum, 8));
+}
+
+void PrintLibrary(const Evidence& evidence, std::ostream& out) {
+  if (const Entry* file = evidence.First(EntryKind::File)) {
+    out << "Library:  " << files::Printable(file->texts.front()) << ", " << file->numbers[0]
+        << " bytes, for processor " << sim::Hex(static_cast<std::uint64_t>(file->numbers[1]), 3);
+    if (const Entry* version = evidence.First(EntryKind::Version)) {
+      out << ", version " << files::Printable(version->texts.front());
+    }
+    out << '\n';
+    if (const Entry* loaded = evidence.First(EntryKind::Loaded)) {
+      const bool moved = loaded->numbers[0] != file->numbers[2];
+      out << "Loaded:   at " << Address(loaded->numbers[0])
+          << (moved ? ", not where it would like to be (" + Address(file->numbers[2]) +
+                          "), which is well"
+                    : ", where it would like to be")
+          << '\n';
+    }
+  }
+  if (evidence.log.Whole() && !evidence.log.entries.empty()) {
+    out << "Ended:    after " << evidence.log.entries.back().ms << " ms\n";
+  }
+}
+
+void PrintCounts(const Evidence& evidence, std::ostream& out) {
+  const Comparison& comparison = evidence.comparison;
+  out << "Plan:     " << Count(evidence.plan.steps.size(), "call", "calls")
+      << "; as expected: " << comparison.met << ", otherwise: " << comparison.differences.size();
+  if (comparison.untried != 0)
+    out << ", never begun: " << Count(comparison.untried, "call", "calls");
+  out << '\n';
+  if (evidence.bus) {
+    out << "Bus:      a cycle takes " << evidence.bus->cycle_ns << " ns, by "
+        << Count(evidence.bus->calls, "call", "calls") << " of " << evidence.bus->cycles
+        << " cycles together; in simulation: --cycle-ns " << evidence.bus->cycle_ns << '\n';
+  } else {
+    out << "Bus:      no call took long enough to tell how long a cycle is\n";
+  }
+}
+
+void PrintCauses(const std::vector<Cause>& causes, std::ostream& out) {
+  bool first = true;
+  for (const Cause& cause : causes) {
+    out << '\n'
+        << (first ? "Cause" : "Besides") << " [" << cause.name << "]: " << cause.what << '\n'
+        << "  Try: " << cause.advice << '\n';
+    first = false;
+  }
+}
+
+void PrintDifferences(const std::vector<Difference>& differences, std::ostream& out) {
+  if (differences.empty()) return;
+  out << "\nWhat differs:\n";
+  std::size_t steps = 0;
+  for (auto next = differences.begin(); next != differences.end();) {
+    const Outcome* const outcome = next->outcome;
+    const auto end = std::find_if(next, differences.end(), [outcome](const Difference& one) {
+      return one.outcome != outcome;
+    });
+    if (steps++ == kMostSteps) {
+      out << "and "
+          << Count(static_cast<std::size_t>(differences.end() - next), "difference", "differences")
+          << " more behind these\n";
+      return;
+    }
+    out << StepInWords(*outcome->step) << '\n';
+    const auto shown = std::min(end, next + std::min<std::ptrdiff_t>(end - next, kMostOfStep));
+    for (auto one = next; one != shown; ++one) out << "  " << one->text << '\n';
+    if (shown != end) out << "  and " << end - shown << " more of this step\n";
+    next = end;
+  }
+}
+
+}  // namespace
+
+bool Judge(const plan::Plan& plan, const plan::Log& log, std::ostream& out) {
+  const std::vector<Outcome> outcomes = MatchLog(plan, log);
+  const Comparison comparison = Compare(outcomes);
+  const Evidence evidence{plan, log, outcomes, comparison, MeasureBus(outcomes, log)};
+  CheckPlan(evidence);
+
+  std::vector<Cause> causes = LoaderCauses(evidence);
+  for (Cause& cause : BoardCauses(evidence)) causes.push_back(std::move(cause));
+  for (Cause& cause : LineCauses(evidence)) causes.push_back(std::move(cause));
+  const bool well = causes.empty() && comparison.differences.empty() && comparison.untried == 0;
+  if (causes.empty() && !well) {
+    causes.push_back({"unknown", "Something differs, and nothing is known that would explain it.",
+                      "Run the check again, and send both logs."});
+  }
+  out << (well ? "The device and its board are as they should be.\n"
+               : "Not all is as it should be.\n");
+  PrintCauses(causes, out);
+  out << '\n';
+  PrintLibrary(evidence, out);
+  PrintCounts(evidence, out);
+  PrintDifferences(comparison.differences, out);
+  return well;
+}
+
+}  // namespace verdict
