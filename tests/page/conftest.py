@@ -23,4 +23,6 @@ def pytest_unconfigure(config: pytest.Config) -> None:
         {report.nodeid for report in reporter.stats.get(what, ())}
         for what in ("passed", "failed", "error"))
     failed |= errors
+    for report in reporter.stats.get("passed", ()):
+        print(report.capstdout, end="")  # figures
     print(f"Page in Chromium: {len(passed - failed)} tests passed, {len(failed)} failed.")
