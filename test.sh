@@ -30,7 +30,7 @@ lint     |                | 360 | lint (clang-tidy)                   | scripts/
 image    | build          | 4   | image for the device (ARM)          | device/build.sh && samples/recorder/check_device.sh
 emulated | build image    | 12  | image on the emulated device        | device/run_tests.sh
 bench    | build image    | 2   | benchmarks (g++)                    | scripts/run_benchmarks.sh
-page     | build          | 200 | page in Chromium                    | scripts/check_page.sh
+page     | build          | 100 | page in Chromium                    | scripts/check_page.sh
 demo     | build          | 1   | demo                                | scripts/run_demo.sh
 '
 quick=(format layers build tests)

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Tries the page in a real browser: scripts/check_page.sh [--documents] [NAME...], parts of the names
-# of tests; none: all of them.
+# Tries the page in a real browser: scripts/check_page.sh [--documents] [OPTION...], such as -k monitor
+# for the tests whose names have that.
 #
 # What it needs is built: scripts/build.sh gcc vexosim vexo_desk. Screenshots come to build/page/,
 # and with --documents to docs/images/.
@@ -31,6 +31,7 @@ if [[ "${1:-}" == --documents ]]; then
   shift
 fi
 fetch_axe
-# The system's own python, which has Debian's packages, whatever else there is.
-/usr/bin/python3 -m tests.page "$@"
+# The system's own python, which has Debian's packages, whatever else there is. Two browsers at once:
+# much of the time a test waits for the board.
+/usr/bin/python3 -m pytest -p no:cacheprovider -n 2 -v -rs tests/page "$@"
 [[ -z "$images" ]] || install -D -m 644 -t "$images" build/page/bench-light.png build/page/bench-dark.png

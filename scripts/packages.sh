@@ -22,7 +22,7 @@ device_packages=(
 test_packages=(
   "${device_packages[@]}" ca-certificates clang clang-format clang-tidy curl groff-base libclang-rt-14-dev
   chromium chromium-driver g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix gtkwave
-  python3-pil python3-selenium python3-websockets sigrok-cli wine wine64
+  python3-pil python3-pytest-xdist python3-selenium python3-websockets sigrok-cli wine wine64
 )
 
 case "${1:-}" in

@@ -1,5 +1,7 @@
 """Programs that serve the page, each with a board of its own."""
 
+import functools
+import os
 import re
 import signal
 import subprocess
@@ -85,21 +87,23 @@ class Bench(Board):
 class Recorder(Board):
     """The host program of the sample, in real time; it ends with its input."""
 
-    program = ROOT / "build" / "page" / "recorder"
-
     def __init__(self, *keys: str) -> None:
         # What it prints comes line by line.
         super().__init__(["stdbuf", "-oL", self.build(), "--page", "--real", *keys])
 
-    @classmethod
-    def build(cls) -> Path:
-        cls.program.parent.mkdir(parents=True, exist_ok=True)
+    @staticmethod
+    @functools.cache
+    def build() -> Path:
+        # Each process that runs tests has its own.
+        worker = os.environ.get("PYTEST_XDIST_WORKER", "alone")
+        program = BUILD.parent / "page" / worker / "recorder"
+        program.parent.mkdir(parents=True, exist_ok=True)
         sample = ROOT / "samples" / "desk"
         subprocess.run(
             ["cc", "-std=c99", f"-I{ROOT / 'include'}", sample / "main.c", sample / "recorder.c",
-             f"-L{LIBRARY}", "-lVexoCtrlSDK", f"-Wl,-rpath,{LIBRARY}", "-o", cls.program],
+             f"-L{LIBRARY}", "-lVexoCtrlSDK", f"-Wl,-rpath,{LIBRARY}", "-o", program],
             check=True)
-        return cls.program
+        return program
 
     def end(self) -> int:
         self.process.stdin.close()

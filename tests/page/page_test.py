@@ -2,33 +2,20 @@
 
 import unittest
 
+import pytest
+
 from .boards import Bench, Board
 from .browser import Browser
-
-_browser: Browser | None = None
-
-
-def shared_browser() -> Browser:
-    """One browser for all tests: starting it takes longer than most of them."""
-    global _browser
-    if _browser is None:
-        _browser = Browser()
-        unittest.addModuleCleanup(close_browser)
-    return _browser
-
-
-def close_browser() -> None:
-    global _browser
-    if _browser is not None:
-        _browser.close()
-        _browser = None
 
 
 class PageTest(unittest.TestCase):
     """A test of the page in the browser."""
 
+    @pytest.fixture(autouse=True)
+    def take_browser(self, shared_browser: Browser) -> None:
+        self.browser = shared_browser
+
     def setUp(self) -> None:
-        self.browser = shared_browser()
         self.browser.reset()
         self.addCleanup(self.browser.reset)
 

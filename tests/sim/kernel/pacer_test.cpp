@@ -131,7 +131,7 @@ TEST_F(Pacer, PumpsThatEndedEarlyAndThoseThatWereThatLongAreTheSameRunWithAnySee
           lengths.push_back(kernel().Now() - begin);
         }
       }
-      const Lines done = log;
+      Lines done = log;
       ResetWorld();
       return done;
     };
