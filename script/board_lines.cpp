@@ -69,6 +69,38 @@ Step ParseSyncHold(Arguments& arguments) {
   return [=](Session& session) { session.World().board.HoldSync(level); };
 }
 
+std::uint32_t ReadDataLine(Arguments& arguments) {
+  return arguments.Number("a data line 0 to 7", 0, sim::DataLines::kCount - 1);
+}
+
+Step ParseBusExchange(Arguments& arguments) {
+  const std::uint32_t a = ReadDataLine(arguments);
+  const Arguments before = arguments;
+  const std::uint32_t b = ReadDataLine(arguments);
+  if (a == b) before.Expected("another data line 0 to 7");
+  return [=](Session& session) {
+    sim::DataLines lines = session.World().board.GetDataLines();
+    lines.exchanged = {a, b};
+    session.World().board.SetDataLines(lines);
+  };
+}
+
+Step ParseBusHold(Arguments& arguments) {
+  const std::uint32_t line = ReadDataLine(arguments);
+  const bool high = arguments.Number("0 or 1", 0, 1) != 0;
+  const auto bit = static_cast<std::uint8_t>(1U << line);
+  return [=](Session& session) {
+    sim::DataLines lines = session.World().board.GetDataLines();
+    (high ? lines.high : lines.low) |= bit;
+    (high ? lines.low : lines.high) &= static_cast<std::uint8_t>(~bit);
+    session.World().board.SetDataLines(lines);
+  };
+}
+
+Step ParseBusGood(Arguments&) {
+  return [](Session& session) { session.World().board.SetDataLines({}); };
+}
+
 Step ParseNvramRecord(Arguments& arguments) {
   const std::string magic = arguments.Text("a magic of four characters");
   const std::uint8_t standard = arguments.Byte("a video standard");
@@ -171,6 +203,10 @@ const std::array kBoardLines = {
     LineKind{kBoard, "sync period", "MS", "toggles the master's sync bit every MS ms (20)",
              ParseSyncPeriod},
     LineKind{kBoard, "sync hold", "0|1", "holds the sync bit", ParseSyncHold},
+    LineKind{kBoard, "bus exchange", "A B", "exchanges two data lines of the chips, 0 to 7",
+             ParseBusExchange},
+    LineKind{kBoard, "bus hold", "A 0|1", "holds a data line of the chips", ParseBusHold},
+    LineKind{kBoard, "bus good", "", "all data lines are as they should be", ParseBusGood},
     LineKind{kBoard, "nvram record", "MAGIC STANDARD CHANNELS",
              "stored settings (MDVR, 0 and four channels a fitted chip, made at the first attach)",
              ParseNvramRecord},

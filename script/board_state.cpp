@@ -62,6 +62,18 @@ void AddTimes(const sim::World& world, const sim::World& fresh, Lines& lines) {
   if (const auto level = board.SyncHeld()) lines.push_back(*level ? "sync hold 1" : "sync hold 0");
 }
 
+void AddDataLines(const sim::DataLines& data_lines, Lines& lines) {
+  if (data_lines.exchanged) {
+    lines.push_back("bus exchange " + std::to_string(data_lines.exchanged->first) + ' ' +
+                    std::to_string(data_lines.exchanged->second));
+  }
+  for (unsigned line = 0; line < sim::DataLines::kCount; ++line) {
+    const bool high = (data_lines.high >> line & 1) != 0;
+    if (!high && (data_lines.low >> line & 1) == 0) continue;
+    lines.push_back("bus hold " + std::to_string(line) + (high ? " 1" : " 0"));
+  }
+}
+
 void AddNvram(const sim::Nvram& nvram, Lines& lines) {
   const sim::Bytes& content = nvram.Content();
   if (!content.empty()) {
@@ -124,6 +136,7 @@ std::vector<std::string> BoardInLines(const sim::World& world) {
   AddChips(world.board, lines);
   AddSignals(world.board, lines);
   AddTimes(world, fresh, lines);
+  AddDataLines(world.board.GetDataLines(), lines);
   AddNvram(world.nvram, lines);
   AddFiles(world.files, fresh.files, lines);
   AddSystem(world, lines);

@@ -118,18 +118,21 @@ void Board::Store(BusWindow window, std::uint32_t value, unsigned bytes) {
       break;
     case BusWindow::Address:
       for (unsigned position = 0; position < kChipsMax; ++position) {
-        if (SelectedPage(position) < kPageCount) chips_[position].address = byte;
+        if (SelectedPage(position) < kPageCount) {
+          chips_[position].address = data_lines_.Pass(byte);
+        }
       }
       break;
     case BusWindow::Data:
-      StoreData(byte);
+      StoreData(data_lines_.Pass(byte));
       break;
   }
 }
 
 std::uint8_t Board::Load(BusWindow window, unsigned bytes) {
   CheckWidth(Report::Access::Read, window, bytes);
-  return window == BusWindow::Data ? LoadData() : 0xFF;  // the other two windows only take
+  // The other two windows only take.
+  return window == BusWindow::Data ? data_lines_.Pass(LoadData()) : 0xFF;
 }
 
 void Board::StoreData(std::uint8_t value) {

@@ -11,6 +11,7 @@
 #include "chip/registers.h"
 #include "sim/board/bus_windows.h"
 #include "sim/board/chip.h"
+#include "sim/board/data_lines.h"
 #include "sim/board/reports.h"
 
 namespace sim {
@@ -38,6 +39,8 @@ class Board {
   void SetFillBusy(unsigned reads);  // reads of each chip that a fill answers busy (0)
   void SetSyncPeriod(std::uint32_t period_ms);  // toggles every period, 0 at time 0
   void HoldSync(bool level);                    // until the next SetSyncPeriod
+  void SetDataLines(const DataLines& lines) { data_lines_ = lines; }
+  const DataLines& GetDataLines() const { return data_lines_; }
   void Poke(unsigned position, std::uint8_t page, std::uint8_t reg, std::uint8_t value);
   std::uint8_t Peek(unsigned position, std::uint8_t page, std::uint8_t reg) const;
   std::uint8_t Peek(unsigned position, RegisterAddress at) const;
@@ -82,6 +85,7 @@ class Board {
   Reports& reports_;
   std::uint8_t select_ = kSelectIdle;
   int settle_reads_ = 0;
+  DataLines data_lines_;
   std::uint32_t sync_period_ms_ = 20;
   bool sync_held_ = false;
   bool sync_level_ = false;

@@ -83,6 +83,15 @@ TEST_F(BoardLine, SettleKeepsTheStatusBusyAfterAHold) {
   EXPECT_EQ(BusyReads(After("settle never").board), 10U);
 }
 
+TEST_F(BoardLine, BusChangesTheDataLines) {
+  using Lines = sim::DataLines;
+  EXPECT_EQ(After("bus exchange 2 5").board.GetDataLines(), (Lines{.exchanged = {{2, 5}}}));
+  EXPECT_EQ(After("bus hold 0 1\nbus hold 6 0").board.GetDataLines(),
+            (Lines{.low = 0x40, .high = 0x01}));
+  EXPECT_EQ(After("bus hold 0 1\nbus hold 0 0").board.GetDataLines(), (Lines{.low = 0x01}));
+  EXPECT_EQ(After("bus exchange 2 5\nbus hold 0 1\nbus good").board.GetDataLines(), Lines());
+}
+
 TEST_F(BoardLine, SyncTogglesOrIsHeld) {
   EXPECT_FALSE(After("run 19").board.Sync());
   EXPECT_TRUE(After("run 20").board.Sync());

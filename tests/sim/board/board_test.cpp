@@ -44,6 +44,26 @@ TEST(Board, WritesToTheSelectedChipAndPageOnly) {
   }
 }
 
+TEST(Board, HasExchangedDataLinesForNumbersAndContents) {
+  BoardOnBus bus;
+  bus.board.SetDataLines({.exchanged = {{1, 6}}});
+  bus.Write(kChipMaster, 1, 0x82, 0x40);  // a number with neither bit alone
+  EXPECT_EQ(bus.board.Peek(0, 1, 0xC0), 0x02);
+  EXPECT_EQ(bus.Read(kChipMaster, 1, 0x82), 0x40);
+  bus.board.SetDataLines({});
+  EXPECT_EQ(bus.Read(kChipMaster, 1, 0xC0), 0x02);
+}
+
+TEST(Board, HasDataLinesThatAreHeld) {
+  BoardOnBus bus;
+  bus.Write(kChipMaster, 1, 0x86, 0x0F);
+  bus.board.SetDataLines({.low = 0x01, .high = 0x80});
+  EXPECT_EQ(bus.Read(kChipMaster, 1, 0x86), 0x8E);
+  bus.Write(kChipMaster, 1, 0x07, 0x33);
+  bus.board.SetDataLines({});
+  EXPECT_EQ(bus.Read(kChipMaster, 1, 0x86), 0xB2);
+}
+
 TEST(Board, WritesToAllChipsAtOnce) {
   BoardOnBus bus;
   bus.Write(kChipAll, 1, 0x30, 0x77);
