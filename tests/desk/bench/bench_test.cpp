@@ -366,7 +366,7 @@ std::string FirstDifference(const std::string& one, const std::string& other) {
     const bool more_b = static_cast<bool>(std::getline(b, from_b));
     if (more_a != more_b) return "one is shorter";
     if (!more_a) return {};
-    if (from_a != from_b) return from_a + '\n' + from_b;
+    if (from_a != from_b) return from_a.append("\n").append(from_b);
   }
 }
 
