@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds the image, VexoCtrlSDK.DLL for Windows CE 5 on ARM, with its map, into
-# build/device, and checks it: device/build.sh [arm|thumb]
+# Builds the image, VexoCtrlSDK.DLL for Windows CE 5 on ARM, and the program that checks it on the
+# board, VexoCheck.exe, each with its map, into build/device, and checks both:
+# device/build.sh [arm|thumb]
 #
 # The argument is what the image calls its processor: arm (0x01C0, the default) or thumb (0x01C2),
 # for systems that take only that one. The code is ARM code in both.
@@ -25,3 +26,4 @@ quietly cmake -S "$root/device/library" -B "$build" -G Ninja \
   -DCEIMAGE="$root/build/gcc/ceimage" -DVEXO_MACHINE="$machine"
 "$root/scripts/ninja.sh" "$build"
 "$root/device/check_image.sh" "$build" "$machine"
+"$root/device/check_program.sh" "$build" "$machine"

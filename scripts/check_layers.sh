@@ -45,6 +45,8 @@ device/ceimage:         files
 device/emulator:        +harness files
 device/plan:            files sim/text script/words.h
 device/verdict:         device/plan files sim/text include script/words.h script/message_words.h script/register_words.h
+device/check:           include
+device/check/ce:        include device/check src/platform/ce
 device/library:         include src/platform/ce
 desk/console:           files +harness +script script/listing script/help script/grammar sim/picture include
 desk/bench:             +desk/console desk/port/moment

@@ -33,6 +33,7 @@ struct Options {
   std::string resources;
   std::string output;
   std::uint16_t machine = kMachineArm;
+  bool program = false;
 };
 
 void Run(const Options& options) {
@@ -46,7 +47,8 @@ void Run(const Options& options) {
     }
   };
   const ElfFile elf = read(options.elf, ReadElf);
-  const Bytes image = MakeImage(elf, read(options.resources, ReadResources), options.machine);
+  const Bytes image = MakeImage(elf, read(options.resources, ReadResources), options.machine,
+                                options.program ? Kind::Program : Kind::Library);
   output.Stream().write(reinterpret_cast<const char*>(image.data()),
                         static_cast<std::streamsize>(image.size()));
   output.Commit();
@@ -56,7 +58,8 @@ void Run(const Options& options) {
 
 int Main(int argc, const char* const* argv) {
   Options options;
-  CLI::App app("Makes a Windows CE library (PE32, ARM) of a linked ELF file.", "ceimage");
+  CLI::App app("Makes a Windows CE library or program (PE32, ARM) of a linked ELF file.",
+               "ceimage");
   app.footer(kFooter);
   app.add_option("elf", options.elf, "Linked with --emit-relocs")->required();
   app.add_option("-r,--resource", options.resources, "Compiled resource file (.res)")->required();
@@ -64,6 +67,8 @@ int Main(int argc, const char* const* argv) {
   app.add_option("-m,--machine", options.machine, "What the image calls its processor")
       ->transform(CLI::CheckedTransformer(
           std::map<std::string, std::uint16_t>{{"arm", kMachineArm}, {"thumb", kMachineThumb}}));
+  app.add_flag("--program", options.program,
+               "Makes a program, which is never moved; else a library");
   try {
     app.parse(argc, argv);
     Run(options);
