@@ -15,7 +15,7 @@ build_packages=(
 # The image: the ARM compiler with the headers of its C and C++ libraries (none of their code is
 # used), and llvm, which compiles the version resource and reads the image.
 device_packages=(
-  "${build_packages[@]}" gcc-arm-none-eabi libnewlib-dev libstdc++-arm-none-eabi-dev llvm
+  "${build_packages[@]}" gcc-arm-none-eabi libnewlib-dev libstdc++-arm-none-eabi-dev llvm python3
 )
 # llvm also has the symbolizer that puts function names into sanitizer reports; groff reads the
 # manual page; MinGW-w64 and Wine build and run the library as a DLL. The page is tried in Chromium.

@@ -6,6 +6,7 @@
 
 #include "device/ceimage/bytes.h"
 #include "device/ceimage/elf_file.h"
+#include "device/ceimage/link_tables.h"
 #include "device/ceimage/resources.h"
 
 namespace ceimage {
@@ -16,6 +17,9 @@ inline constexpr std::uint16_t kMachineArm = 0x01C0;
 inline constexpr std::uint16_t kMachineThumb = 0x01C2;
 
 Bytes MakeImage(const ElfFile& elf, const std::vector<Resource>& resources, std::uint16_t machine);
+
+// What programs find in the image.
+Exports FindExports(const ElfFile& elf);
 
 // The base relocations for words at these offsets, which are in order.
 Bytes EncodeFixups(const std::vector<std::uint32_t>& offsets);
