@@ -27,6 +27,7 @@ _vexosim_argument() {
     'diff 0') _vexosim_files ;;
     'diff 1') _vexosim_files ;;
     'replay 0') _vexosim_files ;;
+    'plan '*) _vexosim_files '[vV][eE][xX][oO]' ;;
     'completion 0') _vexosim_words 'bash' ;;
   esac
 }
@@ -39,7 +40,7 @@ _vexosim() {
   [[ "$before" != "=" ]] || before="${COMP_WORDS[COMP_CWORD - 2]}"
   [[ "$cur" != "=" ]] || cur=""
   if ((COMP_CWORD == 1)); then
-    _vexosim_words 'demo run shell serve compare trace diff replay manual completion -h --help'
+    _vexosim_words 'demo run shell serve compare trace diff replay plan manual completion -h --help'
     return
   fi
   case "$command" in
@@ -74,6 +75,10 @@ _vexosim() {
     replay)
       options='-h --help -o --output'
       valued=' -o --output '
+      ;;
+    plan)
+      options='-h --help --variant -o --output'
+      valued=' --variant -o --output '
       ;;
     manual)
       options='-h --help --man'
@@ -145,6 +150,8 @@ _vexosim() {
     'trace --column') : ;;
     'diff --column') : ;;
     'replay -o' | 'replay --output') _vexosim_files '[vV][eE][xX][oO]' ;;
+    'plan --variant') : ;;
+    'plan -o' | 'plan --output') _vexosim_files '[pP][lL][aA][nN]' ;;
     *)
       if [[ "$cur" == -* ]]; then
         _vexosim_words "$options"

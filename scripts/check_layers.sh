@@ -43,6 +43,7 @@ script/outcome:         script/grammar +sim/world src/text src/display
 script/help:            script +script/grammar sim/faults
 device/ceimage:         files
 device/emulator:        +harness files
+device/plan:            files sim/text script/words.h
 device/library:         include src/platform/ce
 desk/console:           files +harness +script script/listing script/help script/grammar sim/picture include
 desk/bench:             +desk/console desk/port/moment
@@ -56,7 +57,8 @@ tools/vexosim/shell:    +tools/vexosim/listing script/grammar script/help
 tools/vexosim/demo:     +tools/vexosim/listing
 tools/vexosim/traces:   +tools/vexosim/listing sim/register_decoder
 tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/traces
-tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/traces desk/bench desk/console desk/port
+tools/vexosim/plan:     +tools/vexosim/listing device/plan tools/vexosim/traces/build_time.h
+tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/plan +tools/vexosim/traces desk/bench desk/console desk/port
 tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
 windows/kit:            +script +harness files include sim/picture desk/console desk/port

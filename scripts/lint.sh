@@ -28,9 +28,11 @@ pc      together device/emulator
 pc      together desk/console desk/page desk/port desk/bench
 pc      together desk/library
 pc      together device/ceimage
+pc      together device/plan
 pc      together tools/vexosim
 pc      together tools/vexosim/commands tools/vexosim/listing tools/vexosim/shell
 pc      together tools/vexosim/traces
+pc      together tools/vexosim/plan
 pc      together bench
 pc      together fuzz
 pc      together tests/display tests/files
@@ -38,10 +40,10 @@ pc      together tests/api tests/harness tests/support
 pc      together tests/text tests/model
 pc      together tests/setup tests/chip tests/motion tests/report
 pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture tests/sim/platform tests/sim/screen
-pc      together tests tests/script tests/tools tests/tools/commands tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/listing tests/script/outcome
+pc      together tests tests/script tests/tools tests/tools/commands tests/tools/plan tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/listing tests/script/outcome
 pc      together tests/desk/console tests/desk/page tests/desk/port tests/desk/bench
 pc      together tests/desk/library
-pc      together tests/device/ceimage tests/device/emulator
+pc      together tests/device/ceimage tests/device/emulator tests/device/plan
 '
 
 # Where a compiler for another machine finds its headers, but for those of the compiler itself.

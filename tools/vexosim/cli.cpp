@@ -75,6 +75,7 @@ int Main(int argc, const char* const* argv) {
   AddTrace(app, status);
   AddDiff(app, status);
   AddReplay(app, status);
+  AddPlan(app, status);
   AddManual(app, status);
   AddCompletion(app, status);
   app.footer(kFooter);  // each subcommand takes what there is when it is added

@@ -16,5 +16,6 @@ void AddCompletion(CLI::App& app, int& status);
 void AddTrace(CLI::App& app, int& status);
 void AddDiff(CLI::App& app, int& status);
 void AddReplay(CLI::App& app, int& status);
+void AddPlan(CLI::App& app, int& status);
 
 }  // namespace vexosim
