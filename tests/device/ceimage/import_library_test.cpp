@@ -20,6 +20,8 @@ using ::testing::HasSubstr;
 
 const Exports kExports = {"Small.DLL", {"?one@@YAHXZ", "two"}};
 
+const std::string kTablesEnd = '\x7F' + std::string("Small_NULL_THUNK_DATA");
+
 std::string Text(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
 
 // Texts as they lie in a directory.
@@ -77,9 +79,7 @@ TEST(ImportLibrary, NamesEachSymbolsMemberInTheOrderOfTheMembers) {
                                   members[5].position, members[5].position, members[6].position,
                                   members[6].position));
   EXPECT_EQ(Text(ByteView(directory).subspan(32)),
-            Names({"__IMPORT_DESCRIPTOR_Small", "__NULL_IMPORT_DESCRIPTOR",
-                   "\x7F"
-                   "Small_NULL_THUNK_DATA",
+            Names({"__IMPORT_DESCRIPTOR_Small", "__NULL_IMPORT_DESCRIPTOR", kTablesEnd,
                    "__imp_?one@@YAHXZ", "?one@@YAHXZ", "__imp_two", "two"}));
 }
 
@@ -93,9 +93,7 @@ TEST(ImportLibrary, NamesEachSymbolsMemberInTheOrderOfTheNames) {
   for (const std::uint32_t number : {4u, 1u, 2u, 4u, 5u, 5u, 3u}) Append16(wanted, number);
   const std::string names =
       Names({"?one@@YAHXZ", "__IMPORT_DESCRIPTOR_Small", "__NULL_IMPORT_DESCRIPTOR",
-             "__imp_?one@@YAHXZ", "__imp_two", "two",
-             "\x7F"
-             "Small_NULL_THUNK_DATA"});
+             "__imp_?one@@YAHXZ", "__imp_two", "two", kTablesEnd});
   AppendText(wanted, names, names.size());
   EXPECT_EQ(members[1].content, wanted);
 }
