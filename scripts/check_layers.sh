@@ -44,6 +44,8 @@ script/help:            script +script/grammar sim/faults
 device/ceimage:         files
 device/emulator:        +harness files
 device/plan:            files sim/text script/words.h
+device/check:           include
+device/check/ce:        include device/check src/platform/ce
 device/library:         include src/platform/ce
 desk/console:           files +harness +script script/listing script/help script/grammar sim/picture include
 desk/bench:             +desk/console desk/port/moment

@@ -17,7 +17,7 @@ windows together windows windows/kit
 windows together windows/checks windows/drive
 library alone    src/report src/chip src/display src/motion src/setup src/text src/api
 windows alone    src/platform/ce
-device  alone    src/platform/ce device/library
+device  alone    src/platform/ce device/library device/check/ce
 pc      together files
 pc      together sim sim/board
 pc      together sim/kernel
@@ -29,6 +29,7 @@ pc      together desk/console desk/page desk/port desk/bench
 pc      together desk/library
 pc      together device/ceimage
 pc      together device/plan
+pc      together device/check
 pc      together tools/vexosim
 pc      together tools/vexosim/commands tools/vexosim/listing tools/vexosim/shell
 pc      together tools/vexosim/traces
@@ -43,7 +44,7 @@ pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture te
 pc      together tests tests/script tests/tools tests/tools/commands tests/tools/plan tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/listing tests/script/outcome
 pc      together tests/desk/console tests/desk/page tests/desk/port tests/desk/bench
 pc      together tests/desk/library
-pc      together tests/device/ceimage tests/device/emulator tests/device/plan
+pc      together tests/device/ceimage tests/device/check tests/device/emulator tests/device/plan
 '
 
 # Where a compiler for another machine finds its headers, but for those of the compiler itself.
@@ -71,7 +72,7 @@ flags() {
       headers_of x86_64-w64-mingw32-g++-posix
       ;;
     device)
-      printf '%s\n' "${common[@]}" "${library[@]}" -Isrc/platform/ce -ffreestanding -fshort-wchar \
+      printf '%s\n' "${common[@]}" "${library[@]}" -I. -Isrc/platform/ce -ffreestanding -fshort-wchar \
         -fsigned-char -fno-short-enums --target=armv4t-none-eabi
       headers_of arm-none-eabi-g++
       ;;

@@ -40,6 +40,7 @@ struct Options {
   std::optional<std::string> import_library;
   std::optional<std::string> definition;
   std::uint16_t machine = kMachineArm;
+  bool program = false;
 };
 
 // All of the files, or none.
@@ -70,13 +71,14 @@ void Run(const Options& options) {
   };
   const ElfFile elf = read(options.elf, ReadElf);
   std::vector<std::pair<std::string, Bytes>> contents = {
-      {options.output, MakeImage(elf, read(options.resources, ReadResources), options.machine)}};
-  const Exports exports = FindExports(elf);
+      {options.output, MakeImage(elf, read(options.resources, ReadResources), options.machine,
+                                 options.program ? Kind::Program : Kind::Library)}};
   if (options.import_library) {
-    contents.emplace_back(*options.import_library, MakeImportLibrary(exports, options.machine));
+    contents.emplace_back(*options.import_library,
+                          MakeImportLibrary(FindExports(elf), options.machine));
   }
   if (options.definition) {
-    const std::string text = MakeDefinition(exports);
+    const std::string text = MakeDefinition(FindExports(elf));
     contents.emplace_back(*options.definition, Bytes(text.begin(), text.end()));
   }
   Write(contents, {options.elf, options.resources});
@@ -86,7 +88,8 @@ void Run(const Options& options) {
 
 int Main(int argc, const char* const* argv) {
   Options options;
-  CLI::App app("Makes a Windows CE library (PE32, ARM) of a linked ELF file.", "ceimage");
+  CLI::App app("Makes a Windows CE library or program (PE32, ARM) of a linked ELF file.",
+               "ceimage");
   app.footer(kFooter);
   app.add_option("elf", options.elf, "Linked with --emit-relocs")->required();
   app.add_option("-r,--resource", options.resources, "Compiled resource file (.res)")->required();
@@ -98,6 +101,8 @@ int Main(int argc, const char* const* argv) {
   app.add_option("-m,--machine", options.machine, "What the image calls its processor")
       ->transform(CLI::CheckedTransformer(
           std::map<std::string, std::uint16_t>{{"arm", kMachineArm}, {"thumb", kMachineThumb}}));
+  app.add_flag("--program", options.program,
+               "Makes a program, which is never moved; else a library");
   try {
     app.parse(argc, argv);
     Run(options);

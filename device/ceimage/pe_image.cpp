@@ -11,6 +11,7 @@ namespace ceimage {
 namespace {
 
 constexpr std::uint32_t kFileAlignment = 0x200;
+constexpr std::uint32_t kProgramBase = 0x10000;
 
 enum DirectoryIndex : std::size_t {
   kExports = 0,
@@ -39,7 +40,8 @@ Directory WholeSection(const Image& image, const std::string& name) {
   return {};
 }
 
-Directories FillImage(Image& image, const ElfFile& elf, const std::vector<Resource>& resources) {
+Directories FillImage(Image& image, const ElfFile& elf, const std::vector<Resource>& resources,
+                      Kind kind) {
   constexpr std::uint32_t kReadOnly = kSectionData | kSectionReadable;
   const std::vector<FunctionEntry> functions = FindFunctions(elf, image);
   const std::uint32_t table = AlignUp(image.End(), kPage);
@@ -49,16 +51,18 @@ Directories FillImage(Image& image, const ElfFile& elf, const std::vector<Resour
     image.fixups.push_back(table + i * kFunctionBytes);
   }
   AppendSection(image, ".rsrc", kReadOnly, EncodeResources(resources, AlignUp(image.End(), kPage)));
-  AppendSection(image, ".reloc", kReadOnly | kSectionDiscardable, EncodeFixups(image.fixups));
+  const bool library = kind == Kind::Library;
+  if (library)
+    AppendSection(image, ".reloc", kReadOnly | kSectionDiscardable, EncodeFixups(image.fixups));
 
   Directories directories;
-  directories[kExports] = BetweenSymbols(elf, image, "export_directory");
+  if (library) directories[kExports] = BetweenSymbols(elf, image, "export_directory");
   directories[kImports] = BetweenSymbols(elf, image, "import_directory");
   directories[kResources] = WholeSection(image, ".rsrc");
   directories[kExceptions] = WholeSection(image, ".pdata");
   directories[kRelocations] = WholeSection(image, ".reloc");
   directories[kImportAddresses] = BetweenSymbols(elf, image, "import_addresses");
-  ReadExports(image, directories[kExports]);
+  if (library) ReadExports(image, directories[kExports]);
   CheckImports(image, directories[kImports], directories[kImportAddresses]);
   return directories;
 }
@@ -80,10 +84,11 @@ std::uint32_t FirstOffset(const Image& image, std::uint32_t kind) {
   return 0;
 }
 
-void AppendFileHeader(Bytes& bytes, const Image& image, std::uint16_t machine) {
+void AppendFileHeader(Bytes& bytes, const Image& image, std::uint16_t machine, Kind kind) {
   constexpr std::uint32_t kOptionalHeaderBytes = 96 + 8 * kDirectories;
-  // Runnable, no line numbers and local symbols, 32 bits, a library.
-  constexpr std::uint32_t kCharacteristics = 0x0002 | 0x0004 | 0x0008 | 0x0100 | 0x2000;
+  // Runnable, no line numbers and local symbols, 32 bits; and a library, or not to be moved.
+  constexpr std::uint32_t kBoth = 0x0002 | 0x0004 | 0x0008 | 0x0100;
+  const std::uint32_t characteristics = kBoth | (kind == Kind::Library ? 0x2000u : 0x0001u);
   AppendText(bytes, "PE", 4);
   Append16(bytes, machine);
   Append16(bytes, static_cast<std::uint32_t>(image.sections.size()));
@@ -91,7 +96,7 @@ void AppendFileHeader(Bytes& bytes, const Image& image, std::uint16_t machine) {
   Append32(bytes, 0);
   Append32(bytes, 0);
   Append16(bytes, kOptionalHeaderBytes);
-  Append16(bytes, kCharacteristics);
+  Append16(bytes, characteristics);
 }
 
 void AppendOptionalHeader(Bytes& bytes, const Image& image, std::uint32_t entry,
@@ -120,9 +125,9 @@ void AppendOptionalHeader(Bytes& bytes, const Image& image, std::uint32_t entry,
   Append32(bytes, 0);  // a check sum is for drivers
   Append16(bytes, kSubsystemCe);
   Append16(bytes, 0);
-  Append32(bytes, 0x10000);  // stack, of which a library has none
+  Append32(bytes, 0x10000);  // stack of a program's first thread
   Append32(bytes, kPage);
-  Append32(bytes, 0x100000);  // heap, likewise
+  Append32(bytes, 0x100000);  // heap of a program
   Append32(bytes, kPage);
   Append32(bytes, 0);
   Append32(bytes, kDirectories);
@@ -172,14 +177,19 @@ Bytes EncodeFixups(const std::vector<std::uint32_t>& offsets) {
   return bytes;
 }
 
-Bytes MakeImage(const ElfFile& elf, const std::vector<Resource>& resources, std::uint16_t machine) {
+Bytes MakeImage(const ElfFile& elf, const std::vector<Resource>& resources, std::uint16_t machine,
+                Kind kind) {
   Image image = PlaceSections(elf);
+  if (kind == Kind::Program && image.base != kProgramBase) {
+    throw Refusal("The base " + Hex(image.base) + " is not " + Hex(kProgramBase) +
+                  ", where the system puts programs.");
+  }
   const std::uint32_t entry = elf.entry - image.base;
   ImageBytes(image, entry, 4);
   if (!IsCode(image, entry) || entry % 4 != 0) {
     throw Refusal("The entry point " + Hex(elf.entry) + " is no code.");
   }
-  const Directories directories = FillImage(image, elf, resources);
+  const Directories directories = FillImage(image, elf, resources, kind);
 
   constexpr std::uint32_t kStubBytes = 0x80;  // where the PE header begins
   const std::uint32_t header_bytes =
@@ -190,7 +200,7 @@ Bytes MakeImage(const ElfFile& elf, const std::vector<Resource>& resources, std:
   AppendText(bytes, "MZ", 0x3C);
   Append32(bytes, kStubBytes);
   Align(bytes, kStubBytes);
-  AppendFileHeader(bytes, image, machine);
+  AppendFileHeader(bytes, image, machine, kind);
   AppendOptionalHeader(bytes, image, entry, header_bytes, directories);
   AppendSectionHeaders(bytes, image, header_bytes);
   for (const ImageSection& section : image.sections) {

@@ -1,4 +1,4 @@
-// The image: a PE32 library for Windows CE on ARM.
+// The image: a PE32 library or program for Windows CE on ARM.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,13 @@ namespace ceimage {
 inline constexpr std::uint16_t kMachineArm = 0x01C0;
 inline constexpr std::uint16_t kMachineThumb = 0x01C2;
 
-Bytes MakeImage(const ElfFile& elf, const std::vector<Resource>& resources, std::uint16_t machine);
+enum class Kind : std::uint8_t {
+  Library,
+  Program,  // exports nothing, and lies where the system puts every program: it is never moved
+};
+
+Bytes MakeImage(const ElfFile& elf, const std::vector<Resource>& resources, std::uint16_t machine,
+                Kind kind = Kind::Library);
 
 // What programs find in the image.
 Exports FindExports(const ElfFile& elf);

@@ -71,6 +71,16 @@ std::vector<std::uint32_t> FixupsOf(const Bytes& image) {
   return offsets;
 }
 
+TEST(PeImage, AProgramBeginsWhereTheSystemPutsPrograms) {
+  const std::vector<Resource> resources = ReadResources(ResourceFile({{16, 1, 0x409}}));
+  try {
+    MakeImage(ReadElf(SmallLibrary().Build()), resources, kMachineArm, Kind::Program);
+    FAIL() << "it lies elsewhere";
+  } catch (const Refusal& refusal) {
+    EXPECT_THAT(refusal.what(), HasSubstr("is not 0x10000, where the system puts programs"));
+  }
+}
+
 TEST(PeImage, IsAWindowsCe5LibraryFor32BitArm) {
   const Bytes image = Make(SmallLibrary());
   EXPECT_EQ(Get16(image, 0), 0x5A4D);

@@ -1,0 +1,106 @@
+#!/usr/bin/env bash
+# Checks the check program beside the ELF file that it was made of, with other tools than the one
+# that made it: device/check_program.sh DIRECTORY [arm|thumb]
+#
+# The directory holds VexoCheck.exe, VexoCheck.elf and VexoCheck.res.
+set -euo pipefail
+program="$1/VexoCheck.exe"
+elf="$1/VexoCheck.elf"
+resource="$1/VexoCheck.res"
+machine="${2:-arm}"
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+readobj="$(command -v llvm-readobj || command -v llvm-readobj-14)"
+most_bytes=$((40 * 1024))
+status=0
+checked="$program"
+. "$root/scripts/expect.sh"
+
+word() { od -An -v -tx4 -j "$1" -N 4 "$program" | tr -d ' '; }
+field() { sed -n "s/^ *$1: *//p" <<<"$headers" | head -n 1; }
+
+headers="$("$readobj" --file-headers "$program")"
+sections="$("$readobj" --sections "$program" |
+  awk '/Section \{/ {name = ""} /^ *Name:/ {name = $2} /VirtualSize:/ {size = $2}
+       /VirtualAddress:/ {offset = $2} /PointerToRawData:/ {position = $2}
+       /Characteristics \[/ {gsub(/[()]/, "", $3); print name, size, offset, position, $3}')"
+# section NAME COLUMN: 2 size, 3 offset in memory, 4 position in the file.
+section() { echo $(($(awk -v name="$1" -v column="$2" '$1 == name {print $column}' <<<"$sections"))); }
+
+case "$machine" in
+  arm) code=0x1C0 ;;
+  thumb) code=0x1C2 ;;
+  *)
+    echo "usage: $0 DIRECTORY [arm|thumb]" >&2
+    exit 2
+    ;;
+esac
+expect "machine" "($code)" "$(field Machine | grep -o '(.*)')"
+expect "kind" "0x10B" "$(field Magic)"
+expect "subsystem" "IMAGE_SUBSYSTEM_WINDOWS_CE_GUI (0x9)" "$(field Subsystem)"
+expect "versions of system and subsystem" "5.0 5.0" \
+  "$(field MajorOperatingSystemVersion).$(field MinorOperatingSystemVersion) $(field MajorSubsystemVersion).$(field MinorSubsystemVersion)"
+expect "time" "(0x0)" "$(field TimeDateStamp | grep -o '(.*)')"
+expect "program, no library" "" "$(grep -o IMAGE_FILE_DLL <<<"$headers" || true)"
+expect "never moved" "IMAGE_FILE_RELOCS_STRIPPED" \
+  "$(grep -o IMAGE_FILE_RELOCS_STRIPPED <<<"$headers" || true)"
+expect "base" "0x10000" "$(field ImageBase)"
+symbols="$(arm-none-eabi-nm "$elf")"
+entry="$(awk '$3 == "WinMainCRTStartup" {print $1}' <<<"$symbols")"
+expect "entry" "$(printf '0x%X' $((0x$entry - 0x10000)))" "$(field AddressOfEntryPoint)"
+expect "sections and flags" ".text 0x60000020
+.data 0xC0000040
+.pdata 0x40000040
+.rsrc 0x40000040" "$(awk '{print $1, $5}' <<<"$sections")"
+expect "exports" "" "$("$readobj" --coff-exports "$program" | grep Name: || true)"
+
+# Each as LIBRARY NAME, or LIBRARY #ORDINAL.
+expect "imports" "$(LC_ALL=C sort "$root/device/check/imports.txt")" \
+  "$("$readobj" --coff-imports "$program" |
+    awk '/^ *Name:/ {library = $2} /Symbol:/ {
+           if (NF == 3) print library, $2
+           else {gsub(/[()]/, "", $2); print library, "#" $2}}' | LC_ALL=C sort)"
+while read -r table; do
+  grep -qE " T ${table#address_}\$" <<<"$symbols" || {
+    echo "$program: nothing calls ${table#address_}."
+    status=1
+  }
+done < <(sed -n 's/.* [dD] \(address_.*\)/\1/p' <<<"$symbols")
+
+expect "processor" "v4T" "$(arm-none-eabi-readelf -A "$elf" | sed -n 's/.*Tag_CPU_arch: *//p')"
+odd="$(arm-none-eabi-objdump -d "$elf" |
+  awk '$3 ~ /^(ldrd|strd)/ || ($3 ~ /^(ldr|str)s?h/ && /#-?[0-9]*[13579]\]/)')"
+expect "code" "" "$odd"
+
+# Where each function first moves the stack down, as the disassembly has it.
+wanted="$(arm-none-eabi-objdump -d --no-show-raw-insn "$elf" |
+  awk '/^[0-9a-f]+ <.*>:$/ {found = 0; next}
+       !found && ($2 ~ /^(push|stmfd)/ || /\tsub[a-z]*\tsp, sp/ || /\[sp, #-[0-9]+\]!/) {
+         sub(":", "", $1); printf "%8s\n", $1; found = 1}' | tr 'a-f ' 'A-F0')"
+entries=$(($(section .pdata 2) / 8))
+found="$(od -An -v -tx4 -w8 -j "$(section .pdata 4)" -N $((entries * 8)) "$program" |
+  awk '{print toupper($1)}')"
+expect "functions" "$wanted" "$found"
+
+resources="$("$readobj" --coff-resources "$program")"
+expect "resources" "Type: VERSIONINFO (ID 16) [
+Name: (ID 1) [
+Language: (ID 1033) [" "$(sed -n 's/^ *\(\(Type\|Name\|Language\): .*\)/\1/p' <<<"$resources")"
+offset=$(($(sed -n 's/.*DataRVA: *//p' <<<"$resources")))
+size=$(($(sed -n 's/.*DataSize: *//p' <<<"$resources")))
+position=$((offset - $(section .rsrc 3) + $(section .rsrc 4)))
+if ! cmp -s <(tail -c +$((position + 1)) "$program" | head -c "$size") \
+  <(tail -c +65 "$resource" | head -c "$size") || ((size < 92)); then
+  echo "$program: the version resource is not the compiled one."
+  status=1
+fi
+expect "version 1.0.1.6 of a program" "feef04bd 00010000 00010006 00000001" \
+  "$(for at in 40 48 52 76; do word $((position + at)); done | paste -s -d ' ')"
+
+bytes="$(stat -c %s "$program")"
+if ((bytes > most_bytes)); then
+  echo "$program: it has $bytes bytes, of at most $most_bytes."
+  status=1
+fi
+((status)) || echo "$(basename "$program") ($machine): $bytes bytes, $entries functions," \
+  "$(wc -l <"$root/device/check/imports.txt") imports; all as wanted."
+exit "$status"
