@@ -28,6 +28,7 @@ fuzz     | sanbuild       | 11  | fuzzers (clang++, sanitizers)       | scripts/
 threads  |                | 90  | threads of a program (sanitizer)    | scripts/check_threads.sh
 lint     |                | 360 | lint (clang-tidy)                   | scripts/lint.sh
 image    | build          | 4   | image for the device (ARM)          | device/build.sh && samples/recorder/check_device.sh
+package  | dll image        | 60  | package                             | scripts/check_package.sh
 emulated | build image    | 12  | image on the emulated device        | device/run_tests.sh
 bench    | build image    | 2   | benchmarks (g++)                    | scripts/run_benchmarks.sh
 page     | build          | 100 | page in Chromium                    | scripts/check_page.sh

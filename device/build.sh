@@ -1,14 +1,16 @@
 #!/usr/bin/env bash
-# Builds the image, VexoCtrlSDK.DLL for Windows CE 5 on ARM, and the program that checks it on the
-# board, VexoCheck.exe, each with its map, into build/device, and checks both:
+# Builds the image, VexoCtrlSDK.DLL for Windows CE 5 on ARM, with what hosts are linked with, and the
+# program that checks it on the board, VexoCheck.exe, each with its map, and checks them:
 # device/build.sh [arm|thumb]
 #
-# The argument is what the image calls its processor: arm (0x01C0, the default) or thumb (0x01C2),
-# for systems that take only that one. The code is ARM code in both.
+# The argument is what the image calls its processor: arm (0x01C0, the default, into build/device) or
+# thumb (0x01C2, into build/device-thumb), for systems that take only that one. The code is ARM code
+# in both.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 machine="${1:-arm}"
 build="$root/build/device"
+[[ "$machine" == arm ]] || build+="-$machine"
 log="$(mktemp)"
 trap 'rm -f "$log"' EXIT
 
@@ -26,4 +28,5 @@ quietly cmake -S "$root/device/library" -B "$build" -G Ninja \
   -DCEIMAGE="$root/build/gcc/ceimage" -DVEXO_MACHINE="$machine"
 "$root/scripts/ninja.sh" "$build"
 "$root/device/check_image.sh" "$build" "$machine"
+"$root/device/check_import_library.py" "$build" "$machine"
 "$root/device/check_program.sh" "$build" "$machine"

@@ -3,6 +3,7 @@
 #
 #   scripts/packages.sh build   what ./run.sh needs: compiler, build tools, libraries
 #   scripts/packages.sh device  what device/build.sh needs besides: the ARM compiler, llvm
+#   scripts/packages.sh package what ./run.sh package needs besides: MinGW-w64, zip
 #   scripts/packages.sh test    what ./test.sh needs besides: clang and its tools, MinGW-w64, Wine
 #
 # Asks the package manager for nothing when all are there, so it needs no network then.
@@ -15,22 +16,28 @@ build_packages=(
 # The image: the ARM compiler with the headers of its C and C++ libraries (none of their code is
 # used), and llvm, which compiles the version resource and reads the image.
 device_packages=(
-  "${build_packages[@]}" gcc-arm-none-eabi libnewlib-dev libstdc++-arm-none-eabi-dev llvm
+  "${build_packages[@]}" gcc-arm-none-eabi libnewlib-dev libstdc++-arm-none-eabi-dev llvm python3
+)
+# The package: the desk kits for Windows, documents as pages.
+package_packages=(
+  "${device_packages[@]}" clang g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix python3-markdown-it zip
 )
 # llvm also has the symbolizer that puts function names into sanitizer reports; groff reads the
 # manual page; MinGW-w64 and Wine build and run the library as a DLL. The page is tried in Chromium.
+# The package is read by pefile, tidy and unzip.
 test_packages=(
-  "${device_packages[@]}" ca-certificates clang clang-format clang-tidy curl groff-base libclang-rt-14-dev
-  chromium chromium-driver g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix gtkwave
-  python3-pil python3-pytest-xdist python3-selenium python3-websockets sigrok-cli wine wine64
+  "${package_packages[@]}" ca-certificates clang-format clang-tidy curl groff-base libclang-rt-14-dev
+  chromium chromium-driver gtkwave python3-pefile python3-pil python3-pytest-xdist
+  python3-selenium python3-websockets sigrok-cli tidy unzip wine wine64
 )
 
 case "${1:-}" in
   build) wanted=("${build_packages[@]}") ;;
   device) wanted=("${device_packages[@]}") ;;
+  package) wanted=("${package_packages[@]}") ;;
   test) wanted=("${test_packages[@]}") ;;
   *)
-    echo "usage: $0 build|device|test" >&2
+    echo "usage: $0 build|device|package|test" >&2
     exit 2
     ;;
 esac

@@ -3,11 +3,16 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <iostream>
+#include <list>
 #include <map>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "device/ceimage/bytes.h"
 #include "device/ceimage/elf_file.h"
+#include "device/ceimage/import_library.h"
 #include "device/ceimage/pe_image.h"
 #include "device/ceimage/resources.h"
 #include "files/exit_status.h"
@@ -21,7 +26,7 @@ namespace {
 constexpr std::uint64_t kMostInput = std::uint64_t{64} << 20;
 
 constexpr const char* kFooter =
-    "Exit status: 0 done, 2 a file or the command line is wrong; then no image is written.\n";
+    "Exit status: 0 done, 2 a file or the command line is wrong; then nothing is written.\n";
 
 int Wrong(const std::string& sentence) {
   std::cerr << "ceimage: " << files::Printable(sentence, 1000) << std::endl;
@@ -32,12 +37,30 @@ struct Options {
   std::string elf;
   std::string resources;
   std::string output;
+  std::optional<std::string> import_library;
+  std::optional<std::string> definition;
   std::uint16_t machine = kMachineArm;
   bool program = false;
 };
 
+// All of the files, or none.
+void Write(const std::vector<std::pair<std::string, Bytes>>& contents,
+           std::vector<std::string> others) {
+  std::list<files::OutputFile> outputs;
+  for (const auto& [path, content] : contents) {
+    files::OutputFile& output = outputs.emplace_back(path, others);
+    output.Stream().write(reinterpret_cast<const char*>(content.data()),
+                          static_cast<std::streamsize>(content.size()));
+    others.push_back(path);
+  }
+  // What could not be written is told before the first of them appears.
+  for (files::OutputFile& output : outputs) {
+    if (!output.Stream().flush()) output.Commit();
+  }
+  for (files::OutputFile& output : outputs) output.Commit();
+}
+
 void Run(const Options& options) {
-  files::OutputFile output(options.output, {options.elf, options.resources});
   const auto read = [](const std::string& path, auto function) {
     const Bytes bytes = files::ReadBytes(path, kMostInput);
     try {
@@ -47,11 +70,18 @@ void Run(const Options& options) {
     }
   };
   const ElfFile elf = read(options.elf, ReadElf);
-  const Bytes image = MakeImage(elf, read(options.resources, ReadResources), options.machine,
-                                options.program ? Kind::Program : Kind::Library);
-  output.Stream().write(reinterpret_cast<const char*>(image.data()),
-                        static_cast<std::streamsize>(image.size()));
-  output.Commit();
+  std::vector<std::pair<std::string, Bytes>> contents = {
+      {options.output, MakeImage(elf, read(options.resources, ReadResources), options.machine,
+                                 options.program ? Kind::Program : Kind::Library)}};
+  if (options.import_library) {
+    contents.emplace_back(*options.import_library,
+                          MakeImportLibrary(FindExports(elf), options.machine));
+  }
+  if (options.definition) {
+    const std::string text = MakeDefinition(FindExports(elf));
+    contents.emplace_back(*options.definition, Bytes(text.begin(), text.end()));
+  }
+  Write(contents, {options.elf, options.resources});
 }
 
 }  // namespace
@@ -64,6 +94,10 @@ int Main(int argc, const char* const* argv) {
   app.add_option("elf", options.elf, "Linked with --emit-relocs")->required();
   app.add_option("-r,--resource", options.resources, "Compiled resource file (.res)")->required();
   app.add_option("-o,--output", options.output, "The image to write")->required();
+  app.add_option("-i,--import-library", options.import_library,
+                 "The import library to write, for hosts that are linked with the image (.lib)");
+  app.add_option("-d,--definition", options.definition,
+                 "The same as a text to write, for linkers that make their own (.def)");
   app.add_option("-m,--machine", options.machine, "What the image calls its processor")
       ->transform(CLI::CheckedTransformer(
           std::map<std::string, std::uint16_t>{{"arm", kMachineArm}, {"thumb", kMachineThumb}}));

@@ -36,13 +36,14 @@ std::string NameAt(const Image& image, std::uint32_t offset, const std::string& 
 
 }  // namespace
 
-void CheckExports(const Image& image, const Directory& exports) {
+Exports ReadExports(const Image& image, const Directory& exports) {
   const ByteView table = ImageBytes(image, exports.offset, 40);
   const std::uint32_t functions = Get32(table, 20);
   const std::uint32_t count = Get32(table, 24);
   const std::uint32_t addresses = Get32(table, 28);
   const std::uint32_t names = Get32(table, 32);
   const std::uint32_t ordinals = Get32(table, 36);
+  Exports result = {NameAt(image, Get32(table, 12), "The library", kMostDllName), {}};
   std::string before;
   for (std::uint32_t i = 0; i < count; ++i) {
     const std::string name =
@@ -50,6 +51,7 @@ void CheckExports(const Image& image, const Directory& exports) {
     // The system looks an export up by halving: an unsorted table would hide some of them.
     if (name <= before) throw Refusal("Export " + name + " is not in the order of the names.");
     before = name;
+    result.names.push_back(name);
     const std::uint32_t number = Get16(ImageBytes(image, ordinals + i * 2, 2), 0);
     if (number >= functions) throw Refusal("Export " + name + " has no function.");
     const std::uint32_t function = WordAt(image, addresses + number * 4);
@@ -59,6 +61,7 @@ void CheckExports(const Image& image, const Directory& exports) {
     }
     ImageBytes(image, function, 4);
   }
+  return result;
 }
 
 void CheckImports(const Image& image, const Directory& imports, const Directory& addresses) {

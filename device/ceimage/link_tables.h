@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "device/ceimage/image_sections.h"
 
@@ -13,8 +15,14 @@ struct Directory {
   std::uint32_t size = 0;
 };
 
+// What others find in the image.
+struct Exports {
+  std::string file;  // as the image calls itself
+  std::vector<std::string> names;
+};
+
 // Refuse what the system's loader would not take, or would take for something else.
-void CheckExports(const Image& image, const Directory& exports);
+Exports ReadExports(const Image& image, const Directory& exports);
 // The addresses that it fills in are all in `addresses`.
 void CheckImports(const Image& image, const Directory& imports, const Directory& addresses);
 

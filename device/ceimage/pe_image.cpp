@@ -62,7 +62,7 @@ Directories FillImage(Image& image, const ElfFile& elf, const std::vector<Resour
   directories[kExceptions] = WholeSection(image, ".pdata");
   directories[kRelocations] = WholeSection(image, ".reloc");
   directories[kImportAddresses] = BetweenSymbols(elf, image, "import_addresses");
-  if (library) CheckExports(image, directories[kExports]);
+  if (library) ReadExports(image, directories[kExports]);
   CheckImports(image, directories[kImports], directories[kImportAddresses]);
   return directories;
 }
@@ -154,6 +154,11 @@ void AppendSectionHeaders(Bytes& bytes, const Image& image, std::uint32_t header
 }
 
 }  // namespace
+
+Exports FindExports(const ElfFile& elf) {
+  const Image image = PlaceSections(elf);
+  return ReadExports(image, BetweenSymbols(elf, image, "export_directory"));
+}
 
 Bytes EncodeFixups(const std::vector<std::uint32_t>& offsets) {
   constexpr std::uint32_t kWholeWord = 3u << 12;

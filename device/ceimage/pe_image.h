@@ -6,6 +6,7 @@
 
 #include "device/ceimage/bytes.h"
 #include "device/ceimage/elf_file.h"
+#include "device/ceimage/link_tables.h"
 #include "device/ceimage/resources.h"
 
 namespace ceimage {
@@ -22,6 +23,9 @@ enum class Kind : std::uint8_t {
 
 Bytes MakeImage(const ElfFile& elf, const std::vector<Resource>& resources, std::uint16_t machine,
                 Kind kind = Kind::Library);
+
+// What programs find in the image.
+Exports FindExports(const ElfFile& elf);
 
 // The base relocations for words at these offsets, which are in order.
 Bytes EncodeFixups(const std::vector<std::uint32_t>& offsets);

@@ -12,6 +12,8 @@
 #include <iterator>
 #include <sstream>
 
+#include "device/ceimage/import_library.h"
+#include "device/ceimage/pe_image.h"
 #include "device/emulator/pe_image.h"
 #include "files/exit_status.h"
 #include "tests/device/ceimage/elf_builder.h"
@@ -96,6 +98,16 @@ TEST_F(CeimageCommandLine, MakesAnImageThatTheLoaderTakes) {
   EXPECT_EQ(emulator::PeImage::Parse(Read("OLD")).Exports().size(), 2u);
 }
 
+TEST_F(CeimageCommandLine, WritesWhatHostsAreLinkedWithBesideTheImage) {
+  EXPECT_EQ(Run({"ELF", "-r", "RES", "-o", "NEW", "-m", "thumb", "-i", "LIB", "-d", "DEF"}),
+            files::kExitDone)
+      << err_.str();
+  const Exports exports = {"dll", {"one", "two"}};
+  EXPECT_EQ(Read("LIB"), MakeImportLibrary(exports, kMachineThumb));
+  const Bytes definition = Read("DEF");
+  EXPECT_EQ(std::string(definition.begin(), definition.end()), MakeDefinition(exports));
+}
+
 TEST_F(CeimageCommandLine, TellsItsExitStatusesInItsHelp) {
   EXPECT_EQ(Run({"--help"}), files::kExitDone);
   EXPECT_THAT(out_.str(), HasSubstr("Exit status: 0 done, 2 "));
@@ -139,6 +151,26 @@ const CommandLine kLines[] = {
     {"OutputOverTheInput", {"ELF", "-r", "RES", "-o", "ELF"}, kWrong, "cannot write"},
     {"OutputOverTheInputByALink", {"ELF", "-r", "RES", "-o", "LINK"}, kWrong, "the same file"},
     {"OutputOverTheResources", {"ELF", "-r", "RES", "-o", "RES"}, kWrong, "cannot write"},
+    {"ImportLibraryOverTheInput",
+     {"ELF", "-r", "RES", "-o", "OLD", "-i", "ELF"},
+     kWrong,
+     "cannot write"},
+    {"ImportLibraryOverTheImage",
+     {"ELF", "-r", "RES", "-o", "OLD", "-i", "OLD"},
+     kWrong,
+     "cannot write"},
+    {"DefinitionOverTheImportLibrary",
+     {"ELF", "-r", "RES", "-o", "NEW", "-i", "OLD", "-d", "OLD"},
+     kWrong,
+     "cannot write"},
+    {"EmptyImportLibrary",
+     {"ELF", "-r", "RES", "-o", "NEW", "-i", ""},
+     kWrong,
+     "name of a file to write"},
+    {"DefinitionOnAFullDisk",
+     {"ELF", "-r", "RES", "-o", "NEW", "-d", "/dev/full"},
+     kWrong,
+     "No space left on device"},
     {"OutputInNoFolder", {"ELF", "-r", "RES", "-o", "NO/image"}, kWrong, "No such file"},
     {"OutputIntoAFolder", {"ELF", "-r", "RES", "-o", "/"}, kWrong, "it is a folder"},
     {"FullDisk", {"ELF", "-r", "RES", "-o", "/dev/full"}, kWrong, "No space left on device"},

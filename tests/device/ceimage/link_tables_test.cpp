@@ -138,6 +138,11 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Exports, BrokenTables,
     ::testing::Values(
+        Broken{"NoLibraryName",
+               [](ElfBuilder& e) {
+                 Put32(e.Get(".tables").content, kExports + 12, kTablesOffset + 12 + 3);
+               },
+               "The library has no name"},
         Broken{"NoName", [](ElfBuilder& e) { NameSecondExport(e, ""); }, "Export 1 has no name"},
         Broken{"NameTooLong", [](ElfBuilder& e) { NameSecondExport(e, std::string(256, 'z')); },
                "more than 255 characters"},
