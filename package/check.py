@@ -76,6 +76,14 @@ def check_library(path, machine, subsystem, motion, version, banner):
     return pe
 
 
+def check_program(path, machine, version):
+    pe = read_image(path, machine, CE)
+    expect(f"{path}: a program, not a library", False, pe.is_dll())
+    expect(f"{path}: exports", False, hasattr(pe, "DIRECTORY_ENTRY_EXPORT"))
+    expect(f"{path}: what it needs", {"coredll.dll"}, {file for file, _ in imports_of(pe)})
+    expect(f"{path}: version", version, version_of(pe))
+
+
 def check_device(folder, version, banner):
     images = {}
     for name, machine in (("arm", ARM), ("thumb", THUMB)):
@@ -85,6 +93,7 @@ def check_device(folder, version, banner):
         expect(f"{path}: what it needs", {"coredll.dll", "ceddk.dll", "extrtcnvramctl.dll"}, files)
         definition = (path.parent / "VexoCtrlSDK.def").read_text().split()
         expect(f"{path}: its .def", ["LIBRARY", "VexoCtrlSDK.DLL", "EXPORTS"] + exports_of(pe), definition)
+        check_program(path.parent / "VexoCheck.exe", machine, version)
         # The map is this image's: it has each exported function where the image has it.
         linker_map = (path.parent / "VexoCtrlSDK.map").read_text()
         for symbol in pe.DIRECTORY_ENTRY_EXPORT.symbols:
@@ -114,6 +123,17 @@ def check_kit(folder, processor, version, banner):
                 expect(f"{processor}: {file} exports {name}", True, name in exports[file])
             else:
                 expect(f"{processor}: a file of Windows", True, file in SYSTEM or (file, "is not one"))
+
+
+def check_plans(folder):
+    boards = {"4": "chips 1", "8": "chips 2", "16": "chips 4"}
+    for path in sorted(folder.glob("device/plans/*/VexoCheck.plan")):
+        channels, cameras = path.parent.name.split("-")
+        lines = path.read_text(encoding="ascii").splitlines()
+        expect(f"{path}: begin and end", ["vexoplan 1", "end"], [lines[0], lines[-1]])
+        expect(f"{path}: its chips", f'board "board {boards[channels]}"', lines[1])
+        # NTSC is what a board has unless something else is said.
+        expect(f"{path}: its cameras", cameras == "pal", 'board "camera all pal"' in lines)
 
 
 # ---- Pages -----------------------------------------------------------------------------------------
@@ -173,6 +193,7 @@ def main():
     check_device(folder, version, banner)
     for processor in ("x86_64", "i686"):
         check_kit(folder, processor, version, banner)
+    check_plans(folder)
     pages = check_pages(folder)
     for text in wrong:
         print(text)

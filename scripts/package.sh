@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Makes the package, VexoCtrlSDK-VERSION.zip, in the folder out/: the library for the device in both
-# machine numbers, the desk kits, headers, samples, documents, and the source of all.
+# machine numbers, the check for the board with its plans, the desk kits, headers,
+# samples, documents, and the source of all.
 #
 #   scripts/package.sh [FOLDER]   another folder than out/
 #
@@ -31,6 +32,7 @@ find "$root"/build/device* "$root"/build/windows-* -name 'lifecycle.cpp.*' -dele
 "$root/device/build.sh" arm >&2
 "$root/device/build.sh" thumb >&2
 "$root/windows/build.sh" >&2
+"$root/scripts/build.sh" gcc vexosim >&2
 
 # ---- It is laid out -------------------------------------------------------------------------------
 
@@ -60,10 +62,19 @@ sources() {
 for machine in arm thumb; do
   build="$root/build/device"
   [[ "$machine" == arm ]] || build+="-$machine"
-  put "device/$machine" "$build"/VexoCtrlSDK.{DLL,lib,def}
+  put "device/$machine" "$build"/VexoCtrlSDK.{DLL,lib,def} "$build/VexoCheck.exe"
   # The linker calls objects by where they were built.
-  sed "s|$root/|/|g" "$build/VexoCtrlSDK.map" >"$top/device/$machine/VexoCtrlSDK.map"
+  for map in VexoCtrlSDK.map VexoCheck.map; do
+    sed "s|$root/|/|g" "$build/$map" >"$top/device/$machine/$map"
+  done
 done
+put device/plans "$root/package/first_day.vexo"
+while IFS= read -r board; do
+  mkdir "$top/device/plans/$board"
+  # Named as the plan is to name it.
+  (cd "$root/package" && "$root/build/gcc/vexosim" plan --variant "$board" first_day.vexo \
+    --output "$top/device/plans/$board/VexoCheck.plan")
+done < <(sed -n 's/^variants //p' "$root/package/first_day.vexo" | tr ' ' '\n')
 for processor in x86_64 i686; do
   build="$root/build/windows-$processor"
   put "windows/$processor" "$build"/kit/{VexoCtrlSDK,CEDDK,ExtRtcNVramCtl}.dll \
