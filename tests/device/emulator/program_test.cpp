@@ -104,6 +104,27 @@ TEST_F(ProgramTest, EndsItselfAtOnceAndCallsNoEntry) {
   EXPECT_THAT(Said(), ElementsAre("B attach"));
 }
 
+TEST_F(ProgramTest, ClosesWhatAProcessHasOpenAndEndsItsThreadsWithIt) {
+  ToyProgram program;
+  const std::uint32_t name = program.Text(u"a name");
+  const std::uint32_t thread = ToyImage::kCode + 0x800;
+  program.Begin();
+  program.Call("CreateEventW", {Number(0), Number(1), Number(0), AddressOf(name)});
+  program.Call("CreateMutexW", {Number(0), Number(0), Number(0)});
+  program.Call("CreateThread",
+               {Number(0), Number(0), AddressOf(thread), Number(0), Number(0), Number(0)});
+  program.Call("Sleep", {Number(10)});
+  program.Return(Number(0));
+  program.Image().code.resize(0x800 / 4);
+  program.Begin();
+  program.Call("Sleep", {Number(0xFFFFFFFF)});
+  program.Return(Number(0));
+  Put("A.exe", program);
+  EXPECT_EQ(Run(), 0u);
+  EXPECT_EQ(sim::TheWorld().kernel.OpenHandles(), 0u);
+  EXPECT_EQ(sim::TheWorld().kernel.LiveThreads(), 0u);
+}
+
 TEST_F(ProgramTest, TellsLibrariesOfThreadsUnlessTheyTurnThatOff) {
   const auto run = [this](bool off) {
     ToyProgram program;
