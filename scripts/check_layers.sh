@@ -60,7 +60,8 @@ tools/vexosim/demo:     +tools/vexosim/listing
 tools/vexosim/traces:   +tools/vexosim/listing sim/register_decoder
 tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/traces
 tools/vexosim/plan:     +tools/vexosim/listing device/plan tools/vexosim/traces/build_time.h
-tools/vexosim/commands: +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/plan +tools/vexosim/traces desk/bench desk/console desk/port
+tools/vexosim/card_run: +tools/vexosim/listing +device/emulator
+tools/vexosim/commands: +tools/vexosim/card_run +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/plan +tools/vexosim/traces desk/bench desk/console desk/port
 tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files
 windows/kit:            +script +harness files include sim/picture desk/console desk/port

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "device/emulator/machine.h"
+#include "device/emulator/process.h"
 #include "sim/text.h"
 #include "sim/world.h"
 
@@ -23,10 +23,20 @@ constexpr std::array<int, 8> kSavedRegisters = {UC_ARM_REG_R4,  UC_ARM_REG_R5, U
                                                 UC_ARM_REG_R7,  UC_ARM_REG_R8, UC_ARM_REG_R9,
                                                 UC_ARM_REG_R10, UC_ARM_REG_R11};
 
+// All that a call may change and its caller may need again.
+constexpr std::array<int, 15> kContext = {
+    UC_ARM_REG_R0,  UC_ARM_REG_R1,  UC_ARM_REG_R2,  UC_ARM_REG_R3, UC_ARM_REG_R4,
+    UC_ARM_REG_R5,  UC_ARM_REG_R6,  UC_ARM_REG_R7,  UC_ARM_REG_R8, UC_ARM_REG_R9,
+    UC_ARM_REG_R10, UC_ARM_REG_R11, UC_ARM_REG_R12, UC_ARM_REG_SP, UC_ARM_REG_LR};
+
 void Check(uc_err error, const char* what) {
   if (error != UC_ERR_OK) {
     throw std::runtime_error(std::string("the ARM engine: ") + what + ": " + uc_strerror(error));
   }
+}
+
+std::uint32_t WholePages(std::uint32_t bytes) {
+  return (bytes + kGuestPage - 1) / kGuestPage * kGuestPage;
 }
 
 const char* Verb(uc_mem_type type) {
@@ -46,8 +56,8 @@ const char* Verb(uc_mem_type type) {
 
 }  // namespace
 
-Cpu::Cpu(Machine& machine, unsigned number)
-    : machine_(machine),
+Cpu::Cpu(Process& process, unsigned number)
+    : process_(process),
       number_(number),
       stack_pages_(kStackBytes),
       caller_pages_(kCallerBytes),
@@ -55,8 +65,8 @@ Cpu::Cpu(Machine& machine, unsigned number)
       stack_{kStackAddress + number * kAreaStep, kEntryStack, stack_pages_.Data(), true},
       callers_stack_{stack_.address + kEntryStack, kStackBytes - kEntryStack,
                      stack_.host + kEntryStack, false},
-      thread_id_{kThreadIdAddress, 4, user_data_pages_.Data() + kThreadIdAddress - kUserDataAddress,
-                 false},
+      identifiers_{kThreadIdAddress, 8,
+                   user_data_pages_.Data() + kThreadIdAddress - kUserDataAddress, false},
       caller_address_(kCallerAddress + number * kAreaStep),
       lowest_stack_(stack_.address + kEntryStack) {
   Check(uc_open(UC_ARCH_ARM, UC_MODE_ARM, &engine_), "opening");
@@ -68,20 +78,13 @@ Cpu::Cpu(Machine& machine, unsigned number)
   };
   map(stack_.address, stack_pages_, UC_PROT_READ | UC_PROT_WRITE);
   map(caller_address_, caller_pages_, UC_PROT_READ | UC_PROT_WRITE);
-  map(kHeapAddress, machine.Heap().Pages(), UC_PROT_READ | UC_PROT_WRITE);
+  map(kHeapAddress, process.Heap().Pages(), UC_PROT_READ | UC_PROT_WRITE);
   map(kUserDataAddress, user_data_pages_, UC_PROT_READ);
-  map(kTrapAddress, machine.Traps(), UC_PROT_READ | UC_PROT_EXEC);
-  for (const MappedSection& section : machine.Sections()) {
-    const std::uint32_t pages = (section.extent.bytes + kGuestPage - 1) / kGuestPage * kGuestPage;
-    std::uint32_t rights = UC_PROT_READ;
-    if (section.extent.writable) rights |= UC_PROT_WRITE;
-    if (section.executable) rights |= UC_PROT_EXEC;
-    Check(uc_mem_map_ptr(engine_, section.extent.address, pages, rights, section.extent.host),
-          "mapping a section");
-  }
+  map(kTrapAddress, process.Traps(), UC_PROT_READ | UC_PROT_EXEC);
+  for (const MappedSection& section : process.Sections()) Map(section);
   for (unsigned page = 0; page < ports_.size(); ++page) {
     ports_[page] = {this, page};
-    MapPort(Machine::PortAddress(page), ports_[page]);
+    MapPort(Process::PortAddress(page), ports_[page]);
   }
 
   const auto hook = [this](int kind, auto function) {
@@ -97,6 +100,23 @@ Cpu::Cpu(Machine& machine, unsigned number)
   SetRegister(UC_ARM_REG_CPSR, kUserMode);
 }
 
+void Cpu::Map(const MappedSection& section) {
+  std::uint32_t rights = UC_PROT_READ;
+  if (section.extent.writable) rights |= UC_PROT_WRITE;
+  if (section.executable) rights |= UC_PROT_EXEC;
+  Check(uc_mem_map_ptr(engine_, section.extent.address, WholePages(section.extent.bytes), rights,
+                       section.extent.host),
+        "mapping a section");
+}
+
+void Cpu::Unmap(const MappedSection& section) {
+  const std::uint32_t bytes = WholePages(section.extent.bytes);
+  // What it translated of the code stays otherwise, for another image at this address.
+  Check(uc_ctl_remove_cache(engine_, section.extent.address, section.extent.address + bytes),
+        "forgetting code");
+  Check(uc_mem_unmap(engine_, section.extent.address, bytes), "unmapping a section");
+}
+
 void Cpu::MapPort(std::uint32_t address, Port& port) {
   Check(uc_mmio_map(engine_, address, kGuestPage, OnBusLoad, &port, OnBusStore, &port),
         "mapping a bus window");
@@ -105,13 +125,34 @@ void Cpu::MapPort(std::uint32_t address, Port& port) {
 // ---- Calls ------------------------------------------------------------------------------------
 
 std::uint32_t Cpu::Call(std::uint32_t address, std::span<const std::uint32_t> arguments) {
-  fault_.reset();
-  thrown_ = nullptr;
-  const std::uint32_t thread = Plat_CurrentThreadId();
-  std::memcpy(thread_id_.host, &thread, sizeof(thread));
+  if (depth_ == 0) {
+    fault_.reset();
+    thrown_ = nullptr;
+    const std::array<std::uint32_t, 2> identifiers = {Plat_CurrentThreadId(), process_.Id()};
+    std::memcpy(identifiers_.host, identifiers.data(), sizeof(identifiers));
+  }
+  // What the call leaves is the caller's, whose own call of the system is not over.
+  std::array<std::uint32_t, kContext.size()> context{};
+  for (std::size_t i = 0; i < kContext.size(); ++i) context[i] = Register(kContext[i]);
+  const std::uint32_t top = depth_ == 0 ? stack_.address + kEntryStack : Register(UC_ARM_REG_SP);
+  struct Level {
+    explicit Level(unsigned& level_depth) : depth(level_depth) { ++depth; }
+    ~Level() { --depth; }
+    Level(const Level&) = delete;
+    Level& operator=(const Level&) = delete;
+    unsigned& depth;
+  };
+  const Level level(depth_);
+  const std::uint32_t result = Run(address, arguments, top);
+  for (std::size_t i = 0; i < kContext.size(); ++i) SetRegister(kContext[i], context[i]);
+  return result;
+}
+
+std::uint32_t Cpu::Run(std::uint32_t address, std::span<const std::uint32_t> arguments,
+                       std::uint32_t stack_top) {
   const auto on_stack = static_cast<std::uint32_t>(
       arguments.size() > kRegisterArguments ? arguments.size() - kRegisterArguments : 0);
-  const std::uint32_t stack = stack_.address + kEntryStack - 4 * on_stack;
+  const std::uint32_t stack = stack_top - 4 * on_stack;
   for (unsigned i = 0; i < on_stack; ++i) {
     WriteWord(stack + 4 * i, arguments[kRegisterArguments + i]);
   }
@@ -121,17 +162,17 @@ std::uint32_t Cpu::Call(std::uint32_t address, std::span<const std::uint32_t> ar
   for (unsigned i = 0; i < kSavedRegisters.size(); ++i) SetRegister(kSavedRegisters[i], kJunk + i);
   SetRegister(UC_ARM_REG_R12, kJunk);
   SetRegister(UC_ARM_REG_SP, stack);
-  SetRegister(UC_ARM_REG_LR, Machine::TrapAddress(kReturnTrap));
+  SetRegister(UC_ARM_REG_LR, Process::TrapAddress(kReturnTrap));
 
   for (RunUntilTrap(address); *trap_ != kReturnTrap;) {
     const unsigned trap = *trap_;
-    const std::uint32_t result = machine_.Answer(trap, *this);
+    const std::uint32_t result = process_.Answer(trap, *this);
     // A call may leave anything in these.
     for (const int id : {UC_ARM_REG_R1, UC_ARM_REG_R2, UC_ARM_REG_R3, UC_ARM_REG_R12}) {
       SetRegister(id, kJunk);
     }
     SetRegister(UC_ARM_REG_R0, result);
-    RunUntilTrap(Machine::TrapAddress(trap) + 4);
+    RunUntilTrap(Process::TrapAddress(trap) + 4);
   }
   for (unsigned i = 0; i < kSavedRegisters.size(); ++i) {
     if (Register(kSavedRegisters[i]) != kJunk + i) {
@@ -145,7 +186,7 @@ std::uint32_t Cpu::Call(std::uint32_t address, std::span<const std::uint32_t> ar
 void Cpu::RunUntilTrap(std::uint32_t address) {
   trap_.reset();
   began_ = instructions_;
-  next_look_ = began_ + std::min(kInstructionsToWatch, machine_.InstructionLimit());
+  next_look_ = began_ + std::min(kInstructionsToWatch, process_.InstructionLimit());
   const uc_err error = uc_emu_start(engine_, address, kNowhere, 0, 0);
   if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
   if (fault_) Fault(*fault_);
@@ -189,14 +230,14 @@ std::uint32_t Cpu::Argument(unsigned index) {
 
 const Extent* Cpu::Find(std::uint32_t address) const {
   if (stack_.Holds(address, 1)) return &stack_;
-  for (const MappedSection& section : machine_.Sections()) {
+  for (const MappedSection& section : process_.Sections()) {
     if (section.extent.Holds(address, 1)) return &section.extent;
   }
   for (unsigned i = 0; i < loan_count_; ++i) {
     if (loans_[i].Holds(address, 1)) return &loans_[i];
   }
-  if (thread_id_.Holds(address, 1)) return &thread_id_;
-  return machine_.Heap().Find(address);
+  if (identifiers_.Holds(address, 1)) return &identifiers_;
+  return process_.Heap().Find(address);
 }
 
 const std::uint8_t* Cpu::Read(std::uint32_t address, std::uint32_t bytes) const {
@@ -266,7 +307,7 @@ void Cpu::MayGoOn() {
   next_look_ = instructions_ + kInstructionsToWatch;
   if (fault_ || thrown_) return;
   const std::uint64_t ran = instructions_ - began_;
-  if (ran >= machine_.InstructionLimit()) {
+  if (ran >= process_.InstructionLimit()) {
     Note("ran " + std::to_string(ran) + " instructions without an end, and called no system");
     return;
   }
@@ -281,7 +322,7 @@ void Cpu::MayGoOn() {
 void Cpu::OnInterrupt(uc_engine* engine, std::uint32_t number, void* self) {
   Cpu& cpu = *static_cast<Cpu*>(self);
   const std::uint32_t offset = cpu.Register(UC_ARM_REG_PC) - kTrapAddress;
-  if (number == kSoftwareInterrupt && offset < cpu.machine_.Traps().Bytes()) {
+  if (number == kSoftwareInterrupt && offset < cpu.process_.Traps().Bytes()) {
     cpu.trap_ = offset / kTrapBytes;
     uc_emu_stop(engine);
   } else {
@@ -303,7 +344,7 @@ void Cpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes) {
   if (stack_.Holds(address, bytes)) {
     if (address < lowest_stack_) {
       lowest_stack_ = address;
-      if (DeepestStack() > machine_.StackLimit()) {
+      if (DeepestStack() > process_.StackLimit()) {
         Note("the stack is " + std::to_string(DeepestStack()) + " bytes deep");
       }
     }
@@ -313,7 +354,7 @@ void Cpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes) {
     Note(std::string(write ? "a store to" : "a load from") + " the caller's stack");
     return;
   }
-  if (Machine::PortAt(address)) return;  // has its own checks
+  if (Process::PortAt(address)) return;  // has its own checks
   const Extent* extent = Find(address);
   if (extent == nullptr || !extent->Holds(address, bytes)) {
     Note(std::string(write ? "a store to " : "a load from ") + sim::Hex(address, 8) +
@@ -321,7 +362,7 @@ void Cpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes) {
   } else if (write && !extent->writable) {
     Note("a store to " + sim::Hex(address, 8) + ", which is read-only");
   } else if (!write) {
-    machine_.NoteLoad(address);
+    process_.NoteLoad(address);
   }
 }
 
@@ -348,7 +389,7 @@ std::uint64_t Cpu::OnBusLoad(uc_engine* engine, std::uint64_t offset, unsigned b
   const Port& at = *static_cast<Port*>(port);
   if (at.cpu->PortRefuses(offset, bytes, "a load of ")) return 0xFF;
   try {
-    return Machine::LoadByte(at.page);
+    return at.cpu->process_.LoadByte(at.page);
   } catch (...) {
     at.cpu->thrown_ = std::current_exception();
     uc_emu_stop(engine);
@@ -361,7 +402,7 @@ void Cpu::OnBusStore(uc_engine* engine, std::uint64_t offset, unsigned bytes, st
   const Port& at = *static_cast<Port*>(port);
   if (at.cpu->PortRefuses(offset, bytes, "a store of ")) return;
   try {
-    Machine::StoreByte(at.page, static_cast<std::uint8_t>(value));
+    at.cpu->process_.StoreByte(at.page, static_cast<std::uint8_t>(value));
   } catch (...) {
     at.cpu->thrown_ = std::current_exception();
     uc_emu_stop(engine);
@@ -376,13 +417,13 @@ void Cpu::Note(const std::string& fault) {
 // ---- Faults -----------------------------------------------------------------------------------
 
 std::string Cpu::Place() const {
-  return " (in the block at " + machine_.Place(block_) + ", called from " +
-         machine_.Place(Register(UC_ARM_REG_LR)) + ')';
+  return " (in the block at " + process_.Place(block_) + ", called from " +
+         process_.Place(Register(UC_ARM_REG_LR)) + ')';
 }
 
 void Cpu::Fault(const std::string& what) const {
   const std::string text = what + Place();
-  machine_.Remember(text);
+  process_.Remember(text);
   throw harness::ImageFault(text);
 }
 

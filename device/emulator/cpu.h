@@ -19,17 +19,19 @@
 
 namespace emulator {
 
-class Machine;
+class Process;
+struct MappedSection;
 
 class Cpu {
  public:
   // Which stack and caller's area it has.
-  Cpu(Machine& machine, unsigned number);
+  Cpu(Process& process, unsigned number);
   Cpu(const Cpu&) = delete;
   Cpu& operator=(const Cpu&) = delete;
 
   // Calls a function as the system does, and returns its result. Throws ImageFault for anything
-  // that must not happen, and whatever the platform throws.
+  // that must not happen, and whatever the platform throws. What answers a call of the system may
+  // call back: that runs on the caller's stack, below it.
   std::uint32_t Call(std::uint32_t address, std::span<const std::uint32_t> arguments);
 
   // ---- What the caller lends for the next call ----------------------------------------------
@@ -58,8 +60,13 @@ class Cpu {
   std::u16string WideText(std::uint32_t address, std::size_t most = ~std::size_t{0}) const;
 
   [[noreturn]] void Fault(const std::string& what) const;
-  Machine& Owner() const { return machine_; }
+  Process& Owner() const { return process_; }
   unsigned Number() const { return number_; }
+
+  // An image comes into the process's memory, or goes out of it.
+  void Map(const MappedSection& section);
+  void Unmap(const MappedSection& section);
+  const Extent& Stack() const { return stack_; }
 
   // ---- What it did so far -------------------------------------------------------------------
 
@@ -94,10 +101,12 @@ class Cpu {
   std::string Place() const;
   std::uint32_t Register(int id) const;
   void SetRegister(int id, std::uint32_t value);
+  std::uint32_t Run(std::uint32_t address, std::span<const std::uint32_t> arguments,
+                    std::uint32_t stack_top);
   void RunUntilTrap(std::uint32_t address);
   void MayGoOn();  // asked now and then while code runs; stops the engine when it may not
 
-  Machine& machine_;
+  Process& process_;
   unsigned number_;
   std::unique_ptr<uc_engine, CloseEngine> engine_holder_;
   uc_engine* engine_ = nullptr;
@@ -106,13 +115,14 @@ class Cpu {
   GuestPages user_data_pages_;
   Extent stack_;          // what a call may use, with its arguments on the stack
   Extent callers_stack_;  // above it
-  Extent thread_id_;
+  Extent identifiers_;    // of thread and process
   std::uint32_t caller_address_;
   std::array<Extent, 4> loans_{};
   unsigned loan_count_ = 0;
   std::uint32_t caller_used_ = 0;
   std::array<Port, 4> ports_{};
 
+  unsigned depth_ = 0;                // of calls that are under way
   std::optional<unsigned> trap_;      // where the engine stopped
   std::optional<std::string> fault_;  // why it was stopped
   std::exception_ptr thrown_;         // by the platform, inside of the engine

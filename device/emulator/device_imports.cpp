@@ -24,15 +24,15 @@ std::uint32_t MapIoSpace(Cpu& cpu) {
       Plat_MapBusWindow(cpu.Argument(0), cpu.Argument(2), (cpu.Argument(3) & 0xFF) != 0);
   if (window == nullptr) return 0;
   for (unsigned page = 0; page < sim::BusWindows::kCount; ++page) {
-    if (Machine::WindowAt(Machine::PortAddress(page)) == window) {
-      return Machine::PortAddress(page);
+    if (Process::WindowAt(Process::PortAddress(page)) == window) {
+      return Process::PortAddress(page);
     }
   }
   cpu.Fault("a bus window without a page");
 }
 
 std::uint32_t UnmapIoSpace(Cpu& cpu) {
-  Plat_UnmapBusWindow(Machine::WindowAt(cpu.Argument(0)), cpu.Argument(1));
+  Plat_UnmapBusWindow(Process::WindowAt(cpu.Argument(0)), cpu.Argument(1));
   return 0;
 }
 
@@ -62,6 +62,8 @@ std::uint32_t NvramWrite(Cpu& cpu) { return Transfer(cpu, Plat_NvramWrite, true)
 // ---- Stream drivers ---------------------------------------------------------------------------
 
 std::uint32_t CreateFile(Cpu& cpu) {
+  const std::string path = Narrow(cpu, cpu.Argument(0));
+  if (!path.ends_with(':')) return OpenCardFile(cpu, path);
   if (cpu.Argument(3) != 0 || cpu.Argument(5) != 0 || cpu.Argument(6) != 0) {
     cpu.Fault("a driver opened with security, attributes or a model");
   }
@@ -91,11 +93,12 @@ std::uint32_t ControlDriver(Cpu& cpu) {
 
 std::uint32_t LoadLibrary(Cpu& cpu) {
   constexpr std::uint32_t kDataAlone = 1;
-  if (cpu.Argument(1) != 0 || cpu.Argument(2) != kDataAlone) cpu.Fault("a module loaded to be run");
+  Expect(cpu, cpu.Argument(1) == 0 && cpu.Argument(2) == kDataAlone, "a module loaded to be run");
   return GuestHandle(cpu, Plat_LoadDataModule(cpu.WideText(cpu.Argument(0)).c_str()));
 }
 
 std::uint32_t FreeLibrary(Cpu& cpu) {
+  if (FreeProgramModule(cpu, cpu.Argument(0))) return 1;
   Plat_FreeModule(HostHandle(cpu.Argument(0)));
   return 1;
 }

@@ -8,7 +8,7 @@
 #include <span>
 #include <string>
 
-#include "device/emulator/machine.h"
+#include "device/emulator/process.h"
 #include "platform/platform.h"
 
 namespace emulator {
@@ -23,6 +23,26 @@ struct Import {
 std::span<const Import> KernelImports();
 std::span<const Import> DeviceImports();
 std::span<const Import> TextImports();
+// Of programs: a library alone that calls one is a fault.
+std::span<const Import> ModuleImports();
+std::span<const Import> FileImports();
+std::span<const Import> WindowImports();
+
+// A call fails with this error: 0.
+std::uint32_t Fail(std::uint32_t error);
+// A call of the guest with an argument that the emulated system cannot give a meaning.
+void Expect(const Cpu& cpu, bool met, const char* what);
+std::string Narrow(const Cpu& cpu, std::uint32_t address);  // a wide text, as UTF-8
+
+// What CreateFileW and CloseHandle do for files of the card.
+std::uint32_t OpenCardFile(Cpu& cpu, const std::string& path);
+bool CloseCardFile(const Cpu& cpu, std::uint32_t handle);
+
+// ---- What a library does too, when a program has loaded it
+// ---------------------------------------
+
+// False when no such module is the program's.
+bool FreeProgramModule(Cpu& cpu, std::uint32_t handle);
 
 // Handles of the platform are wider than the guest's; its two bad ones stay the bad ones.
 std::uint32_t GuestHandle(const Cpu& cpu, PlatHandle handle);

@@ -1,5 +1,8 @@
 // Kernel objects, threads, time, memory, window messages.
+#include <cstring>
+
 #include "device/emulator/imports.h"
+#include "device/emulator/program.h"
 #include "sim/kernel/message_records.h"
 #include "sim/text.h"
 #include "sim/world.h"
@@ -8,14 +11,12 @@ namespace emulator {
 namespace {
 
 constexpr const char* kCoreDll = "coredll.dll";
+constexpr std::uint32_t kErrorInvalidHandle = 6;
 constexpr std::uint32_t kErrorNotEnoughMemory = 8;
+constexpr std::uint32_t kThreadAttach = 2;
+constexpr std::uint32_t kThreadDetach = 3;
 
 sim::Kernel& Kernel() { return sim::TheWorld().kernel; }
-
-// A call of the guest with an argument that the library never has: its meaning would be lost.
-void Expect(const Cpu& cpu, bool met, const char* what) {
-  if (!met) cpu.Fault(std::string("a call with ") + what);
-}
 
 std::uint32_t CreateMutex(Cpu& cpu) {
   Expect(cpu, cpu.Argument(0) == 0 && cpu.Argument(1) == 0, "an owned or secured mutex");
@@ -43,6 +44,7 @@ std::uint32_t ReleaseMutex(Cpu& cpu) {
 // The system has one close for all; the platform tells drivers apart. A driver that could not be
 // opened is closed by its bad handle.
 std::uint32_t CloseHandle(Cpu& cpu) {
+  if (CloseCardFile(cpu, cpu.Argument(0))) return 1;
   const PlatHandle handle = HostHandle(cpu.Argument(0));
   const bool driver = handle == kPlatNoHandle || handle == kPlatInvalidHandle ||
                       cpu.Owner().drivers.contains(handle);
@@ -50,18 +52,23 @@ std::uint32_t CloseHandle(Cpu& cpu) {
 }
 
 std::uint32_t RunThread(void* argument) {
-  const auto start = *static_cast<const Machine::ThreadStart*>(argument);
+  const auto start = *static_cast<const Process::ThreadStart*>(argument);
   const std::uint32_t arguments[] = {start.argument};
-  return start.machine->Call(start.proc, arguments);
+  const Process::Lease cpu(*start.process);
+  Program* const program = start.process->AsProgram();
+  if (program != nullptr) program->Modules().TellThread(*cpu, kThreadAttach);
+  const std::uint32_t code = cpu->Call(start.proc, arguments);
+  if (program != nullptr) program->Modules().TellThread(*cpu, kThreadDetach);
+  return code;
 }
 
 std::uint32_t CreateThread(Cpu& cpu) {
   Expect(cpu, cpu.Argument(0) == 0 && cpu.Argument(1) == 0 && cpu.Argument(4) == 0,
          "a secured, suspended or sized thread");
-  Machine& machine = cpu.Owner();
-  machine.thread_starts.push_back({&machine, cpu.Argument(2), cpu.Argument(3)});
+  Process& process = cpu.Owner();
+  process.thread_starts.push_back({&process, cpu.Argument(2), cpu.Argument(3)});
   std::uint32_t id = 0;
-  const PlatHandle handle = Plat_CreateThread(RunThread, &machine.thread_starts.back(), &id);
+  const PlatHandle handle = Plat_CreateThread(RunThread, &process.thread_starts.back(), &id);
   if (cpu.Argument(5) != 0) cpu.WriteWord(cpu.Argument(5), id);
   return GuestHandle(cpu, handle);
 }
@@ -95,6 +102,11 @@ std::uint32_t SetLastError(Cpu& cpu) {
 }
 
 std::uint32_t DisableThreadLibraryCalls(Cpu& cpu) {
+  if (Program* const program = cpu.Owner().AsProgram()) {
+    Module* const module = program->Modules().Find(cpu.Argument(0));
+    if (module == nullptr || cpu.Argument(0) == 0) return Fail(kErrorInvalidHandle);
+    module->thread_calls = false;
+  }
   Plat_DisableThreadCalls(HostHandle(cpu.Argument(0)));
   return 1;
 }
@@ -102,7 +114,9 @@ std::uint32_t DisableThreadLibraryCalls(Cpu& cpu) {
 // ---- Memory -----------------------------------------------------------------------------------
 
 std::uint32_t LocalAlloc(Cpu& cpu) {
-  Expect(cpu, cpu.Argument(0) == 0, "memory that may move or is to be zeros");
+  constexpr std::uint32_t kZeros = 0x40;
+  const std::uint32_t flags = cpu.Argument(0);
+  Expect(cpu, (flags & ~kZeros) == 0, "memory that may move");
   const std::uint32_t bytes = cpu.Argument(1);
   void* memory = Plat_Allocate(bytes);
   if (memory == nullptr) return 0;
@@ -113,6 +127,7 @@ std::uint32_t LocalAlloc(Cpu& cpu) {
     return 0;
   }
   cpu.Owner().loans[address] = {memory, false};
+  if ((flags & kZeros) != 0 && bytes != 0) std::memset(cpu.Write(address, bytes), 0, bytes);
   return address;
 }
 
@@ -188,6 +203,19 @@ constexpr Import kImports[] = {
 };
 
 }  // namespace
+
+void Expect(const Cpu& cpu, bool met, const char* what) {
+  if (!met) cpu.Fault(std::string("a call with ") + what);
+}
+
+std::uint32_t Fail(std::uint32_t error) {
+  Kernel().SetLastError(error);
+  return 0;
+}
+
+std::string Narrow(const Cpu& cpu, std::uint32_t address) {
+  return sim::ToUtf8(cpu.WideText(address).c_str());
+}
 
 std::span<const Import> KernelImports() { return kImports; }
 

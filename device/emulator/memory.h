@@ -26,8 +26,8 @@ inline constexpr std::uint32_t kStackBytes = 0x00010000;  // the system's defaul
 inline constexpr std::uint32_t kAreaStep = 0x00100000;    // from one processor's to the next one's
 inline constexpr std::uint32_t kTrapAddress = 0x70000000;
 inline constexpr std::uint32_t kBusAddress = 0xA0000000;  // three pages, one a window
-// The page in which the kernel keeps what every process may know, and in it the word that is the
-// identifier of the running thread. All of it that the library may look at.
+// The page in which the kernel keeps what every process may know, and in it the words that are the
+// identifiers of the running thread and of its process. All of it that code may look at.
 inline constexpr std::uint32_t kUserDataAddress = 0xFFFFC000;
 inline constexpr std::uint32_t kThreadIdAddress = 0xFFFFC808;
 

@@ -27,12 +27,14 @@ constexpr std::size_t kMostImports = 0x1000;
 constexpr std::size_t kMostName = 255;
 constexpr std::size_t kMostDllName = 31;  // with its end, what the system has room for
 
+constexpr std::uint32_t kShared = 0x10000000;
 constexpr std::uint32_t kExecutable = 0x20000000;
 constexpr std::uint32_t kReadable = 0x40000000;
 constexpr std::uint32_t kWritable = 0x80000000;
 
 constexpr std::size_t kExportDirectory = 0;
 constexpr std::size_t kImportDirectory = 1;
+constexpr std::size_t kResourceDirectory = 2;
 constexpr std::size_t kFunctionDirectory = 3;
 constexpr std::size_t kRelocationDirectory = 5;
 
@@ -99,8 +101,8 @@ std::string ImageImport::InWords() const {
 
 class PeReader {
  public:
-  explicit PeReader(const std::vector<std::uint8_t>& file)
-      : bytes_(file), file_(file, "file"), memory_(image_.memory_, "image") {}
+  PeReader(const std::vector<std::uint8_t>& file, ImageKind kind)
+      : bytes_(file), kind_(kind), file_(file, "file"), memory_(image_.memory_, "image") {}
 
   PeImage Read() {
     ReadHeaders();
@@ -109,6 +111,7 @@ class PeReader {
     ReadImports(Find(kImportDirectory));
     ReadRelocations(Find(kRelocationDirectory));
     ReadFunctions(Find(kFunctionDirectory));
+    ReadVersion(Find(kResourceDirectory));
     return std::move(image_);
   }
 
@@ -127,8 +130,15 @@ class PeReader {
     section_count_ = file_.Half(coff + 2);
     const std::uint16_t optional_bytes = file_.Half(coff + 16);
     const std::uint16_t characteristics = file_.Half(coff + 18);
-    if ((characteristics & kDll) == 0) Refuse("no DLL");
-    if ((characteristics & kRelocationsStripped) != 0) Refuse("the relocations are stripped");
+    image_.machine_number_ = machine;
+    image_.relocatable_ = (characteristics & kRelocationsStripped) == 0;
+    const bool dll = (characteristics & kDll) != 0;
+    if (kind_ == ImageKind::Program) {
+      if (dll) Refuse("a DLL, and no program");
+    } else {
+      if (!dll) Refuse("no DLL");
+      if (!image_.relocatable_) Refuse("the relocations are stripped");
+    }
 
     optional_ = coff + 20;
     if (optional_bytes < 96 || file_.Half(optional_) != kMagicPe32) Refuse("not PE32");
@@ -166,6 +176,7 @@ class PeReader {
       const std::uint32_t flags = file_.Word(at + 36);
       section.writable = (flags & kWritable) != 0;
       section.executable = (flags & kExecutable) != 0;
+      section.shared = (flags & kShared) != 0;
       if ((flags & kReadable) == 0) Refuse("section " + section.name + " cannot be read");
       if (section.writable && section.executable) {
         Refuse("section " + section.name + " is writable and executable");
@@ -212,6 +223,12 @@ class PeReader {
     const std::uint32_t name_table = memory_.Word(directory.rva + 32);
     const std::uint32_t ordinals = memory_.Word(directory.rva + 36);
     memory_.Check(name_table, 0);
+    const std::uint32_t first_ordinal = memory_.Word(directory.rva + 16);
+    if (functions > kMostExports) Refuse(std::to_string(functions) + " exported functions");
+    for (std::uint32_t i = 0; i < functions; ++i) {
+      const std::uint32_t rva = memory_.Word(addresses + 4 * i);
+      if (rva != 0) image_.ordinals_[first_ordinal + i] = rva;
+    }
     if (names > kMostExports) Refuse(std::to_string(names) + " exported names");
     std::string last;
     for (std::uint32_t i = 0; i < names; ++i) {
@@ -306,7 +323,33 @@ class PeReader {
     image_.function_count_ = directory.bytes / kEntryBytes;
   }
 
+  // Type, name and language lead to the resource; of each the first that fits.
+  void ReadVersion(Directory directory) {
+    constexpr std::uint32_t kVersionType = 16;
+    constexpr std::uint32_t kFixedInfo = 0x28;
+    constexpr std::uint32_t kSignature = 0xFEEF04BD;
+    constexpr std::uint32_t kSubdirectory = 0x80000000;
+    std::uint32_t at = directory.rva;
+    for (unsigned level = 0; level < 3 && directory.bytes != 0; ++level) {
+      const std::uint32_t entries = memory_.Half(at + 12) + std::uint32_t{memory_.Half(at + 14)};
+      std::uint32_t found = 0;
+      for (std::uint32_t i = entries; i-- > 0;) {
+        const std::uint32_t entry = at + 16 + 8 * i;
+        if (level != 0 || memory_.Word(entry) == kVersionType) found = memory_.Word(entry + 4);
+      }
+      if (found == 0) return;
+      if (((found & kSubdirectory) != 0) != (level < 2)) Refuse("resources of a wrong depth");
+      at = directory.rva + (found & ~kSubdirectory);
+    }
+    if (directory.bytes == 0 || memory_.Word(at + 4) < kFixedInfo + 16) return;
+    const std::uint32_t info = memory_.Word(at) + kFixedInfo;
+    if (memory_.Word(info) != kSignature) return;
+    image_.version_ = {memory_.Half(info + 10), memory_.Half(info + 8), memory_.Half(info + 14),
+                       memory_.Half(info + 12)};
+  }
+
   const std::vector<std::uint8_t>& bytes_;
+  ImageKind kind_;
   PeImage image_;
   Data file_;
   Data memory_;
@@ -316,11 +359,13 @@ class PeReader {
   std::uint32_t directories_ = 0;
 };
 
-PeImage PeImage::Parse(const std::vector<std::uint8_t>& file) { return PeReader(file).Read(); }
+PeImage PeImage::Parse(const std::vector<std::uint8_t>& file, ImageKind kind) {
+  return PeReader(file, kind).Read();
+}
 
-PeImage PeImage::Load(const std::string& path) {
+PeImage PeImage::Load(const std::string& path, ImageKind kind) {
   try {
-    return Parse(files::ReadBytes(path, 2 * kMostBytes));
+    return Parse(files::ReadBytes(path, 2 * kMostBytes), kind);
   } catch (const files::FileError& error) {
     Refuse(error.what());
   } catch (const BadImage& error) {

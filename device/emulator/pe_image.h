@@ -1,6 +1,7 @@
 // The image: a PE32 file for Windows CE on ARM, read and checked.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -21,7 +22,10 @@ struct ImageSection {
   std::uint32_t bytes = 0;  // in memory
   bool writable = false;
   bool executable = false;
+  bool shared = false;  // one memory for all processes that load the image
 };
+
+enum class ImageKind : std::uint8_t { Library, Program };  // DLL, EXE
 
 // What a slot of an import address table is to be filled with.
 struct ImageImport {
@@ -36,8 +40,11 @@ struct ImageImport {
 class PeImage {
  public:
   // Throws BadImage.
-  static PeImage Parse(const std::vector<std::uint8_t>& file);
-  static PeImage Load(const std::string& path);
+  static PeImage Parse(const std::vector<std::uint8_t>& file, ImageKind kind = ImageKind::Library);
+  static PeImage Load(const std::string& path, ImageKind kind = ImageKind::Library);
+
+  std::uint16_t MachineNumber() const { return machine_number_; }  // 0x01C0 ARM, 0x01C2 Thumb
+  bool Relocatable() const { return relocatable_; }
 
   std::uint32_t PreferredBase() const { return preferred_base_; }
   // In memory, a multiple of the page size.
@@ -46,18 +53,25 @@ class PeImage {
   const std::vector<ImageSection>& Sections() const { return sections_; }
   const std::vector<ImageImport>& Imports() const { return imports_; }
   const std::map<std::string, std::uint32_t>& Exports() const { return exports_; }  // name to RVA
-  const std::vector<std::uint32_t>& Relocations() const { return relocations_; }    // RVAs of words
+  // Ordinal to RVA, of all exports.
+  const std::map<std::uint32_t, std::uint32_t>& ExportOrdinals() const { return ordinals_; }
+  const std::vector<std::uint32_t>& Relocations() const { return relocations_; }  // RVAs of words
 
   // The function table that the system unwinds by: its offset and its entries of two words, the
   // first the address of a function.
   std::uint32_t FunctionTableRva() const { return function_table_rva_; }
   std::uint32_t FunctionCount() const { return function_count_; }
 
+  // The file's version, none when it has no version resource.
+  const std::optional<std::array<std::uint16_t, 4>>& Version() const { return version_; }
+
   // The image as it stands in memory at `base`, imports unbound. `without` leaves one relocation
   // out, so that a test can tell whether it matters.
   std::vector<std::uint8_t> At(std::uint32_t base, std::optional<std::size_t> without = {}) const;
 
  private:
+  std::uint16_t machine_number_ = 0;
+  bool relocatable_ = true;
   std::uint32_t preferred_base_ = 0;
   std::uint32_t entry_rva_ = 0;
   std::uint32_t function_table_rva_ = 0;
@@ -66,6 +80,8 @@ class PeImage {
   std::vector<ImageSection> sections_;
   std::vector<ImageImport> imports_;
   std::map<std::string, std::uint32_t> exports_;
+  std::map<std::uint32_t, std::uint32_t> ordinals_;
+  std::optional<std::array<std::uint16_t, 4>> version_;
   std::vector<std::uint32_t> relocations_;
 
   friend class PeReader;

@@ -163,7 +163,8 @@ constexpr Import kImports[] = {
 std::span<const Import> TextImports() { return kImports; }
 
 ImportHandler FindImport(const ImageImport& import) {
-  for (const auto& imports : {KernelImports(), DeviceImports(), TextImports()}) {
+  for (const auto& imports : {KernelImports(), DeviceImports(), TextImports(), ModuleImports(),
+                              FileImports(), WindowImports()}) {
     for (const Import& known : imports) {
       const bool named = known.name != nullptr && import.name == known.name;
       const bool numbered =

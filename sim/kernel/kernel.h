@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -71,6 +72,15 @@ class Kernel {
   // The host thread pumps its messages while `ms` pass, and gives how many it handled. The windows
   // are the main host thread's: any other has none to pump and is idle.
   unsigned Pump(std::uint32_t ms);
+  // What a program's own loop takes: answers what was sent to the main host thread, in which this
+  // runs, and takes the first posted message, none when there is none. Its procedure is not called.
+  struct Message {
+    PlatWindow window;
+    std::uint32_t message;
+    std::uintptr_t wparam;
+    std::intptr_t lparam;
+  };
+  std::optional<Message> TakeMessage();
   // Like Pump with no messages handled: the host is busy elsewhere.
   void Idle(std::uint32_t ms);
 

@@ -151,12 +151,7 @@ struct PendingSend {
   bool ok = false;
 };
 
-struct PostedMessage {
-  PlatWindow window;
-  std::uint32_t message;
-  std::uintptr_t wparam;
-  std::intptr_t lparam;
-};
+using PostedMessage = Kernel::Message;
 
 // What threads that are not inside share with the kernel; all but the first two under the gate.
 struct Program {
@@ -243,6 +238,7 @@ struct Kernel::Impl {
   void Queue(PendingSend& send);
   void WakePump();
   unsigned PumpInProgram(std::uint32_t ms);
+  void Receive(const PostedMessage& message, bool posted);
   void Handle(const PostedMessage& message, bool posted);
   void Answer(PendingSend& send, bool ok);  // ends a sender's wait
   void TraceMessage(const Thread& sender, bool post, bool ok, const PostedMessage& message);

@@ -34,11 +34,15 @@ void Kernel::Impl::TraceMessage(const Thread& sender, bool post, bool ok,
   world.trace.Add(kernel.now_ms_, sender.by, std::move(event));
 }
 
-void Kernel::Impl::Handle(const PostedMessage& message, bool posted) {
+void Kernel::Impl::Receive(const PostedMessage& message, bool posted) {
   const bool number = MessageRecordBytes(message.message) == 0;
   world.windows.Receive({kernel.now_ms_, message.message,
                          number ? static_cast<std::uint32_t>(message.wparam) : 0,
                          TakeRecord(message.message, message.wparam), posted});
+}
+
+void Kernel::Impl::Handle(const PostedMessage& message, bool posted) {
+  Receive(message, posted);
   if (!world.windows.procedure) return;
   world.windows.procedure(message.window, message.message, message.wparam, message.lparam);
 }
@@ -139,6 +143,17 @@ unsigned Kernel::Pump(std::uint32_t ms) {
   }
   impl_->pumping = false;
   return handled;
+}
+
+std::optional<Kernel::Message> Kernel::TakeMessage() {
+  while (!impl_->sends.empty() && !impl_->world.windows.deaf) {
+    impl_->AnswerInProgram(*impl_->sends.front());
+  }
+  if (impl_->posts.empty()) return std::nullopt;
+  const Message message = impl_->posts.front();
+  impl_->posts.pop_front();
+  impl_->Receive(message, true);
+  return message;
 }
 
 bool Kernel::SendMessage(PlatWindow window, std::uint32_t message, std::uintptr_t wparam,

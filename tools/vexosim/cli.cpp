@@ -72,6 +72,7 @@ int Main(int argc, const char* const* argv) {
   AddShell(app, status);
   AddServe(app, status);
   AddCompare(app, status);
+  AddDevice(app, status);
   AddTrace(app, status);
   AddDiff(app, status);
   AddReplay(app, status);

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "device/emulator/machine.h"
 #include "sim/world.h"
 #include "tests/device/emulator/toy_image.h"
 

@@ -12,14 +12,15 @@ void PutText(std::vector<std::uint8_t>& bytes, std::size_t at, const std::string
   std::memcpy(&bytes[at], text.c_str(), text.size() + 1);
 }
 
-void PutHeaders(std::vector<std::uint8_t>& file, std::uint32_t code_bytes) {
+void PutHeaders(std::vector<std::uint8_t>& file, const ToyImage& toy) {
+  const auto code_bytes = static_cast<std::uint32_t>(4 * toy.code.size());
   PutHalf(file, 0, 0x5A4D);
   PutWord(file, 0x3C, ToyImage::kPe);
   PutWord(file, ToyImage::kPe, 0x00004550);
-  PutHalf(file, ToyImage::kCoff, 0x01C0);
+  PutHalf(file, ToyImage::kCoff, toy.machine);
   PutHalf(file, ToyImage::kCoff + 2, 4);             // sections
   PutHalf(file, ToyImage::kCoff + 16, 96 + 16 * 8);  // bytes of the optional header
-  PutHalf(file, ToyImage::kCoff + 18, 0x2002);       // executable, DLL
+  PutHalf(file, ToyImage::kCoff + 18, toy.program ? 0x0002 : 0x2002);  // executable, DLL
   PutHalf(file, ToyImage::kOptional, 0x010B);
   PutWord(file, ToyImage::kOptional + 16, ToyImage::kCode);  // entry point
   PutWord(file, ToyImage::kOptional + 28, ToyImage::kBase);
@@ -33,8 +34,9 @@ void PutHeaders(std::vector<std::uint8_t>& file, std::uint32_t code_bytes) {
     std::uint32_t bytes;
     std::uint32_t flags;
   };
+  const std::uint32_t data_flags = 0xC0000040 | (toy.shared_data ? 0x10000000 : 0);
   const std::array<Section, 4> sections = {{{".text", ToyImage::kCode, code_bytes, 0x60000020},
-                                            {".data", ToyImage::kData, kPage, 0xC0000040},
+                                            {".data", ToyImage::kData, kPage, data_flags},
                                             {".rdata", ToyImage::kTables, kPage, 0x40000040},
                                             {".reloc", ToyImage::kRelocations, kPage, 0x42000040}}};
   for (std::size_t i = 0; i < sections.size(); ++i) {
@@ -126,9 +128,13 @@ void PutWord(std::vector<std::uint8_t>& bytes, std::size_t at, std::uint32_t val
 
 std::vector<std::uint8_t> ToyImage::Bytes() const {
   std::vector<std::uint8_t> file(0x400 + 4 * kPage);
-  PutHeaders(file, static_cast<std::uint32_t>(4 * code.size()));
+  PutHeaders(file, *this);
   for (std::size_t i = 0; i < code.size(); ++i) PutWord(file, InFile(kCode) + 4 * i, code[i]);
   PutWord(file, InFile(kWord), word);
+  for (const auto& [rva, text] : texts) {
+    for (std::size_t i = 0; i <= text.size(); ++i)
+      PutHalf(file, InFile(rva) + 2 * i, text.c_str()[i]);
+  }
   PutImports(file, imports);
   PutExports(file, exports);
   PutRelocations(file, relocations);

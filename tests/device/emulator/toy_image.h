@@ -32,8 +32,13 @@ struct ToyImage {
   static constexpr std::size_t InFile(std::uint32_t rva) { return rva - kCode + 0x400; }
 
   std::vector<std::uint32_t> code;
-  std::uint32_t word = 0;                        // at kWord
-  std::map<std::string, std::uint32_t> exports;  // name to offset in the code
+  std::uint32_t word = 0;  // at kWord
+  bool program = false;    // an EXE
+  std::uint16_t machine = 0x01C0;
+  std::uint32_t base = kBase;  // as the header has it; relocated words are those for kBase
+  bool shared_data = false;    // the section of the data is one memory for all processes
+  std::map<std::uint32_t, std::u16string> texts;  // by RVA, in the data
+  std::map<std::string, std::uint32_t> exports;   // name to offset in the code
   std::vector<ToyImport> imports;
   std::vector<std::uint32_t> relocations;  // RVAs, in one page after the other
 

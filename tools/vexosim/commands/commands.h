@@ -11,6 +11,7 @@ void AddRun(CLI::App& app, int& status);
 void AddShell(CLI::App& app, int& status);
 void AddServe(CLI::App& app, int& status);
 void AddCompare(CLI::App& app, int& status);
+void AddDevice(CLI::App& app, int& status);
 void AddManual(CLI::App& app, int& status);
 void AddCompletion(CLI::App& app, int& status);
 void AddTrace(CLI::App& app, int& status);

@@ -1,0 +1,59 @@
+#include "device/emulator/program.h"
+
+#include <array>
+#include <cstring>
+
+#include "device/emulator/device.h"
+#include "device/emulator/open_file.h"
+
+namespace emulator {
+namespace {
+
+// What the header of the file asks for, and the system's default: all of it.
+constexpr ProcessLimits kLimits = {.stack = kStackBytes};
+
+}  // namespace
+
+Program::Program(Device& device, const std::string& path, std::uint32_t id)
+    : Process(kLimits), device_(device), loader_(device, *this) {
+  id_ = id;
+  loader_.LoadProgram(path);
+}
+
+Program::~Program() = default;
+
+std::uint32_t Program::RunEntry(Cpu& cpu, const std::u16string& command_line) {
+  constexpr std::uint32_t kShowNormal = 1;
+  if (!loader_.Attach(cpu, true)) return kErrorEntryFailed;
+  const auto bytes = static_cast<std::uint32_t>((command_line.size() + 1) * sizeof(char16_t));
+  const std::uint32_t text = Heap().Allocate(bytes);
+  std::memcpy(cpu.Write(text, bytes), command_line.c_str(), bytes);
+  const Module& module = *loader_.Find(0);
+  const std::array<std::uint32_t, 4> arguments = {module.handle, 0, text, kShowNormal};
+  return cpu.Call(module.image->Base() + module.image->File().EntryRva(), arguments);
+}
+
+std::uint32_t Program::Run(const std::u16string& command_line) {
+  const Lease cpu(*this);
+  first_thread_ = &*cpu;
+  std::uint32_t code = 0;
+  try {
+    code = RunEntry(*cpu, command_line);
+    loader_.DetachAll(*cpu);
+  } catch (const ProcessEnded& ended) {
+    code = ended.code;
+  }
+  first_thread_ = nullptr;
+  files.clear();
+  return exit_code_ = code;
+}
+
+void Program::CyclePassed() { device_.CyclePassed(); }
+
+Program& CallingProgram(const Cpu& cpu) {
+  Program* const program = cpu.Owner().AsProgram();
+  if (program == nullptr) cpu.Fault("a call that only a program can make");
+  return *program;
+}
+
+}  // namespace emulator

@@ -1,0 +1,92 @@
+#include <iostream>
+#include <memory>
+
+#include "tools/vexosim/card_run.h"
+#include "tools/vexosim/commands/commands.h"
+#include "tools/vexosim/commands/options.h"
+#include "tools/vexosim/commands/session_options.h"
+
+namespace vexosim {
+namespace {
+
+constexpr const char* kFooter =
+    "The folder is the root of the device's file system: FOLDER/DLL/A.DLL is \\DLL\\A.DLL there.\n"
+    "Libraries are looked for in the folder of the program, in \\Windows\\ and in the root; the\n"
+    "system's own (COREDLL, CEDDK, ExtRtcNVramCtl, netmsg) are there already. The program reads\n"
+    "and writes the files of the folder.\n"
+    "Its debug output is printed behind |, that of the kernel and its loader behind !.\n"
+    "\n"
+    "Exit status: 0 the program ended, and its exit code is told; 1 it could not be loaded, did "
+    "what\n"
+    "no program may, or had to be ended; 2 a file or the command line is wrong.\n";
+
+struct Arguments {
+  CardRun run;
+  SessionOptions session;
+  std::vector<std::string> lacks;
+  std::string machine = "any";
+};
+
+int Run(Arguments& arguments, bool cycles_take_time) {
+  CardRun& run = arguments.run;
+  run.limits = arguments.session.Limits();
+  run.device.without_imports = {arguments.lacks.begin(), arguments.lacks.end()};
+  run.device.thumb_alone = arguments.machine == "thumb";
+  if (cycles_take_time) run.device.cycle_ns = arguments.session.vcd.cycle_ns;
+  SessionOutputs outputs(arguments.session, {run.script});
+  run.sinks = outputs.Sinks();
+  const InterruptWatch interrupts;
+  const int status = RunCard(run, std::cout, std::cerr);
+  outputs.Commit();
+  return status;
+}
+
+}  // namespace
+
+void AddDevice(CLI::App& app, int& status) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App* device = app.add_subcommand(
+      "device", "Runs a program of a card on the emulated device, with the simulated board");
+  device->add_option("FOLDER", arguments->run.card, "What stands for the device's file system")
+      ->required()
+      ->type_name("")
+      ->check(FileName());
+  device->add_option("PROGRAM", arguments->run.program, "VexoCheck.exe, or a path on the device")
+      ->required()
+      ->type_name("")
+      ->check(FileName());
+  device->add_option("ARGUMENTS", arguments->run.arguments, "Of the program")->type_name("");
+  device
+      ->add_option("--script", arguments->run.script,
+                   "Lines that make the board: chips, cameras, NVRAM, drivers, faults")
+      ->type_name("BOARD.vexo")
+      ->check(FileName());
+  AddSessionOptions(*device, arguments->session);
+  CLI::Option* const cycle = device->get_option("--cycle-ns");
+  cycle->remove_needs(device->get_option("--vcd"));
+  cycle->description(
+      "How long a bus cycle takes, by default none of the device's time, and in the waveform");
+  AddSeed(*device, arguments->run.seed);
+  device
+      ->add_option(
+          "--without-import", arguments->lacks,
+          "The system's libraries lack this name (or #8: this ordinal), also several times")
+      ->type_name("NAME")
+      ->allow_extra_args(false);
+  device
+      ->add_option("--machine", arguments->machine,
+                   "Which machine numbers the loader takes: any of ARM, or thumb: 0x01C2 alone")
+      ->type_name("any|thumb")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"any", "thumb"}));
+  device->add_flag("--unshared", arguments->run.device.unshared,
+                   "Each process has its own copy of a section that is to be shared");
+  device->add_flag("--base-taken", arguments->run.device.base_taken,
+                   "Libraries cannot lie where they want and are relocated");
+  device->footer(kFooter);
+  device->callback([arguments, cycle, &status] {
+    status = WithFiles([&] { return Run(*arguments, cycle->count() != 0); });
+  });
+}
+
+}  // namespace vexosim
