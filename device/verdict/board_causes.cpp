@@ -75,7 +75,7 @@ std::optional<Cause> NoChip(const Evidence& evidence) {
 std::optional<Cause> ChipIds(const Evidence& evidence) {
   const Outcome* const init = FailedInit(evidence);
   if (init == nullptr || init->record == nullptr || !init->step->record) return std::nullopt;
-  if (init->Result() == VEXO_ERROR_FAILED) return std::nullopt;
+  if (init->Result() != VEXO_OK) return std::nullopt;
   std::string chips;
   for (unsigned position = 0; position < VEXO_MAX_CHIPS; ++position) {
     const std::uint8_t wanted = At(init->step->record->bytes, kChipIdOffset + position);

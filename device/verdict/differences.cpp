@@ -132,6 +132,7 @@ class StepComparison {
   }
 
   static std::string InWords(const plan::ExpectedMessage& message) {
+    if (!message.record && message.wparam == 0) return sim::Hex(message.message, 4);
     return MessageWords(message.message, message.wparam,
                         message.record ? message.record->bytes : plan::Bytes());
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <span>
 
 #include "device/verdict/causes.h"
 #include "files/printable.h"
@@ -29,8 +30,8 @@ std::vector<const Entry*> Evidence::All(EntryKind kind) const {
 namespace {
 
 // Differences of a step beyond these are counted.
-constexpr std::size_t kMostOfStep = 12;
-constexpr std::size_t kMostSteps = 20;
+constexpr std::size_t kMostOfStep = 8;
+constexpr std::size_t kMostSteps = 10;
 
 std::string Address(std::int64_t value) { return sim::Hex(static_cast<std::uint64_t>(value), 8); }
 
@@ -96,6 +97,18 @@ void PrintCauses(const std::vector<Cause>& causes, std::ostream& out) {
   }
 }
 
+// Registers that cannot be read are so all at once.
+void PrintStep(std::span<const Difference> differences, std::ostream& out) {
+  std::size_t shown = 0;
+  std::size_t unread = 0;
+  for (const Difference& one : differences) {
+    if (one.kind == DifferenceKind::Unread && ++unread > 1) continue;
+    if (shown++ < kMostOfStep) out << "  " << one.text << '\n';
+  }
+  if (unread > 1) out << "  and " << Count(unread - 1, "other", "others") << " likewise\n";
+  if (shown > kMostOfStep) out << "  and " << shown - kMostOfStep << " more of this step\n";
+}
+
 void PrintDifferences(const std::vector<Difference>& differences, std::ostream& out) {
   if (differences.empty()) return;
   out << "\nWhat differs:\n";
@@ -112,9 +125,7 @@ void PrintDifferences(const std::vector<Difference>& differences, std::ostream& 
       return;
     }
     out << StepInWords(*outcome->step) << '\n';
-    const auto shown = std::min(end, next + std::min<std::ptrdiff_t>(end - next, kMostOfStep));
-    for (auto one = next; one != shown; ++one) out << "  " << one->text << '\n';
-    if (shown != end) out << "  and " << end - shown << " more of this step\n";
+    PrintStep(std::span(next, end), out);
     next = end;
   }
 }
