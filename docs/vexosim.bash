@@ -23,6 +23,9 @@ _vexosim_argument() {
     'serve 0') _vexosim_files '[vV][eE][xX][oO]' ;;
     'compare 0') _vexosim_files '[dD][lL][lL]' ;;
     'compare '*) _vexosim_files '[vV][eE][xX][oO]' ;;
+    'device 0') _vexosim_files ;;
+    'device 1') _vexosim_files ;;
+    'device '*) _vexosim_files ;;
     'trace 0') _vexosim_files ;;
     'diff 0') _vexosim_files ;;
     'diff 1') _vexosim_files ;;
@@ -40,7 +43,7 @@ _vexosim() {
   [[ "$before" != "=" ]] || before="${COMP_WORDS[COMP_CWORD - 2]}"
   [[ "$cur" != "=" ]] || cur=""
   if ((COMP_CWORD == 1)); then
-    _vexosim_words 'demo run shell serve compare trace diff replay plan manual completion -h --help'
+    _vexosim_words 'demo run shell serve compare device trace diff replay plan manual completion -h --help'
     return
   fi
   case "$command" in
@@ -63,6 +66,10 @@ _vexosim() {
     compare)
       options='-h --help --image-base --seed --relocations'
       valued=' --image-base --seed '
+      ;;
+    device)
+      options='-h --help --script --trace --vcd --cycle-ns --limit --limit-real --seed --without-import --machine --unshared --base-taken'
+      valued=' --script --trace --vcd --cycle-ns --limit --limit-real --seed --without-import --machine '
       ;;
     trace)
       options='-h --help --chip --register --thread --from --to --calls --summary --vcd --cycle-ns --column --hex'
@@ -140,6 +147,15 @@ _vexosim() {
     'serve --image-base') : ;;
     'compare --image-base') : ;;
     'compare --seed') : ;;
+    'device --script') : ;;
+    'device --trace') _vexosim_files ;;
+    'device --vcd') _vexosim_files '[vV][cC][dD]' ;;
+    'device --cycle-ns') : ;;
+    'device --limit') : ;;
+    'device --limit-real') : ;;
+    'device --seed') : ;;
+    'device --without-import') : ;;
+    'device --machine') : ;;
     'trace --chip') : ;;
     'trace --register') : ;;
     'trace --thread') : ;;

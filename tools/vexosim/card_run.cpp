@@ -69,8 +69,10 @@ int Play(const CardRun& run, std::ostream& out, std::ostream& err) {
   }
   try {
     emulator::Device device(run.card, run.device);
-    const DebugPrinter printer(out);
-    const std::uint32_t code = device.Run(run.program, arguments);
+    const std::uint32_t code = [&] {
+      const DebugPrinter printer(out);
+      return device.Run(run.program, arguments);
+    }();
     out << name << " ended with exit code " << static_cast<std::int32_t>(code) << std::endl;
     return files::kExitDone;
   } catch (const emulator::LoaderRefusal& refusal) {
