@@ -117,6 +117,12 @@ void Cpu::Unmap(const MappedSection& section) {
   Check(uc_mem_unmap(engine_, section.extent.address, bytes), "unmapping a section");
 }
 
+void Cpu::MapStackOf(const Cpu& other) {
+  Check(uc_mem_map_ptr(engine_, other.stack_.address, other.stack_pages_.Bytes(),
+                       UC_PROT_READ | UC_PROT_WRITE, other.stack_pages_.Data()),
+        "mapping a stack");
+}
+
 void Cpu::MapPort(std::uint32_t address, Port& port) {
   Check(uc_mmio_map(engine_, address, kGuestPage, OnBusLoad, &port, OnBusStore, &port),
         "mapping a bus window");
@@ -237,7 +243,8 @@ const Extent* Cpu::Find(std::uint32_t address) const {
     if (loans_[i].Holds(address, 1)) return &loans_[i];
   }
   if (identifiers_.Holds(address, 1)) return &identifiers_;
-  return process_.Heap().Find(address);
+  if (const Extent* const block = process_.Heap().Find(address)) return block;
+  return process_.FindStack(address);
 }
 
 const std::uint8_t* Cpu::Read(std::uint32_t address, std::uint32_t bytes) const {

@@ -66,6 +66,7 @@ class Cpu {
   // An image comes into the process's memory, or goes out of it.
   void Map(const MappedSection& section);
   void Unmap(const MappedSection& section);
+  void MapStackOf(const Cpu& other);
   const Extent& Stack() const { return stack_; }
 
   // ---- What it did so far -------------------------------------------------------------------

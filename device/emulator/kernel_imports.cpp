@@ -18,19 +18,25 @@ constexpr std::uint32_t kThreadDetach = 3;
 
 sim::Kernel& Kernel() { return sim::TheWorld().kernel; }
 
+// The handle of a new object, which the process has open.
+std::uint32_t Opened(const Cpu& cpu, PlatHandle handle) {
+  if (handle != kPlatNoHandle) cpu.Owner().objects.insert(handle);
+  return GuestHandle(cpu, handle);
+}
+
 std::uint32_t CreateMutex(Cpu& cpu) {
   Expect(cpu, cpu.Argument(0) == 0 && cpu.Argument(1) == 0, "an owned or secured mutex");
   const std::uint32_t name = cpu.Argument(2);
   const std::u16string text = name == 0 ? std::u16string() : cpu.WideText(name);
-  return GuestHandle(cpu, Plat_CreateMutex(OrNull(name, text)));
+  return Opened(cpu, Plat_CreateMutex(OrNull(name, text)));
 }
 
 std::uint32_t CreateEvent(Cpu& cpu) {
   Expect(cpu, cpu.Argument(0) == 0, "a secured event");
   const std::uint32_t name = cpu.Argument(3);
   const std::u16string text = name == 0 ? std::u16string() : cpu.WideText(name);
-  return GuestHandle(
-      cpu, Plat_CreateEvent(OrNull(name, text), cpu.Argument(1) != 0, cpu.Argument(2) != 0));
+  return Opened(cpu,
+                Plat_CreateEvent(OrNull(name, text), cpu.Argument(1) != 0, cpu.Argument(2) != 0));
 }
 
 std::uint32_t WaitForSingleObject(Cpu& cpu) {
@@ -48,6 +54,7 @@ std::uint32_t CloseHandle(Cpu& cpu) {
   const PlatHandle handle = HostHandle(cpu.Argument(0));
   const bool driver = handle == kPlatNoHandle || handle == kPlatInvalidHandle ||
                       cpu.Owner().drivers.contains(handle);
+  cpu.Owner().objects.erase(handle);
   return (driver ? Plat_CloseDriver(handle) : Plat_CloseHandle(handle)) ? 1 : 0;
 }
 
@@ -70,7 +77,8 @@ std::uint32_t CreateThread(Cpu& cpu) {
   std::uint32_t id = 0;
   const PlatHandle handle = Plat_CreateThread(RunThread, &process.thread_starts.back(), &id);
   if (cpu.Argument(5) != 0) cpu.WriteWord(cpu.Argument(5), id);
-  return GuestHandle(cpu, handle);
+  if (handle != kPlatNoHandle) process.threads.insert(id);
+  return Opened(cpu, handle);
 }
 
 std::uint32_t GetExitCodeThread(Cpu& cpu) {

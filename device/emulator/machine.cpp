@@ -30,6 +30,8 @@ void Machine::Reload(std::optional<std::size_t> without) {
   FreeLoans();
   heap_.Clear();
   drivers.clear();
+  objects.clear();
+  threads.clear();
   thread_starts.clear();
   first_fault_.reset();
   // The check reads the table as the system would.

@@ -72,7 +72,14 @@ Process::Lease::Lease(Process& process)
     : process_(process), cpu_([&process]() -> Cpu& {
         if (process.idle_.empty()) {
           const auto number = static_cast<unsigned>(process.cpus_.size());
-          process.cpus_.push_back(std::make_unique<Cpu>(process, number));
+          auto made = std::make_unique<Cpu>(process, number);
+          if (process.AsProgram() != nullptr) {
+            for (const auto& other : process.cpus_) {
+              made->MapStackOf(*other);
+              other->MapStackOf(*made);
+            }
+          }
+          process.cpus_.push_back(std::move(made));
           process.idle_.insert(number);
         }
         return *process.cpus_[process.idle_.extract(process.idle_.begin()).value()];
@@ -110,6 +117,14 @@ std::string Process::Place(std::uint32_t address) const {
     }
   }
   return sim::Hex(address, 8);
+}
+
+const Extent* Process::FindStack(std::uint32_t address) {
+  if (AsProgram() == nullptr) return nullptr;
+  const auto found = std::find_if(cpus_.begin(), cpus_.end(), [address](const auto& cpu) {
+    return cpu->Stack().Holds(address, 1);
+  });
+  return found == cpus_.end() ? nullptr : &(*found)->Stack();
 }
 
 std::uint32_t Process::GuestAddress(const void* host) const {

@@ -122,6 +122,8 @@ class Process {
   };
   std::map<std::uint32_t, Loan> loans;  // by guest address
   std::set<PlatHandle> drivers;         // handles that were driver handles
+  std::set<PlatHandle> objects;         // open handles of kernel objects
+  std::set<std::uint32_t> threads;      // identifiers of threads that were started
   // What started threads begin with; they stay for as long as the process.
   struct ThreadStart {
     Process* process = nullptr;
@@ -129,6 +131,9 @@ class Process {
     std::uint32_t argument = 0;
   };
   std::deque<ThreadStart> thread_starts;
+  // The stack of a program's thread that an address lies in: a thread sees those of all. Null in a
+  // library alone, whose threads have no reason to look at another's.
+  const Extent* FindStack(std::uint32_t address);
   // Where the guest has a piece of this process's memory; 0 for what is none of it.
   std::uint32_t GuestAddress(const void* host) const;
 

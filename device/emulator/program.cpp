@@ -2,9 +2,11 @@
 
 #include <array>
 #include <cstring>
+#include <utility>
 
 #include "device/emulator/device.h"
 #include "device/emulator/open_file.h"
+#include "sim/world.h"
 
 namespace emulator {
 namespace {
@@ -44,8 +46,19 @@ std::uint32_t Program::Run(const std::u16string& command_line) {
     code = ended.code;
   }
   first_thread_ = nullptr;
-  files.clear();
+  CloseAll();
   return exit_code_ = code;
+}
+
+// With a process its threads end, and what it has open is closed.
+void Program::CloseAll() {
+  sim::Kernel& kernel = sim::TheWorld().kernel;
+  for (const std::uint32_t thread : std::exchange(threads, {})) kernel.EndThread(thread);
+  files.clear();
+  for (const PlatHandle object : std::exchange(objects, {})) kernel.CloseHandle(object);
+  for (const PlatHandle driver : std::exchange(drivers, {})) {
+    if (sim::TheWorld().drivers.Find(driver) != nullptr) Plat_CloseDriver(driver);
+  }
 }
 
 void Program::CyclePassed() { device_.CyclePassed(); }

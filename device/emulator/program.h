@@ -44,6 +44,7 @@ class Program : public Process {
   void CyclePassed() override;
 
  private:
+  void CloseAll();
   std::uint32_t RunEntry(Cpu& cpu, const std::u16string& command_line);
 
   Device& device_;

@@ -120,6 +120,9 @@ class Kernel {
   PlatHandle CreateThread(PlatThreadProc proc, void* argument, std::uint32_t* thread_id);
   bool GetExitCodeThread(PlatHandle handle, std::uint32_t* exit_code);
   bool TerminateThread(PlatHandle handle, std::uint32_t exit_code);
+  // Ends a thread that CreateThread started, as the end of its process does; nothing of it is in
+  // the trace. What has ended already is left alone.
+  void EndThread(std::uint32_t thread_id);
   bool SetThreadQuantum(PlatHandle handle, std::uint32_t quantum_ms);
   std::uint32_t CurrentThreadId() const;
   void Sleep(std::uint32_t ms);

@@ -192,6 +192,14 @@ bool Kernel::TerminateThread(PlatHandle handle, std::uint32_t exit_code) {
   throw ThreadEnded{};
 }
 
+void Kernel::EndThread(std::uint32_t thread_id) {
+  const auto found =
+      std::find_if(impl_->live.begin(), impl_->live.end(), [this, thread_id](const Thread* thread) {
+        return thread->id == thread_id && thread != impl_->current;
+      });
+  if (found != impl_->live.end()) impl_->Kill(**found);
+}
+
 bool Kernel::SetThreadQuantum(PlatHandle handle, std::uint32_t quantum_ms) {
   const auto thread = impl_->Find<Thread>(handle);
   if (thread == nullptr) return impl_->Fail(kErrorInvalidHandle);
