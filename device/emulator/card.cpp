@@ -56,7 +56,7 @@ std::optional<fs::path> Card::Place(const std::string& path) const {
 }
 
 std::optional<fs::path> Card::Find(const std::string& path) const {
-  const auto place = Place(path);
+  auto place = Place(path);
   std::error_code error;
   if (!place || !fs::is_regular_file(*place, error)) return std::nullopt;
   return place;

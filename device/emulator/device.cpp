@@ -168,8 +168,7 @@ std::uint32_t Device::GuestWparam(std::uint32_t message, std::uintptr_t wparam) 
   return address;
 }
 
-// ---- Time
-// -----------------------------------------------------------------------------------------
+// ---- Time --------------------------------------------------------------------------------------
 
 // What the processor waits for the bus, it does nothing else; others may have been waiting.
 void Device::CyclePassed() {

@@ -86,6 +86,8 @@ std::uint32_t ControlDriver(Cpu& cpu) {
   // The system writes the count even where nothing is returned.
   if (returned == 0) cpu.Fault("a driver request without a place for the returned count");
   cpu.WriteWord(returned, 0);
+  // The record goes to the driver where it lies, which reads it word by word.
+  if (input % 4 != 0) cpu.Fault("a driver's record at " + sim::Hex(input, 8) + ", not of words");
   const void* const record = input == 0 ? nullptr : cpu.Read(input, input_bytes);
   return Plat_ControlDriver(HostHandle(cpu.Argument(0)), cpu.Argument(1), record, input_bytes) ? 1
                                                                                                : 0;

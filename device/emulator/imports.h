@@ -38,8 +38,7 @@ std::string Narrow(const Cpu& cpu, std::uint32_t address);  // a wide text, as U
 std::uint32_t OpenCardFile(Cpu& cpu, const std::string& path);
 bool CloseCardFile(const Cpu& cpu, std::uint32_t handle);
 
-// ---- What a library does too, when a program has loaded it
-// ---------------------------------------
+// ---- What a library does too, when a program has loaded it -------------------------------------
 
 // False when no such module is the program's.
 bool FreeProgramModule(Cpu& cpu, std::uint32_t handle);

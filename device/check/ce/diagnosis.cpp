@@ -96,7 +96,7 @@ void TellVersion(DeviceSystem& system, const wchar_t* path) {
   if (buffer != nullptr) LocalFree(buffer);
 }
 
-void TellSecondProcess(DeviceSystem& system) {
+void TellProcess(DeviceSystem& system) {
   const Path program = ProgramPath();
   CeProcess process = {};
   if (CreateProcessW(program.Get(), kSecond, nullptr, nullptr, 0, 0, nullptr, nullptr, nullptr,
@@ -169,9 +169,15 @@ bool TellLoading(DeviceSystem& system, const LibraryPlace& place) {
   HINSTANCE__* const again = LoadLibraryW(place.name.Get());
   LogLine(system, 0, "again").Hex(Number(again)).Write();
   if (again != nullptr) FreeLibrary(again);
-  TellSecondProcess(system);
   FreeLibrary(module);
   return true;
+}
+
+void TellSecondProcess(DeviceSystem& system, const LibraryPlace& place) {
+  HINSTANCE__* const module = LoadLibraryW(place.name.Get());
+  if (module == nullptr) return;
+  TellProcess(system);
+  FreeLibrary(module);
 }
 
 CeDword RunAsSecond() {

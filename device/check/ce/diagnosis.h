@@ -11,6 +11,10 @@ namespace check {
 void TellFile(DeviceSystem& system, const LibraryPlace& place);
 // Loads it and frees it again; false when the loader refuses it.
 bool TellLoading(DeviceSystem& system, const LibraryPlace& place);
+// What a second process finds that loads the library while this one has it. After it the system may
+// not let anybody initialize the library again until the device is restarted: the mark that keeps
+// the second one out stays, where a process that ends does not take its handles with it.
+void TellSecondProcess(DeviceSystem& system, const LibraryPlace& place);
 // What a second process finds: the sum that is its exit code.
 CeDword RunAsSecond();
 // The word that this program's second process is told by.

@@ -70,7 +70,9 @@ const char* CheckAll(DeviceSystem& system, Player& player, HINSTANCE__* instance
     LogLine(system, 0, "error").Number(error).Write();
     return "The program could not make its window.";
   }
-  return PlayPlan(system, player);
+  const char* const trouble = PlayPlan(system, player);
+  TellSecondProcess(system, place);
+  return trouble;
 }
 
 CeDword Run(HINSTANCE__* instance) {

@@ -198,8 +198,7 @@ TEST_F(LoaderTest, KnowsTheFilesOfModules) {
   EXPECT_THAT(Said(), ElementsAre("\\Windows\\b.dll", "\\A.e"));
 }
 
-// ---- What is refused
-// ------------------------------------------------------------------------------
+// ---- What is refused ---------------------------------------------------------------------------
 
 TEST_F(LoaderTest, RefusesALibraryThatIsNotThereAndSaysWhereItLooked) {
   Put("A.exe", LoadOf(u"b"));
@@ -260,8 +259,7 @@ TEST_F(LoaderTest, RefusesAProgramAndSaysWhy) {
   EXPECT_THROW(Run("B.exe"), LoaderRefusal);
 }
 
-// ---- A system that is not as it should be
-// -----------------------------------------------------------
+// ---- A system that is not as it should be ------------------------------------------------------
 
 TEST_F(LoaderTest, LacksTheNamesThatItIsToldToLack) {
   Put("A.exe", LoadOf(u"b"));

@@ -14,8 +14,7 @@ using testing::IsEmpty;
 
 using ProgramTest = DeviceTest;
 
-// ---- Processes
-// ------------------------------------------------------------------------------------
+// ---- Processes ---------------------------------------------------------------------------------
 
 // A library with a word, which its entry counts up at each attach; Value gives it.
 ToyProgram Counter(bool shared) {
@@ -164,8 +163,30 @@ TEST_F(ProgramTest, EndsARunThatDoesWhatNoProgramMay) {
   EXPECT_THROW(Run(), harness::ImageFault);
 }
 
-// ---- Files
-// ------------------------------------------------------------------------------------------
+TEST_F(ProgramTest, RefusesADriversRecordThatIsNotOfWords) {
+  for (const std::uint32_t misalign : {0u, 2u}) {
+    ToyProgram program;
+    const std::uint32_t name = program.Text(u"VBE1:");
+    const std::uint32_t record = program.Room(16) + misalign;
+    const std::uint32_t driver = program.Word();
+    program.Begin();
+    program.Call("CreateFileW",
+                 {AddressOf(name), Number(0xC0000000), Number(0), Number(0), Number(3), Number(0),
+                  Number(0)},
+                 driver);
+    program.Call("DeviceIoControl", {WordAt(driver), Number(1), AddressOf(record), Number(8),
+                                     Number(0), Number(0), AddressOf(driver), Number(0)});
+    program.Return(Number(0));
+    Put("A.exe", program);
+    if (misalign == 0) {
+      EXPECT_EQ(Run(), 0u);
+    } else {
+      EXPECT_THROW(Run(), harness::ImageFault);
+    }
+  }
+}
+
+// ---- Files -------------------------------------------------------------------------------------
 
 constexpr std::uint32_t kRead = 0x80000000;
 constexpr std::uint32_t kWrite = 0x40000000;
@@ -223,8 +244,7 @@ TEST_F(ProgramTest, TellsWhyAFileCannotBeOpened) {
   EXPECT_EQ(error(u"\\a.exe", 3), 0u);
 }
 
-// ---- Windows
-// ----------------------------------------------------------------------------------------
+// ---- Windows -----------------------------------------------------------------------------------
 
 // A program with a window whose procedure says "create", "destroy" and "message 3"; `body` runs
 // between the first two, and `thread` is what a thread at kThread does.
@@ -311,8 +331,31 @@ TEST_F(ProgramTest, CallsTheWindowsProcedureInItsOwnThreadForWhatAnotherSends) {
   EXPECT_EQ(sim::TheWorld().kernel.Now(), 10u);
 }
 
-// ---- Time
-// -------------------------------------------------------------------------------------------
+// The record of a message lies on its sender's stack, which the window's thread reads.
+TEST_F(ProgramTest, LetsAThreadSeeTheStackOfAnother) {
+  ToyProgram program;
+  const std::uint32_t place = program.Word();
+  const std::uint32_t thread = ToyImage::kCode + 0x800;
+  program.Begin();
+  program.Call("CreateThread",
+               {Number(0), Number(0), AddressOf(thread), Number(0), Number(0), Number(0)});
+  program.Call("Sleep", {Number(10)});
+  program.StoreByte(place, 7);
+  program.Call("memcpy", {AddressOf(place), WordAt(place), Number(1)});
+  program.Return(WordAt(place));
+  program.Image().code.resize(0x800 / 4);
+  program.Begin();
+  program.Image().code.push_back(0xE24DD010);  // sub sp, sp, #16
+  program.Image().code.push_back(0xE1A0400D);  // mov r4, sp
+  program.Store(place, Given(0));
+  program.Call("Sleep", {Number(1000)});
+  program.Image().code.push_back(0xE28DD010);  // add sp, sp, #16
+  program.Return(Number(0));
+  Put("A.exe", program);
+  EXPECT_EQ(Run() & 0xFF, 7u);
+}
+
+// ---- Time --------------------------------------------------------------------------------------
 
 TEST_F(ProgramTest, TellsTimeInMicroseconds) {
   ToyProgram program;
