@@ -278,6 +278,15 @@ void Player::ReadRegister(const PlanLine& line) {
     output_off_ = true;
     system_.SetOutput(0);
   }
+  // The monitor reads the chips without the lock: where it comes between the cycles of a read, the
+  // read goes astray. One that differs is made again.
+  constexpr unsigned kMostReads = 3;
+  bool as_expected = false;
+  for (unsigned i = 0; i < kMostReads && !as_expected; ++i) as_expected = ReadOnce(line);
+  Judge(as_expected);
+}
+
+bool Player::ReadOnce(const PlanLine& line) {
   VexoRegRecord record = {kChipSelect[line.numbers[0]], static_cast<std::uint8_t>(line.numbers[1]),
                           static_cast<std::uint8_t>(line.numbers[2]), 0};
   reading_ = true;
@@ -285,11 +294,10 @@ void Player::ReadRegister(const PlanLine& line) {
   reading_ = false;
   if (result != VEXO_OK) {
     LogLine(system_, number_, "unread").Signed(result).Write();
-    return Judge(false);
+    return false;
   }
   LogLine(system_, number_, "value").Hex(record.value).Write();
-  const std::uint32_t differs = record.value ^ line.numbers[3];
-  Judge((differs & line.mask[0]) == 0);
+  return ((record.value ^ line.numbers[3]) & line.mask[0]) == 0;
 }
 
 // Bytes that the plan does not give are 0, and those that a mask does not give count whole.

@@ -40,6 +40,7 @@ class Player {
   void Expect(const PlanLine& line);
   void ExpectMessage(const PlanLine& line);
   void ReadRegister(const PlanLine& line);
+  bool ReadOnce(const PlanLine& line);
   bool Matches(const PlanLine& line, const std::uint8_t* found, unsigned bytes) const;
   void Judge(bool as_expected);
 

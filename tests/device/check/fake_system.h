@@ -27,6 +27,7 @@ class FakeSystem final : public System {
   int read_result = VEXO_OK;                                      // of a read of a register
   std::array<std::uint8_t, kRecordBytes> record_after{};          // of a command, when not all zero
   std::map<std::array<std::uint8_t, 3>, std::uint8_t> registers;  // by select, page, number
+  unsigned astray = 0;  // reads of registers that give 0xFF before one is right
   std::u16string version = u"1. 0. 1. 6";
   std::function<void()> meanwhile;  // in every call and wait
 
@@ -83,7 +84,8 @@ class FakeSystem final : public System {
   }
   int Read(std::uint8_t* record) {
     calls.push_back("read");
-    record[3] = registers[{record[0], record[1], record[2]}];
+    record[3] = astray != 0 ? 0xFF : registers[{record[0], record[1], record[2]}];
+    if (astray != 0) --astray;
     Send(VEXO_MSG_REG_VALUE, 0, {record[0], record[1], record[2], record[3]});
     return read_result;
   }

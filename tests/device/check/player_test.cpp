@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "device/plan/log.h"
@@ -160,6 +161,19 @@ TEST_F(PlayerTest, RegistersAreReadWithoutDebugOutputAndWithoutAMessage) {
   EXPECT_EQ(Find(EntryKind::Message), nullptr);
   EXPECT_EQ(Find(EntryKind::Value)->plan_line, 5u);
   EXPECT_EQ(Find(EntryKind::Value)->numbers.at(0), 0xD4);
+}
+
+TEST_F(PlayerTest, AReadThatWentAstrayIsMadeAgainButNotForEver) {
+  system_.astray = 2;
+  Play("load\nregister master 1 0x10 0\n");
+  EXPECT_EQ(Counts(), Counted(1, 0));
+  EXPECT_EQ(std::count(system_.calls.begin(), system_.calls.end(), "read"), 3);
+  system_.log.clear();
+  system_.calls.clear();
+  system_.astray = 3;
+  Play("unload\nload\nregister master 1 0x10 0\n");
+  EXPECT_EQ(Counts(), Counted(1, 1));
+  EXPECT_EQ(std::count(system_.calls.begin(), system_.calls.end(), "read"), 3);
 }
 
 TEST_F(PlayerTest, OutputThatThePlanTurnedOffStaysOff) {

@@ -67,8 +67,8 @@ TEST(MakePlan, PlaysTheCallsAndLeavesTheLibraryUnloaded) {
   EXPECT_THAT(Actions(plan),
               ElementsAre("load", "initialize", "initialize invalid", "initialize", "debug 1",
                           "output 0", "version", "version -", "command 0xF003 0300FE",
-                          "command 0xF002 -", "wait 20", "wait 5", "text \"vexo init \"", "wait 0",
-                          "command 0xF002 -", "uninitialize", "unload"));
+                          "command 0xF002 -", "wait 20", "wait 5", "text \"vexo init \"",
+                          "wait 100", "command 0xF002 -", "uninitialize", "unload"));
   EXPECT_EQ(plan.steps[2].source, "window invalid");
   EXPECT_EQ(plan.steps[2].script_line, 3u);
   EXPECT_EQ(plan.steps.back().script_line, 0u);

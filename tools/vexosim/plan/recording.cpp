@@ -26,8 +26,9 @@ constexpr int kSettleReads = 3;
 constexpr std::uint32_t kSyncPeriod = 23;
 constexpr std::uint32_t kReasonAttach = 1;
 
-// What leaves board and library as the next script should find them.
-constexpr std::array<std::string_view, 4> kClosing = {"wait 0", "command stop-monitor null",
+// What leaves board and library as the next script should find them: the monitor has told what it
+// sees by then, whenever it was started.
+constexpr std::array<std::string_view, 4> kClosing = {"wait 100", "command stop-monitor null",
                                                       "unbind", "detach"};
 constexpr std::string_view kClosingSource = "the script ends";
 
