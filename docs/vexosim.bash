@@ -31,6 +31,8 @@ _vexosim_argument() {
     'diff 1') _vexosim_files ;;
     'replay 0') _vexosim_files ;;
     'plan '*) _vexosim_files '[vV][eE][xX][oO]' ;;
+    'verdict 0') _vexosim_files ;;
+    'verdict 1') _vexosim_files ;;
     'completion 0') _vexosim_words 'bash' ;;
   esac
 }
@@ -43,8 +45,7 @@ _vexosim() {
   [[ "$before" != "=" ]] || before="${COMP_WORDS[COMP_CWORD - 2]}"
   [[ "$cur" != "=" ]] || cur=""
   if ((COMP_CWORD == 1)); then
-    _vexosim_words 'demo run shell serve compare trace diff replay plan manual completion -h --help'
-    _vexosim_words 'demo run shell serve compare device trace diff replay manual completion -h --help'
+    _vexosim_words 'demo run shell serve compare device trace diff replay plan verdict manual completion -h --help'
     return
   fi
   case "$command" in
@@ -87,6 +88,10 @@ _vexosim() {
     plan)
       options='-h --help --variant -o --output'
       valued=' --variant -o --output '
+      ;;
+    verdict)
+      options='-h --help'
+      valued=' '
       ;;
     manual)
       options='-h --help --man'

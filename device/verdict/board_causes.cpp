@@ -21,6 +21,8 @@ constexpr std::size_t kChipIdOffset = 20;
 constexpr std::uint32_t kSlowCycleNs = 2000;
 // 200 polls with 5 ms between them, less what a slow system may take besides.
 constexpr std::uint64_t kSettleUs = 900'000;
+constexpr std::uint64_t kInitPausesUs = 440'000;
+constexpr std::uint64_t kMostCycles = 3800;  // of a command
 // How long a message that nobody answers holds a call.
 constexpr std::uint64_t kSendUs = 4'500'000;
 
@@ -68,8 +70,8 @@ std::optional<Cause> NoChip(const Evidence& evidence) {
       "BASE REGISTER\" says that a bus window cannot be mapped (the address is another program's, "
       "or "
       "CEDDK.dll is another board's). Without such a line the chips do not answer: look at their "
-      "supply, clock and reset, at chip select, read and write strobes, and at data lines 3 to 7, "
-      "which identification is read by."};
+      "supply, clock and reset, at chip select, read and write strobes, and at the data lines: one "
+      "that is stuck, or two that are exchanged, spoil identification."};
 }
 
 std::optional<Cause> ChipIds(const Evidence& evidence) {
@@ -178,7 +180,7 @@ std::string Channels(std::uint32_t mask) {
   for (unsigned channel = 0; channel < VEXO_MAX_CHANNELS; ++channel) {
     if ((mask >> channel & 1) != 0) text += (text.empty() ? "" : ", ") + std::to_string(channel);
   }
-  return text;
+  return mask == 0 ? "none" : "channel " + text;
 }
 
 std::uint32_t LossMask(const plan::Bytes& record) {
@@ -191,12 +193,14 @@ std::optional<Cause> Cameras(const Evidence& evidence) {
     if (difference.message == nullptr || difference.message->numbers[0] != VEXO_MSG_VIDEO_INFO) {
       continue;
     }
-    const std::uint32_t lost = LossMask(difference.message->bytes);
+    const plan::Bytes& record = difference.message->bytes;
+    std::uint32_t pal = 0;
+    for (unsigned channel = 0; channel < VEXO_MAX_CHANNELS; ++channel) {
+      if (At(record, 4 + channel) == VEXO_VIDEO_PAL) pal |= 1U << channel;
+    }
     return Cause{"cameras",
-                 lost == 0
-                     ? "The cameras are not those that the plan expects; none is lost."
-                     : "The cameras are not those that the plan expects: no video on channel " +
-                           Channels(lost) + ".",
+                 "The cameras are not those that the plan expects: no video on " +
+                     Channels(LossMask(record)) + ", PAL on " + Channels(pal) + ".",
                  "Plug cameras as the plan's board lines say, look at their cables, and run the "
                  "check again."};
   }
@@ -219,24 +223,32 @@ std::optional<Cause> BackEnd(const Evidence& evidence) {
   return std::nullopt;
 }
 
+// Commands that hold the picture until the chips have settled.
+bool Holds(const plan::Step& step) {
+  static constexpr std::array kCodes = {VEXO_CMD_INIT, VEXO_CMD_LIVE_SPLIT, VEXO_CMD_LIVE_MODE,
+                                        VEXO_CMD_MOTION_SETUP};
+  return step.action.kind == ActionKind::Command &&
+         std::find(kCodes.begin(), kCodes.end(), step.action.number & 0xFFFF) != kCodes.end();
+}
+
 std::optional<Cause> Settling(const Evidence& evidence) {
   std::size_t late = 0;
   const Outcome* first = nullptr;
   for (const Outcome& outcome : evidence.outcomes) {
     const plan::Step& step = *outcome.step;
-    if (!step.cost || outcome.took == nullptr || step.action.kind == ActionKind::Wait) continue;
-    const std::uint64_t cycle_ns = evidence.bus ? evidence.bus->cycle_ns : 0;
-    const std::uint64_t expected =
-        1000 * std::uint64_t{step.cost->slept_ms} + cycle_ns * step.cost->cycles / 1000;
+    if (!Holds(step) || outcome.took == nullptr) continue;
+    const std::uint64_t bus_us =
+        evidence.bus ? std::uint64_t{evidence.bus->cycle_ns} * kMostCycles / 1000 : 0;
+    const std::uint64_t least = kSettleUs + bus_us + (IsInit(step) ? kInitPausesUs : 0);
     const auto took = static_cast<std::uint64_t>(outcome.took->numbers.front());
-    if (took < expected + kSettleUs || took >= expected + kSendUs) continue;
+    if (took < least || took >= least + kSendUs) continue;
     ++late;
     if (first == nullptr) first = &outcome;
   }
   if (first == nullptr) return std::nullopt;
   return Cause{
       "settle",
-      std::to_string(late) + (late == 1 ? " call" : " calls") +
+      std::to_string(late) + (late == 1 ? " command" : " commands") +
           " took about a second longer than they should, the first in " +
           StepInWords(*first->step) + ": a chip never says that its picture has settled.",
       "Look at the debug port for \"fail to apply anti-rolling\". Look at the chips' "

@@ -33,7 +33,8 @@ struct Evidence {
 std::vector<Cause> LoaderCauses(const Evidence& evidence);
 // What the chips, the bus, the drivers and the cameras do.
 std::vector<Cause> BoardCauses(const Evidence& evidence);
-// What registers read back say of the data lines.
+// What registers read back say of the data lines: first what explains the rest, then what is left.
 std::vector<Cause> LineCauses(const Evidence& evidence);
+std::optional<Cause> OtherRegisters(const Evidence& evidence);
 
 }  // namespace verdict

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "VexoCtrlSDK.h"
@@ -84,68 +85,30 @@ std::optional<Cause> Stuck(const std::vector<Reading>& readings, const std::stri
 
 // ---- Lines that are exchanged -------------------------------------------------------------------
 
-std::uint8_t Exchanged(std::uint8_t value, unsigned a, unsigned b) {
-  const unsigned differ =
-      (static_cast<unsigned>(value) >> a ^ static_cast<unsigned>(value) >> b) & 1;
-  return static_cast<std::uint8_t>(value ^ (differ << a | differ << b));
-}
-
-// A register's number goes over the data lines, too: what is written and read by the same lines
-// looks right, but for tables, which count up from their first number inside of the chip. A read
-// then gives what the table has for the exchanged number.
-bool SayExchanged(const std::vector<Reading>& readings, unsigned a, unsigned b) {
-  // What each register should hold at last, by chip, page and number.
-  std::map<std::array<unsigned, 3>, const plan::ExpectedRegister*> table;
+// What is written and read by the same exchanged lines looks right; what a chip makes itself does
+// not, nor do tables, which count up from their first number inside of the chip. All chips then
+// differ in the same registers, as hardly anything else makes them do.
+std::optional<Cause> AllAlike(const std::vector<Reading>& readings) {
+  std::set<unsigned> chips;
+  std::map<std::pair<unsigned, unsigned>, std::set<unsigned>> differing;  // chips by register
   for (const Reading& one : readings) {
-    table[{one.expected->chip, one.expected->page, one.expected->number}] = one.expected;
-  }
-  unsigned differ = 0;
-  unsigned explained = 0;
-  for (const Reading& one : readings) {
-    if (!one.Differs()) continue;
-    ++differ;
-    const auto other =
-        table.find({one.expected->chip, one.expected->page, Exchanged(one.expected->number, a, b)});
-    if (other == table.end()) continue;
-    const std::uint8_t mask = other->second->mask & one.expected->mask;
-    if (((one.found ^ other->second->value) & mask) == 0) ++explained;
-  }
-  return explained >= kLeastRegisters && 4 * explained >= 3 * differ;
-}
-
-std::optional<Cause> ExchangedLines(const std::vector<Reading>& readings) {
-  for (unsigned a = 0; a < kDataLines; ++a) {
-    for (unsigned b = a + 1; b < kDataLines; ++b) {
-      if (!SayExchanged(readings, a, b)) continue;
-      return Cause{"exchanged-lines",
-                   "Data lines " + std::to_string(a) + " and " + std::to_string(b) +
-                       " are exchanged: registers read what belongs to the number in which these "
-                       "two bits are exchanged.",
-                   "Look at the data lines between processor and chips."};
+    chips.insert(one.expected->chip);
+    if (one.Differs()) {
+      differing[{one.expected->page, one.expected->number}].insert(one.expected->chip);
     }
   }
-  return std::nullopt;
-}
-
-// ---- The rest -----------------------------------------------------------------------------------
-
-std::optional<Cause> Scattered(const std::vector<Reading>& readings) {
-  std::array<unsigned, VEXO_MAX_CHIPS> differ{};
-  std::array<unsigned, VEXO_MAX_CHIPS> all{};
-  for (const Reading& one : readings) {
-    ++all[one.expected->chip];
-    if (one.Differs()) ++differ[one.expected->chip];
+  const auto alike = static_cast<unsigned>(
+      std::count_if(differing.begin(), differing.end(),
+                    [&chips](const auto& one) { return one.second.size() == chips.size(); }));
+  if (chips.size() < 2 || alike < kLeastRegisters || 2 * alike < differing.size()) {
+    return std::nullopt;
   }
-  std::string chips;
-  for (unsigned chip = 0; chip < VEXO_MAX_CHIPS; ++chip) {
-    if (differ[chip] == 0) continue;
-    chips += (chips.empty() ? "" : ", ") + std::to_string(differ[chip]) + " of " +
-             std::to_string(all[chip]) + " of " + ChipName(chip);
-  }
-  if (chips.empty()) return std::nullopt;
-  return Cause{"registers", "Registers read back otherwise than they should: " + chips + ".",
-               "Run the check again: registers that change from run to run point to the bus (its "
-               "wait states, its strobes), others to the chip. Send both logs."};
+  return Cause{"data-lines",
+               std::to_string(alike) +
+                   " registers read otherwise than they should, the same ones "
+                   "of every chip: what the chips have in common is the bus.",
+               "Look at the data lines between processor and chips: two that are exchanged do "
+               "this, and so does one that touches another."};
 }
 
 }  // namespace
@@ -161,7 +124,7 @@ std::vector<Cause> LineCauses(const Evidence& evidence) {
                          "shorted, or open.")) {
     return {std::move(*cause)};
   }
-  if (auto cause = ExchangedLines(readings)) return {std::move(*cause)};
+  if (auto cause = AllAlike(readings)) return {std::move(*cause)};
   std::vector<Cause> causes;
   for (unsigned chip = 0; chip < VEXO_MAX_CHIPS; ++chip) {
     std::vector<Reading> own;
@@ -173,9 +136,26 @@ std::vector<Cause> LineCauses(const Evidence& evidence) {
       causes.push_back(std::move(*cause));
     }
   }
-  if (!causes.empty()) return causes;
-  if (auto cause = Scattered(readings)) causes.push_back(std::move(*cause));
   return causes;
+}
+
+std::optional<Cause> OtherRegisters(const Evidence& evidence) {
+  std::array<unsigned, VEXO_MAX_CHIPS> differ{};
+  std::array<unsigned, VEXO_MAX_CHIPS> all{};
+  for (const Reading& one : Readings(evidence)) {
+    ++all[one.expected->chip];
+    if (one.Differs()) ++differ[one.expected->chip];
+  }
+  std::string chips;
+  for (unsigned chip = 0; chip < VEXO_MAX_CHIPS; ++chip) {
+    if (differ[chip] == 0) continue;
+    chips += (chips.empty() ? "" : ", ") + std::to_string(differ[chip]) + " of " +
+             std::to_string(all[chip]) + " of " + ChipName(chip);
+  }
+  if (chips.empty()) return std::nullopt;
+  return Cause{"registers", "Registers read back otherwise than they should: " + chips + ".",
+               "Run the check again: registers that change from run to run point to the bus (its "
+               "wait states, its strobes), others to the chip. Send both logs."};
 }
 
 }  // namespace verdict

@@ -213,6 +213,12 @@ std::optional<Cause> Stopped(const Evidence& evidence) {
         return outcome.called != nullptr && outcome.returned == nullptr;
       });
   if (open != evidence.outcomes.end()) {
+    if (open->step->action.kind == plan::ActionKind::Wait) {
+      return Cause{
+          "log-cut",
+          "The log ends in a pause, in which no call was made: " + StepInWords(*open->step) + ".",
+          "Was the device switched off, or the program ended? Let it come to its end."};
+    }
     const bool text = open->step->action.kind == plan::ActionKind::Text;
     return Cause{"hang",
                  "The log ends in a call that did not come back: " + StepInWords(*open->step) + ".",

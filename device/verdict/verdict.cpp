@@ -1,6 +1,7 @@
 #include "device/verdict/verdict.h"
 
 #include <algorithm>
+#include <array>
 #include <ostream>
 #include <span>
 
@@ -49,6 +50,21 @@ void CheckPlan(const Evidence& evidence) {
                           sim::Hex(evidence.plan.checksum, 8));
 }
 
+// A handle is no address on every system, but an export has one.
+void PrintPlace(const Evidence& evidence, std::uint32_t base, std::uint32_t bytes,
+                std::ostream& out) {
+  const Entry* const first = evidence.First(EntryKind::Export);
+  if (first == nullptr || first->numbers.front() == 0) return;
+  const auto address = static_cast<std::uint32_t>(first->numbers.front());
+  // In memory a file takes somewhat more.
+  const bool there = address >= base && address - base < 2 * bytes;
+  out << "Loaded:   "
+      << (there ? "where it would like to be, at " + Address(base)
+                : "not at " + Address(base) + ", where it would like to be, which is well: " +
+                      files::Printable(first->texts.front()) + " is at " + Address(address))
+      << '\n';
+}
+
 void PrintLibrary(const Evidence& evidence, std::ostream& out) {
   if (const Entry* file = evidence.First(EntryKind::File)) {
     out << "Library:  " << files::Printable(file->texts.front()) << ", " << file->numbers[0]
@@ -57,14 +73,8 @@ void PrintLibrary(const Evidence& evidence, std::ostream& out) {
       out << ", version " << files::Printable(version->texts.front());
     }
     out << '\n';
-    if (const Entry* loaded = evidence.First(EntryKind::Loaded)) {
-      const bool moved = loaded->numbers[0] != file->numbers[2];
-      out << "Loaded:   at " << Address(loaded->numbers[0])
-          << (moved ? ", not where it would like to be (" + Address(file->numbers[2]) +
-                          "), which is well"
-                    : ", where it would like to be")
-          << '\n';
-    }
+    PrintPlace(evidence, static_cast<std::uint32_t>(file->numbers[2]),
+               static_cast<std::uint32_t>(file->numbers[0]), out);
   }
   if (evidence.log.Whole() && !evidence.log.entries.empty()) {
     out << "Ended:    after " << evidence.log.entries.back().ms << " ms\n";
@@ -130,6 +140,31 @@ void PrintDifferences(const std::vector<Difference>& differences, std::ostream& 
   }
 }
 
+std::vector<Cause> FindCauses(const Evidence& evidence) {
+  std::vector<Cause> causes = LoaderCauses(evidence);
+  const std::vector<Cause> board = BoardCauses(evidence);
+  // Where the chips are not ready, or one is not there, nothing can be read, and with other
+  // settings other contents; a line that is wrong explains whatever else the board does.
+  static constexpr std::array<std::string_view, 5> kOtherContents = {
+      "taken", "no-chip", "chip-id", "nvram-unread", "other-standard"};
+  const bool readable = std::none_of(board.begin(), board.end(), [](const Cause& cause) {
+    return std::find(kOtherContents.begin(), kOtherContents.end(), cause.name) !=
+           kOtherContents.end();
+  });
+  const std::vector<Cause> lines = readable ? LineCauses(evidence) : std::vector<Cause>();
+  causes.insert(causes.end(), lines.begin(), lines.end());
+  causes.insert(causes.end(), board.begin(), board.end());
+  if (readable && lines.empty()) {
+    if (auto cause = OtherRegisters(evidence)) causes.push_back(std::move(*cause));
+  }
+  const Comparison& comparison = evidence.comparison;
+  if (causes.empty() && (!comparison.differences.empty() || comparison.untried != 0)) {
+    causes.push_back({"unknown", "Something differs, and nothing is known that would explain it.",
+                      "Run the check again, and send both logs."});
+  }
+  return causes;
+}
+
 }  // namespace
 
 bool Judge(const plan::Plan& plan, const plan::Log& log, std::ostream& out) {
@@ -138,14 +173,8 @@ bool Judge(const plan::Plan& plan, const plan::Log& log, std::ostream& out) {
   const Evidence evidence{plan, log, outcomes, comparison, MeasureBus(outcomes, log)};
   CheckPlan(evidence);
 
-  std::vector<Cause> causes = LoaderCauses(evidence);
-  for (Cause& cause : BoardCauses(evidence)) causes.push_back(std::move(cause));
-  for (Cause& cause : LineCauses(evidence)) causes.push_back(std::move(cause));
-  const bool well = causes.empty() && comparison.differences.empty() && comparison.untried == 0;
-  if (causes.empty() && !well) {
-    causes.push_back({"unknown", "Something differs, and nothing is known that would explain it.",
-                      "Run the check again, and send both logs."});
-  }
+  const std::vector<Cause> causes = FindCauses(evidence);
+  const bool well = causes.empty();
   out << (well ? "The device and its board are as they should be.\n"
                : "Not all is as it should be.\n");
   PrintCauses(causes, out);

@@ -150,6 +150,19 @@ void TellFile(DeviceSystem& system, const LibraryPlace& place) {
   LocalFree(content.text);
 }
 
+void TellDrivers(DeviceSystem& system) {
+  static constexpr const wchar_t* kDrivers[] = {L"CAM1:", L"VBE1:"};
+  for (const wchar_t* name : kDrivers) {
+    void* const driver =
+        CreateFileW(name, kCeRead | kCeWrite, 0, nullptr, kCeOpenExisting, 0, nullptr);
+    if (driver != nullptr && reinterpret_cast<std::uintptr_t>(driver) != kCeNoFile) {
+      CloseHandle(driver);
+      continue;
+    }
+    LogLine(system, 0, "absent").Text(Units(name)).Number(LastError()).Write();
+  }
+}
+
 bool TellLoading(DeviceSystem& system, const LibraryPlace& place) {
   LogLine(system, 0, "loading").Text(Units(place.name.Get())).Write();
   HINSTANCE__* const module = LoadLibraryW(place.name.Get());

@@ -9,6 +9,8 @@ namespace check {
 
 // Tells the log of the library's file, and of each of its imports that is not there.
 void TellFile(DeviceSystem& system, const LibraryPlace& place);
+// Tells the log of each driver of the library's that cannot be opened.
+void TellDrivers(DeviceSystem& system);
 // Loads it and frees it again; false when the loader refuses it.
 bool TellLoading(DeviceSystem& system, const LibraryPlace& place);
 // What a second process finds that loads the library while this one has it. After it the system may

@@ -60,6 +60,7 @@ const char* PlayPlan(DeviceSystem& system, Player& player) {
 const char* CheckAll(DeviceSystem& system, Player& player, HINSTANCE__* instance) {
   const LibraryPlace place = FindLibrary();
   TellFile(system, place);
+  TellDrivers(system);
   system.settings.Remember();
   if (!TellLoading(system, place)) return "The system did not load the library.";
   system.UseLibrary(place.name);
