@@ -8,7 +8,8 @@ namespace ceimage {
 namespace {
 
 constexpr std::size_t kMostName = 255;
-constexpr std::size_t kMostDllName = 31;  // with its end, what the system has room for
+constexpr std::uint32_t kMostExports = 0x10000;  // an ordinal has 16 bits
+constexpr std::size_t kMostDllName = 31;         // with its end, what the system has room for
 
 std::uint32_t WordAt(const Image& image, std::uint32_t offset) {
   return Get32(ImageBytes(image, offset, 4), 0);
@@ -43,6 +44,10 @@ Exports ReadExports(const Image& image, const Directory& exports) {
   const std::uint32_t addresses = Get32(table, 28);
   const std::uint32_t names = Get32(table, 32);
   const std::uint32_t ordinals = Get32(table, 36);
+  // The system reads the whole table of addresses, also of functions without a name.
+  if (functions > kMostExports)
+    throw Refusal("The library exports " + std::to_string(functions) + " functions.");
+  ImageBytes(image, addresses, functions * 4);
   Exports result = {NameAt(image, Get32(table, 12), "The library", kMostDllName), {}};
   std::string before;
   for (std::uint32_t i = 0; i < count; ++i) {
