@@ -33,7 +33,7 @@ std::optional<BusTime> MeasureBus(const std::vector<Outcome>& outcomes, const pl
     bus.cycles += step.cost->cycles;
     ++bus.calls;
   }
-  if (us < kLeastCounts * CountUs(log)) return std::nullopt;
+  if (bus.cycles == 0 || us < kLeastCounts * CountUs(log)) return std::nullopt;
   bus.cycle_ns = static_cast<std::uint32_t>((1000 * us + bus.cycles / 2) / bus.cycles);
   return bus;
 }
