@@ -17,6 +17,12 @@ fail() {
   status=1
 }
 
+# A copy without its history is of no time.
+if [[ -z "${SOURCE_DATE_EPOCH:-}" ]] && ! git rev-parse HEAD >/dev/null 2>&1; then
+  SOURCE_DATE_EPOCH="$(stat -c %Y CMakeLists.txt)"
+  export SOURCE_DATE_EPOCH
+fi
+
 rm -rf "$work"
 scripts/package.sh "$work/first"
 scripts/package.sh "$work/second" >"$work/second.log" 2>&1 || { cat "$work/second.log"; exit 1; }

@@ -52,7 +52,8 @@ sources() {
   if git -C "$root" rev-parse --git-dir >/dev/null 2>&1; then
     git -C "$root" ls-files -co --exclude-standard "$@"
   else
-    (cd "$root" && find "${@:-.}" -type f -not -path './build*' -not -path './out/*' | sed 's|^\./||')
+    (cd "$root" && find "${@:-.}" -type f -not -path './build*' -not -path './out/*' -not -path './.git/*' \
+      -not -name '*.pyc' | sed 's|^\./||')
   fi | while IFS= read -r file; do
     # One that is gone and not committed as such.
     [[ ! -e "$root/$file" ]] || printf '%s\n' "$file"
