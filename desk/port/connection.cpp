@@ -211,15 +211,18 @@ void Connection::CloseAfter(std::chrono::milliseconds time) {
 void Connection::Close() {
   if (closed_) return;
   closed_ = true;
+  {
+    // Before the other side hears of it: no line runs behind a closed connection.
+    const std::lock_guard lock(mutex_);
+    ended_ = true;
+    more_.notify_one();
+  }
   timer_.cancel();
   transport_->Close();
   if (feed_ != nullptr) feed_->Unwatch();
   if (!runner_.joinable()) {
-    return asio::post(transport_->Executor(), [self = shared_from_this()] { self->ReportGone(); });
+    asio::post(transport_->Executor(), [self = shared_from_this()] { self->ReportGone(); });
   }
-  const std::lock_guard lock(mutex_);
-  ended_ = true;
-  more_.notify_one();
 }
 
 void Connection::ReportGone() {
