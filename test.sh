@@ -26,13 +26,13 @@ sanbuild |                | 167 | build (clang++, sanitizers)         | scripts/
 santests | sanbuild       | 158 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
 fuzz     | sanbuild       | 11  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
 threads  |                | 90  | threads of a program (sanitizer)    | scripts/check_threads.sh
-lint     |                | 360 | lint (clang-tidy)                   | scripts/lint.sh
+lint     |                | 1030 | lint (clang-tidy)                   | scripts/lint.sh
 image    | build          | 4   | image for the device (ARM)          | device/build.sh && samples/recorder/check_device.sh
 package  | dll image        | 60  | package                             | scripts/check_package.sh
 day      | package        | 75  | first day on the emulated device    | scripts/check_first_day.sh
 emulated | build image    | 12  | image on the emulated device        | device/run_tests.sh && device/run_check.sh
 bench    | build image    | 2   | benchmarks (g++)                    | scripts/run_benchmarks.sh
-page     | build          | 100 | page in Chromium                    | scripts/check_page.sh
+page     | build          | 170 | page in Chromium                    | scripts/check_page.sh
 demo     | build          | 1   | demo                                | scripts/run_demo.sh
 '
 quick=(format layers build tests)
