@@ -32,7 +32,7 @@ package  | dll image        | 60  | package                             | script
 day      | package        | 75  | first day on the emulated device    | scripts/check_first_day.sh
 emulated | build image    | 12  | image on the emulated device        | device/run_tests.sh && device/run_check.sh
 bench    | build image    | 2   | benchmarks (g++)                    | scripts/run_benchmarks.sh
-page     | build          | 170 | page in Chromium                    | scripts/check_page.sh
+page     | build          | 105 | page in Chromium                    | scripts/check_page.sh
 demo     | build          | 1   | demo                                | scripts/run_demo.sh
 '
 quick=(format layers build tests)

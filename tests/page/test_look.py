@@ -145,21 +145,23 @@ class AccessibilityTest(PageTest):
             self.skipTest(f"axe-core is not there ({AXE}): the network was not reached")
         super().setUp()
 
-    def expect_none(self, theme: str, what: str, within: str = "html") -> None:
-        # In the dark the colours differ, nothing else.
-        rules = ["color-contrast", "link-in-text-block"]
-        options = {"runOnly": {"type": "rule", "values": rules}} if theme == "dark" else {}
-        found = self.browser.driver.execute_async_script(
-            "const [within, options, done] = arguments; axe.run(within, options).then("
-            "({ violations, passes }) => done({ passes: passes.length, violations: violations.map("
-            "({ id, help, nodes }) => [id, help, nodes.map(({ target, failureSummary }) => "
-            "`${target.join(' ')}: ${failureSummary}`)]) }), (error) => done(String(error)))",
-            within, options)
-        with self.subTest(theme=theme, state=what):
-            self.assertIsInstance(found, dict, found)
-            whole = within == "html" and theme == "light"
-            self.assertGreater(found["passes"], 20 if whole else 0)
-            self.assertEqual(found["violations"], [], json.dumps(found["violations"], indent=1))
+    def expect_none(self, what: str, within: str = "html") -> None:
+        for theme in ("light", "dark"):
+            self.browser.theme(theme)
+            # In the dark the colours differ, nothing else.
+            rules = ["color-contrast", "link-in-text-block"]
+            options = {"runOnly": {"type": "rule", "values": rules}} if theme == "dark" else {}
+            found = self.browser.driver.execute_async_script(
+                "const [within, options, done] = arguments; axe.run(within, options).then("
+                "({ violations, passes }) => done({ passes: passes.length, violations: violations"
+                ".map(({ id, help, nodes }) => [id, help, nodes.map(({ target, failureSummary }) =>"
+                " `${target.join(' ')}: ${failureSummary}`)]) }), (error) => done(String(error)))",
+                within, options)
+            with self.subTest(theme=theme, state=what):
+                self.assertIsInstance(found, dict, found)
+                whole = within == "html" and theme == "light"
+                self.assertGreater(found["passes"], 20 if whole else 0)
+                self.assertEqual(found["violations"], [], json.dumps(found["violations"], indent=1))
 
     def test_breaks_no_rule_in_any_state_light_and_dark(self) -> None:
         self.open()
@@ -168,35 +170,31 @@ class AccessibilityTest(PageTest):
         browser.run(AXE.read_text())
         browser.line("camera 16 off")
         browser.line("camera 5 off")
-        for theme in ("light", "dark"):
-            browser.theme(theme)
-            self.expect_none(theme, "as it opens")
-            for tab in browser.all(".tabs button"):
-                name = tab.get_attribute("aria-controls")
-                browser.pane(name)
-                self.expect_none(theme, name, f".stack:has(> #{name})")
-            browser.button("Windows", "#monitor").click()
-            browser.run("document.querySelector('.windows [data-channel=\"6\"]').focus()")
-            self.expect_none(theme, "the windows' registers", "#monitor")
-            browser.button("Windows", "#monitor").click()
-            browser.pane("registers")
-            browser.button("Names", "#registers").click()
-            self.expect_none(theme, "registers by name", "#registers")
-            browser.button("Grid", "#registers").click()
-            browser.find('#registers [data-number="48"]').click()
-            self.expect_none(theme, "a register's menu", "#registers")
-            browser.find('#registers [data-number="48"]').send_keys("w")
-            browser.pane("console")
-            browser.find("#console-line").send_keys("camera 5 ", "\t")
-            browser.wait_for(lambda: browser.all("#console [role=option]"), "completions")
-            self.expect_none(theme, "completions", "#console")
-            browser.find("#console-line").clear()
+        self.expect_none("as it opens")
+        for tab in browser.all(".tabs button"):
+            name = tab.get_attribute("aria-controls")
+            browser.pane(name)
+            self.expect_none(name, f".stack:has(> #{name})")
+        browser.button("Windows", "#monitor").click()
+        browser.run("document.querySelector('.windows [data-channel=\"6\"]').focus()")
+        self.expect_none("the windows' registers", "#monitor")
+        browser.button("Windows", "#monitor").click()
+        browser.pane("registers")
+        browser.button("Names", "#registers").click()
+        self.expect_none("registers by name", "#registers")
+        browser.button("Grid", "#registers").click()
+        browser.find('#registers [data-number="48"]').click()
+        self.expect_none("a register's menu", "#registers")
+        browser.find('#registers [data-number="48"]').send_keys("w")
+        browser.pane("console")
+        browser.find("#console-line").send_keys("camera 5 ", "\t")
+        browser.wait_for(lambda: browser.all("#console [role=option]"), "completions")
+        self.expect_none("completions", "#console")
+        browser.find("#console-line").clear()
         browser.line("break write master page 1 0x30")
         browser.pane("host")
         browser.find('[data-command="live-split"][data-mode="9"]').click()
         browser.wait_for(browser.find("#notices .stopped").is_displayed, "the notice")
-        for theme in ("light", "dark"):
-            browser.theme(theme)
-            self.expect_none(theme, "stopped")
+        self.expect_none("stopped")
         browser.line("break off")
         browser.line("continue")

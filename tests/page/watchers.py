@@ -11,6 +11,10 @@ import websockets
 
 LIMIT = 60  # seconds for anything that must come
 
+# For both sockets. Closing does not wait long for the board's answer, which stands behind all that
+# nobody has read.
+OPTIONS = {"max_size": None, "ping_interval": None, "close_timeout": 0.1}
+
 
 class Control:
     """A connection to /control that has greeted."""
@@ -23,10 +27,9 @@ class Control:
 
     @classmethod
     async def open(cls, board: Any, events: str = "events", **options: Any) -> "Control":
-        options = {"max_queue": None, **options}
+        options = {**OPTIONS, "max_queue": None, **options}
         socket = await websockets.connect(
-            f"ws://127.0.0.1:{board.port}/control", origin=board.origin, max_size=None,
-            ping_interval=None, **options)
+            f"ws://127.0.0.1:{board.port}/control", origin=board.origin, **options)
         control = cls(socket)
         await socket.send(f"vexo 1 {events}".strip() + "\n")
         control.next = (await control.take()).get("next", 0)
@@ -83,5 +86,4 @@ class Picture:
 
 async def open_monitor(board: Any) -> Any:
     return await websockets.connect(
-        f"ws://127.0.0.1:{board.port}/monitor", origin=board.origin, max_size=None,
-        ping_interval=None)
+        f"ws://127.0.0.1:{board.port}/monitor", origin=board.origin, **OPTIONS)
