@@ -28,7 +28,7 @@ check() {
     "$(tail -n 1 "$card/output.txt")"
   expect "imports that are missing" "0" "$(sed -n 's/^0 [0-9]* imports [0-9]* //p' "$checked")"
   expect "exports that are missing" "" "$(grep -E '^0 [0-9]+ export .* 0x0$' "$checked" || true)"
-  expect "second process" '"ended" 15' "$(sed -n 's/^0 [0-9]* process //p' "$checked")"
+  expect "second process" '"ended" 31' "$(sed -n 's/^0 [0-9]* process //p' "$checked")"
   expect "stored settings" "" "$(grep -E ' nvram "(lost|unknown)"' "$checked" || true)"
   expect "differences" "0" "$(sed -n 's/^0 [0-9]* end [0-9]* //p' "$checked")"
   echo "$name: $(wc -c <"$card/VexoCheck.plan") bytes of plan, $(wc -l <"$checked") lines of log," \

@@ -60,6 +60,7 @@ day "an import by number missing" import-missing "seed 0" --without-import '#8'
 day "no NVRAM library" import-missing "seed 0" --without-import RTCNVRAM_Init
 day "switched off" log-cut "seed 0" --limit 5000ms
 day "another process has the library" taken "fault event-exists on"
+day "a shared section that is not shared" not-shared "seed 0" --unshared
 
 # ---- The board ------------------------------------------------------------------------------------
 
@@ -73,6 +74,7 @@ day "data lines 0 and 2 exchanged" no-chip "bus exchange 0 2"
 day "a data line that is always 0" no-chip "bus hold 1 0"
 day "a stuck settle bit" settle "settle never"
 day "an NVRAM that cannot be read" nvram-unreadable "nvram fail read"
+day "an NVRAM that cannot be written" nvram-unwritable "nvram fail write"
 day "no camera driver" driver-absent "driver CAM1: absent"
 day "no video back-end" driver-absent "driver VBE1: absent"
 cycle_ns=20000 day "a slow bus" slow-bus "seed 0"

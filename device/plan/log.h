@@ -80,6 +80,7 @@ inline constexpr unsigned kChildLoaded = 1;
 inline constexpr unsigned kChildExports = 2;
 inline constexpr unsigned kChildUninitialized = 4;
 inline constexpr unsigned kChildNoVersion = 8;
-inline constexpr unsigned kChildAsItShould = 15;
+inline constexpr unsigned kChildSharesMemory = 16;
+inline constexpr unsigned kChildAsItShould = 31;
 
 }  // namespace plan

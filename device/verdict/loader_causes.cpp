@@ -185,11 +185,18 @@ std::optional<Cause> SecondProcess(const Evidence& evidence) {
                  "Free memory on the device and try again; the first process is not concerned."};
   }
   if ((number & plan::kChildUninitialized) == 0) {
-    return Cause{"not-shared",
-                 "A second process was let into the library beside the first one: the word that "
-                 "both should see is not shared between them.",
+    return Cause{"two-users",
+                 "A second process was let into the library beside the first one: it does not see "
+                 "the event by which the first one has it.",
                  "Never run two programs with the library on this system: both would drive the "
-                 "chips. Send the log: this loader does not share the section."};
+                 "chips. Send the log."};
+  }
+  if (number == (plan::kChildAsItShould & ~plan::kChildSharesMemory)) {
+    return Cause{"not-shared",
+                 "Each process has a copy of its own of the section that all that load the library "
+                 "should share: this loader does not share it.",
+                 "The library works without: it tells processes apart by an event. A host that "
+                 "counts on that section must not. Send the log."};
   }
   return Cause{"second-process",
                "A second process did not find the library as it should: exit code " +
@@ -248,6 +255,13 @@ std::optional<Cause> NvramLost(const Evidence& evidence) {
                    "The stored settings were changed and could not be put back: the NVRAM does "
                    "not take what is written.",
                    "Look at the NVRAM's supply and write protection, and at ExtRtcNVramCtl.dll."};
+    }
+    if (entry->texts.front() == "unwritable") {
+      return Cause{"nvram-unwritable",
+                   "The NVRAM can be read, but does not take what is written: the check wrote back "
+                   "what it had read, and that failed.",
+                   "Look at the NVRAM's supply and write protection, and at ExtRtcNVramCtl.dll: a "
+                   "setting that the host stores is lost."};
     }
     if (entry->texts.front() == "unknown") {
       return Cause{

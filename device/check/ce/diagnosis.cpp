@@ -1,12 +1,12 @@
 #include "device/check/ce/diagnosis.h"
 
-#include "device/check/imports_of.h"
+#include "device/check/ce/shared_word.h"
+#include "device/check/image_reader.h"
 #include "device/check/log_line.h"
 
 namespace check {
 namespace {
 
-constexpr unsigned kMostImage = 16u << 20;
 constexpr CeDword kMostSecondMs = 20'000;
 
 static_assert(sizeof(wchar_t) == sizeof(Char16), "the system's texts");
@@ -132,7 +132,7 @@ void TellFile(DeviceSystem& system, const LibraryPlace& place) {
         .Write();
     return;
   }
-  ImportReader reader(reinterpret_cast<const std::uint8_t*>(content.text), content.bytes);
+  ImageReader reader(reinterpret_cast<const std::uint8_t*>(content.text), content.bytes);
   ImageFacts facts = {};
   reader.ReadFacts(facts);
   LogLine(system, 0, "file")
@@ -189,7 +189,10 @@ bool TellLoading(DeviceSystem& system, const LibraryPlace& place) {
 void TellSecondProcess(DeviceSystem& system, const LibraryPlace& place) {
   HINSTANCE__* const module = LoadLibraryW(place.name.Get());
   if (module == nullptr) return;
-  TellProcess(system);
+  {
+    const SharedMark mark(module);
+    TellProcess(system);
+  }
   FreeLibrary(module);
 }
 
@@ -198,6 +201,7 @@ CeDword RunAsSecond() {
   constexpr CeDword kAllExports = 2;
   constexpr CeDword kUninitialized = 4;
   constexpr CeDword kNoVersion = 8;
+  constexpr CeDword kSharesMemory = 16;
   HINSTANCE__* const module = LoadLibraryW(FindLibrary().name.Get());
   if (module == nullptr) return 0;
   CeDword found = kLoaded | kAllExports;
@@ -213,6 +217,7 @@ CeDword RunAsSecond() {
       reinterpret_cast<VexoGetVersionFunction>(GetProcAddressW(module, L"VEXOAPI_GetVersion"));
   VexoChar16 text[64] = {};
   if (version != nullptr && version(text) == 0) found |= kNoVersion;
+  if (SeesSharedMark(module)) found |= kSharesMemory;
   FreeLibrary(module);
   return found;
 }

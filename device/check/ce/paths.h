@@ -38,6 +38,7 @@ struct FileContent {
   unsigned bytes = 0;
   unsigned long error = 0;
 };
+inline constexpr unsigned kMostImage = 16u << 20;  // bytes of an image, far more than any has
 FileContent ReadWhole(const wchar_t* path, unsigned most);
 
 }  // namespace check

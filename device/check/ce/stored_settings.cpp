@@ -47,6 +47,7 @@ void StoredSettings::Remember() {
   line.Text(known_ ? "stored" : "unknown");
   if (known_) line.Bytes(bytes_, kBytes);
   line.Write();
+  if (known_ && !Write(bytes_)) LogLine(system_, 0, "nvram").Text("unwritable").Write();
 }
 
 void StoredSettings::Restore() {

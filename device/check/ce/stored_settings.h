@@ -11,7 +11,8 @@ class StoredSettings {
  public:
   explicit StoredSettings(System& system) : system_(system) {}
 
-  // Remembers what is stored, and tells the log.
+  // Remembers what is stored, and tells the log; and whether it can be put back, by writing it as
+  // it is, before anything can have changed it.
   void Remember();
   // Puts it back if it has changed, and tells the log.
   void Restore();

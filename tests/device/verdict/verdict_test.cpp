@@ -75,7 +75,7 @@ std::string Loaded() {
          "0 5 version \"1.0.1.6\"\n"
          "0 5 export \"VEXOAPI_Initialize\" 0x10001000\n"
          "0 6 again 0x10000000\n"
-         "0 7 process \"ended\" 15\n"
+         "0 7 process \"ended\" 31\n"
          "0 8 window 0x1234\n"
          "0 8 nvram \"stored\" 4D44565200100000\n";
 }
@@ -216,15 +216,17 @@ std::vector<Case> Cases() {
       {"OtherVersion", Replaced(good, "version \"1.0.1.6\"", "version \"1.0.1.5\""),
        "other-version", "version is \"1.0.1.5\", the check program's \"1.0.1.6\""},
       {"SecondLoad", Replaced(good, "again 0x10000000", "again 0x0"), "second-load", "gave 0x00"},
-      {"NotShared", Replaced(good, "\"ended\" 15", "\"ended\" 11"), "not-shared",
-       "is not shared between them"},
-      {"SecondProcessWithout", Replaced(good, "\"ended\" 15", "\"ended\" 0"),
+      {"TwoUsers", Replaced(good, "\"ended\" 31", "\"ended\" 27"), "two-users",
+       "let into the library beside the first one"},
+      {"NotShared", Replaced(good, "\"ended\" 31", "\"ended\" 15"), "not-shared",
+       "a copy of its own of the section"},
+      {"SecondProcessWithout", Replaced(good, "\"ended\" 31", "\"ended\" 0"),
        "process-without-library", "could not load the library"},
-      {"SecondProcessOtherwise", Replaced(good, "\"ended\" 15", "\"ended\" 7"), "second-process",
-       "exit code 7, expected 15"},
-      {"SecondProcessRefused", Replaced(good, "\"ended\" 15", "\"refused\" 8"), "process-refused",
+      {"SecondProcessOtherwise", Replaced(good, "\"ended\" 31", "\"ended\" 7"), "second-process",
+       "exit code 7, expected 31"},
+      {"SecondProcessRefused", Replaced(good, "\"ended\" 31", "\"refused\" 8"), "process-refused",
        "(error 8)"},
-      {"SecondProcessHung", Replaced(good, "\"ended\" 15", "\"hung\" 5000"), "process-hung",
+      {"SecondProcessHung", Replaced(good, "\"ended\" 31", "\"hung\" 5000"), "process-hung",
        "within 5000 ms"},
       {"NoWindow", Replaced(good, "window 0x1234", "window 0x0"), "no-window", "make a window"},
       {"Hang", good.substr(0, good.find("17 501 returned")), "hang",
@@ -233,6 +235,9 @@ std::vector<Case> Cases() {
       {"Cut", good.substr(0, good.find("17 501 called")) + "17 50", "log-cut",
        "The log has no end"},
       {"NvramLost", Replaced(good, "\"kept\"", "\"lost\""), "nvram-lost", "could not be put back"},
+      {"NvramUnwritable",
+       Replaced(good, "4D44565200100000\n", "4D44565200100000\n0 8 nvram \"unwritable\"\n"),
+       "nvram-unwritable", "does not take what is written: the check wrote back"},
       {"NvramUnknown", Replaced(good, "nvram \"stored\" 4D44565200100000", "nvram \"unknown\""),
        "nvram-unreadable", "cannot be read"},
 

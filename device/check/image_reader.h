@@ -1,4 +1,4 @@
-// What an image for the device asks of the system, read from its file.
+// What an image for the device asks of the system and offers to others, read from its file.
 #pragma once
 
 #include <cstdint>
@@ -10,12 +10,17 @@ struct ImageFacts {
   std::uint32_t base;
 };
 
-class ImportReader {
+class ImageReader {
  public:
-  ImportReader(const std::uint8_t* file, unsigned bytes) : file_(file), bytes_(bytes) {}
+  ImageReader(const std::uint8_t* file, unsigned bytes) : file_(file), bytes_(bytes) {}
 
   // False when it is no image.
   bool ReadFacts(ImageFacts& facts) const;
+
+  // Offset in memory of the first section that all processes share and may write; 0: none.
+  std::uint32_t SharedOffset() const;
+  // Offset in memory of what is exported by that name; 0: nothing.
+  std::uint32_t ExportOffset(const char* name) const;
 
   // The next import: its library, and its name or, when that is null, its number. False at the end.
   bool Next(const char*& library, const char*& name, std::uint32_t& number);
@@ -28,6 +33,8 @@ class ImportReader {
   // A text that ends in the file; null: none.
   const char* TextAt(std::uint32_t offset) const;
   std::uint32_t Header() const;
+  // Of a section's header; 0 behind the last.
+  std::uint32_t SectionHeader(std::uint32_t index) const;
 
   const std::uint8_t* const file_;
   const unsigned bytes_;
