@@ -80,6 +80,7 @@ void Interpreter::Start() {
     world.kernel.SetSeed(options_.seed);
     world.Record(sim::LineEvent{"seed " + std::to_string(options_.seed)});
   }
+  world.kernel.SetCycleTime(options_.cycle_ns);
   watch_.Attach();
 }
 

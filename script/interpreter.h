@@ -52,6 +52,7 @@ struct InterpreterOptions {
   bool quiet = false;        // only unmet expectations, and what the script prints
   bool stacks = true;        // shows the library's call stack at stops
   std::uint64_t seed = 0;
+  std::uint32_t cycle_ns = 0;  // how much of the board's time a bus cycle takes
   Limits limits;
   std::vector<TraceSink*> sinks;
   // Makes the sink that a waveform is written with; none: the program draws none.

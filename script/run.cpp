@@ -103,6 +103,7 @@ int RunScript(const Script& script, const RunOptions& options, Surroundings& aro
   InterpreterOptions how;
   how.quiet = options.quiet;
   how.seed = options.seed;
+  how.cycle_ns = options.cycle_ns;
   how.limits = options.limits;
   how.sinks = options.sinks;
   how.waveform = options.waveform;

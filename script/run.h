@@ -27,6 +27,7 @@ struct RunOptions {
   std::optional<std::string> variant;  // of a script that has variants: this one alone
   bool quiet = false;  // only failed expectations, the summary and what the script prints
   std::uint64_t seed = 0;
+  std::uint32_t cycle_ns = 0;  // how much of the board's time a bus cycle takes
   Limits limits;
   bool registers = false;              // print all register pages at the end
   std::optional<std::string> picture;  // write the screen at the end

@@ -168,21 +168,4 @@ std::uint32_t Device::GuestWparam(std::uint32_t message, std::uintptr_t wparam) 
   return address;
 }
 
-// ---- Time --------------------------------------------------------------------------------------
-
-// What the processor waits for the bus, it does nothing else; others may have been waiting.
-void Device::CyclePassed() {
-  constexpr std::uint64_t kMillisecond = 1'000'000;
-  if (options_.cycle_ns == 0) return;
-  cycles_ns_ += options_.cycle_ns;
-  if (cycles_ns_ < kMillisecond) return;
-  const auto ms = static_cast<std::uint32_t>(cycles_ns_ / kMillisecond);
-  cycles_ns_ %= kMillisecond;
-  sim::TheWorld().kernel.Idle(ms);
-}
-
-std::uint64_t Device::Microseconds() const {
-  return sim::TheWorld().kernel.NowUnwrapped() * 1000 + cycles_ns_ / 1000;
-}
-
 }  // namespace emulator

@@ -20,7 +20,6 @@ struct DeviceOptions {
   bool thumb_alone = false;                    // its loader takes machine 0x01C2 and no other
   bool unshared = false;                       // each process has its own copy of a shared section
   bool base_taken = false;                     // a library cannot lie where it wants
-  std::uint32_t cycle_ns = 0;                  // how long a bus cycle takes
 };
 
 // The files whose version programs can ask for are those of the card and no others.
@@ -74,12 +73,6 @@ class Device {
   // What the guest has as the wParam of a message that came.
   std::uint32_t GuestWparam(std::uint32_t message, std::uintptr_t wparam) const;
 
-  // ---- Time
-  // ---------------------------------------------------------------------------------------
-
-  void CyclePassed();
-  std::uint64_t Microseconds() const;
-
  private:
   Card card_;
   DeviceOptions options_;
@@ -94,7 +87,6 @@ class Device {
   std::map<std::pair<std::string, std::size_t>, std::weak_ptr<GuestPages>> shared_;
   std::uint32_t next_module_ = 0x83F00000;  // a module's handle is no address that code may use
   std::uint32_t next_process_ = 0x22000000;
-  std::uint64_t cycles_ns_ = 0;  // of bus cycles, less than a millisecond
 };
 
 }  // namespace emulator

@@ -110,7 +110,7 @@ std::uint32_t WriteLong(const Cpu& cpu, std::uint32_t address, std::uint64_t val
 }
 
 std::uint32_t QueryPerformanceCounter(Cpu& cpu) {
-  return WriteLong(cpu, cpu.Argument(0), CallingProgram(cpu).OfDevice().Microseconds());
+  return WriteLong(cpu, cpu.Argument(0), sim::TheWorld().kernel.Microseconds());
 }
 
 std::uint32_t QueryPerformanceFrequency(Cpu& cpu) {

@@ -166,13 +166,8 @@ PlatBusWindow Process::WindowAt(std::uint32_t address) {
 
 void Process::StoreByte(unsigned page, std::uint8_t value) {
   Plat_StoreByte(WindowAt(PortAddress(page)), value);
-  CyclePassed();
 }
 
-std::uint8_t Process::LoadByte(unsigned page) {
-  const std::uint8_t value = Plat_LoadByte(WindowAt(PortAddress(page)));
-  CyclePassed();
-  return value;
-}
+std::uint8_t Process::LoadByte(unsigned page) { return Plat_LoadByte(WindowAt(PortAddress(page))); }
 
 }  // namespace emulator

@@ -138,7 +138,6 @@ class Process {
   std::uint32_t GuestAddress(const void* host) const;
 
  protected:
-  virtual void CyclePassed() {}  // a bus cycle of this process
   void FreeLoans();
 
   std::uint32_t id_ = 0;

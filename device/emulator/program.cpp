@@ -61,8 +61,6 @@ void Program::CloseAll() {
   }
 }
 
-void Program::CyclePassed() { device_.CyclePassed(); }
-
 Program& CallingProgram(const Cpu& cpu) {
   Program* const program = cpu.Owner().AsProgram();
   if (program == nullptr) cpu.Fault("a call that only a program can make");

@@ -40,9 +40,6 @@ class Program : public Process {
 
   std::map<std::uint32_t, std::unique_ptr<OpenFile>> files;  // by handle
 
- protected:
-  void CyclePassed() override;
-
  private:
   void CloseAll();
   std::uint32_t RunEntry(Cpu& cpu, const std::u16string& command_line);

@@ -43,12 +43,16 @@ class Kernel {
   // One bus cycle in `one_in` hands over to another thread, which may be one whose
   // time has not come (time then jumps). 0: never.
   void SetPreemption(unsigned one_in);
+  // How much of the virtual time a bus cycle takes, in which its thread does nothing else. 0: none.
+  void SetCycleTime(std::uint32_t ns) { cycle_ns_ = ns; }
   void AtBusCycle() {
-    if (preempt_one_in_ != 0 || watch_) BusCycleWork();
+    if (preempt_one_in_ != 0 || cycle_ns_ != 0 || watch_) BusCycleWork();
   }
 
   // Virtual time without the wrap.
   std::uint64_t NowUnwrapped() const;
+  // The same, with what the bus cycles of this millisecond have taken.
+  std::uint64_t Microseconds() const { return NowUnwrapped() * 1000 + cycles_ns_ / 1000; }
 
   // Called now and then, in whatever thread runs: before each pause, and within a thousand bus
   // cycles. What it throws ends what the main host thread does, and comes out there. None: never.
@@ -163,6 +167,8 @@ class Kernel {
   std::uint32_t now_ms_ = 0;
   By by_ = By::Host;
   unsigned preempt_one_in_ = 0;
+  std::uint32_t cycle_ns_ = 0;
+  std::uint32_t cycles_ns_ = 0;  // of bus cycles, less than a millisecond when it is read
   std::function<void()> watch_;
   unsigned cycles_to_watch_ = kCyclesToWatch;
   std::function<std::uint64_t(std::uint64_t)> pacer_;

@@ -231,6 +231,12 @@ void Kernel::BusCycleWork() {
     impl_->AskWatch();
   }
   if (preempt_one_in_ != 0) impl_->PreemptNow(preempt_one_in_);
+  constexpr std::uint32_t kMillisecond = 1'000'000;  // ns
+  cycles_ns_ += cycle_ns_;
+  if (cycles_ns_ < kMillisecond) return;
+  const std::uint32_t ms = cycles_ns_ / kMillisecond;
+  cycles_ns_ %= kMillisecond;
+  Idle(ms);  // others may have been waiting
 }
 
 void Kernel::Sleep(std::uint32_t ms) {

@@ -74,6 +74,24 @@ std::string TraceOf(std::uint64_t seed) {
   return trace.str();
 }
 
+TEST_F(LibraryRun, BusCyclesTakeTimeWhenTheRunSaysHowMuch) {
+  std::uint32_t without = 0;  // what the library sleeps, in ms
+  for (const std::uint32_t cycle_ns : {0u, 1'000u}) {
+    std::istringstream script("attach\nwindow\ncommand init\n");
+    std::ostringstream out;
+    std::ostringstream err;
+    script::RunOptions options;
+    options.cycle_ns = cycle_ns;
+    TerminalSurroundings around;
+    EXPECT_EQ(script::RunScript(script, "s.vexo", options, around, out, err), script::kExitDone);
+    const sim::World& world = sim::TheWorld();
+    if (cycle_ns == 0) without = world.kernel.Now();
+    const std::uint64_t cycles_ms = world.trace.Cycles() * cycle_ns / 1'000'000;
+    EXPECT_EQ(cycles_ms != 0, cycle_ns != 0);
+    EXPECT_EQ(world.kernel.Now(), without + cycles_ms);
+  }
+}
+
 TEST_F(LibraryRun, IsTheSameEveryTime) {
   const std::string first = TraceOf(0);
   EXPECT_THAT(first, HasSubstr(R"("by":"worker")"));

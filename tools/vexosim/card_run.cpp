@@ -111,6 +111,7 @@ int RunCard(const CardRun& run, std::ostream& out, std::ostream& err) {
     return files::kExitWrong;
   }
   if (run.seed != 0) world.kernel.SetSeed(run.seed);
+  world.kernel.SetCycleTime(run.cycle_ns);
   for (script::TraceSink* const sink : run.sinks) sink->Begin(world.trace);
   script::RunWatch watch(run.limits, around);
   watch.Attach();

@@ -18,6 +18,7 @@ struct CardRun {
   std::vector<std::string> arguments;  // of the program
   std::string script;                  // lines that make the board; empty: the board as it is
   std::uint64_t seed = 0;
+  std::uint32_t cycle_ns = 0;  // how much of the device's time a bus cycle takes
   emulator::DeviceOptions device;
   script::Limits limits;
   std::vector<script::TraceSink*> sinks;

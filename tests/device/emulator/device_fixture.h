@@ -56,6 +56,7 @@ class DeviceTest : public testing::Test {
                     const std::string& arguments = "") {
     device_.reset();
     sim::ResetWorld();
+    sim::TheWorld().kernel.SetCycleTime(cycle_ns_);
     device_ = std::make_unique<Device>(card_, options);
     return device_->Run(program, arguments);
   }
@@ -72,6 +73,7 @@ class DeviceTest : public testing::Test {
     return texts;
   }
 
+  std::uint32_t cycle_ns_ = 0;  // of the runs that follow
   const std::string card_ = test::TempPath("card");
 
  private:

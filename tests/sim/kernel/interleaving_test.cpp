@@ -155,5 +155,36 @@ TEST_F(Interleaving, PreemptionWithNobodyElseGoesOn) {
   EXPECT_EQ(world().trace.Cycles(), 1u);
 }
 
+TEST_F(Interleaving, BusCyclesTakeTheTimeThatTheyAreTold) {
+  PlatBusWindow address = Plat_MapBusWindow(0x06400000, 4, false);
+  Plat_StoreByte(address, 1);
+  EXPECT_EQ(kernel().Microseconds(), 0u);
+  kernel().SetCycleTime(300'000);
+  for (int i = 0; i < 3; ++i) Plat_StoreByte(address, 1);
+  EXPECT_EQ(kernel().Now(), 0u);
+  EXPECT_EQ(kernel().Microseconds(), 900u);
+  Plat_LoadByte(address);
+  EXPECT_EQ(kernel().Now(), 1u);
+  EXPECT_EQ(world().board.Time(), 1u);
+  EXPECT_EQ(kernel().Microseconds(), 1200u);
+  kernel().SetCycleTime(0);
+  Plat_StoreByte(address, 1);
+  EXPECT_EQ(kernel().Microseconds(), 1200u);
+}
+
+TEST_F(Interleaving, WhileABusCycleTakesTimeOthersRunThatHaveWaited) {
+  PlatBusWindow address = Plat_MapBusWindow(0x06400000, 4, false);
+  kernel().SetCycleTime(500'000);
+  const WorkerBody body = [&] {
+    Plat_Sleep(2);
+    Log("worker");
+    return 0u;
+  };
+  StartWorker(body);
+  for (int i = 0; i < 8; ++i) Plat_StoreByte(address, 1);
+  Log("host");
+  EXPECT_EQ(log, (Lines{"2 worker", "4 host"}));
+}
+
 }  // namespace
 }  // namespace sim

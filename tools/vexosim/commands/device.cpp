@@ -27,12 +27,12 @@ struct Arguments {
   std::string machine = "any";
 };
 
-int Run(Arguments& arguments, bool cycles_take_time) {
+int Run(Arguments& arguments) {
   CardRun& run = arguments.run;
   run.limits = arguments.session.Limits();
   run.device.without_imports = {arguments.lacks.begin(), arguments.lacks.end()};
   run.device.thumb_alone = arguments.machine == "thumb";
-  if (cycles_take_time) run.device.cycle_ns = arguments.session.vcd.cycle_ns;
+  run.cycle_ns = arguments.session.cycle_ns;
   SessionOutputs outputs(arguments.session, {run.script});
   run.sinks = outputs.Sinks();
   const InterruptWatch interrupts;
@@ -62,10 +62,6 @@ void AddDevice(CLI::App& app, int& status) {
       ->type_name("BOARD.vexo")
       ->check(FileName());
   AddSessionOptions(*device, arguments->session);
-  CLI::Option* const cycle = device->get_option("--cycle-ns");
-  cycle->remove_needs(device->get_option("--vcd"));
-  cycle->description(
-      "How long a bus cycle takes, by default none of the device's time, and in the waveform");
   AddSeed(*device, arguments->run.seed);
   device
       ->add_option(
@@ -84,9 +80,7 @@ void AddDevice(CLI::App& app, int& status) {
   device->add_flag("--base-taken", arguments->run.device.base_taken,
                    "Libraries cannot lie where they want and are relocated");
   device->footer(kFooter);
-  device->callback([arguments, cycle, &status] {
-    status = WithFiles([&] { return Run(*arguments, cycle->count() != 0); });
-  });
+  device->callback([arguments, &status] { status = WithFiles([&] { return Run(*arguments); }); });
 }
 
 }  // namespace vexosim

@@ -63,6 +63,7 @@ int Run(const Arguments& arguments, const emulator::Machine* machine) {
   options.machine = machine;
   options.quiet = arguments.quiet;
   options.seed = arguments.seed;
+  options.cycle_ns = arguments.session.cycle_ns;
   options.registers = arguments.registers;
   options.limits = arguments.session.Limits();
   const bool standard_input = arguments.script == "-";

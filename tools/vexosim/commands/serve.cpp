@@ -96,6 +96,7 @@ int Serve(Arguments& arguments) {
   options.run.sinks = outputs.Sinks();
   options.run.waveform = WaveformMaker(arguments.session);
   options.run.limits = arguments.session.Limits();
+  options.run.cycle_ns = arguments.session.cycle_ns;
   options.library_stack = LibraryStack;
   options.ended = Interrupted;
   const InterruptWatch interrupts;

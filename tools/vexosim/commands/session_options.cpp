@@ -39,14 +39,17 @@ void AddSessionOptions(CLI::App& app, SessionOptions& options) {
   app.add_option("--trace", options.trace, "Writes the trace as JSON lines, as it happens")
       ->type_name("FILE")
       ->check(FileName());
-  AddVcd(app, options.vcd);
+  AddVcdFile(app, options.vcd);
+  AddCycleTime(app, options.cycle_ns,
+               "How long a bus cycle takes: by default none of the board's time, and " +
+                   std::to_string(kDefaultCycleNs) + " in the waveform");
   AddTime(app, "--limit", options.limit_ms, "Ends the run when the board's time reaches this");
   AddTime(app, "--limit-real", options.limit_real_ms, "Ends the run after this much real time");
 }
 
 std::function<std::unique_ptr<script::TraceSink>(std::ostream&)> WaveformMaker(
     const SessionOptions& options) {
-  return [cycle_ns = options.vcd.cycle_ns](std::ostream& out) {
+  return [cycle_ns = options.WaveformCycleNs()](std::ostream& out) {
     return std::make_unique<VcdSink>(out, cycle_ns);
   };
 }
@@ -61,7 +64,8 @@ SessionOutputs::SessionOutputs(const SessionOptions& options,
   }
   if (!options.vcd.file.empty()) {
     waveform_file_.emplace(options.vcd.file, others, files::Appears::AsItGrows);
-    waveform_.emplace(waveform_file_->Stream(), options.vcd.cycle_ns, RestartOf(*waveform_file_));
+    waveform_.emplace(waveform_file_->Stream(), options.WaveformCycleNs(),
+                      RestartOf(*waveform_file_));
   }
 }
 

@@ -21,10 +21,12 @@ namespace vexosim {
 struct SessionOptions {
   std::string trace;  // empty: none is written
   VcdOptions vcd;
+  std::uint32_t cycle_ns = 0;       // how long a bus cycle takes; 0: none of the board's time
   std::uint64_t limit_ms = 0;       // of the board's time; 0: none
   std::uint64_t limit_real_ms = 0;  // 0: none
 
   script::Limits Limits() const;
+  std::uint32_t WaveformCycleNs() const { return cycle_ns != 0 ? cycle_ns : vcd.cycle_ns; }
 };
 
 // --chips N, --pal, --bare.

@@ -34,6 +34,7 @@ int Run(Arguments& arguments) {
   ShellOptions& options = arguments.shell;
   options.style = arguments.colour.Style();
   options.run.limits = arguments.session.Limits();
+  options.run.cycle_ns = arguments.session.cycle_ns;
   if (!arguments.script.empty()) options.script = arguments.script;
   SessionOutputs outputs(arguments.session, {arguments.script, arguments.image.file});
   options.run.sinks = outputs.Sinks();

@@ -24,14 +24,21 @@ void AddCaptureColumns(CLI::App& app, CaptureColumns& columns) {
   app.add_flag("--hex", columns.hexadecimal, "Numbers of a CSV without 0x are hexadecimal too");
 }
 
-void AddVcd(CLI::App& app, VcdOptions& vcd) {
-  CLI::Option* file =
-      app.add_option("--vcd", vcd.file, "Writes the bus as a waveform, for GTKWave and others")
-          ->type_name("FILE.vcd")
-          ->check(FileName());
-  app.add_option("--cycle-ns", vcd.cycle_ns, "How long a bus cycle is in the waveform")
+CLI::Option* AddVcdFile(CLI::App& app, VcdOptions& vcd) {
+  return app.add_option("--vcd", vcd.file, "Writes the bus as a waveform, for GTKWave and others")
+      ->type_name("FILE.vcd")
+      ->check(FileName());
+}
+
+CLI::Option* AddCycleTime(CLI::App& app, std::uint32_t& ns, const std::string& help) {
+  return app.add_option("--cycle-ns", ns, help)
       ->type_name("N")
-      ->transform(WholeNumber(kLeastCycleNs, kMostCycleNs))
+      ->transform(WholeNumber(kLeastCycleNs, kMostCycleNs));
+}
+
+void AddVcd(CLI::App& app, VcdOptions& vcd) {
+  CLI::Option* const file = AddVcdFile(app, vcd);
+  AddCycleTime(app, vcd.cycle_ns, "How long a bus cycle is in the waveform")
       ->capture_default_str()
       ->needs(file);
 }

@@ -14,11 +14,13 @@ namespace vexosim {
 // --column LINE=NAME[:low] and --hex.
 void AddCaptureColumns(CLI::App& app, CaptureColumns& columns);
 
-// --vcd FILE and --cycle-ns N.
+// --vcd FILE; with it --cycle-ns N.
 struct VcdOptions {
   std::string file;  // empty: none is written
   std::uint32_t cycle_ns = kDefaultCycleNs;
 };
+CLI::Option* AddVcdFile(CLI::App& app, VcdOptions& vcd);
+CLI::Option* AddCycleTime(CLI::App& app, std::uint32_t& ns, const std::string& help);
 void AddVcd(CLI::App& app, VcdOptions& vcd);
 
 // Runs what reads files; a file that cannot be used is told on standard error, and is kExitWrong.
