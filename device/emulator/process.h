@@ -139,6 +139,7 @@ class Process {
 
  protected:
   virtual void CyclePassed() {}  // a bus cycle of this process
+  virtual void ThreadLeft(const Cpu&) {}  // the thread that ran on this processor
   void FreeLoans();
 
   std::uint32_t id_ = 0;
