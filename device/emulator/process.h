@@ -138,7 +138,7 @@ class Process {
   std::uint32_t GuestAddress(const void* host) const;
 
  protected:
-  virtual void CyclePassed() {}  // a bus cycle of this process
+  virtual void CyclePassed() {}           // a bus cycle of this process
   virtual void ThreadLeft(const Cpu&) {}  // the thread that ran on this processor
   void FreeLoans();
 
