@@ -66,9 +66,9 @@ void AddDevice(CLI::App& app, int& status) {
       ->check(FileName());
   device->add_option("ARGUMENTS", arguments->run.arguments, "Of the program")->type_name("");
   device
-      ->add_option("--script", arguments->run.script,
-                   "Lines that make the board (chips, cameras, NVRAM, drivers, faults), and what\n"
-                   "happens while the program runs")
+      ->add_option(
+          "--script", arguments->run.script,
+          "The board: chips, cameras, NVRAM, drivers, faults; and what happens while it runs")
       ->type_name("BOARD.vexo")
       ->check(FileName());
   AddSessionOptions(*device, arguments->session);
