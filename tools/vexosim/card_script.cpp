@@ -24,7 +24,7 @@ constexpr std::array kKeys = {Key{"enter", 0x0D}, Key{"esc", 0x1B},   Key{"left"
 // The system's number of a key: that of a letter or digit is its character.
 std::uint32_t ReadKey(script::Arguments& arguments) {
   const std::string word = sim::ToLower(std::string(arguments.Peek()));
-  const auto named = std::find_if(kKeys.begin(), kKeys.end(),
+  const auto* const named = std::find_if(kKeys.begin(), kKeys.end(),
                                   [&word](const Key& key) { return key.word == word; });
   const bool plain = word.size() == 1 && std::isalnum(static_cast<unsigned char>(word[0])) != 0;
   if (named == kKeys.end() && !plain) {

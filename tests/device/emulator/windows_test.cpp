@@ -333,5 +333,31 @@ TEST_F(WindowsTest, GivesEachProgramTheMessagesOfItsOwnWindowsAndClassesOfItsOwn
                                   "1: 0002 2", "destroy", "destroy"));
 }
 
+// B.exe ends with its window still there, and tells which one.
+TEST_F(WindowsTest, TakesTheWindowsOfAProgramAwayWhenItEnds) {
+  const auto run = [this](std::uint32_t sleep_ms) {
+    ToyProgram first;
+    const std::uint32_t other = first.Text(u"B.exe");
+    const std::uint32_t window = first.Word(0x10010);  // the first one that is made
+    const std::uint32_t is_there = first.Word();
+    first.Begin();
+    first.Call("CreateProcessW", {AddressOf(other), Number(0), Number(0), Number(0), Number(0),
+                                  Number(0), Number(0), Number(0), Number(0), Number(0)});
+    first.Call("Sleep", {Number(sleep_ms)});
+    first.Call("IsWindow", {WordAt(window)}, is_there);
+    first.Return(WordAt(is_there));
+    Put("A.exe", first);
+    Put("B.exe", WithWindow(
+                     [](ToyProgram& program, std::uint32_t) {
+                       program.Call("Sleep", {Number(50)});
+                       program.Call("TerminateProcess", {Number(0x42), Number(0)});
+                     },
+                     kNoThread));
+    return Run();
+  };
+  EXPECT_EQ(run(10), 1u);
+  EXPECT_EQ(run(100), 0u);
+}
+
 }  // namespace
 }  // namespace emulator

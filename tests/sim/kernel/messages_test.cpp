@@ -333,21 +333,22 @@ TEST_F(Messages, AWindowsMessagesAreForTheThreadThatOwnsIt) {
   kernel().StartHostThread([&] {
     other = world().windows.Create();
     kernel().OwnWindow(other);
-    for (int i = 0; i < 2; ++i) {
-      kernel().AwaitMessage(kPlatForever);
-      const auto message = kernel().TakeMessage({});
-      Log(message ? "posted " + std::to_string(message->wparam) : "sent");
-    }
+    kernel().Idle(20);
+    Log("posted " + std::to_string(kernel().TakeMessage({}).value().wparam));
     EXPECT_TRUE(Plat_SendMessage(other, 0x2404, 0, 0, 5000));
     Log("to itself");
   });
   kernel().Idle(10);
-  EXPECT_TRUE(Plat_SendMessage(other, 0x2404, 1, 0, 5000));
+  kernel().StartHostThread([&] { Plat_SendMessage(other, 0x2404, 4, 0, 5000); });
   Plat_PostMessage(window, 0x2401, 2, 0);
   Plat_PostMessage(other, 0x2401, 3, 0);
-  kernel().Idle(10);
+  kernel().Idle(5);
   EXPECT_EQ(kernel().TakeMessage({}).value().wparam, 2u);
-  EXPECT_EQ(log, (Lines{"10 sent", "10 posted 3", "10 to itself"}));
+  EXPECT_FALSE(kernel().TakeMessage({}).has_value());
+  EXPECT_TRUE(Received().size() == 1 && Received()[0].wparam == 2);
+  kernel().Idle(10);
+  EXPECT_EQ(log, (Lines{"20 posted 3", "20 to itself"}));
+  EXPECT_EQ(Received().size(), 4u);
 }
 
 }  // namespace
