@@ -30,7 +30,7 @@ lint     |                | 1030 | lint (clang-tidy)                   | scripts
 image    | build          | 4   | image for the device (ARM)          | device/build.sh && samples/recorder/check_device.sh
 package  | dll image        | 60  | package                             | scripts/check_package.sh
 day      | package        | 75  | first day on the emulated device    | scripts/check_first_day.sh
-emulated | build image    | 12  | image on the emulated device        | device/run_tests.sh && device/run_check.sh
+emulated | build image    | 12  | image on the emulated device        | device/run_tests.sh && device/run_check.sh && device/run_recorder.sh
 bench    | build image    | 2   | benchmarks (g++)                    | scripts/run_benchmarks.sh
 page     | build          | 105 | page in Chromium                    | scripts/check_page.sh
 demo     | build          | 1   | demo                                | scripts/run_demo.sh

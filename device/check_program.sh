@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
-# Checks the check program beside the ELF file that it was made of, with other tools than the one
-# that made it: device/check_program.sh DIRECTORY [arm|thumb]
+# Checks a program beside the ELF file that it was made of, with other tools than the one that made
+# it: device/check_program.sh DIRECTORY arm|thumb NAME IMPORTS MOST_KB
 #
-# The directory holds VexoCheck.exe, VexoCheck.elf and VexoCheck.res.
+# The directory holds NAME.exe, NAME.elf and NAME.res; IMPORTS is a file of what the program asks of
+# the system, MOST_KB how large it may be.
 set -euo pipefail
-program="$1/VexoCheck.exe"
-elf="$1/VexoCheck.elf"
-resource="$1/VexoCheck.res"
-machine="${2:-arm}"
+program="$1/$3.exe"
+elf="$1/$3.elf"
+resource="$1/$3.res"
+machine="$2"
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
-most_bytes=$((40 * 1024))
+imports="$root/$4"
+most_bytes=$(($5 * 1024))
 status=0
 checked="$program"
 . "$root/device/image_headers.sh"
@@ -27,7 +29,7 @@ expect "sections and flags" ".text 0x60000020
 expect "exports" "" "$("$readobj" --coff-exports "$program" | grep Name: || true)"
 
 # Each as LIBRARY NAME, or LIBRARY #ORDINAL.
-expect "imports" "$(LC_ALL=C sort "$root/device/check/imports.txt")" \
+expect "imports" "$(LC_ALL=C sort "$imports")" \
   "$("$readobj" --coff-imports "$program" |
     awk '/^ *Name:/ {library = $2} /Symbol:/ {
            if (NF == 3) print library, $2
@@ -75,5 +77,5 @@ if ((bytes > most_bytes)); then
   status=1
 fi
 ((status)) || echo "$(basename "$program") ($machine): $bytes bytes, $entries functions," \
-  "$(wc -l <"$root/device/check/imports.txt") imports; all as wanted."
+  "$(wc -l <"$imports") imports; all as wanted."
 exit "$status"

@@ -93,7 +93,8 @@ def check_device(folder, version, banner):
         expect(f"{path}: what it needs", {"coredll.dll", "ceddk.dll", "extrtcnvramctl.dll"}, files)
         definition = (path.parent / "VexoCtrlSDK.def").read_text().split()
         expect(f"{path}: its .def", ["LIBRARY", "VexoCtrlSDK.DLL", "EXPORTS"] + exports_of(pe), definition)
-        check_program(path.parent / "VexoCheck.exe", machine, version)
+        for program in ("VexoCheck.exe", "recorder.exe"):
+            check_program(path.parent / program, machine, version)
         # The map is this image's: it has each exported function where the image has it.
         linker_map = (path.parent / "VexoCtrlSDK.map").read_text()
         for symbol in pe.DIRECTORY_ENTRY_EXPORT.symbols:

@@ -46,7 +46,8 @@ device/emulator:        +harness files
 device/plan:            files sim/text script/words.h
 device/verdict:         device/plan files sim/text include script/words.h script/message_words.h script/register_words.h
 device/check:           include
-device/check/ce:        include device/check src/platform/ce
+device/check/ce:        include device/check device/program src/platform/ce
+device/program:         src/platform/ce
 device/library:         include src/platform/ce
 desk/console:           files +harness +script script/listing script/help script/grammar sim/picture include
 desk/bench:             +desk/console desk/port/moment
@@ -61,7 +62,8 @@ tools/vexosim/demo:     +tools/vexosim/listing
 tools/vexosim/traces:   +tools/vexosim/listing sim/register_decoder
 tools/vexosim/compare:  +tools/vexosim/listing +device/emulator tools/vexosim/traces
 tools/vexosim/plan:     +tools/vexosim/listing device/plan tools/vexosim/traces/build_time.h
-tools/vexosim/card_run: +tools/vexosim/listing +device/emulator
+tools/vexosim/card_script: +tools/vexosim/listing +device/emulator
+tools/vexosim/card_run: +tools/vexosim/card_script
 tools/vexosim/commands: +tools/vexosim/card_run +tools/vexosim/shell +tools/vexosim/demo +tools/vexosim/compare +tools/vexosim/plan +tools/vexosim/traces device/verdict desk/bench desk/console desk/port
 tools/vexosim/cli:      files sim/text script script/grammar tools/vexosim/commands
 tools/vexosim/main:     tools/vexosim/cli files

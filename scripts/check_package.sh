@@ -67,6 +67,7 @@ for machine in arm thumb; do
   llvm-readobj --file-headers --sections --coff-exports --coff-imports --coff-resources \
     "$top/device/$machine/VexoCtrlSDK.DLL" >"$work/readobj.txt" || fail "LLVM does not read the image for $machine"
 done
+device/check_link.sh "$top" || fail "hosts do not link"
 times="$(tar --utc --full-time -tvzf "$top/source/$name.tar.gz" | awk '{print $4, $5}' | sort -u)"
 /usr/bin/python3 package/check.py "$top" "$(date -u -d "$times" +%s)" || status=1
 while IFS= read -r page; do

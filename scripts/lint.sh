@@ -17,7 +17,7 @@ windows together windows windows/kit
 windows together windows/checks windows/drive
 library alone    src/report src/chip src/display src/motion src/setup src/text src/api
 windows alone    src/platform/ce
-device  alone    src/platform/ce device/library device/check/ce
+device  alone    src/platform/ce device/library device/program device/check/ce
 pc      together files
 pc      together sim sim/board
 pc      together sim/kernel

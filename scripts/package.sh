@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Makes the package, VexoCtrlSDK-VERSION.zip, in the folder out/: the library for the device in both
-# machine numbers, the check for the board with its plans, the desk kits, headers,
+# machine numbers, the check for the board with its plans, the sample recorder, the desk kits, headers,
 # samples, documents, and the source of all.
 #
 #   scripts/package.sh [FOLDER]   another folder than out/
@@ -63,9 +63,9 @@ sources() {
 for machine in arm thumb; do
   build="$root/build/device"
   [[ "$machine" == arm ]] || build+="-$machine"
-  put "device/$machine" "$build"/VexoCtrlSDK.{DLL,lib,def} "$build/VexoCheck.exe"
+  put "device/$machine" "$build"/VexoCtrlSDK.{DLL,lib,def} "$build"/{VexoCheck,recorder}.exe
   # The linker calls objects by where they were built.
-  for map in VexoCtrlSDK.map VexoCheck.map; do
+  for map in VexoCtrlSDK.map VexoCheck.map recorder.map; do
     sed "s|$root/|/|g" "$build/$map" >"$top/device/$machine/$map"
   done
 done

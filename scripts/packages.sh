@@ -24,10 +24,10 @@ package_packages=(
 )
 # llvm also has the symbolizer that puts function names into sanitizer reports; groff reads the
 # manual page; MinGW-w64 and Wine build and run the library as a DLL. The page is tried in Chromium.
-# The package is read by pefile, tidy and unzip.
+# The package is read by pefile, tidy and unzip, and hosts are linked with its import library by lld.
 test_packages=(
   "${package_packages[@]}" ca-certificates clang-format clang-tidy curl groff-base libclang-rt-14-dev
-  chromium chromium-driver gtkwave python3-pefile python3-pil python3-pytest-xdist
+  chromium chromium-driver gtkwave lld python3-pefile python3-pil python3-pytest-xdist
   python3-selenium python3-websockets sigrok-cli tidy unzip wine wine64
 )
 

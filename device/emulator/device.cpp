@@ -1,12 +1,10 @@
 #include "device/emulator/device.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <utility>
 
 #include "files/input.h"
-#include "sim/kernel/message_records.h"
 #include "sim/text.h"
 #include "sim/world.h"
 
@@ -18,6 +16,8 @@ constexpr std::uint32_t kGranule = 0x10000;
 constexpr std::uint32_t kProgramBase = 0x00010000;
 constexpr std::uint32_t kSlotEnd = 0x02000000;
 constexpr std::size_t kMostFileBytes = std::size_t{32} << 20;
+
+std::string FromRoot(const std::string& path) { return path.find('\\') == 0 ? path : '\\' + path; }
 
 }  // namespace
 
@@ -45,30 +45,25 @@ Device::Device(const std::string& card, DeviceOptions options)
     : card_(card), options_(std::move(options)), next_base_(kSlotEnd) {
   sim::World& world = sim::TheWorld();
   world.nvram.MakeDefault(static_cast<std::uint8_t>(kChannelsPerChip * world.board.FittedCount()));
+  world.kernel.LetThreadsWakeOthers();
   world.windows.procedure = [this](PlatWindow window, std::uint32_t message, std::uintptr_t wparam,
                                    std::intptr_t lparam) {
-    const auto at = static_cast<std::uint32_t>(window);
-    const auto procedure = window_procedures.find(at);
-    Cpu* const cpu = programs_.empty() ? nullptr : programs_.front()->FirstThread();
-    if (procedure == window_procedures.end() || cpu == nullptr) return;
-    const std::array<std::uint32_t, 4> arguments = {at, message, GuestWparam(message, wparam),
-                                                    static_cast<std::uint32_t>(lparam)};
-    cpu->Call(procedure->second, arguments);
+    windows_.Receive({window, message, wparam, lparam});
   };
 }
 
 Device::~Device() { sim::ResetWorld(); }
 
 std::uint32_t Device::Run(const std::string& program, const std::string& arguments) {
-  const std::string path = program.find('\\') == 0 ? program : '\\' + program;
   try {
-    programs_.push_back(std::make_unique<Program>(*this, path, next_process_ += 2));
+    programs_.push_back(std::make_unique<Program>(*this, FromRoot(program), next_process_ += 2));
   } catch (const LoaderRefusal& refusal) {
     Tell(std::string(refusal.what()) + ": error " + std::to_string(refusal.error));
     throw;
   }
   Program& first = *programs_.back();
   const std::uint32_t code = first.Run(sim::ToUtf16(arguments));
+  if (on_end) on_end(first);
   for (const auto& each : programs_) {
     if (each->Fault()) throw harness::ImageFault(*each->Fault());
   }
@@ -137,35 +132,30 @@ std::shared_ptr<GuestPages> Device::Shared(const std::string& path, const PeImag
 
 Program& Device::Start(const std::string& path, const std::u16string& command_line,
                        std::uint32_t* handle) {
-  auto made = std::make_unique<Program>(*this, path, next_process_ += 2);
+  auto made = std::make_unique<Program>(*this, FromRoot(path), next_process_ += 2);
   Program& program = *made;
   sim::Kernel& kernel = sim::TheWorld().kernel;
   const PlatHandle end = kernel.CreateEvent(nullptr, true, false);
   *handle = static_cast<std::uint32_t>(end);
   programs_.push_back(std::move(made));
   process_of_[*handle] = &program;
-  kernel.StartHostThread([&program, &kernel, command_line, end] {
+  kernel.StartHostThread([this, &program, &kernel, command_line, end] {
     program.Run(command_line);
+    if (on_end) on_end(program);
     kernel.SetEvent(end);
   });
   return program;
 }
 
+unsigned Device::NumberOf(const Program& program) const {
+  const auto found = std::find_if(programs_.begin(), programs_.end(),
+                                  [&program](const auto& one) { return one.get() == &program; });
+  return static_cast<unsigned>(found - programs_.begin()) + 1;
+}
+
 const Program* Device::ProcessOf(std::uint32_t handle) const {
   const auto found = process_of_.find(handle);
   return found == process_of_.end() ? nullptr : found->second;
-}
-
-std::uint32_t Device::GuestWparam(std::uint32_t message, std::uintptr_t wparam) const {
-  if (sim::MessageRecordBytes(message) == 0 || wparam == 0) {
-    return static_cast<std::uint32_t>(wparam);
-  }
-  const Program& first = *programs_.front();
-  const std::uint32_t address = first.GuestAddress(reinterpret_cast<const void*>(wparam));
-  if (address == 0) {
-    throw harness::ImageFault("a message's record lies in the memory of another process");
-  }
-  return address;
 }
 
 }  // namespace emulator

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -11,6 +12,7 @@
 
 #include "device/emulator/card.h"
 #include "device/emulator/program.h"
+#include "device/emulator/windows.h"
 
 namespace emulator {
 
@@ -58,24 +60,17 @@ class Device {
                  std::uint32_t* handle);
   // By handle, null when there is none.
   const Program* ProcessOf(std::uint32_t handle) const;
+  // All that were started, in order; they stay when they have ended.
+  const std::vector<std::unique_ptr<Program>>& Programs() const { return programs_; }
+  unsigned NumberOf(const Program& program) const;  // from 1
+  std::function<void(const Program&)> on_end;       // hears of each that has ended
 
-  // ---- Windows: all are of the first program, whose first thread runs their procedures
-  // -------------
-
-  struct WindowClass {
-    std::uint32_t procedure = 0;
-  };
-  std::map<std::u16string, WindowClass> window_classes;
-  std::map<std::uint32_t, std::uint32_t> window_procedures;  // by window
-  bool IsFirst(const Program& program) const {
-    return !programs_.empty() && programs_.front().get() == &program;
-  }
-  // What the guest has as the wParam of a message that came.
-  std::uint32_t GuestWparam(std::uint32_t message, std::uintptr_t wparam) const;
+  DeviceWindows& Windows() { return windows_; }
 
  private:
   Card card_;
   DeviceOptions options_;
+  DeviceWindows windows_;
   std::vector<std::unique_ptr<Program>> programs_;
   std::map<std::uint32_t, const Program*> process_of_;  // by handle
   struct Place {

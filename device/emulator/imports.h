@@ -22,11 +22,13 @@ struct Import {
 
 std::span<const Import> KernelImports();
 std::span<const Import> DeviceImports();
+std::span<const Import> LockImports();
 std::span<const Import> TextImports();
 // Of programs: a library alone that calls one is a fault.
 std::span<const Import> ModuleImports();
 std::span<const Import> FileImports();
 std::span<const Import> WindowImports();
+std::span<const Import> MessageImports();
 
 // A call fails with this error: 0.
 std::uint32_t Fail(std::uint32_t error);

@@ -86,6 +86,7 @@ Process::Lease::Lease(Process& process)
       }()) {}
 
 Process::Lease::~Lease() {
+  process_.ThreadLeft(cpu_);
   cpu_.ForgetLoans();
   process_.idle_.insert(cpu_.Number());
 }

@@ -138,6 +138,7 @@ class Process {
   std::uint32_t GuestAddress(const void* host) const;
 
  protected:
+  virtual void ThreadLeft(const Cpu&) {}  // the thread that ran on this processor
   void FreeLoans();
 
   std::uint32_t id_ = 0;

@@ -17,7 +17,7 @@ constexpr ProcessLimits kLimits = {.stack = kStackBytes};
 }  // namespace
 
 Program::Program(Device& device, const std::string& path, std::uint32_t id)
-    : Process(kLimits), device_(device), loader_(device, *this) {
+    : Process(kLimits), device_(device), loader_(device, *this), path_(path) {
   id_ = id;
   loader_.LoadProgram(path);
 }
@@ -37,7 +37,6 @@ std::uint32_t Program::RunEntry(Cpu& cpu, const std::u16string& command_line) {
 
 std::uint32_t Program::Run(const std::u16string& command_line) {
   const Lease cpu(*this);
-  first_thread_ = &*cpu;
   std::uint32_t code = 0;
   try {
     code = RunEntry(*cpu, command_line);
@@ -45,7 +44,6 @@ std::uint32_t Program::Run(const std::u16string& command_line) {
   } catch (const ProcessEnded& ended) {
     code = ended.code;
   }
-  first_thread_ = nullptr;
   CloseAll();
   return exit_code_ = code;
 }
@@ -60,6 +58,8 @@ void Program::CloseAll() {
     if (sim::TheWorld().drivers.Find(driver) != nullptr) Plat_CloseDriver(driver);
   }
 }
+
+void Program::ThreadLeft(const Cpu& cpu) { device_.Windows().ThreadLeft(cpu); }
 
 Program& CallingProgram(const Cpu& cpu) {
   Program* const program = cpu.Owner().AsProgram();

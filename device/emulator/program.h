@@ -35,10 +35,13 @@ class Program : public Process {
   // command line has the arguments alone. Returns the exit code, which is kStillActive before.
   std::uint32_t Run(const std::u16string& command_line);
   std::uint32_t ExitCode() const { return exit_code_; }
-  // The processor of its first thread, null when that does not run.
-  Cpu* FirstThread() const { return first_thread_; }
+  const std::string& Path() const { return path_; }
 
   std::map<std::uint32_t, std::unique_ptr<OpenFile>> files;  // by handle
+  std::map<std::u16string, std::uint32_t> window_classes;    // procedures by name in small letters
+
+ protected:
+  void ThreadLeft(const Cpu& cpu) override;
 
  private:
   void CloseAll();
@@ -46,7 +49,7 @@ class Program : public Process {
 
   Device& device_;
   Loader loader_;
-  Cpu* first_thread_ = nullptr;
+  std::string path_;
   std::uint32_t exit_code_ = kStillActive;
 };
 

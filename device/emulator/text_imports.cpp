@@ -49,6 +49,18 @@ std::uint32_t FormatWide(Cpu& cpu) {
   return fits ? static_cast<std::uint32_t>(length) : Word(-1);
 }
 
+// At most so many units, with the terminator; what is longer is cut.
+std::uint32_t FormatWideText(Cpu& cpu) {
+  constexpr std::size_t kMostUnits = 1024;
+  unsigned index = 2;
+  const auto next = [&cpu, &index] { return cpu.Argument(index++); };
+  std::u16string text = FormatForGuest(cpu, cpu.WideText(cpu.Argument(1)), next);
+  if (text.size() >= kMostUnits) text.resize(kMostUnits - 1);
+  const auto bytes = static_cast<std::uint32_t>((text.size() + 1) * sizeof(char16_t));
+  std::memcpy(cpu.Write(cpu.Argument(0), bytes), text.c_str(), bytes);
+  return static_cast<std::uint32_t>(text.size());
+}
+
 // ---- Error texts ------------------------------------------------------------------------------
 
 constexpr std::uint32_t kLanguage = 0x0409;
@@ -144,6 +156,7 @@ constexpr Import kImports[] = {
     {kCoreDll, "OutputDebugStringW", 0, OutputDebugString},
     {kCoreDll, "NKDbgPrintfW", 0, KernelDebugPrint},
     {kCoreDll, "_vsnwprintf", 0, FormatWide},
+    {kCoreDll, "wsprintfW", 0, FormatWideText},
     {kCoreDll, "GetSystemDefaultLangID", 0, SystemLanguage},
     {kCoreDll, "FormatMessageW", 0, FormatMessage},
     {kCoreDll, "MultiByteToWideChar", 0, WidenAnsi},
@@ -163,8 +176,8 @@ constexpr Import kImports[] = {
 std::span<const Import> TextImports() { return kImports; }
 
 ImportHandler FindImport(const ImageImport& import) {
-  for (const auto& imports : {KernelImports(), DeviceImports(), TextImports(), ModuleImports(),
-                              FileImports(), WindowImports()}) {
+  for (const auto& imports : {KernelImports(), LockImports(), DeviceImports(), TextImports(),
+                              ModuleImports(), FileImports(), WindowImports(), MessageImports()}) {
     for (const Import& known : imports) {
       const bool named = known.name != nullptr && import.name == known.name;
       const bool numbered =

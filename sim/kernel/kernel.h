@@ -76,15 +76,32 @@ class Kernel {
   // The host thread pumps its messages while `ms` pass, and gives how many it handled. The windows
   // are the main host thread's: any other has none to pump and is idle.
   unsigned Pump(std::uint32_t ms);
-  // What a program's own loop takes: answers what was sent to the main host thread, in which this
-  // runs, and takes the first posted message, none when there is none. Its procedure is not called.
   struct Message {
-    PlatWindow window;
+    PlatWindow window;  // 0: to the thread
     std::uint32_t message;
     std::uintptr_t wparam;
     std::intptr_t lparam;
   };
-  std::optional<Message> TakeMessage();
+  struct MessageChoice {
+    std::uint32_t first = 0;
+    std::uint32_t last = ~std::uint32_t{0};
+    bool take = true;  // else it stays where it is
+  };
+  // What a program's own loop takes: answers what was sent to the windows of the calling thread,
+  // and takes the first message posted to it or to them, none when there is none. Its procedure is
+  // not called.
+  std::optional<Message> TakeMessage(const MessageChoice& choice);
+  // Until there is something for the calling thread to answer or take, or the time has passed.
+  void AwaitMessage(std::uint32_t ms);
+  // To a thread that has looked for messages before; others have no queue, which is an error.
+  bool PostThreadMessage(std::uint32_t thread_id, std::uint32_t message, std::uintptr_t wparam,
+                         std::intptr_t lparam);
+  // The window is the calling thread's for as long as that lives. All others are the main host
+  // thread's.
+  void OwnWindow(PlatWindow window);
+  // Threads that CreateThread starts are a program's: what one of them does may wake any other.
+  // Else they are the library's, which wake nobody but by what they release.
+  void LetThreadsWakeOthers();
   // Like Pump with no messages handled: the host is busy elsewhere.
   void Idle(std::uint32_t ms);
 

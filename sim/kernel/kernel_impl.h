@@ -28,6 +28,7 @@ inline constexpr std::uint32_t kErrorInvalidHandle = 6;
 inline constexpr std::uint32_t kErrorNotEnoughMemory = 8;
 inline constexpr std::uint32_t kErrorNotOwner = 288;
 inline constexpr std::uint32_t kErrorInvalidWindow = 1400;
+inline constexpr std::uint32_t kErrorInvalidThread = 1444;
 inline constexpr std::uint32_t kErrorTimeout = 1460;
 
 // Unwinds a thread that was ended from outside. No std::exception, so that nobody takes it for one.
@@ -107,6 +108,7 @@ T* As(From* object) {
 }
 
 struct PendingSend;
+using PostedMessage = Kernel::Message;
 
 struct Thread : Object {
   static constexpr Kind kKind = Kind::Thread;
@@ -127,6 +129,7 @@ struct Thread : Object {
   std::uint64_t yielded = 0;  // behind all that yielded less lately at the same time; 0: did not
   Object* waiting_for = nullptr;
   PendingSend* sending = nullptr;
+  bool awaits_message = false;
   std::uint32_t wait_result = kPlatWaitTimeout;
   bool deadlocked = false;  // main host thread: to be told so when it goes on
   bool killed = false;      // must not run any more
@@ -137,6 +140,8 @@ struct Thread : Object {
   std::uint32_t last_error = 0;
   std::uint32_t quantum = 0;
   std::vector<std::shared_ptr<Mutex>> owned;
+  bool has_queue = false;  // others can post to it; windows can always be posted to
+  std::deque<PostedMessage> posts;
 };
 
 // A sent message whose sender waits.
@@ -150,8 +155,6 @@ struct PendingSend {
   bool done = false;
   bool ok = false;
 };
-
-using PostedMessage = Kernel::Message;
 
 // What threads that are not inside share with the kernel; all but the first two under the gate.
 struct Program {
@@ -235,7 +238,11 @@ struct Kernel::Impl {
 
   unsigned HandleMessages();  // gives how many
   void AnswerInProgram(PendingSend& send);
+  Thread& OwnerOf(PlatWindow window) const;
+  // The first message that was sent to a window of the thread and may be answered; null for none.
+  PendingSend* FirstSendTo(const Thread& thread) const;
   void Queue(PendingSend& send);
+  void WakeForMessage(Thread& owner);
   void WakePump();
   unsigned PumpInProgram(std::uint32_t ms);
   void Receive(const PostedMessage& message, bool posted);
@@ -284,7 +291,8 @@ struct Kernel::Impl {
   std::deque<PendingSend*> sends;
   std::deque<PendingSend*> handled_sends;  // the window's procedure has them
   std::uint64_t sends_queued = 0;
-  std::deque<PostedMessage> posts;
+  std::map<PlatWindow, Thread*> window_owners;  // but for the main host thread's
+  bool threads_wake_others = false;
 };
 
 }  // namespace sim

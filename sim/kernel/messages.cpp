@@ -89,9 +89,9 @@ unsigned Kernel::Impl::HandleMessages() {
     }
     ++handled;
   }
-  while (!posts.empty()) {
-    const PostedMessage message = posts.front();
-    posts.pop_front();
+  while (!main->posts.empty()) {
+    const PostedMessage message = main->posts.front();
+    main->posts.pop_front();
     Handle(message, true);
     ++handled;
   }
@@ -117,7 +117,25 @@ unsigned Kernel::Impl::PumpInProgram(std::uint32_t ms) {
 void Kernel::Impl::Queue(PendingSend& send) {
   send.number = ++sends_queued;
   sends.push_back(&send);
-  WakePump();
+  if (!world.windows.deaf) WakeForMessage(OwnerOf(send.window));
+}
+
+Thread& Kernel::Impl::OwnerOf(PlatWindow window) const {
+  const auto found = window_owners.find(window);
+  return found == window_owners.end() ? *main : *found->second;
+}
+
+PendingSend* Kernel::Impl::FirstSendTo(const Thread& thread) const {
+  if (world.windows.deaf) return nullptr;
+  const auto found = std::find_if(sends.begin(), sends.end(), [&](const PendingSend* send) {
+    return &OwnerOf(send->window) == &thread;
+  });
+  return found == sends.end() ? nullptr : *found;
+}
+
+void Kernel::Impl::WakeForMessage(Thread& owner) {
+  if (owner.awaits_message && owner.due > now) owner.due = now;
+  if (&owner == main.get()) WakePump();
 }
 
 // The window's thread takes what came while it pumps.
@@ -145,16 +163,43 @@ unsigned Kernel::Pump(std::uint32_t ms) {
   return handled;
 }
 
-std::optional<Kernel::Message> Kernel::TakeMessage() {
-  while (!impl_->sends.empty() && !impl_->world.windows.deaf) {
-    impl_->AnswerInProgram(*impl_->sends.front());
-  }
-  if (impl_->posts.empty()) return std::nullopt;
-  const Message message = impl_->posts.front();
-  impl_->posts.pop_front();
-  impl_->Receive(message, true);
+std::optional<Kernel::Message> Kernel::TakeMessage(const MessageChoice& choice) {
+  Thread& self = *impl_->current;
+  self.has_queue = true;
+  while (PendingSend* const send = impl_->FirstSendTo(self)) impl_->AnswerInProgram(*send);
+  const auto found =
+      std::find_if(self.posts.begin(), self.posts.end(), [&choice](const Message& message) {
+        return choice.first <= message.message && message.message <= choice.last;
+      });
+  if (found == self.posts.end()) return std::nullopt;
+  const Message message = *found;
+  if (!choice.take) return message;
+  self.posts.erase(found);
+  if (message.window != 0) impl_->Receive(message, true);
   return message;
 }
+
+void Kernel::AwaitMessage(std::uint32_t ms) {
+  Thread& self = *impl_->current;
+  if (!self.posts.empty() || impl_->FirstSendTo(self) != nullptr) return;
+  self.awaits_message = true;
+  impl_->Block(impl_->After(ms));
+  impl_->StopWaiting(self);
+}
+
+bool Kernel::PostThreadMessage(std::uint32_t thread_id, std::uint32_t message,
+                               std::uintptr_t wparam, std::intptr_t lparam) {
+  const auto found = std::find_if(
+      impl_->live.begin(), impl_->live.end(),
+      [thread_id](const Thread* thread) { return thread->id == thread_id && thread->has_queue; });
+  if (found == impl_->live.end()) return impl_->Fail(kErrorInvalidThread);
+  (*found)->posts.push_back({0, message, wparam, lparam});
+  impl_->WakeForMessage(**found);
+  return true;
+}
+
+void Kernel::OwnWindow(PlatWindow window) { impl_->window_owners[window] = impl_->current; }
+void Kernel::LetThreadsWakeOthers() { impl_->threads_wake_others = true; }
 
 bool Kernel::SendMessage(PlatWindow window, std::uint32_t message, std::uintptr_t wparam,
                          std::intptr_t lparam, std::uint32_t timeout_ms) {
@@ -165,17 +210,18 @@ bool Kernel::SendMessage(PlatWindow window, std::uint32_t message, std::uintptr_
     impl_->TraceMessage(self, false, false, content);
     return impl_->Fail(kErrorInvalidWindow);
   }
-  // The windows are the main host thread's: its own messages need no turn.
+  // What a thread sends to its own windows needs no turn.
+  const bool own = &impl_->OwnerOf(window) == &self;
   const bool takes_it = impl_->pumping && impl_->program == nullptr;
-  if (!impl_->world.windows.deaf && (takes_it || self.main)) {
+  if (!impl_->world.windows.deaf && (takes_it || own)) {
     impl_->TraceMessage(self, false, true, content);
     impl_->Handle(content, false);
     impl_->MayYield();
     return true;
   }
   PendingSend send{&self, window, message, wparam, lparam};
-  // What the main host thread sends to itself in vain, it cannot answer later either.
-  if (!self.main) impl_->Queue(send);
+  // What a thread sends to itself in vain, it cannot answer later either.
+  if (!own) impl_->Queue(send);
   self.sending = &send;
   impl_->Block(impl_->After(timeout_ms));
   impl_->StopWaiting(self);
@@ -193,18 +239,21 @@ bool Kernel::PostMessage(PlatWindow window, std::uint32_t message, std::uintptr_
   if (impl_->pumping && impl_->program == nullptr) {
     impl_->Handle(content, true);
   } else {
-    impl_->posts.push_back(content);
-    impl_->WakePump();
+    Thread& owner = impl_->OwnerOf(window);
+    owner.posts.push_back(content);
+    impl_->WakeForMessage(owner);
   }
   return true;
 }
 
 void Kernel::WindowDestroyed(PlatWindow window) {
-  std::erase_if(impl_->posts, [window](const PostedMessage& m) { return m.window == window; });
+  std::erase_if(impl_->OwnerOf(window).posts,
+                [window](const PostedMessage& m) { return m.window == window; });
   const std::deque<PendingSend*> waiting = impl_->sends;
   for (PendingSend* send : waiting) {
     if (send->window == window) impl_->Answer(*send, false);
   }
+  impl_->window_owners.erase(window);
 }
 
 }  // namespace sim

@@ -23,7 +23,8 @@ std::uint64_t Kernel::Impl::After(std::uint32_t ms) const {
 bool Kernel::Impl::MainIsStuck() const {
   // Another host thread may do anything; library threads only release what they own.
   for (const Thread* thread : live) {
-    if (!thread->main && thread->by == By::Host && thread->due != kNever) return false;
+    const bool may_wake = thread->by == By::Host || threads_wake_others;
+    if (!thread->main && may_wake && thread->due != kNever) return false;
   }
   return IsStuck(*main);
 }
@@ -191,6 +192,8 @@ std::string Kernel::Impl::WhoWaitsForWhat() const {
       text += event.empty() ? " waits for an event" : " waits for the event \"" + event + "\"";
     } else if (thread->sending != nullptr) {
       text += " waits for the answer to a message";
+    } else if (thread->awaits_message) {
+      text += " waits for a message";
     } else {
       text += " sleeps";
     }

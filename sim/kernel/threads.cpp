@@ -96,11 +96,13 @@ void Kernel::Impl::StopWaiting(Thread& thread) {
   }
   thread.waiting_for = nullptr;
   thread.sending = nullptr;
+  thread.awaits_message = false;
 }
 
 void Kernel::Impl::Retire(Thread& thread) {
   thread.ended = true;
   std::erase(live, &thread);
+  std::erase_if(window_owners, [&thread](const auto& window) { return window.second == &thread; });
   for (const std::shared_ptr<Mutex>& mutex : std::exchange(thread.owned, {})) {
     mutex->owner = nullptr;
     mutex->depth = 0;

@@ -9,6 +9,7 @@
 #include "script/parse.h"
 #include "sim/text.h"
 #include "sim/world.h"
+#include "tools/vexosim/card_script.h"
 #include "tools/vexosim/listing/terminal_surroundings.h"
 
 namespace vexosim {
@@ -45,23 +46,31 @@ class DebugPrinter : public sim::TraceListener {
   script::DebugLines kernel_;
 };
 
-// Throws script::ScriptError for a line that does more than to change the board.
-std::vector<script::Statement> BoardOf(const std::string& name) {
-  std::ifstream file = files::OpenInput(name);
-  std::vector<script::Script> variants = script::ParseScript(file, name);
-  if (variants.size() != 1) {
-    throw script::ScriptError(name + ": a board has no variants");
-  }
-  for (const script::Statement& statement : variants.front().statements) {
-    if (statement.group == script::LineGroup::Board) continue;
-    throw script::ScriptError(name + ':' + std::to_string(statement.line) +
-                              ": expected a line that changes the board, found '" + statement.text +
-                              "': the program calls the library");
-  }
-  return std::move(variants.front().statements);
+// "program 2 (recorder.exe)", of those behind the first.
+std::string NameOf(const emulator::Device& device, const emulator::Program& program) {
+  return "program " + std::to_string(device.NumberOf(program)) + " (" +
+         files::Printable(emulator::NameOf(program.Path())) + ')';
 }
 
-int Play(const CardRun& run, std::ostream& out, std::ostream& err) {
+std::string InWords(std::uint32_t exit_code) {
+  return " ended with exit code " + std::to_string(static_cast<std::int32_t>(exit_code));
+}
+
+// Titles as they come, with the program's number where it is not the first; and ends.
+void TellPrograms(emulator::Device& device, std::ostream& out) {
+  device.Windows().on_title = [&](const emulator::Program& program, const std::string& title) {
+    const unsigned number = device.NumberOf(program);
+    out << '=' << (number == 1 ? "" : std::to_string(number)) << ' ' << files::Printable(title)
+        << std::endl;
+  };
+  device.on_end = [&](const emulator::Program& program) {
+    if (device.NumberOf(program) == 1) return;
+    out << NameOf(device, program) << InWords(program.ExitCode()) << std::endl;
+  };
+}
+
+int Play(const CardRun& run, const CardScript& script, script::Surroundings& around,
+         std::ostream& out, std::ostream& err) {
   const std::string name = files::Printable(run.program);
   std::string arguments;
   for (const std::string& argument : run.arguments) {
@@ -69,12 +78,21 @@ int Play(const CardRun& run, std::ostream& out, std::ostream& err) {
   }
   try {
     emulator::Device device(run.card, run.device);
+    TellPrograms(device, out);
+    script::Session session(out, around);
+    script.Play(session, device);
     const std::uint32_t code = [&] {
       const DebugPrinter printer(out);
       return device.Run(run.program, arguments);
     }();
-    out << name << " ended with exit code " << static_cast<std::int32_t>(code) << std::endl;
+    for (const auto& program : device.Programs()) {
+      if (program->ExitCode() != emulator::kStillActive) continue;
+      out << NameOf(device, *program) << " was running still" << std::endl;
+    }
+    out << name << InWords(code) << std::endl;
     return files::kExitDone;
+  } catch (const script::ScriptError& error) {
+    err << files::Printable(error.what()) << std::endl;
   } catch (const emulator::LoaderRefusal& refusal) {
     err << name << " was not loaded: " << files::Printable(refusal.what()) << " (error "
         << refusal.error << ')' << std::endl;
@@ -101,11 +119,11 @@ int RunCard(const CardRun& run, std::ostream& out, std::ostream& err) {
   world.trace.SetEnabled(false);
   world.windows.keep_received = false;
   emulator::ShowVersionsOf(emulator::Card(run.card));
+  CardScript script;
   try {
-    if (!run.script.empty()) {
-      script::Session session(out, around);
-      for (const script::Statement& statement : BoardOf(run.script)) statement.step(session);
-    }
+    if (!run.script.empty()) script = CardScript(run.script);
+    script::Session session(out, around);
+    script.MakeBoard(session);
   } catch (const script::ScriptError& error) {
     err << files::Printable(error.what()) << std::endl;
     return files::kExitWrong;
@@ -115,7 +133,7 @@ int RunCard(const CardRun& run, std::ostream& out, std::ostream& err) {
   for (script::TraceSink* const sink : run.sinks) sink->Begin(world.trace);
   script::RunWatch watch(run.limits, around);
   watch.Attach();
-  return Play(run, out, err);
+  return Play(run, script, around, out, err);
 }
 
 }  // namespace vexosim

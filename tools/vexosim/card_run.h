@@ -16,7 +16,7 @@ struct CardRun {
   std::string card;                    // the folder that stands for the device's file system
   std::string program;                 // of it, "VexoCheck.exe" or a path on the device
   std::vector<std::string> arguments;  // of the program
-  std::string script;                  // lines that make the board; empty: the board as it is
+  std::string script;                  // the board, and what happens; empty: the board as it is
   std::uint64_t seed = 0;
   std::uint32_t cycle_ns = 0;  // how much of the device's time a bus cycle takes
   emulator::DeviceOptions device;
@@ -24,8 +24,9 @@ struct CardRun {
   std::vector<script::TraceSink*> sinks;
 };
 
-// Runs it to its end, with its debug output on `out`. Returns kExitDone and tells its exit code, or
-// kExitUnmet when it could not be loaded, did what no program may, or was ended.
+// Runs it to its end, with its debug output and the titles of its windows on `out`. Returns
+// kExitDone and tells its exit code, or kExitUnmet when it could not be loaded, did what no program
+// may, or was ended.
 int RunCard(const CardRun& run, std::ostream& out, std::ostream& err);
 
 }  // namespace vexosim

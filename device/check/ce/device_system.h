@@ -3,9 +3,9 @@
 
 #include "VexoCtrlSDK.h"
 #include "device/check/ce/paths.h"
-#include "device/check/ce/program_api.h"
 #include "device/check/ce/stored_settings.h"
 #include "device/check/system.h"
+#include "device/program/program_api.h"
 
 namespace check {
 

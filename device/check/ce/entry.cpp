@@ -126,10 +126,10 @@ extern "C" {
   for (;;) Sleep(1000);
 }
 
-[[noreturn]] void WinMainCRTStartup(HINSTANCE__* instance, HINSTANCE__* /*previous*/,
-                                    const wchar_t* command_line, int /*show*/) {
+int WinMain(HINSTANCE__* instance, HINSTANCE__* /*previous*/, const wchar_t* command_line,
+            int /*show*/) {
   const CeDword code = check::IsSecond(command_line) ? check::RunAsSecond() : check::Run(instance);
-  for (;;) TerminateProcess(reinterpret_cast<void*>(kCeThisProcess), code);
+  return static_cast<int>(code);
 }
 
 }  // extern "C"

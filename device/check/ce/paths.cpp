@@ -1,6 +1,6 @@
 #include "device/check/ce/paths.h"
 
-#include "device/check/ce/program_api.h"
+#include "device/program/program_api.h"
 
 namespace check {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "device/check/ce/program_api.h"
+#include "device/program/program_api.h"
 
 namespace check {
 

@@ -1,7 +1,7 @@
 #include "device/check/ce/stored_settings.h"
 
-#include "device/check/ce/program_api.h"
 #include "device/check/log_line.h"
+#include "device/program/program_api.h"
 
 namespace check {
 namespace {

@@ -58,8 +58,9 @@ typedef int (*FARPROC)();
 
 HANDLE CreateThread(SECURITY_ATTRIBUTES* security, DWORD stack, LPTHREAD_START_ROUTINE start,
                     LPVOID argument, DWORD flags, DWORD* thread_id);
-/* The system's header makes it of EventModify, which it exports. */
-BOOL SetEvent(HANDLE event);
+BOOL EventModify(HANDLE event, DWORD what);
+#define EVENT_SET 3
+#define SetEvent(event) EventModify((event), EVENT_SET)
 HANDLE CreateEventW(SECURITY_ATTRIBUTES* security, BOOL manual_reset, BOOL set, LPCWSTR name);
 HANDLE CreateMutexW(SECURITY_ATTRIBUTES* security, BOOL owned, LPCWSTR name);
 BOOL ReleaseMutex(HANDLE mutex);

@@ -20,9 +20,10 @@ class EmulatorImports : public testing::Test {
   static ToyImage Toy() {
     ToyImage toy;
     toy.code = {0xE12FFF1E};
-    for (const char* name : {"_vsnwprintf", "NKDbgPrintfW", "MultiByteToWideChar", "FormatMessageW",
-                             "LocalFree", "strlen", "strcmp", "strncmp", "strstr", "atoi",
-                             "GetFileVersionInfoSizeW", "GetFileVersionInfoW", "VerQueryValueW"}) {
+    for (const char* name :
+         {"_vsnwprintf", "wsprintfW", "NKDbgPrintfW", "MultiByteToWideChar", "FormatMessageW",
+          "LocalFree", "strlen", "strcmp", "strncmp", "strstr", "atoi", "GetFileVersionInfoSizeW",
+          "GetFileVersionInfoW", "VerQueryValueW"}) {
       toy.imports.push_back({"COREDLL.dll", name});
     }
     return toy;
@@ -63,6 +64,14 @@ TEST_F(EmulatorImports, FormatsNumbersOfTheGuest) {
   EXPECT_EQ(Format(u"%*d|%.*d|%%", {4, 7, 3, 7}), u"   7|007|%");
   EXPECT_EQ(Format(u"%p", {0x1234}), u"00001234");
   EXPECT_EQ(Format(u"100%", {}), u"100%");
+}
+
+TEST_F(EmulatorImports, CutsATextWithoutABufferSizeAt1024Units) {
+  const std::uint32_t room = Room(2 * 1024);
+  const std::uint32_t format = Put(std::u16string(u"%s"));
+  EXPECT_EQ(Call("wsprintfW", {room, format, Put(std::u16string(1023, u'a'))}), 1023u);
+  EXPECT_EQ(Call("wsprintfW", {room, format, Put(std::u16string(2000, u'a'))}), 1023u);
+  EXPECT_EQ(cpu_->WideText(room), std::u16string(1023, u'a'));
 }
 
 TEST_F(EmulatorImports, FormatsTextsOfTheGuest) {

@@ -1,4 +1,4 @@
-// What programs of a card do: second processes, files, windows, time.
+// What programs of a card do: second processes, files, memory, time.
 #include "device/emulator/program.h"
 
 #include <gmock/gmock.h>
@@ -244,92 +244,7 @@ TEST_F(ProgramTest, TellsWhyAFileCannotBeOpened) {
   EXPECT_EQ(error(u"\\a.exe", 3), 0u);
 }
 
-// ---- Windows -----------------------------------------------------------------------------------
-
-// A program with a window whose procedure says "create", "destroy" and "message 3"; `body` runs
-// between the first two, and `thread` is what a thread at kThread does.
-constexpr std::uint32_t kThread = ToyImage::kCode + 0xA00;
-
-template <typename Body, typename Thread>
-ToyProgram WithWindow(const Body& body, const Thread& thread) {
-  ToyProgram program;
-  const std::uint32_t text = program.Text(u"Check");
-  const std::uint32_t record = program.Room(40);
-  const std::uint32_t window = program.Word();
-  const std::uint32_t procedure = ToyImage::kCode + 0x800;
-  program.Begin();
-  program.Store(record + 4, AddressOf(procedure));
-  program.Store(record + 36, AddressOf(text));
-  program.Call("RegisterClassW", {AddressOf(record)});
-  program.Call("CreateWindowExW",
-               {Number(0), AddressOf(text), AddressOf(text), Number(0), Number(0), Number(0),
-                Number(0), Number(0), Number(0), Number(0), Number(0), Number(0)},
-               window);
-  body(program, window);
-  program.Call("DestroyWindow", {WordAt(window)});
-  program.Return(Number(0));
-  program.Image().code.resize(0x800 / 4);
-  const std::uint32_t texts = program.Texts({u"message 0", u"create", u"destroy", u"message 3"});
-  program.Begin();
-  program.Say(texts, Given(1));
-  program.Return(Number(5));
-  program.Image().code.resize(0xA00 / 4);
-  program.Begin();
-  thread(program);
-  program.Return(Number(0));
-  return program;
-}
-
-void Peek(ToyProgram& program, std::uint32_t record, std::uint32_t result) {
-  program.Call("PeekMessageW", {AddressOf(record), Number(0), Number(0), Number(0), Number(1)},
-               result);
-}
-
-TEST_F(ProgramTest, CallsTheWindowsProcedureForAPostedMessageWhenItIsDispatched) {
-  Put("A.exe",
-      WithWindow(
-          [](ToyProgram& program, std::uint32_t window) {
-            const std::uint32_t posted = program.Text(u"posted");
-            const std::uint32_t record = program.Room(28);
-            const std::uint32_t got = program.Word();
-            program.Call("PostMessageW", {WordAt(window), Number(3), Number(0), Number(0)});
-            program.Call("OutputDebugStringW", {AddressOf(posted)});
-            Peek(program, record, got);
-            program.Call("DispatchMessageW", {AddressOf(record)});
-          },
-          [](ToyProgram&) {}));
-  EXPECT_EQ(Run(), 0u);
-  EXPECT_THAT(Said(), ElementsAre("create", "posted", "message 3", "destroy"));
-}
-
-TEST_F(ProgramTest, CallsTheWindowsProcedureInItsOwnThreadForWhatAnotherSends) {
-  std::uint32_t answer = 0;
-  Put("A.exe",
-      WithWindow(
-          [&](ToyProgram& program, std::uint32_t window) {
-            const std::uint32_t not_yet = program.Text(u"not yet");
-            const std::uint32_t record = program.Room(28);
-            const std::uint32_t thread = program.Word();
-            answer = program.Word();
-            program.Call(
-                "CreateThread",
-                {Number(0), Number(0), AddressOf(kThread), WordAt(window), Number(0), Number(0)},
-                thread);
-            program.Call("Sleep", {Number(10)});
-            program.Call("OutputDebugStringW", {AddressOf(not_yet)});
-            Peek(program, record, thread + 4);
-            program.Call("WaitForSingleObject", {WordAt(thread), Number(0xFFFFFFFF)});
-          },
-          [&](ToyProgram& program) {
-            const std::uint32_t answered = program.Text(u"answered");
-            program.Call("SendMessageTimeout", {Given(0), Number(3), Number(0), Number(0),
-                                                Number(0), Number(5000), AddressOf(answer)});
-            program.Call("OutputDebugStringW", {AddressOf(answered)});
-          }));
-  EXPECT_EQ(Run(), 0u);
-  EXPECT_THAT(Said(), ElementsAre("create", "not yet", "message 3", "answered", "destroy"));
-  EXPECT_EQ(sim::TheWorld().kernel.Now(), 10u);
-}
+// ---- Memory -----------------------------------------------------------------------------------
 
 // The record of a message lies on its sender's stack, which the window's thread reads.
 TEST_F(ProgramTest, LetsAThreadSeeTheStackOfAnother) {

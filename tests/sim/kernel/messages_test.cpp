@@ -299,5 +299,57 @@ TEST_F(Messages, SeveralSendersAreAnsweredInOrder) {
   EXPECT_EQ(order, (std::vector<unsigned>{0, 1, 2}));
 }
 
+// ---- Loops of a program's own -------------------------------------------------------------------
+
+TEST_F(Messages, AThreadThatWaitsForAMessageGoesOnWhenOneIsSent) {
+  kernel().LetThreadsWakeOthers();
+  StartSender(10);
+  kernel().AwaitMessage(kPlatForever);
+  EXPECT_EQ(kernel().Now(), 10u);
+  EXPECT_TRUE(Received().empty());
+  EXPECT_FALSE(kernel().TakeMessage({}).has_value());
+  EXPECT_EQ(Received().size(), 1u);
+  kernel().Idle(1);
+  EXPECT_TRUE(sent.ok);
+}
+
+TEST_F(Messages, AThreadThatWaitsForAMessageGoesOnAfterItsTime) {
+  kernel().AwaitMessage(30);
+  EXPECT_EQ(kernel().Now(), 30u);
+}
+
+TEST_F(Messages, ALibrarysThreadWakesNobodyThatWaitsForAMessage) {
+  WorkerBody sleeper = [] {
+    Plat_Sleep(1000);
+    return 0u;
+  };
+  StartWorker(sleeper);
+  EXPECT_THROW(kernel().AwaitMessage(kPlatForever), Deadlock);
+  EXPECT_EQ(kernel().Now(), 0u);
+}
+
+TEST_F(Messages, AWindowsMessagesAreForTheThreadThatOwnsIt) {
+  PlatWindow other = 0;
+  kernel().StartHostThread([&] {
+    other = world().windows.Create();
+    kernel().OwnWindow(other);
+    kernel().Idle(20);
+    Log("posted " + std::to_string(kernel().TakeMessage({}).value().wparam));
+    EXPECT_TRUE(Plat_SendMessage(other, 0x2404, 0, 0, 5000));
+    Log("to itself");
+  });
+  kernel().Idle(10);
+  kernel().StartHostThread([&] { Plat_SendMessage(other, 0x2404, 4, 0, 5000); });
+  Plat_PostMessage(window, 0x2401, 2, 0);
+  Plat_PostMessage(other, 0x2401, 3, 0);
+  kernel().Idle(5);
+  EXPECT_EQ(kernel().TakeMessage({}).value().wparam, 2u);
+  EXPECT_FALSE(kernel().TakeMessage({}).has_value());
+  EXPECT_TRUE(Received().size() == 1 && Received()[0].wparam == 2);
+  kernel().Idle(10);
+  EXPECT_EQ(log, (Lines{"20 posted 3", "20 to itself"}));
+  EXPECT_EQ(Received().size(), 4u);
+}
+
 }  // namespace
 }  // namespace sim

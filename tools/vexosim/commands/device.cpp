@@ -14,7 +14,16 @@ constexpr const char* kFooter =
     "Libraries are looked for in the folder of the program, in \\Windows\\ and in the root; the\n"
     "system's own (COREDLL, CEDDK, ExtRtcNVramCtl, netmsg) are there already. The program reads\n"
     "and writes the files of the folder.\n"
-    "Its debug output is printed behind |, that of the kernel and its loader behind !.\n"
+    "Its debug output is printed behind |, that of the kernel and its loader behind !, and the\n"
+    "titles of windows that are shown behind =.\n"
+    "\n"
+    "Lines of the script change the board before the program begins; those behind the first of\n"
+    "these happen while it runs:\n"
+    "  wait MS                    so much of the device's time passes\n"
+    "  key KEY                    a key is pressed, at the window that was shown last: a letter,\n"
+    "                             a digit, enter, esc, left, up, right or down\n"
+    "  start PROGRAM [WORD]...    a further program is started, which ends with the first one;\n"
+    "                             the titles of the second one's windows are printed behind =2\n"
     "\n"
     "Exit status: 0 the program ended, and its exit code is told; 1 it could not be loaded, did "
     "what\n"
@@ -57,8 +66,9 @@ void AddDevice(CLI::App& app, int& status) {
       ->check(FileName());
   device->add_option("ARGUMENTS", arguments->run.arguments, "Of the program")->type_name("");
   device
-      ->add_option("--script", arguments->run.script,
-                   "Lines that make the board: chips, cameras, NVRAM, drivers, faults")
+      ->add_option(
+          "--script", arguments->run.script,
+          "The board: chips, cameras, NVRAM, drivers, faults; and what happens while it runs")
       ->type_name("BOARD.vexo")
       ->check(FileName());
   AddSessionOptions(*device, arguments->session);
