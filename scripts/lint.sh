@@ -45,6 +45,7 @@ pc      together tests tests/script tests/tools tests/tools/commands tests/tools
 pc      together tests/desk/console tests/desk/page tests/desk/port tests/desk/bench
 pc      together tests/desk/library
 pc      together tests/device/ceimage tests/device/check tests/device/emulator tests/device/plan tests/device/verdict
+pc      together tests/device/image
 '
 
 # Where a compiler for another machine finds its headers, but for those of the compiler itself.
