@@ -182,6 +182,25 @@ TEST_F(ImageCompareTest, LendsARecordAtAnOddAddress) {
   EXPECT_EQ(harness::CommandProc(0xF001, &record), 1);
 }
 
+TEST_F(ImageCompareTest, LendsARecordInWholeWordsWhenToldTo) {
+  emulator::ToyImage toy = Toy();
+  toy.code = {0xE2010007, 0xE12FFF1E};  // and r0, r1, #7; bx lr
+  emulator::Machine machine(emulator::PeImage::Parse(toy.Bytes()), {.lends_aligned = true});
+  const emulator::ImageInUse in_use(machine);
+  harness::Restart();
+  sim::Bytes record(4);
+  EXPECT_EQ(harness::CommandProc(0xF001, &record), 0);
+}
+
+// A library that takes odd records alone, or whole words alone, is not the same for all hosts.
+TEST_F(ImageCompareTest, RunsTheSecondBaseWithRecordsInWholeWords) {
+  emulator::ToyImage toy = Toy();
+  toy.code = {0xE2010007, 0xE12FFF1E};
+  EXPECT_EQ(Compare(toy, "command 0xF001\n"), script::kExitUnmet);
+  EXPECT_THAT(out_.str(), HasSubstr(R"("value":1)"));
+  EXPECT_THAT(out_.str(), HasSubstr(R"("value":0)"));
+}
+
 TEST_F(ImageCompareTest, ReturnsToTheLinkedLibraryAfterTheImage) {
   {
     emulator::Machine machine(emulator::PeImage::Parse(Toy().Bytes()));
