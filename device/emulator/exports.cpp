@@ -26,8 +26,12 @@ Machine& InUse() {
   return *g_machine;
 }
 
+// The library keeps no memory of the system's from one call to the next.
 int Call(Cpu& cpu, const char* name, std::initializer_list<std::uint32_t> arguments) {
-  return static_cast<int>(cpu.Call(InUse().AddressOf(name), arguments));
+  const auto result = static_cast<int>(cpu.Call(InUse().AddressOf(name), arguments));
+  const std::size_t kept = InUse().loans.size();
+  if (kept != 0) cpu.Fault("the call left allocated blocks: " + std::to_string(kept));
+  return result;
 }
 
 std::uint32_t Lend(Cpu& cpu, const void* data, std::size_t bytes, bool writable,

@@ -192,6 +192,18 @@ TEST_F(ImageCompareTest, LendsARecordInWholeWordsWhenToldTo) {
   EXPECT_EQ(harness::CommandProc(0xF001, &record), 0);
 }
 
+TEST_F(ImageCompareTest, ComplainsOfACallThatKeepsMemory) {
+  emulator::ToyImage toy = Toy();
+  // push {r4, lr}; mov r0, #0; mov r1, #8; ldr ip, [pc, #16]; ldr ip, [ip]; mov lr, pc; bx ip;
+  // pop {r4, lr}; bx lr
+  toy.code = {0xE92D4010, 0xE3A00000, 0xE3A01008, 0xE59FC010, 0xE59CC000,
+              0xE1A0E00F, 0xE12FFF1C, 0xE8BD4010, 0xE12FFF1E, 0x10002000};
+  toy.imports = {{"COREDLL.dll", "LocalAlloc"}};
+  toy.relocations = {emulator::ToyImage::kCode + 0x24};
+  EXPECT_EQ(Compare(toy, "debug 1\n"), script::kExitUnmet);
+  EXPECT_THAT(out_.str(), HasSubstr("the call left allocated blocks: 1"));
+}
+
 // A library that takes odd records alone, or whole words alone, is not the same for all hosts.
 TEST_F(ImageCompareTest, RunsTheSecondBaseWithRecordsInWholeWords) {
   emulator::ToyImage toy = Toy();
