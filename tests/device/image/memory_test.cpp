@@ -111,14 +111,16 @@ TEST_F(ImageMemory, IsComparedByItsFirstDifferentByteAtEachAlignmentAndLength) {
 // Not only right: a word at a time, which costs less, from the first whole word on.
 TEST_F(ImageMemory, GoesByWordsWhereBothAddressesAreWords) {
   for (const std::uint32_t bytes : {kWord, kMostBytes}) {
-    const Block from = Make(0, bytes + 1);
-    const Block to = Make(0, bytes + 1);
+    const Block from = Make(0, bytes + kWord + 1);
+    const Block to = Make(0, bytes + kWord + 1);
     const std::uint64_t copied = Instructions("memcpy", {to.address, from.address, bytes});
-    EXPECT_LT(copied, Instructions("memcpy", {to.address + 1, from.address + 1, bytes})) << bytes;
-    EXPECT_LT(copied, Instructions("memcpy", {to.address, from.address + 1, bytes})) << bytes;
-    EXPECT_LT(Instructions("memset", {to.address, 0, bytes}),
-              Instructions("memset", {to.address + 1, 0, bytes}))
-        << bytes;
+    const std::uint64_t filled = Instructions("memset", {to.address, 0, bytes});
+    // Blocks begin at two words.
+    EXPECT_EQ(Instructions("memcpy", {to.address + kWord, from.address, bytes}), copied) << bytes;
+    EXPECT_EQ(Instructions("memset", {to.address + kWord, 0, bytes}), filled) << bytes;
+    EXPECT_GT(Instructions("memcpy", {to.address + 1, from.address + 1, bytes}), copied) << bytes;
+    EXPECT_GT(Instructions("memcpy", {to.address, from.address + 1, bytes}), copied) << bytes;
+    EXPECT_GT(Instructions("memset", {to.address + 1, 0, bytes}), filled) << bytes;
   }
 }
 

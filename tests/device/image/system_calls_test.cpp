@@ -492,12 +492,18 @@ constexpr Root kRoots[] = {
 INSTANTIATE_TEST_SUITE_P(All, VersionRoot, testing::ValuesIn(kRoots),
                          [](const auto& root) { return std::string(root.param.name); });
 
-// A system that fails and writes nothing leaves no stale block behind.
-TEST_F(ImageTest, HasNoVersionRootWhereTheSystemWritesNone) {
-  const std::uint32_t version = Put(std::vector<std::uint32_t>{kOld, kOld});
-  record_.Answer({.name = "VerQueryValueW", .result = 1});
-  EXPECT_EQ(Call("Plat_QueryVersionRoot", {Put(std::vector<std::uint32_t>{0}), version}), 0u);
-  EXPECT_EQ(Word(version), kOld);
+// Neither a block nor a length is taken for granted where the system writes none.
+TEST_F(ImageTest, HasNoVersionRootWhereTheSystemWritesHalfOfTheAnswer) {
+  const std::uint32_t block =
+      Put(std::vector<std::uint32_t>{0xFEEF04BD, 0x10000, 0x10002, 0x30004});
+  const std::uint32_t info = Put(std::vector<std::uint32_t>(16, 0));
+  using Written = std::vector<std::pair<unsigned, std::uint32_t>>;
+  for (const Written& words : {Written{}, Written{{2, block}}, Written{{3, 52}}}) {
+    const std::uint32_t version = Put(std::vector<std::uint32_t>{kOld, kOld});
+    record_.Answer({.name = "VerQueryValueW", .result = 1, .words = words});
+    EXPECT_EQ(Call("Plat_QueryVersionRoot", {info, version}), 0u);
+    EXPECT_EQ(Word(version), kOld);
+  }
 }
 
 }  // namespace

@@ -131,6 +131,9 @@ TEST_F(ImageTexts, OfTheSystemAreAskedForInItsMemoryAndLanguage) {
 TEST_F(ImageTexts, OfTheSystemAreNoneWhenItGivesNoUnits) {
   record_.Answer({.name = "FormatMessageW", .result = 0, .words = {{4, 0x12345678}}});
   EXPECT_EQ(Call("Plat_SystemText", {kDenied, 0}), 0u);
+  record_.Answer({.name = "FormatMessageW", .result = 19});
+  sim::TheWorld().system_texts.clear();
+  EXPECT_EQ(Call("Plat_SystemText", {kDenied, 0}), 0u);
 }
 
 TEST_F(ImageTexts, OfTheSystemAreCutAtTheBuffersEnd) {
