@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs every script and the demo on the image, on the emulated device, and compares with the library
-# in the tool: device/run_tests.sh [VEXOSIM [IMAGE]]
+# Runs the image's own tests on the emulated device, then every script and the demo, and compares with
+# the library in the tool: device/run_tests.sh [VEXOSIM [IMAGE]]
 #
 # The image is loaded at two bases; every trace must be the same, event for event, also when a seed
 # chooses among threads that could run. Each base relocation is left out in turn, and those that no
@@ -11,12 +11,17 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 vexosim="$(realpath "${1:-$root/build/gcc/vexosim}")"
 image="$(realpath "${2:-$root/build/device/VexoCtrlSDK.DLL}")"
 bench="$(dirname "$vexosim")/bench/bench_image"
-[[ -x "$bench" ]] || { echo "There is no $bench: scripts/build.sh gcc all"; exit 2; }
+tests="$(dirname "$vexosim")/tests/device/image/image_tests"
+for program in "$bench" "$tests"; do
+  [[ -x "$program" ]] || { echo "There is no $program: scripts/build.sh gcc all"; exit 2; }
+done
 status=0
 checked="$image"
 . "$root/scripts/expect.sh"
 scratch="$(mktemp -d)"
 trap 'rm -rf "$scratch"' EXIT
+
+VEXO_IMAGE="$image" "$tests" --gtest_brief=1 || status=1
 
 scripts=("$root"/tests/scripts/*.vexo "$root"/tests/image_scripts/*.vexo)
 ((${#scripts[@]} > 100)) || { echo "There are no scripts in tests/scripts."; exit 1; }

@@ -44,7 +44,8 @@ pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture te
 pc      together tests tests/script tests/tools tests/tools/commands tests/tools/plan tests/tools/shell tests/tools/traces tests/script/grammar tests/script/help tests/script/listing tests/script/outcome
 pc      together tests/desk/console tests/desk/page tests/desk/port tests/desk/bench
 pc      together tests/desk/library
-pc      together tests/device/ceimage tests/device/check tests/device/emulator tests/device/plan tests/device/verdict
+pc      together tests/device/ceimage tests/device/check tests/device/emulator tests/device/library tests/device/plan tests/device/verdict
+pc      together tests/device/image
 '
 
 # Where a compiler for another machine finds its headers, but for those of the compiler itself.

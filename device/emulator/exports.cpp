@@ -11,7 +11,8 @@ namespace emulator {
 namespace {
 
 // The caller's memory may begin anywhere that its type allows. Records are promised to need no
-// alignment at all, so they begin where any access wider than a byte would be a fault.
+// alignment at all, so they begin where any access wider than a byte would be a fault; or, for a
+// machine that lends aligned memory, where code that looks for whole words finds them.
 constexpr unsigned kRecordMisalign = 1;
 constexpr unsigned kUnitsMisalign = 2;
 constexpr unsigned kBytesMisalign = 1;
@@ -25,8 +26,18 @@ Machine& InUse() {
   return *g_machine;
 }
 
+// The library keeps no memory of the system's from one call to the next.
 int Call(Cpu& cpu, const char* name, std::initializer_list<std::uint32_t> arguments) {
-  return static_cast<int>(cpu.Call(InUse().AddressOf(name), arguments));
+  const auto result = static_cast<int>(cpu.Call(InUse().AddressOf(name), arguments));
+  const std::size_t kept = InUse().loans.size();
+  if (kept != 0) cpu.Fault("the call left allocated blocks: " + std::to_string(kept));
+  return result;
+}
+
+std::uint32_t Lend(Cpu& cpu, const void* data, std::size_t bytes, bool writable,
+                   unsigned misalign) {
+  return cpu.Lend(data, static_cast<std::uint32_t>(bytes), writable,
+                  InUse().LendsAligned() ? 0 : misalign);
 }
 
 // A byte argument in a register whose other bits are anything.
@@ -48,7 +59,7 @@ void Uninitialize() { Call(*Machine::Lease(InUse()), "VEXOAPI_Uninitialize", {})
 int GetVersion(VexoChar16* buffer) {
   const Machine::Lease cpu(InUse());
   if (buffer == nullptr) return Call(*cpu, "VEXOAPI_GetVersion", {0});
-  const std::uint32_t text = cpu->Lend(buffer, kVersionBytes, true, kUnitsMisalign);
+  const std::uint32_t text = Lend(*cpu, buffer, kVersionBytes, true, kUnitsMisalign);
   const int result = Call(*cpu, "VEXOAPI_GetVersion", {text});
   cpu->TakeBack(text, buffer, kVersionBytes);
   return result;
@@ -66,7 +77,7 @@ int CommandProc(std::uint32_t code, void* parameter) {
   const Machine::Lease cpu(InUse());
   if (parameter == nullptr) return Call(*cpu, "VEXOAPI_CommandProc", {code, 0});
   const std::uint32_t record =
-      cpu->Lend(parameter, harness::kCommandRecordBytes, true, kRecordMisalign);
+      Lend(*cpu, parameter, harness::kCommandRecordBytes, true, kRecordMisalign);
   const int result = Call(*cpu, "VEXOAPI_CommandProc", {code, record});
   cpu->TakeBack(record, parameter, harness::kCommandRecordBytes);
   return result;
@@ -76,16 +87,14 @@ int SetMotionInfo(std::uint8_t channel, std::uint8_t level, std::uint8_t* mask) 
   constexpr const char* kDecorated = "?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z";
   const Machine::Lease cpu(InUse());
   const std::uint32_t lent =
-      mask == nullptr ? 0 : cpu->Lend(mask, VEXO_MOTION_MASK_BYTES, false, kBytesMisalign);
+      mask == nullptr ? 0 : Lend(*cpu, mask, VEXO_MOTION_MASK_BYTES, false, kBytesMisalign);
   return Call(*cpu, kDecorated, {Byte(channel), Byte(level), lent});
 }
 
 int TextCommandProc(const char* line) {
   const Machine::Lease cpu(InUse());
   const std::uint32_t lent =
-      line == nullptr ? 0
-                      : cpu->Lend(line, static_cast<std::uint32_t>(std::strlen(line) + 1), false,
-                                  kBytesMisalign);
+      line == nullptr ? 0 : Lend(*cpu, line, std::strlen(line) + 1, false, kBytesMisalign);
   return Call(*cpu, "VEXOAPI_TextCommandProc", {lent});
 }
 

@@ -124,6 +124,15 @@ const LinkedSection* LinkerMap::Find(const std::string& name) const {
   return found == sections_.end() ? nullptr : &*found;
 }
 
+const LinkedSection* LinkerMap::FindPlain(const std::string& name) const {
+  const auto found = std::find_if(sections_.begin(), sections_.end(), [&](const auto& section) {
+    if (section.kind != "text") return false;
+    const std::string words = section.InWords();
+    return words.substr(0, words.find('(')) == name;
+  });
+  return found == sections_.end() ? nullptr : &*found;
+}
+
 std::string NameOfRelocation(const LinkerMap& map, const PeImage& image, std::size_t relocation) {
   const std::uint32_t rva = image.Relocations()[relocation];
   const std::vector<std::uint8_t> memory = image.At(image.PreferredBase());

@@ -34,6 +34,8 @@ class LinkerMap {
   const LinkedSection* At(std::uint32_t address) const;
   // The function of a decorated name, null when there is none.
   const LinkedSection* Find(const std::string& name) const;
+  // The function that the source calls so, whatever its arguments; null when there is none.
+  const LinkedSection* FindPlain(const std::string& name) const;
 
  private:
   std::vector<LinkedSection> sections_;

@@ -5,7 +5,7 @@
 namespace emulator {
 
 Machine::Machine(PeImage image, const MachineOptions& options)
-    : Process({.instructions = options.instruction_limit}) {
+    : Process({.instructions = options.instruction_limit}), lends_aligned_(options.lends_aligned) {
   const std::uint32_t base = options.base.value_or(image.PreferredBase());
   loaded_ = &Map(std::make_unique<LoadedImage>(std::move(image), base, "image"));
   noted_base_ = base;

@@ -15,6 +15,8 @@ namespace emulator {
 struct MachineOptions {
   std::optional<std::uint32_t> base = {};  // none: the image's own
   std::uint64_t instruction_limit = ProcessLimits{}.instructions;
+  // What the caller lends begins at a multiple of 8; else as oddly as its type allows.
+  bool lends_aligned = false;
 };
 
 class Machine : public Process, public harness::ImageRun {
@@ -24,6 +26,7 @@ class Machine : public Process, public harness::ImageRun {
 
   const PeImage& Image() const { return loaded_->File(); }
   std::uint32_t Base() const { return loaded_->Base(); }
+  bool LendsAligned() const { return lends_aligned_; }
   // Address of an exported function, or of the entry point for an empty name. Throws BadImage.
   std::uint32_t AddressOf(const std::string& name) const;
 
@@ -41,6 +44,7 @@ class Machine : public Process, public harness::ImageRun {
 
  private:
   LoadedImage* loaded_;
+  bool lends_aligned_;
 };
 
 }  // namespace emulator

@@ -24,7 +24,7 @@ void PutTrap(std::uint8_t* at) {
 }  // namespace
 
 Process::Process(const ProcessLimits& limits) : limits_(limits), traps_(kMostTraps * kTrapBytes) {
-  handlers_.push_back(nullptr);
+  calls_.emplace_back();
   PutTrap(traps_.Data());
 }
 
@@ -40,9 +40,9 @@ std::uint32_t Process::TrapFor(const ImageImport& import) {
   if (known != trap_of_.end()) return known->second;
   const ImportHandler handler = FindImport(import);
   if (handler == nullptr) throw BadImage("the system has no " + import.InWords());
-  const auto trap = static_cast<unsigned>(handlers_.size());
+  const auto trap = static_cast<unsigned>(calls_.size());
   if (trap == kMostTraps) throw BadImage("too many imports");
-  handlers_.push_back(handler);
+  calls_.push_back({import, handler});
   PutTrap(traps_.Data() + trap * kTrapBytes);
   return trap_of_[import.InWords()] = TrapAddress(trap);
 }

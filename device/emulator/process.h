@@ -3,12 +3,14 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "device/emulator/cpu.h"
@@ -30,6 +32,15 @@ struct ProcessLimits {
 using ImportHandler = std::uint32_t (*)(Cpu& cpu);
 // The one for an import, null when there is none.
 ImportHandler FindImport(const ImageImport& import);
+
+// A call of the system, and what answers it.
+struct SystemCall {
+  ImageImport import;
+  ImportHandler handler = nullptr;
+};
+// Stands between the images and the system: sees each call with its arguments, and gives the
+// result, the handler's or another.
+using SystemCallObserver = std::function<std::uint32_t(const SystemCall& call, Cpu& cpu)>;
 
 // Traps are where a call leaves the images: the first is the return of the call into them, the
 // others are the system's functions.
@@ -72,6 +83,9 @@ class Process {
   LoadedImage& Map(std::unique_ptr<LoadedImage> image);
   void Unmap(const LoadedImage& image);
 
+  // From now on; none: nobody stands between. It is called in the thread that calls the system.
+  void Observe(SystemCallObserver observer) { observer_ = std::move(observer); }
+
   // ---- What its runs did ----------------------------------------------------------------------
 
   std::uint64_t InstructionSum() const;
@@ -94,7 +108,10 @@ class Process {
   }
   static std::uint32_t TrapAddress(unsigned trap) { return kTrapAddress + trap * kTrapBytes; }
   const GuestPages& Traps() const { return traps_; }
-  std::uint32_t Answer(unsigned trap, Cpu& cpu) { return handlers_[trap](cpu); }
+  std::uint32_t Answer(unsigned trap, Cpu& cpu) {
+    const SystemCall& call = calls_[trap];
+    return observer_ ? observer_(call, cpu) : call.handler(cpu);
+  }
   const std::vector<MappedSection>& Sections() const { return sections_; }
   GuestHeap& Heap() { return heap_; }
   std::uint32_t StackLimit() const { return limits_.stack; }
@@ -152,8 +169,9 @@ class Process {
   ProcessLimits limits_;
   GuestPages traps_;
   std::vector<std::unique_ptr<LoadedImage>> images_;
-  std::vector<MappedSection> sections_;           // of all images
-  std::vector<ImportHandler> handlers_;           // by trap
+  std::vector<MappedSection> sections_;  // of all images
+  std::deque<SystemCall> calls_;         // by trap; those that run stay where they are
+  SystemCallObserver observer_;
   std::map<std::string, std::uint32_t> trap_of_;  // address by import, in words
   std::vector<std::unique_ptr<Cpu>> cpus_;
   std::set<unsigned> idle_;  // the lowest number is taken first

@@ -182,6 +182,37 @@ TEST_F(ImageCompareTest, LendsARecordAtAnOddAddress) {
   EXPECT_EQ(harness::CommandProc(0xF001, &record), 1);
 }
 
+TEST_F(ImageCompareTest, LendsARecordInWholeWordsWhenToldTo) {
+  emulator::ToyImage toy = Toy();
+  toy.code = {0xE2010007, 0xE12FFF1E};  // and r0, r1, #7; bx lr
+  emulator::Machine machine(emulator::PeImage::Parse(toy.Bytes()), {.lends_aligned = true});
+  const emulator::ImageInUse in_use(machine);
+  harness::Restart();
+  sim::Bytes record(4);
+  EXPECT_EQ(harness::CommandProc(0xF001, &record), 0);
+}
+
+TEST_F(ImageCompareTest, ComplainsOfACallThatKeepsMemory) {
+  emulator::ToyImage toy = Toy();
+  // push {r4, lr}; mov r0, #0; mov r1, #8; ldr ip, [pc, #16]; ldr ip, [ip]; mov lr, pc; bx ip;
+  // pop {r4, lr}; bx lr
+  toy.code = {0xE92D4010, 0xE3A00000, 0xE3A01008, 0xE59FC010, 0xE59CC000,
+              0xE1A0E00F, 0xE12FFF1C, 0xE8BD4010, 0xE12FFF1E, 0x10002000};
+  toy.imports = {{"COREDLL.dll", "LocalAlloc"}};
+  toy.relocations = {emulator::ToyImage::kCode + 0x24};
+  EXPECT_EQ(Compare(toy, "debug 1\n"), script::kExitUnmet);
+  EXPECT_THAT(out_.str(), HasSubstr("the call left allocated blocks: 1"));
+}
+
+// A library that takes odd records alone, or whole words alone, is not the same for all hosts.
+TEST_F(ImageCompareTest, RunsTheSecondBaseWithRecordsInWholeWords) {
+  emulator::ToyImage toy = Toy();
+  toy.code = {0xE2010007, 0xE12FFF1E};
+  EXPECT_EQ(Compare(toy, "command 0xF001\n"), script::kExitUnmet);
+  EXPECT_THAT(out_.str(), HasSubstr(R"("value":1)"));
+  EXPECT_THAT(out_.str(), HasSubstr(R"("value":0)"));
+}
+
 TEST_F(ImageCompareTest, ReturnsToTheLinkedLibraryAfterTheImage) {
   {
     emulator::Machine machine(emulator::PeImage::Parse(Toy().Bytes()));

@@ -72,6 +72,17 @@ TEST(LinkerMap, KnowsWhatLiesAtAnAddress) {
   }
 }
 
+TEST(LinkerMap, FindsAFunctionByTheNameThatTheSourceCallsIt) {
+  const LinkerMap map = Map();
+  const LinkedSection* const function = map.FindPlain("SetSkip");
+  ASSERT_NE(function, nullptr);
+  EXPECT_EQ(function->address, 0x10001000u);
+  EXPECT_NE(map.FindPlain("import.Sleep"), nullptr);  // not decorated
+  for (const char* other : {"Set", "SetSkip(int, unsigned char)", "kOrder", "Gone"}) {
+    EXPECT_EQ(map.FindPlain(other), nullptr) << other;
+  }
+}
+
 TEST(LinkerMap, LeavesOutWhatIsNoSection) {
   for (const char* line : {" .text 0x 0x10", " .text 0xZZ 0x10", " .text 0x1 0x123456789A",
                            " .text 0x1 -0x10", " .text 0x1 0x10x"}) {

@@ -208,6 +208,23 @@ TEST_F(MachineTest, GivesAnImportItsArguments) {
   EXPECT_EQ(sim::TheWorld().kernel.Now(), 250u);
 }
 
+TEST_F(MachineTest, ShowsAnObserverEachCallAndReturnsWhatItAnswers) {
+  Machine& machine = MakeCallOf({"COREDLL.dll", "Sleep"});
+  std::vector<std::string> seen;
+  machine.Observe([&seen](const SystemCall& call, Cpu& cpu) {
+    seen.push_back(call.import.InWords() + ' ' + std::to_string(cpu.Argument(0)));
+    return cpu.Argument(0) == 7 ? 42 : call.handler(cpu);
+  });
+  EXPECT_EQ(Call({7}), 42u);
+  EXPECT_EQ(sim::TheWorld().kernel.Now(), 0u);
+  EXPECT_EQ(Call({250}), 0u);
+  EXPECT_EQ(sim::TheWorld().kernel.Now(), 250u);
+  EXPECT_THAT(seen, testing::ElementsAre("coredll.dll Sleep 7", "coredll.dll Sleep 250"));
+  machine.Observe(nullptr);
+  EXPECT_EQ(Call({7}), 0u);
+  EXPECT_EQ(sim::TheWorld().kernel.Now(), 257u);
+}
+
 TEST_F(MachineTest, KeepsTheTwoBadHandlesApart) {
   Machine& machine = MakeCallOf({"COREDLL.dll", "CreateFileW"});
   const auto open = [&machine](const char16_t(&name)[6]) {
