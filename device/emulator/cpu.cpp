@@ -94,6 +94,7 @@ Cpu::Cpu(Process& process, unsigned number)
           "adding a hook");
   };
   hook(UC_HOOK_BLOCK, OnBlock);
+  if (process.Look()) hook(UC_HOOK_CODE, OnInstruction);
   hook(UC_HOOK_INTR, OnInterrupt);
   hook(UC_HOOK_MEM_READ | UC_HOOK_MEM_WRITE, OnAccess);
   hook(UC_HOOK_MEM_INVALID, OnBadAccess);
@@ -310,6 +311,17 @@ void Cpu::OnBlock(uc_engine*, std::uint64_t address, std::uint32_t bytes, void* 
   if (cpu.instructions_ >= cpu.next_look_) cpu.MayGoOn();
 }
 
+void Cpu::OnInstruction(uc_engine* engine, std::uint64_t, std::uint32_t, void* self) {
+  Cpu& cpu = *static_cast<Cpu*>(self);
+  if (cpu.fault_ || cpu.thrown_) return;
+  try {
+    cpu.process_.Look()(cpu);
+  } catch (...) {
+    cpu.thrown_ = std::current_exception();
+    uc_emu_stop(engine);
+  }
+}
+
 void Cpu::MayGoOn() {
   next_look_ = instructions_ + kInstructionsToWatch;
   if (fault_ || thrown_) return;
@@ -435,6 +447,16 @@ void Cpu::Fault(const std::string& what) const {
 }
 
 std::uint32_t Cpu::DeepestStack() const { return stack_.address + kEntryStack - lowest_stack_; }
+
+std::array<std::uint32_t, 16> Cpu::Registers() const {
+  constexpr std::array<int, 16> kIds = {
+      UC_ARM_REG_R0,  UC_ARM_REG_R1, UC_ARM_REG_R2, UC_ARM_REG_R3, UC_ARM_REG_R4,  UC_ARM_REG_R5,
+      UC_ARM_REG_R6,  UC_ARM_REG_R7, UC_ARM_REG_R8, UC_ARM_REG_R9, UC_ARM_REG_R10, UC_ARM_REG_R11,
+      UC_ARM_REG_R12, UC_ARM_REG_SP, UC_ARM_REG_LR, UC_ARM_REG_PC};
+  std::array<std::uint32_t, 16> values{};
+  std::transform(kIds.begin(), kIds.end(), values.begin(), [this](int id) { return Register(id); });
+  return values;
+}
 
 std::uint32_t Cpu::Register(int id) const {
   std::uint32_t value = 0;

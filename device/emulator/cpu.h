@@ -72,10 +72,13 @@ class Cpu {
   // ---- What it did so far -------------------------------------------------------------------
 
   std::uint64_t Instructions() const { return instructions_; }
+  // r0 to r15.
+  std::array<std::uint32_t, 16> Registers() const;
   std::uint32_t DeepestStack() const;  // bytes
 
  private:
   static void OnBlock(uc_engine*, std::uint64_t address, std::uint32_t bytes, void* self);
+  static void OnInstruction(uc_engine*, std::uint64_t address, std::uint32_t bytes, void* self);
   static void OnInterrupt(uc_engine*, std::uint32_t number, void* self);
   static void OnAccess(uc_engine*, uc_mem_type type, std::uint64_t address, int bytes,
                        std::int64_t value, void* self);

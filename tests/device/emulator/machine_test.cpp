@@ -392,7 +392,9 @@ TEST_F(MachineTest, RefusesAFunctionTableThatDoesNotFit) {
   };
   for (const Table& table :
        {Table{0x10001000, 0x40000200, true}, Table{0x10001000, 0, false},
-        Table{0x10001000, 0x40000300, false}, Table{0x11001000, 0x40000200, false}}) {
+        Table{0x10001000, 0x40000300, false}, Table{0x11001000, 0x40000200, false},
+        Table{0x10001000, 0x40000202, true}, Table{0x10001000, 0x40000203, false},
+        Table{0x10001000, 0x00000200, false}, Table{0x10001002, 0x40000100, false}}) {
     ToyImage toy;
     toy.code = {kBxLr, kBxLr};
     std::vector<std::uint8_t> file = toy.Bytes();
