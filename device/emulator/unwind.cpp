@@ -1,8 +1,6 @@
 #include "device/emulator/unwind.h"
 
-#include <algorithm>
 #include <bit>
-#include <ranges>
 
 #include "device/emulator/process.h"
 #include "sim/text.h"
@@ -113,11 +111,16 @@ std::optional<FunctionRange> FindFunction(const LoadedImage& image, std::uint32_
   const auto word = [&image](std::uint32_t entry, std::uint32_t offset) {
     return image.Word(image.File().FunctionTableRva() + entry * kEntryBytes + offset);
   };
-  const auto entries = std::views::iota(std::uint32_t{0}, image.File().FunctionCount());
-  const auto behind = std::ranges::upper_bound(
-      entries, address, {}, [&word](std::uint32_t entry) { return word(entry, 0); });
-  if (behind == entries.begin()) return std::nullopt;
-  const auto entry = static_cast<std::uint32_t>(behind - entries.begin()) - 1;
+  std::uint32_t entry = 0;  // in the end the first one that begins behind the address
+  for (std::uint32_t end = image.File().FunctionCount(); entry != end;) {
+    const std::uint32_t middle = entry + (end - entry) / 2;
+    if (word(middle, 0) <= address) {
+      entry = middle + 1;
+    } else {
+      end = middle;
+    }
+  }
+  if (entry-- == 0) return std::nullopt;
   const std::uint32_t begin = word(entry, 0);
   const std::uint32_t packed = word(entry, 4);
   if ((packed & k32BitInstructions) == 0) {

@@ -342,6 +342,12 @@ const Wrong kWrongs[] = {
     // sub r0, sp, #7; then ldr or ldrh
     {"UnalignedWord", {0xE24D0007, 0xE5900000, kBxLr}, "an unaligned access of 4 bytes"},
     {"UnalignedHalf", {0xE24D0007, 0xE1D000B0, kBxLr}, "an unaligned access of 2 bytes"},
+    {"UnalignedStoreOfAWord", {0xE24D0007, 0xE5801000, kBxLr}, "an unaligned access of 4 bytes"},
+    {"UnalignedStoreOfAHalf", {0xE24D0007, 0xE1C010B0, kBxLr}, "an unaligned access of 2 bytes"},
+    {"UnalignedSignedHalf", {0xE24D0007, 0xE1D010F0, kBxLr}, "an unaligned access of 2 bytes"},
+    {"UnalignedWords", {0xE24D0006, 0xE890000C, kBxLr}, "an unaligned access of 4 bytes"},  // ldm
+    {"UnalignedStoreOfWords", {0xE24D0006, 0xE880000C, kBxLr}, "an unaligned access of 4 bytes"},
+    {"UnalignedSwap", {0xE24D0006, 0xE1001091, kBxLr}, "an unaligned access of 4 bytes"},  // swp
     {"StoreToCode", {0xE58F0000, kBxLr, 0, 0}, "a store to "},          // str r0, [pc]
     {"LoadFromNowhere", {0xE3A00209, 0xE5900000, kBxLr}, "no memory"},  // mov r0, #0x90000000
     {"LoadBehindTheRecord", {0xE5D00004, kBxLr}, "out of bounds"},      // ldrb r0, [r0, #4]
