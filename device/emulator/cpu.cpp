@@ -1,6 +1,7 @@
 #include "device/emulator/cpu.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <utility>
 
@@ -19,6 +20,7 @@ constexpr std::uint32_t kNowhere = 0xFFFFFFF0;  // the engine stops at traps alo
 constexpr std::uint32_t kSoftwareInterrupt = 2;
 constexpr std::uint64_t kInstructionsToWatch = 100'000;  // a millisecond or less
 constexpr unsigned kRegisterArguments = 4;
+constexpr std::uint32_t kWord = 4;
 constexpr std::array<int, 8> kSavedRegisters = {UC_ARM_REG_R4,  UC_ARM_REG_R5, UC_ARM_REG_R6,
                                                 UC_ARM_REG_R7,  UC_ARM_REG_R8, UC_ARM_REG_R9,
                                                 UC_ARM_REG_R10, UC_ARM_REG_R11};
@@ -94,6 +96,7 @@ Cpu::Cpu(Process& process, unsigned number)
           "adding a hook");
   };
   hook(UC_HOOK_BLOCK, OnBlock);
+  if (process.Look()) hook(UC_HOOK_CODE, OnInstruction);
   hook(UC_HOOK_INTR, OnInterrupt);
   hook(UC_HOOK_MEM_READ | UC_HOOK_MEM_WRITE, OnAccess);
   hook(UC_HOOK_MEM_INVALID, OnBadAccess);
@@ -159,6 +162,7 @@ std::uint32_t Cpu::Run(std::uint32_t address, std::span<const std::uint32_t> arg
   const auto on_stack = static_cast<std::uint32_t>(
       arguments.size() > kRegisterArguments ? arguments.size() - kRegisterArguments : 0);
   const std::uint32_t stack = stack_top - 4 * on_stack;
+  SetRegister(UC_ARM_REG_SP, stack);
   for (unsigned i = 0; i < on_stack; ++i) {
     WriteWord(stack + 4 * i, arguments[kRegisterArguments + i]);
   }
@@ -167,7 +171,6 @@ std::uint32_t Cpu::Run(std::uint32_t address, std::span<const std::uint32_t> arg
   }
   for (unsigned i = 0; i < kSavedRegisters.size(); ++i) SetRegister(kSavedRegisters[i], kJunk + i);
   SetRegister(UC_ARM_REG_R12, kJunk);
-  SetRegister(UC_ARM_REG_SP, stack);
   SetRegister(UC_ARM_REG_LR, Process::TrapAddress(kReturnTrap));
 
   for (RunUntilTrap(address); *trap_ != kReturnTrap;) {
@@ -191,6 +194,7 @@ std::uint32_t Cpu::Run(std::uint32_t address, std::span<const std::uint32_t> arg
 
 void Cpu::RunUntilTrap(std::uint32_t address) {
   trap_.reset();
+  push_.reset();
   began_ = instructions_;
   next_look_ = began_ + std::min(kInstructionsToWatch, process_.InstructionLimit());
   const uc_err error = uc_emu_start(engine_, address, kNowhere, 0, 0);
@@ -247,8 +251,15 @@ const Extent* Cpu::Find(std::uint32_t address) const {
   return process_.FindStack(address);
 }
 
+void Cpu::CheckLent(std::uint32_t address, const Extent* extent) const {
+  if (extent == &stack_ && address < Register(UC_ARM_REG_SP)) {
+    Fault("the system is told to use " + sim::Hex(address, 8) + ", below the stack pointer");
+  }
+}
+
 const std::uint8_t* Cpu::Read(std::uint32_t address, std::uint32_t bytes) const {
   const Extent* extent = Find(address);
+  CheckLent(address, extent);
   if (extent == nullptr || !extent->Holds(address, bytes)) {
     Fault("the system is told to read " + std::to_string(bytes) + " bytes at " +
           sim::Hex(address, 8) + ", which are out of bounds");
@@ -258,6 +269,7 @@ const std::uint8_t* Cpu::Read(std::uint32_t address, std::uint32_t bytes) const 
 
 std::uint8_t* Cpu::Write(std::uint32_t address, std::uint32_t bytes) const {
   const Extent* extent = Find(address);
+  CheckLent(address, extent);
   if (extent == nullptr || !extent->writable || !extent->Holds(address, bytes)) {
     Fault("the system is told to write " + std::to_string(bytes) + " bytes at " +
           sim::Hex(address, 8) + ", which are out of bounds or read-only");
@@ -304,10 +316,23 @@ std::u16string Cpu::WideText(std::uint32_t address, std::size_t most) const {
 
 void Cpu::OnBlock(uc_engine*, std::uint64_t address, std::uint32_t bytes, void* self) {
   Cpu& cpu = *static_cast<Cpu*>(self);
+  if (cpu.push_) cpu.EndPush(cpu.Register(UC_ARM_REG_SP));
   cpu.block_ = static_cast<std::uint32_t>(address);
+  cpu.block_bytes_ = bytes;
   if (address >= kTrapAddress) return;
   cpu.instructions_ += bytes / 4;
   if (cpu.instructions_ >= cpu.next_look_) cpu.MayGoOn();
+}
+
+void Cpu::OnInstruction(uc_engine* engine, std::uint64_t, std::uint32_t, void* self) {
+  Cpu& cpu = *static_cast<Cpu*>(self);
+  if (cpu.fault_ || cpu.thrown_) return;
+  try {
+    cpu.process_.Look()(cpu);
+  } catch (...) {
+    cpu.thrown_ = std::current_exception();
+    uc_emu_stop(engine);
+  }
 }
 
 void Cpu::MayGoOn() {
@@ -355,6 +380,7 @@ void Cpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes) {
         Note("the stack is " + std::to_string(DeepestStack()) + " bytes deep");
       }
     }
+    CheckAgainstSp(write, address);
     return;
   }
   if (callers_stack_.Holds(address, bytes)) {
@@ -371,6 +397,48 @@ void Cpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes) {
   } else if (!write) {
     process_.NoteLoad(address);
   }
+}
+
+void Cpu::CheckAgainstSp(bool write, std::uint32_t address) {
+  const std::uint32_t sp = Register(UC_ARM_REG_SP);
+  if (push_ && write && sp == push_->sp && address == push_->next) {
+    push_->next += kWord;
+    return;
+  }
+  if (push_) EndPush(sp);
+  if (address >= sp) return;
+  if (write && BlockPushes(sp - address)) {
+    push_ = {sp, address + kWord, address};
+    return;
+  }
+  Note(std::string(write ? "a store to " : "a load from ") + sim::Hex(address, 8) +
+       ", below the stack pointer");
+}
+
+// The engine tells the block that runs, and not the instruction.
+bool Cpu::BlockPushes(std::uint32_t bytes) const {
+  constexpr std::uint32_t kOpMask = 0x0FFF0000;   // whatever the condition
+  constexpr std::uint32_t kPush = 0x092D0000;     // stmdb sp!, {...}
+  constexpr std::uint32_t kPushOne = 0x052D0000;  // str rn, [sp, #-n]!
+  constexpr std::uint32_t kOffsetMask = 0x0FFF;
+  const Extent* const code = Find(block_);
+  if (code == nullptr || !code->Holds(block_, block_bytes_)) return false;
+  for (std::uint32_t at = 0; at < block_bytes_; at += kWord) {
+    std::uint32_t instruction = 0;
+    std::memcpy(&instruction, code->host + (block_ - code->address) + at, kWord);
+    const auto listed = static_cast<std::uint32_t>(std::popcount(instruction & 0xFFFF));
+    if ((instruction & kOpMask) == kPush && kWord * listed == bytes) return true;
+    if ((instruction & kOpMask) == kPushOne && (instruction & kOffsetMask) == bytes) return true;
+  }
+  return false;
+}
+
+// By now sp has moved over what was stored, or farther.
+void Cpu::EndPush(std::uint32_t sp) {
+  if (sp > push_->end) {
+    Note("a store to " + sim::Hex(push_->end, 8) + ", below the stack pointer");
+  }
+  push_.reset();
 }
 
 bool Cpu::OnBadAccess(uc_engine*, uc_mem_type type, std::uint64_t address, int, std::int64_t,
@@ -435,6 +503,16 @@ void Cpu::Fault(const std::string& what) const {
 }
 
 std::uint32_t Cpu::DeepestStack() const { return stack_.address + kEntryStack - lowest_stack_; }
+
+std::array<std::uint32_t, 16> Cpu::Registers() const {
+  constexpr std::array<int, 16> kIds = {
+      UC_ARM_REG_R0,  UC_ARM_REG_R1, UC_ARM_REG_R2, UC_ARM_REG_R3, UC_ARM_REG_R4,  UC_ARM_REG_R5,
+      UC_ARM_REG_R6,  UC_ARM_REG_R7, UC_ARM_REG_R8, UC_ARM_REG_R9, UC_ARM_REG_R10, UC_ARM_REG_R11,
+      UC_ARM_REG_R12, UC_ARM_REG_SP, UC_ARM_REG_LR, UC_ARM_REG_PC};
+  std::array<std::uint32_t, 16> values{};
+  std::transform(kIds.begin(), kIds.end(), values.begin(), [this](int id) { return Register(id); });
+  return values;
+}
 
 std::uint32_t Cpu::Register(int id) const {
   std::uint32_t value = 0;

@@ -72,10 +72,13 @@ class Cpu {
   // ---- What it did so far -------------------------------------------------------------------
 
   std::uint64_t Instructions() const { return instructions_; }
+  // r0 to r15.
+  std::array<std::uint32_t, 16> Registers() const;
   std::uint32_t DeepestStack() const;  // bytes
 
  private:
   static void OnBlock(uc_engine*, std::uint64_t address, std::uint32_t bytes, void* self);
+  static void OnInstruction(uc_engine*, std::uint64_t address, std::uint32_t bytes, void* self);
   static void OnInterrupt(uc_engine*, std::uint32_t number, void* self);
   static void OnAccess(uc_engine*, uc_mem_type type, std::uint64_t address, int bytes,
                        std::int64_t value, void* self);
@@ -97,7 +100,13 @@ class Cpu {
   void MapPort(std::uint32_t address, Port& port);
   bool PortRefuses(std::uint64_t offset, unsigned bytes, const char* what);
   void CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes);
+  // An access in the stack, where what lies below sp is not the thread's: an interrupt may write
+  // there at any time. A push stores first and moves sp then.
+  void CheckAgainstSp(bool write, std::uint32_t address);
+  bool BlockPushes(std::uint32_t bytes) const;
+  void EndPush(std::uint32_t sp);
   const Extent* Find(std::uint32_t address) const;
+  void CheckLent(std::uint32_t address, const Extent* extent) const;  // to the system
   void Note(const std::string& fault);  // the first one counts; stops the engine
   std::string Place() const;
   std::uint32_t Register(int id) const;
@@ -128,6 +137,14 @@ class Cpu {
   std::optional<std::string> fault_;  // why it was stopped
   std::exception_ptr thrown_;         // by the platform, inside of the engine
   std::uint32_t block_ = 0;           // address of the block that runs
+  std::uint32_t block_bytes_ = 0;
+  // Words that were stored below sp, by what must then be a push.
+  struct Push {
+    std::uint32_t sp = 0;    // before it
+    std::uint32_t next = 0;  // address of its next word
+    std::uint32_t end = 0;   // sp behind it
+  };
+  std::optional<Push> push_;
   std::uint64_t instructions_ = 0;
   std::uint64_t began_ = 0;      // how many they were when it last came from outside
   std::uint64_t next_look_ = 0;  // how many they are when MayGoOn is asked next

@@ -121,6 +121,7 @@ std::uint32_t VersionInfoSize(Cpu& cpu) {
 std::uint32_t ReadVersionInfo(Cpu& cpu) {
   const std::u16string path = cpu.WideText(cpu.Argument(0));
   const std::uint32_t bytes = cpu.Argument(2);
+  Expect(cpu, cpu.Argument(3) % 4 == 0, "version information that is not at a whole word");
   return Plat_ReadVersionInfo(path.c_str(), bytes, cpu.Write(cpu.Argument(3), bytes)) ? 1 : 0;
 }
 

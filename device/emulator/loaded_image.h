@@ -38,12 +38,12 @@ class LoadedImage {
   // The content as in the file, relocated, imports unbound. `without` leaves a relocation out.
   void Fill(std::optional<std::size_t> without = {});
   // The address of the section that holds it, null when none does.
-  std::uint8_t* At(std::uint32_t rva, std::uint32_t bytes);
-  std::uint32_t Word(std::uint32_t rva);
+  std::uint8_t* At(std::uint32_t rva, std::uint32_t bytes) const;
+  std::uint32_t Word(std::uint32_t rva) const;
   void SetWord(std::uint32_t rva, std::uint32_t value);
   // What is wrong with the function table: the system finds a function by halving, so the entries
-  // must be in order and all of them code. None when all is well.
-  std::optional<std::string> FunctionTableFault();
+  // must be in order and all of them ARM code. None when all is well.
+  std::optional<std::string> FunctionTableFault() const;
 
  private:
   PeImage file_;

@@ -111,13 +111,16 @@ void Process::Remember(const std::string& fault) {
   if (!first_fault_) first_fault_ = fault;
 }
 
+const LoadedImage* Process::ImageAt(std::uint32_t address) const {
+  const auto found = std::find_if(images_.begin(), images_.end(),
+                                  [address](const auto& image) { return image->Holds(address); });
+  return found == images_.end() ? nullptr : found->get();
+}
+
 std::string Process::Place(std::uint32_t address) const {
-  for (const auto& image : images_) {
-    if (image->Holds(address)) {
-      return image->Name() + '+' + sim::Hex(address - image->Base(), 4);
-    }
-  }
-  return sim::Hex(address, 8);
+  const LoadedImage* const image = ImageAt(address);
+  if (image == nullptr) return sim::Hex(address, 8);
+  return image->Name() + '+' + sim::Hex(address - image->Base(), 4);
 }
 
 const Extent* Process::FindStack(std::uint32_t address) {

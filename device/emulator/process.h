@@ -85,6 +85,9 @@ class Process {
 
   // From now on; none: nobody stands between. It is called in the thread that calls the system.
   void Observe(SystemCallObserver observer) { observer_ = std::move(observer); }
+  // Is shown each processor before each of its instructions. To be given before the first call.
+  using InstructionLook = std::function<void(const Cpu& cpu)>;
+  void LookAtInstructions(InstructionLook look) { look_ = std::move(look); }
 
   // ---- What its runs did ----------------------------------------------------------------------
 
@@ -97,11 +100,14 @@ class Process {
   // The first fault, none when all was well.
   const std::optional<std::string>& Fault() const { return first_fault_; }
   void Remember(const std::string& fault);
+  // The image that an address lies in, null when it lies in none.
+  const LoadedImage* ImageAt(std::uint32_t address) const;
   // "image+0x1234", or the address when it is in no image.
   std::string Place(std::uint32_t address) const;
 
   // ---- For its processors ---------------------------------------------------------------------
 
+  const InstructionLook& Look() const { return look_; }
   void NoteLoad(std::uint32_t address) {
     const std::uint32_t word = (address - noted_base_) / 4;
     if (word < noted_.size()) noted_[word] = true;
@@ -167,6 +173,7 @@ class Process {
 
  private:
   ProcessLimits limits_;
+  InstructionLook look_;
   GuestPages traps_;
   std::vector<std::unique_ptr<LoadedImage>> images_;
   std::vector<MappedSection> sections_;  // of all images

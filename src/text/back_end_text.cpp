@@ -125,7 +125,7 @@ void CloseDriver() {
 
 void SendRequest(const BackEndCommand& command, const TextNumbers& numbers) {
   if (g_back_end.driver == kPlatNoHandle) return;
-  std::uint8_t input[kSlotsMax * kSlotBytes];
+  alignas(4) std::uint8_t input[kSlotsMax * kSlotBytes];  // the driver reads it word by word
   for (std::size_t i = 0; i < sizeof input; ++i) {
     const std::uint32_t value = ValueOf(command.slots[i / kSlotBytes], numbers);
     input[i] = static_cast<std::uint8_t>(value >> (8 * (i % kSlotBytes)));

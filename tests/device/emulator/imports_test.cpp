@@ -159,6 +159,14 @@ TEST_F(EmulatorImports, FindsTheVersionInTheInformationThatItRead) {
   EXPECT_EQ(cpu_->ReadWord(info + 12), 0x00010006u);
 }
 
+TEST_F(EmulatorImports, TakesVersionInformationAtWholeWordsAlone) {
+  const std::uint32_t path = Put(std::u16string(u"\\NAND FLASH\\MDVR\\VexoCtrlSDK.DLL"));
+  const std::uint32_t bytes = Call("GetFileVersionInfoSizeW", {path, 0});
+  const std::uint32_t buffer = Room(bytes + 2);
+  EXPECT_EQ(Call("GetFileVersionInfoW", {path, 0, bytes, buffer}), 1u);
+  EXPECT_THROW(Call("GetFileVersionInfoW", {path, 0, bytes, buffer + 2}), harness::ImageFault);
+}
+
 TEST_F(EmulatorImports, HasTheSystemsCFunctions) {
   const std::uint32_t abc = Put(std::string("abc"));
   const std::uint32_t abd = Put(std::string("abd"));

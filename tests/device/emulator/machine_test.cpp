@@ -342,6 +342,12 @@ const Wrong kWrongs[] = {
     // sub r0, sp, #7; then ldr or ldrh
     {"UnalignedWord", {0xE24D0007, 0xE5900000, kBxLr}, "an unaligned access of 4 bytes"},
     {"UnalignedHalf", {0xE24D0007, 0xE1D000B0, kBxLr}, "an unaligned access of 2 bytes"},
+    {"UnalignedStoreOfAWord", {0xE24D0007, 0xE5801000, kBxLr}, "an unaligned access of 4 bytes"},
+    {"UnalignedStoreOfAHalf", {0xE24D0007, 0xE1C010B0, kBxLr}, "an unaligned access of 2 bytes"},
+    {"UnalignedSignedHalf", {0xE24D0007, 0xE1D010F0, kBxLr}, "an unaligned access of 2 bytes"},
+    {"UnalignedWords", {0xE24D0006, 0xE890000C, kBxLr}, "an unaligned access of 4 bytes"},  // ldm
+    {"UnalignedStoreOfWords", {0xE24D0006, 0xE880000C, kBxLr}, "an unaligned access of 4 bytes"},
+    {"UnalignedSwap", {0xE24D0006, 0xE1001091, kBxLr}, "an unaligned access of 4 bytes"},  // swp
     {"StoreToCode", {0xE58F0000, kBxLr, 0, 0}, "a store to "},          // str r0, [pc]
     {"LoadFromNowhere", {0xE3A00209, 0xE5900000, kBxLr}, "no memory"},  // mov r0, #0x90000000
     {"LoadBehindTheRecord", {0xE5D00004, kBxLr}, "out of bounds"},      // ldrb r0, [r0, #4]
@@ -363,6 +369,22 @@ const Wrong kWrongs[] = {
     {"StackOverflow", {0xE24D1801, 0xE5810000, kBxLr}, "a store to "},  // sub r1, sp, #0x10000
     {"StoreToTheCallersStack", {0xE58D1000, kBxLr}, "a store to the caller's stack"},  // [sp]
     {"LoadFromTheCallersStack", {0xE5DD0003, kBxLr}, "a load from the caller's stack"},
+    {"LoadBelowTheStackPointer", {0xE51D0004, kBxLr}, "a load from 0x6000FFD8, below the stack"},
+    {"StoreBelowTheStackPointer", {0xE50D0004, kBxLr}, "a store to 0x6000FFD8, below the stack"},
+    {"LoadBehindAPop",
+     {0xE92D0003, 0xE8BD0003, 0xE51D0004, kBxLr},
+     "a load from 0x6000FFD8, below"},
+    // push {r0, r1}; str r0, [sp, #-8]; add sp, sp, #8
+    {"StoreBelowAPush",
+     {0xE92D0003, 0xE50D0008, 0xE28DD008, kBxLr},
+     "a store to 0x6000FFCC, below the stack"},
+    // The same with the words of a whole push; and where a branch comes first.
+    {"StoresBelowAPush",
+     {0xE92D0003, 0xE50D0008, 0xE50D0004, 0xE58D0000, 0xE28DD008, kBxLr},
+     "a store to 0x6000FFCC, below the stack"},
+    {"StoresBelowAPushBeforeABranch",
+     {0xE92D0003, 0xE50D0008, 0xE50D0004, 0xEAFFFFFF, 0xE28DD008, kBxLr},
+     "a store to 0x6000FFCC, below the stack"},
     {"CallOfTheKernel", {0xEF000000, kBxLr}, "exception 2"},  // svc 0
     {"UndefinedInstruction", {0xE7F000F0, kBxLr}, ""},
     {"InstructionOfALaterProcessor", {0xE16F0F10, kBxLr}, ""},       // clz r0, r0
@@ -374,14 +396,37 @@ INSTANTIATE_TEST_SUITE_P(Codes, MachineFault, testing::ValuesIn(kWrongs),
                          [](const auto& wrong) { return std::string(wrong.param.name); });
 
 TEST_F(MachineTest, RemembersTheDeepestStack) {
-  // sub r1, sp, r0; str r0, [r1]; bx lr
-  Machine& machine = MakeCode({0xE04D1000, 0xE5810000, kBxLr});
+  // sub sp, sp, r0; str r0, [sp]; add sp, sp, r0; bx lr
+  Machine& machine = MakeCode({0xE04DD000, 0xE58D0000, 0xE08DD000, kBxLr});
   Call({0x100});
   EXPECT_EQ(machine.DeepestStack(), 0x100u);
   Call({0x40});
   EXPECT_EQ(machine.DeepestStack(), 0x100u);
   EXPECT_NO_THROW(Call({0x2000}));
   EXPECT_THROW(Call({0x2004}), harness::ImageFault);
+}
+
+TEST_F(MachineTest, LetsAPushStoreBelowTheStackPointerThatItMoves) {
+  // push {r0-r3}; str r0, [sp, #-4]!; str r1, [sp, #-8]!; ldr r2, [sp]; add sp, sp, #12;
+  // pop {r0-r3}
+  MakeCode({0xE92D000F, 0xE52D0004, 0xE52D1008, 0xE59D2000, 0xE28DD00C, 0xE8BD000F, kBxLr});
+  EXPECT_EQ(Call({1, 2, 3, 4}), 1u);
+}
+
+TEST_F(MachineTest, ReportsWhatTheSystemIsGivenBelowTheStackPointer) {
+  // sub r0, sp, #16 and the call of the import, whose text would be there
+  Code code = kCallImport;
+  code.insert(code.begin() + 1, 0xE24D0010);
+  ToyImage toy;
+  toy.code = code;
+  toy.imports = {{"COREDLL.dll", "OutputDebugStringW"}};
+  Make(toy);
+  try {
+    Call();
+    FAIL() << "no fault";
+  } catch (const harness::ImageFault& fault) {
+    EXPECT_THAT(fault.what(), HasSubstr("the system is told to use 0x6000FFC4, below the stack"));
+  }
 }
 
 TEST_F(MachineTest, RefusesAFunctionTableThatDoesNotFit) {
@@ -392,7 +437,9 @@ TEST_F(MachineTest, RefusesAFunctionTableThatDoesNotFit) {
   };
   for (const Table& table :
        {Table{0x10001000, 0x40000200, true}, Table{0x10001000, 0, false},
-        Table{0x10001000, 0x40000300, false}, Table{0x11001000, 0x40000200, false}}) {
+        Table{0x10001000, 0x40000300, false}, Table{0x11001000, 0x40000200, false},
+        Table{0x10001000, 0x40000202, true}, Table{0x10001000, 0x40000203, false},
+        Table{0x10001000, 0x00000200, false}, Table{0x10001002, 0x40000100, false}}) {
     ToyImage toy;
     toy.code = {kBxLr, kBxLr};
     std::vector<std::uint8_t> file = toy.Bytes();
