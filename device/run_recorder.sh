@@ -162,7 +162,7 @@ wanted "titles" \
   "= starting" \
   "= starting | lost 0000 | motion 0000 | 0x0000 = 0" \
   "= live 16: 0-15 | lost 0000 | motion 0000 | 0xF001 = 0" \
-  "program 3 (VexoCheck.exe) ended with exit code 15" \
+  "program 3 (VexoCheck.exe) ended with exit code 31" \
   "program 2 (VexoCheck.exe) ended with exit code 1" \
   "= live 4: 0-3 | lost 0000 | motion 0000 | 0xF005 = 0" \
   "= ended | lost 0000 | motion 0000 | 0xF002 = 0" \
@@ -184,7 +184,7 @@ wanted "titles" \
   "=2 $taken | lost 0000 | motion 0000 | 0x0000 = 0" \
   "=2 ended | lost 0000 | motion 0000 | 0x0000 = 0" \
   "program 2 (recorder.exe) ended with exit code 0" \
-  "program 3 (VexoCheck.exe) ended with exit code 15" \
+  "program 3 (VexoCheck.exe) ended with exit code 31" \
   "VexoCheck.exe ended with exit code 0"
 expect "differences" "0" "$(sed -n 's/^0 [0-9]* end [0-9]* //p' "$card/VexoCheck.log")"
 
