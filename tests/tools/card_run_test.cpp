@@ -52,6 +52,7 @@ class CardRunTest : public emulator::DeviceTest {
     for (const std::uint32_t title : {titles[0], titles[1]}) {
       program.Call("SetWindowTextW", {emulator::WordAt(window), AddressOf(title)});
       program.Call("ShowWindow", {emulator::WordAt(window), Number(1)});
+      program.Call("SetWindowTextW", {emulator::WordAt(window), AddressOf(title)});  // no news
       program.Call("GetMessageW", {AddressOf(message), Number(0), Number(0), Number(0)});
       program.Call("DispatchMessageW", {AddressOf(message)});
     }
@@ -160,6 +161,13 @@ TEST_F(CardRunTest, TellsTheTitlesOfWindowsThatAreShownAndPressesKeys) {
   EXPECT_EQ(Run({card_.c_str(), "W.exe", "--script", script.c_str()}), files::kExitDone);
   EXPECT_EQ(out_, "= first\n= second\n| 0001 00100 570100 39\nW.exe ended with exit code 0\n");
   EXPECT_THAT(err_, IsEmpty());
+}
+
+TEST_F(CardRunTest, PressesNoKeyWhereTheWindowIsHidden) {
+  PutWindow();
+  const std::string script = Script("wait 5\nkey 1\nkey 2\nwait 50\nkey 3\n");
+  EXPECT_EQ(Run({card_.c_str(), "W.exe", "--script", script.c_str()}), files::kExitUnmet);
+  EXPECT_EQ(err_, script + ":5: no window is shown that could take the key\n");
 }
 
 TEST_F(CardRunTest, StartsProgramsBesideTheFirstAndGivesKeysToTheLastOneThatIsShown) {

@@ -25,7 +25,7 @@ constexpr std::array kKeys = {Key{"enter", 0x0D}, Key{"esc", 0x1B},   Key{"left"
 std::uint32_t ReadKey(script::Arguments& arguments) {
   const std::string word = sim::ToLower(std::string(arguments.Peek()));
   const auto* const named = std::find_if(kKeys.begin(), kKeys.end(),
-                                  [&word](const Key& key) { return key.word == word; });
+                                         [&word](const Key& key) { return key.word == word; });
   const bool plain = word.size() == 1 && std::isalnum(static_cast<unsigned char>(word[0])) != 0;
   if (named == kKeys.end() && !plain) {
     arguments.Expected("a letter, a digit, enter, esc, left, up, right or down");
