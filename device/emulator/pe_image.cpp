@@ -186,13 +186,19 @@ class PeReader {
         Refuse("section " + section.name + " does not lie behind the last one in the image");
       }
       end = section.rva + section.bytes;
+      // What is in the file is padded, and no farther than to whole pages.
+      if (raw_bytes > (section.bytes + kPage - 1) / kPage * kPage) {
+        Refuse("section " + section.name + " has more in the file than in memory");
+      }
       const std::uint32_t copied = std::min(raw_bytes, section.bytes);
       file_.Check(raw, raw_bytes);
       if (copied != 0) std::memcpy(&image_.memory_[section.rva], &bytes_[raw], copied);
       image_.sections_.push_back(section);
     }
     const ImageSection* entry = SectionAt(image_.entry_rva_, 4);
-    if (entry == nullptr || !entry->executable) Refuse("the entry point is in no code");
+    if (entry == nullptr || !entry->executable || image_.entry_rva_ % 4 != 0) {
+      Refuse("the entry point is in no code");
+    }
   }
 
   const ImageSection* SectionAt(std::uint32_t rva, std::uint32_t count) const {

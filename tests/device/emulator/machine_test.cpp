@@ -202,6 +202,19 @@ TEST_F(MachineTest, AnswersAnImportThroughThePlatform) {
   EXPECT_EQ(Call(), 123u);
 }
 
+TEST_F(MachineTest, BindsAnImportWhoseAddressStandsAmongConstants) {
+  constexpr std::uint32_t kSlot = ToyImage::kTables + 0x7F0;
+  ToyImage toy;
+  toy.code = kCallImport;
+  toy.code.back() = ToyImage::kBase + kSlot;
+  toy.imports = {{"COREDLL.dll", "GetTickCount"}};
+  std::vector<std::uint8_t> file = toy.Bytes();
+  PutWord(file, ToyImage::InFile(ToyImage::kTables) + 16, kSlot);
+  Machine machine(PeImage::Parse(file));
+  sim::TheWorld().kernel.Idle(123);
+  EXPECT_EQ(machine.Call(machine.AddressOf(""), {}), 123u);
+}
+
 TEST_F(MachineTest, GivesAnImportItsArguments) {
   MakeCallOf({"COREDLL.dll", "Sleep"}, {.base = kOtherBase});
   Call({250});
@@ -361,7 +374,12 @@ const Wrong kWrongs[] = {
     {"WordThroughNull", {0xE3A00000, 0xE5900000, kBxLr}, "4 bytes at offset 0"},
     {"JumpToNull", {0xE3A00000, 0xE12FFF10}, ""},
     {"JumpOutOfTheImage", {0xE3A00209, 0xE12FFF10}, "a jump to 0x90000000"},
-    {"JumpIntoData", {0xE28F0C10, 0xE2800EFF, 0xE12FFF10}, ""},
+    // add r0, pc, #0x1000 or #0x2000: to data, and to constants
+    {"JumpIntoData", {0xE28F0A01, 0xE12FFF10}, "a jump to 0x10002008, where memory does not allow"},
+    {"JumpIntoConstants", {0xE28F0A02, 0xE12FFF10}, "a jump to 0x10003008, where memory does not"},
+    {"StoreToConstants",
+     {0xE28F0A02, 0xE5801000, kBxLr},
+     "a store to 0x10003008, which is read-only"},
     {"ChangedR4", {0xE3A04000, kBxLr}, "did not keep r4"},
     {"ChangedR11", {0xE3A0B000, kBxLr}, "did not keep r11"},
     {"MovedStackPointer", {0xE24DD004, kBxLr}, "did not keep the stack pointer"},

@@ -130,6 +130,7 @@ const Refusal kRefusals[] = {
     {"HugeSize", Word(ToyImage::kOptional + 56, 0xFFFFF000), "image size"},
     {"EntryInData", Word(ToyImage::kOptional + 16, 0x2000), "entry point"},
     {"EntryOutside", Word(ToyImage::kOptional + 16, 0x9000), "entry point"},
+    {"EntryInTheMiddleOfAnInstruction", Word(ToyImage::kOptional + 16, 0x1002), "entry point"},
     {"TruncatedFile", [](File& file) { file.resize(0x1000); }, "the file ends"},
     {"TruncatedHeaders", [](File& file) { file.resize(ToyImage::kSections + 30); },
      "the file ends"},
@@ -137,6 +138,16 @@ const Refusal kRefusals[] = {
     {"SectionsOverlap", Word(ToyImage::kSections + 40 + 12, 0x1000), "does not lie"},
     {"SectionTooLong", Word(ToyImage::kSections + 120 + 8, 0x1001), "does not lie"},
     {"SectionContentOutside", Word(ToyImage::kSections + 20, 0x00FFFFFF), "the file ends"},
+    {"SectionInTheHeaders", Word(ToyImage::kSections + 12, 0), "does not lie"},
+    {"SectionNotAtAPage", Word(ToyImage::kSections + 12, 0x1004), "does not lie"},
+    {"SectionWithoutMemory", Word(ToyImage::kSections + 40 + 8, 0), "does not lie"},
+    {"SectionsOutOfOrder",
+     [](File& file) {
+       PutWord(file, ToyImage::kSections + 40 + 12, 0x3000);
+       PutWord(file, ToyImage::kSections + 80 + 12, 0x2000);
+     },
+     "does not lie"},
+    {"MoreInTheFileThanInMemory", Word(ToyImage::kSections + 16, 0x1001), "more in the file"},
     {"WritableCode", Word(ToyImage::kSections + 36, 0xE0000020), "writable and executable"},
     {"UnreadableData", Word(ToyImage::kSections + 40 + 36, 0x80000040), "cannot be read"},
     {"DirectoryOutside", Word(ToyImage::kDirectories + 8, 0x8000), "lies in no section"},
