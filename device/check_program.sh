@@ -19,6 +19,8 @@ expect "program, no library" "" "$(grep -o IMAGE_FILE_DLL <<<"$headers" || true)
 expect "never moved" "IMAGE_FILE_RELOCS_STRIPPED" \
   "$(grep -o IMAGE_FILE_RELOCS_STRIPPED <<<"$headers" || true)"
 expect "base" "0x10000" "$(field ImageBase)"
+expect "stack of a thread, and of it at once" "65536 4096" \
+  "$(field SizeOfStackReserve) $(field SizeOfStackCommit)"
 symbols="$(arm-none-eabi-nm "$elf")"
 entry="$(awk '$3 == "WinMainCRTStartup" {print $1}' <<<"$symbols")"
 expect "entry" "$(printf '0x%X' $((0x$entry - 0x10000)))" "$(field AddressOfEntryPoint)"

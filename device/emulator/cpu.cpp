@@ -377,7 +377,8 @@ void Cpu::CheckAccess(bool write, std::uint32_t address, std::uint32_t bytes) {
     if (address < lowest_stack_) {
       lowest_stack_ = address;
       if (DeepestStack() > process_.StackLimit()) {
-        Note("the stack is " + std::to_string(DeepestStack()) + " bytes deep");
+        Note("the stack is " + std::to_string(DeepestStack()) + " bytes deep, of " +
+             std::to_string(process_.StackLimit()));
       }
     }
     CheckAgainstSp(write, address);

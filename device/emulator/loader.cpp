@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "device/emulator/device.h"
+#include "device/emulator/system_exports.h"
 #include "sim/text.h"
 
 namespace emulator {
@@ -13,12 +14,9 @@ namespace {
 constexpr std::uint32_t kDetach = 0;
 constexpr std::uint32_t kAttach = 1;
 
-constexpr std::array<const char*, 3> kSystemLibraries = {"coredll.dll", "ceddk.dll",
-                                                         "extrtcnvramctl.dll"};
-
-bool IsSystems(const std::string& name) {
-  return std::find(kSystemLibraries.begin(), kSystemLibraries.end(), sim::ToLower(NameOf(name))) !=
-         kSystemLibraries.end();
+bool IsUnplayed(const ImageImport& import) {
+  const SystemLibrary* const library = FindSystemLibrary(import.dll);
+  return library != nullptr && library->ExportsUnplayed(import.name);
 }
 
 bool SameName(const std::string& a, const std::string& b) {
@@ -125,8 +123,11 @@ std::uint32_t Loader::AddressOf(const Module& from, const ImageImport& import) {
   const auto address =
       import.name.empty() ? Export(**need, import.ordinal) : Export(**need, import.name);
   if (address) return *address;
-  throw LoaderRefusal(kErrorProcedureNotFound, NameOf(from.path) + " imports " + import.InWords() +
-                                                   ", which is not exported");
+  throw LoaderRefusal(kErrorProcedureNotFound,
+                      NameOf(from.path) + " imports " + import.InWords() +
+                          (IsUnplayed(import) && !device_.Lacks(import.name)
+                               ? ", which is not played here: the system has it"
+                               : ", which is not exported"));
 }
 
 Module& Loader::LoadProgram(const std::string& path) { return LoadFile(path, ImageKind::Program); }
@@ -136,7 +137,7 @@ Module& Loader::Load(const std::string& name) {
     ++loaded->references;
     return *loaded;
   }
-  if (!IsSystems(name)) return LoadFile(PathOf(name), ImageKind::Library);
+  if (FindSystemLibrary(NameOf(name)) == nullptr) return LoadFile(PathOf(name), ImageKind::Library);
   auto module = std::make_unique<Module>();
   module->path = sim::ToLower(NameOf(name));
   module->handle = device_.NewModuleHandle();

@@ -155,6 +155,8 @@ class PeReader {
     }
     image_.memory_.resize(image_bytes);
     if (file_.Half(optional_ + 68) != kSubsystemCe) Refuse("subsystem is not Windows CE");
+    image_.stack_bytes_ = file_.Word(optional_ + 72);
+    if (file_.Word(optional_ + 76) > image_.stack_bytes_) Refuse("more stack at once than at all");
     directories_ = file_.Word(optional_ + 92);
     if (directories_ > 16 || optional_bytes < 96 + 8 * directories_) Refuse("too many directories");
     first_section_ = optional_ + optional_bytes;

@@ -50,6 +50,8 @@ class PeImage {
   // In memory, a multiple of the page size.
   std::uint32_t Bytes() const { return static_cast<std::uint32_t>(memory_.size()); }
   std::uint32_t EntryRva() const { return entry_rva_; }
+  // Of a program's threads, as its header asks for it; 0: the system's default.
+  std::uint32_t StackBytes() const { return stack_bytes_; }
   const std::vector<ImageSection>& Sections() const { return sections_; }
   const std::vector<ImageImport>& Imports() const { return imports_; }
   const std::map<std::string, std::uint32_t>& Exports() const { return exports_; }  // name to RVA
@@ -74,6 +76,7 @@ class PeImage {
   bool relocatable_ = true;
   std::uint32_t preferred_base_ = 0;
   std::uint32_t entry_rva_ = 0;
+  std::uint32_t stack_bytes_ = 0;
   std::uint32_t function_table_rva_ = 0;
   std::uint32_t function_count_ = 0;
   std::vector<std::uint8_t> memory_;  // at the preferred base

@@ -163,6 +163,7 @@ class Process {
  protected:
   virtual void ThreadLeft(const Cpu&) {}  // the thread that ran on this processor
   void FreeLoans();
+  void SetStackLimit(std::uint32_t bytes) { limits_.stack = bytes; }
 
   std::uint32_t id_ = 0;
   GuestHeap heap_;

@@ -11,15 +11,23 @@
 namespace emulator {
 namespace {
 
-// What the header of the file asks for, and the system's default: all of it.
-constexpr ProcessLimits kLimits = {.stack = kStackBytes};
+constexpr std::uint32_t kErrorNotEnoughMemory = 8;
+
+// Of each of the program's threads.
+std::uint32_t StackOf(const std::string& path, const PeImage& file) {
+  if (file.StackBytes() <= kStackBytes)
+    return file.StackBytes() == 0 ? kStackBytes : file.StackBytes();
+  throw LoaderRefusal(kErrorNotEnoughMemory,
+                      NameOf(path) + " wants a stack of " + std::to_string(file.StackBytes()) +
+                          " bytes; here it gets " + std::to_string(kStackBytes) + " at most");
+}
 
 }  // namespace
 
 Program::Program(Device& device, const std::string& path, std::uint32_t id)
-    : Process(kLimits), device_(device), loader_(device, *this), path_(path) {
+    : Process({.stack = kStackBytes}), device_(device), loader_(device, *this), path_(path) {
   id_ = id;
-  loader_.LoadProgram(path);
+  SetStackLimit(StackOf(path, loader_.LoadProgram(path).image->File()));
 }
 
 Program::~Program() = default;

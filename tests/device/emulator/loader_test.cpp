@@ -3,6 +3,11 @@
 
 #include <gmock/gmock.h>
 
+#include <set>
+#include <sstream>
+
+#include "device/emulator/imports.h"
+#include "device/emulator/system_exports.h"
 #include "tests/device/emulator/device_fixture.h"
 
 namespace emulator {
@@ -224,6 +229,42 @@ TEST_F(LoaderTest, RefusesALibraryWhoseImportIsMissingAndCallsNoEntry) {
   EXPECT_EQ(Run(), kErrorProcedureNotFound);
   EXPECT_THAT(Said(), ElementsAre(AllOf(HasSubstr("b.dll imports coredll.dll CreateWorld"),
                                         HasSubstr("error 127"))));
+}
+
+TEST_F(LoaderTest, TellsWhatTheSystemHasFromWhatItLacks) {
+  const auto refusal = [this](const std::string& name, const DeviceOptions& options) {
+    ToyProgram program = LoadOf(u"b");
+    program.Image().imports.push_back({"COREDLL.dll", name});
+    Put("A.exe", program);
+    EXPECT_THROW(Run("A.exe", options), LoaderRefusal);
+    return Said().back();
+  };
+  EXPECT_THAT(refusal("CopyFileW", {}), HasSubstr("CopyFileW, which is not played here"));
+  EXPECT_THAT(refusal("wcsstr", {}), HasSubstr("wcsstr, which is not played here"));
+  EXPECT_THAT(refusal("CopyFile", {}), HasSubstr("CopyFile, which is not exported"));
+  EXPECT_THAT(refusal("CopyFileW", {.without_imports = {"CopyFileW"}}),
+              HasSubstr("CopyFileW, which is not exported"));
+}
+
+TEST_F(LoaderTest, SaysOfEachOfTheSystemsLibrariesWhereItsNamesComeFrom) {
+  std::set<std::string> played;
+  for (const auto& imports : {KernelImports(), LockImports(), DeviceImports(), TextImports(),
+                              ModuleImports(), FileImports(), WindowImports(), MessageImports()}) {
+    for (const Import& import : imports) {
+      EXPECT_NE(FindSystemLibrary(import.dll), nullptr) << import.dll;
+      if (import.name != nullptr) played.insert(import.name);
+    }
+  }
+  for (const SystemLibrary& library : SystemLibraries()) {
+    EXPECT_FALSE(library.documentation.empty());
+    std::istringstream names{std::string(library.not_played)};
+    std::set<std::string> known;
+    for (std::string name; names >> name;) {
+      EXPECT_TRUE(known.insert(name).second) << name;
+      EXPECT_FALSE(played.contains(name)) << name;
+    }
+  }
+  EXPECT_EQ(FindSystemLibrary("a.dll"), nullptr);
 }
 
 TEST_F(LoaderTest, RefusesALibraryThatNeedsOneThatIsNotThere) {

@@ -300,5 +300,36 @@ TEST_F(ProgramTest, LetsTimePassWithEachBusCycleWhenToldHowLongItIs) {
   EXPECT_EQ(sim::TheWorld().kernel.Now(), 1u);
 }
 
+TEST_F(ProgramTest, HasTheStackThatItsHeaderAsksFor) {
+  constexpr std::size_t kStackReserve = ToyImage::kOptional + 72;
+  constexpr std::size_t kStackCommit = ToyImage::kOptional + 76;
+  ToyProgram program;
+  program.Begin();
+  // sub sp, sp, #0x2000; str r0, [sp]; add sp, sp, #0x2000
+  for (const std::uint32_t code : {0xE24DDA02u, 0xE58D0000u, 0xE28DDA02u}) {
+    program.Image().code.push_back(code);
+  }
+  program.Return(Number(3));
+  std::vector<std::uint8_t> file = program.Bytes();
+  for (const std::uint32_t enough : {0u, 0x4000u, 0x10000u}) {
+    PutWord(file, kStackReserve, enough);
+    Put("A.exe", file);
+    EXPECT_EQ(Run(), 3u) << enough;
+  }
+  const auto refusal = [&](std::uint32_t reserve, std::uint32_t commit) -> std::string {
+    PutWord(file, kStackReserve, reserve);
+    PutWord(file, kStackCommit, commit);
+    Put("A.exe", file);
+    try {
+      return "ended with " + std::to_string(Run());
+    } catch (const std::runtime_error& error) {
+      return error.what();
+    }
+  };
+  EXPECT_THAT(refusal(0x2000, 0x1000), HasSubstr("bytes deep, of 8192"));
+  EXPECT_THAT(refusal(0x11000, 0x1000), HasSubstr("wants a stack of 69632 bytes"));
+  EXPECT_THAT(refusal(0x1000, 0x2000), HasSubstr("more stack at once than at all"));
+}
+
 }  // namespace
 }  // namespace emulator
