@@ -1,6 +1,7 @@
 #include "device/emulator/pe_image.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "files/input.h"
@@ -12,6 +13,7 @@ namespace emulator {
 namespace {
 
 constexpr std::uint32_t kPage = 0x1000;
+constexpr std::uint32_t kSectionHeader = 40;
 constexpr std::uint32_t kMostBytes = 0x01000000;  // far more than the library can ever need
 
 constexpr std::uint16_t kMachineArm = 0x01C0;
@@ -148,6 +150,10 @@ class PeReader {
     if (section_alignment == 0 || section_alignment % kPage != 0) {
       Refuse("section alignment " + sim::Hex(section_alignment, 4) + ", not whole pages");
     }
+    file_alignment_ = file_.Word(optional_ + 36);
+    if (file_alignment_ < 0x200 || !std::has_single_bit(file_alignment_)) {
+      Refuse("file alignment " + sim::Hex(file_alignment_, 4));
+    }
     if (image_.preferred_base_ % 0x10000 != 0) Refuse("a base not on 64 KB");
     const std::uint32_t image_bytes = file_.Word(optional_ + 56);
     if (image_bytes == 0 || image_bytes > kMostBytes || image_bytes % kPage != 0) {
@@ -160,10 +166,14 @@ class PeReader {
     directories_ = file_.Word(optional_ + 92);
     if (directories_ > 16 || optional_bytes < 96 + 8 * directories_) Refuse("too many directories");
     first_section_ = optional_ + optional_bytes;
+    header_bytes_ = file_.Word(optional_ + 60);
+    if (header_bytes_ > kPage || header_bytes_ < first_section_ + section_count_ * kSectionHeader ||
+        header_bytes_ % file_alignment_ != 0) {
+      Refuse("headers of " + std::to_string(header_bytes_) + " bytes");
+    }
   }
 
   void ReadSections() {
-    constexpr std::uint32_t kSectionHeader = 40;
     std::uint32_t end = kPage;  // the headers' page
     for (std::uint32_t i = 0; i < section_count_; ++i) {
       const std::uint32_t at = first_section_ + i * kSectionHeader;
@@ -193,6 +203,9 @@ class PeReader {
         Refuse("section " + section.name + " has more in the file than in memory");
       }
       const std::uint32_t copied = std::min(raw_bytes, section.bytes);
+      if (raw_bytes != 0 && (raw % file_alignment_ != 0 || raw < header_bytes_)) {
+        Refuse("section " + section.name + " is not where a file may have it");
+      }
       file_.Check(raw, raw_bytes);
       if (copied != 0) std::memcpy(&image_.memory_[section.rva], &bytes_[raw], copied);
       image_.sections_.push_back(section);
@@ -362,6 +375,8 @@ class PeReader {
   Data file_;
   Data memory_;
   std::uint32_t optional_ = 0;
+  std::uint32_t file_alignment_ = 0;
+  std::uint32_t header_bytes_ = 0;
   std::uint32_t first_section_ = 0;
   std::uint32_t section_count_ = 0;
   std::uint32_t directories_ = 0;

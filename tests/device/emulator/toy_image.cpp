@@ -25,7 +25,10 @@ void PutHeaders(std::vector<std::uint8_t>& file, const ToyImage& toy) {
   PutWord(file, ToyImage::kOptional + 16, ToyImage::kCode);  // entry point
   PutWord(file, ToyImage::kOptional + 28, ToyImage::kBase);
   PutWord(file, ToyImage::kOptional + 32, kPage);
+  PutWord(file, ToyImage::kOptional + 36, 0x200);
   PutWord(file, ToyImage::kOptional + 56, 5 * kPage);
+  PutWord(file, ToyImage::kOptional + 60,
+          static_cast<std::uint32_t>(ToyImage::InFile(ToyImage::kCode)));
   PutHalf(file, ToyImage::kOptional + 68, 9);   // Windows CE
   PutWord(file, ToyImage::kOptional + 92, 16);  // directories
   struct Section {
