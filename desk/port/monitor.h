@@ -19,15 +19,13 @@ class Monitor {
   // The thread of the port's sockets is behind `executor`, and runs no more when the monitor goes.
   explicit Monitor(boost::asio::any_io_executor executor);
 
-  // ---- The thread of the port's sockets
-  // ----------------------------------------------------------
+  // ---- The thread of the port's sockets --------------------------------------------------------
 
   void Add(std::shared_ptr<Transport> transport);
   std::size_t Count() const { return watchers_.size(); }
   void Close();
 
-  // ---- Any thread
-  // --------------------------------------------------------------------------------
+  // ---- Any thread ------------------------------------------------------------------------------
 
   // Somebody waits for a picture, and none is on its way.
   bool WantsMoment() const { return waiting_ != 0 && painter_.Idle(); }

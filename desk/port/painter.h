@@ -27,8 +27,7 @@ class Painter {
   Painter(const Painter&) = delete;
   Painter& operator=(const Painter&) = delete;
 
-  // ---- Any thread
-  // --------------------------------------------------------------------------------
+  // ---- Any thread ------------------------------------------------------------------------------
 
   // Another moment could be drawn at once.
   bool Idle() const;

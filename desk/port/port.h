@@ -58,8 +58,7 @@ class Port {
   std::uint16_t Number() const;
   std::uint16_t PageNumber() const;
 
-  // ---- Events
-  // ------------------------------------------------------------------------------------
+  // ---- Events ----------------------------------------------------------------------------------
 
   // Tells the events of the world's trace to whoever asked for them. Never blocks the board.
   sim::TraceListener& Events();
@@ -69,8 +68,7 @@ class Port {
   enum class Tells : std::uint8_t { Stopped, Continued, Rewound };
   void Tell(Tells what, std::uint32_t t, std::uint64_t cycle, const std::string& text = {});
 
-  // ---- Pictures: any thread
-  // ----------------------------------------------------------------------
+  // ---- Pictures: any thread --------------------------------------------------------------------
 
   // Somebody watches, and the moment that was shown last is drawn.
   bool WantsMoment() const;

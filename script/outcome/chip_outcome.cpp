@@ -13,8 +13,7 @@ namespace {
 
 constexpr unsigned kChannelsWithoutVariant = 12;
 
-// ---- Numbers that are refused, taken otherwise, or lead nowhere
-// -----------------------------------
+// ---- Numbers that are refused, taken otherwise, or lead nowhere --------------------------------
 
 // Says what became of a channel that the operation does not check.
 void SayOfChannel(TextAction& a, std::string_view name = "CHANNEL") {

@@ -137,8 +137,7 @@ void CutNumbers(TypedLine& line) {
   }
 }
 
-// ---- Lines that are no whole command
-// --------------------------------------------------------------
+// ---- Lines that are no whole command -----------------------------------------------------------
 
 std::string WithEnd(std::string text, const Tokens& tokens) {
   const std::string ended = tokens.WhyEnded();

@@ -91,8 +91,7 @@ class InterpreterTest : public testing::Test {
   std::ostringstream out_;
 };
 
-// ---- Time turned back
-// -----------------------------------------------------------------------------
+// ---- Time turned back --------------------------------------------------------------------------
 
 TEST_F(InterpreterTest, UndoTakesTheLastLineBackThatDidSomething) {
   Type("lsplit 6 0\n");

@@ -22,8 +22,7 @@ namespace {
 using test::PseudoTerminal;
 using testing::HasSubstr;
 
-// ---- Colour and size
-// ------------------------------------------------------------------------------
+// ---- Colour and size ---------------------------------------------------------------------------
 
 TEST(StandardOutput, HasColourOnATerminalThatHasIt) {
   struct Case {
@@ -136,8 +135,7 @@ TEST(ProgressLine, NeedsATerminalThatCanTakeItBack) {
   EXPECT_EQ(dumb.WaitForEnd(), 0);
 }
 
-// ---- Ctrl-C
-// ---------------------------------------------------------------------------------------
+// ---- Ctrl-C ------------------------------------------------------------------------------------
 
 TEST(CtrlC, IsNotedAndForgotten) {
   EXPECT_FALSE(Interrupted());

@@ -166,8 +166,7 @@ TEST(LinkTables, TakeAnImportByName) {
   EXPECT_EQ(image.Imports()[0].InWords(), "dll Sleep");
 }
 
-// ---- Whatever is taken, the loader takes
-// ----------------------------------------------------------
+// ---- Whatever is taken, the loader takes -------------------------------------------------------
 
 // What became of a damaged file: refused, or an image that the emulated device loads.
 void MakeAndLoad(const Bytes& elf, const Bytes& resources, unsigned& taken) {

@@ -69,8 +69,7 @@ class ImageTest : public testing::Test {
     return cpu->Call(AddressOf("VEXOAPI_CommandProc"), std::array<std::uint32_t, 2>{code, lent});
   }
 
-  // ---- Memory of the guest
-  // ------------------------------------------------------------------------
+  // ---- Memory of the guest ---------------------------------------------------------------------
 
   std::uint32_t Put(const void* data, std::size_t bytes) {
     const std::uint32_t address = machine_.Heap().Allocate(static_cast<std::uint32_t>(bytes));
