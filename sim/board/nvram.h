@@ -18,6 +18,7 @@ class Nvram {
   // The default record, made at the first attach unless something was set before.
   void MakeDefault(std::uint8_t channels);
   void SetFailure(Failure failure) { failure_ = failure; }
+  std::uint32_t failed_result = 1;  // of a request that fails; any but 0
   Failure GetFailure() const { return failure_; }
   const Bytes& Content() const { return content_; }  // empty until something is set or made
   unsigned Hits() const { return hits_; }            // failures produced

@@ -6,7 +6,6 @@ namespace {
 
 constexpr std::uint32_t kErrorFileNotFound = 2;
 constexpr std::uint32_t kErrorInvalidHandle = 6;
-constexpr std::uint32_t kNvramFailed = 1;
 
 std::uint32_t RecordSwitch(const char* op) {
   sim::NvramEvent event;
@@ -25,13 +24,16 @@ std::uint32_t Transfer(const char* op, std::uint32_t block, const PlatNvramReque
     const bool write = event.op == "write";
     event.offset = request->offset;
     event.length = request->length;
-    event.ok = write ? world.nvram.Write(block, request->offset, request->length, request->buffer)
-                     : world.nvram.Read(block, request->offset, request->length, request->buffer);
+    const std::uint32_t offset = request->offset;
+    const std::uint32_t length = request->length;
+    event.ok = request->reserved == 0 &&
+               (write ? world.nvram.Write(block, offset, length, request->buffer)
+                      : world.nvram.Read(block, offset, length, request->buffer));
     // A failed read has no data; a failed write shows what should have been written.
     if (event.ok || write) event.data.assign(request->buffer, request->buffer + request->length);
   }
   world.Record(event);
-  return event.ok ? 0 : kNvramFailed;
+  return event.ok ? 0 : world.nvram.failed_result;
 }
 
 }  // namespace

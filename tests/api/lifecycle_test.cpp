@@ -245,6 +245,9 @@ TEST_F(Lifecycle, ReadVersionAnswersWhetherThereIsASize) {
   world().files.Set(kDllPath, {sim::VersionFile::State::Present, {1, 2, 3, 4}});
   EXPECT_EQ(VexoSDK_ReadVersion(u"\\DLL\\VexoCtrlSDK.DLL"), 1);
   EXPECT_EQ(std::u16string(g_library.g_version_text), u"1. 2. 3. 4");
+  world().files.Set(kDllPath, {sim::VersionFile::State::Present, {1, 2, 3, 65535}});
+  EXPECT_EQ(VexoSDK_ReadVersion(u"\\DLL\\VexoCtrlSDK.DLL"), 1);
+  EXPECT_EQ(std::u16string(g_library.g_version_text), u"1. 2. 3. 65535");
   world().files.Set(kDllPath, {sim::VersionFile::State::Unreadable, {}});
   EXPECT_EQ(VexoSDK_ReadVersion(u"\\DLL\\VexoCtrlSDK.DLL"), 1);
   EXPECT_EQ(g_library.g_version_text[0], u'\0');
@@ -271,6 +274,13 @@ TEST_F(Lifecycle, AttachItselfClearsTheVersionText) {
 }
 
 // ---- Detach and the other reasons ------------------------------------------------------------
+
+TEST_F(Lifecycle, DetachClearsAllOfTheVersionText) {
+  AttachAndBind();
+  for (char16_t& unit : g_library.g_version_text) unit = u'9';
+  harness::Entry(0);
+  for (const char16_t unit : g_library.g_version_text) EXPECT_EQ(unit, u'\0');
+}
 
 TEST_F(Lifecycle, DetachGivesBackWhatAttachTook) {
   AttachAndBind();

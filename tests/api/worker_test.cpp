@@ -415,6 +415,26 @@ TEST_F(Worker, AStampLeftOverFromBeforeAChangeRepeatsAtOnce) {
   EXPECT_EQ(g_worker.motion_stamp, 0u);
 }
 
+// Only what was sent clears it.
+TEST_F(Worker, ARepeatThatIsCutOffIsMadeUpForAtOnce) {
+  StartFalling();
+  SyncAt(210, false);  // stamp 210
+  SyncAt(300, true);
+  world().windows.deaf = true;
+  SyncAt(1110, false);  // 900 ms
+  PumpTo(1120);
+  VexoSDK_StopWorker();  // ends the thread in its send
+  EXPECT_EQ(g_worker.motion_stamp, 210u);
+  world().windows.deaf = false;
+  world().board.HoldSync(true);
+  const std::size_t from = Place();
+  VexoSDK_StartWorker();
+  world().board.HoldSync(false);
+  const std::uint32_t t = world().kernel.Now();
+  PumpTo(t + 5);
+  EXPECT_EQ(WorkerLines("send", from), (LineList{Said(t, kNoLoss), Said(t, kMotion0)}));
+}
+
 TEST_F(Worker, TheStampSurvivesAStopAndAStart) {
   StartFalling();
   SyncAt(210, false);

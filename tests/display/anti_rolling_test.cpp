@@ -92,6 +92,16 @@ TEST_F(AntiRollingEdges, KeepsAllButThePositionOfTheMastersRegisterOnHold) {
   }
 }
 
+// Chips are counted, not placed.
+TEST_F(AntiRollingEdges, ReleasesAnEmptyPositionBetweenChips) {
+  UseBoard(12);
+  ReferenceModel model = Model();
+  model.ReleaseAntiRolling();
+  g_video.chip_present[1] = 0;
+  TW_ReleaseAntiRolling();
+  ExpectLike(model);
+}
+
 TEST_F(AntiRollingEdges, KeepsBits5And3And2OnRelease) {
   UseBoard(8);
   for (int old = 0; old < 256; ++old) {

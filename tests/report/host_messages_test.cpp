@@ -32,6 +32,7 @@ TEST_F(HostMessages, ASentMessageIsHandledDuringTheCall) {
 }
 
 TEST_F(HostMessages, BothParametersReachTheHost) {
+  ExpectLparams();
   VexoSDK_SendHostMessage(VEXO_MSG_STATUS, 0x2001, 0x55);
   VexoSDK_PostHostMessage(VEXO_MSG_STATUS, 0x1003, 0x66);
   const auto events = MessageEvents();

@@ -130,6 +130,23 @@ TEST_F(InitSequence, ReadsTheStoredRecordAfterTheDetectionAndTheHostVersionAfter
   for (std::size_t i = 0; i < stored; ++i) EXPECT_FALSE(flow[i].starts_with("w ")) << flow[i];
 }
 
+// Chips are counted, not placed.
+TEST_F(InitSequence, AdjustsAnEmptyPositionBetweenChipsForTheHostVersion) {
+  PowerOn(3, 0);
+  world().board.SetId(1, 0);  // not found
+  world().files.Set("\\Windows\\Main.exe", {sim::VersionFile::State::Present, {1, 5, 0, 0}});
+  ASSERT_EQ(TW_InitializeSetup(0, 0), 8);
+  const std::vector<std::string> flow = Flow();
+  const std::size_t version = PlaceOf(flow, "print APP Ver : Ver 1. 5. 0. 0\r\n");
+  std::vector<std::string> adjusted;
+  for (std::size_t i = version; i < flow.size(); ++i) {
+    if (flow[i].starts_with("w ") && flow[i].find(" 1 0F ") != std::string::npos) {
+      adjusted.push_back(flow[i].substr(0, 4));
+    }
+  }
+  EXPECT_EQ(adjusted, (std::vector<std::string>{"w 03", "w 0C"}));
+}
+
 TEST_F(InitSequence, SwitchesTheOutputToLiveAfterTheVerdictAndBeforeTheLiveSwitch) {
   PowerOn(4, 1);
   TW_InitializeSetup(0, 0);

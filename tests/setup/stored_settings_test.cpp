@@ -223,6 +223,19 @@ TEST_F(StoreVideoStandard, StopsWithAMessageWhenTheByteCannotBeRead) {
   EXPECT_EQ(world().nvram.Content()[4], 0);
 }
 
+TEST_F(StoreVideoStandard, TakesAnyResultBut0ForAFailure) {
+  for (const std::uint32_t result : {2u, 0x80000000u, 0xFFFFFFFFu}) {
+    world().nvram.failed_result = result;
+    for (const auto& [failure, text] : {std::pair(sim::Nvram::Failure::Read, kReadError),
+                                        std::pair(sim::Nvram::Failure::Write, kWriteError)}) {
+      Mark();
+      world().nvram.SetFailure(failure);
+      TW_StoreVideoStandard(1);
+      EXPECT_EQ(Prints(), std::vector<std::string>{text}) << result;
+    }
+  }
+}
+
 TEST_F(StoreVideoStandard, SaysWhenTheByteCannotBeWritten) {
   world().nvram.SetFailure(sim::Nvram::Failure::Write);
   TW_StoreVideoStandard(1);

@@ -167,6 +167,17 @@ class VideoRead : public VideoDetection {
   }
 };
 
+TEST_F(VideoRead, AsksAnEmptyPositionBetweenChips) {
+  UseBoard(12);
+  g_video.chip_present[1] = 0;
+  world().board.SetCamera(4, Camera::Off);
+  world().board.SetCamera(5, Camera::Pal);
+  world().board.SetCamera(11, Camera::Off);
+  const VideoDetectRecord record = Read();
+  EXPECT_EQ(record.loss_mask, 0x0810u);
+  EXPECT_EQ(record.standard[5], VEXO_VIDEO_PAL);
+}
+
 TEST_F(VideoRead, WithAWeakSignalLosesTheChannelInTheMaskAndInItsStandard) {
   UseBoard(4);
   world().board.SetWeak(0, true);  // 0x78 reads 0x10
@@ -316,6 +327,15 @@ TEST_F(MotionStatus, AsksOnlyTheChipsOfTheBoard) {
   for (unsigned n = 0; n < 16; ++n) world().board.SetMotion(n, true);
   EXPECT_EQ(TW_ReadMotionStatus(), 0x00FFu);
   EXPECT_EQ(Cycles(), 8u);
+}
+
+// Chips are counted, not placed: an empty position among them is asked like any other.
+TEST_F(MotionStatus, AsksAnEmptyPositionBetweenChips) {
+  UseBoard(12);
+  g_video.chip_present[1] = 0;
+  g_motion.ready = 1;
+  for (const unsigned n : {1u, 4u, 11u}) world().board.SetMotion(n, true);
+  EXPECT_EQ(TW_ReadMotionStatus(), 0x0812u);
 }
 
 TEST_F(MotionStatus, Is0WithoutABusCycleBeforeMotionDetectionIsSetUp) {

@@ -14,12 +14,24 @@ namespace test {
 LibraryTest::LibraryTest() { harness::Restart(); }
 
 LibraryTest::~LibraryTest() {
+  if (!lparams_expected_) ExpectLparams0();
   if (!reports_expected_) {
     for (const std::string& warning : script::WarningsInWords(world().reports.All())) {
       ADD_FAILURE() << "the board reports: " << warning;
     }
   }
   harness::Restart();
+}
+
+// Hosts may use the second parameter of a message one day: it is 0 in all that the library sends.
+void LibraryTest::ExpectLparams0() {
+  const sim::Trace& trace = world().trace;
+  for (const sim::Event& event : trace.Events()) {
+    const auto* const message = trace.As<sim::MessageEvent>(event);
+    if (message != nullptr && message->lparam != 0) {
+      ADD_FAILURE() << "message " << message->message << " has the lParam " << message->lparam;
+    }
+  }
 }
 
 void LibraryTest::AttachAndBind() {

@@ -16,8 +16,10 @@ namespace test {
 
 class LibraryTest : public ::testing::Test {
  protected:
-  LibraryTest();            // a fresh world and a library as at load
-  ~LibraryTest() override;  // no report of the board may be left over, unless ExpectReports() ran
+  LibraryTest();  // a fresh world and a library as at load
+  // No report of the board may be left over, unless ExpectReports() ran, and no message may have
+  // had an lParam, unless ExpectLparams() did.
+  ~LibraryTest() override;
 
   sim::World& world() { return sim::TheWorld(); }
 
@@ -51,12 +53,16 @@ class LibraryTest : public ::testing::Test {
   RegisterImage Image();
 
   void ExpectReports() { reports_expected_ = true; }
+  void ExpectLparams() { lparams_expected_ = true; }
 
  private:
+  void ExpectLparams0();
+
   std::size_t mark_ = 0;
   std::uint64_t cycle_mark_ = 0;
   std::uint32_t time_mark_ = 0;
   bool reports_expected_ = false;
+  bool lparams_expected_ = false;
 };
 
 }  // namespace test

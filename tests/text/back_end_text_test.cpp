@@ -143,7 +143,7 @@ std::vector<RequestCase> WideRequests() {
        Slots({1, 2, 3, 4, 0xFF, 0xD4, 0x78, 0xFF}), 9},
       {"vpb set_wndenable 300 255", 0x224868, Slots({44, 1}), 3},
       {"vpb set_wndpos 300 -1 256", 0x22486C, Slots({44, 0xFF, 0}), 4},
-      {"vpb set_wndsize -300 70000 255", 0x224878, Slots({0xD4, 0x70, 0xFF}), 4},
+      {"vpb set_wndsize -300 70000 511", 0x224878, Slots({0xD4, 0x70, 0xFF}), 4},
   };
 }
 

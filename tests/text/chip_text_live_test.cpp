@@ -78,10 +78,10 @@ constexpr std::array kLiveLines = {
                TW_SetLivePip(0, 1);
                Mask(12);
              }},
-    LineCase{"vexo pip start 258 257 65544 ",
+    LineCase{"vexo pip start 258 257 68104 ",
              [] {
                TW_SetLivePip(2, 1);
-               Mask(8);
+               Mask(0x0A08);
              }},
     LineCase{"vexo pip stop ", [] { TW_StopLivePip(); }},
     LineCase{"vexo mpip start 1 2 30 40 50 60 ",
@@ -94,20 +94,20 @@ constexpr std::array kLiveLines = {
                TW_SetLiveMultiPip(2, 1, 3, 4, 5, 6);
                Mask(7);
              }},
-    LineCase{"vexo mpip start 257 258 -1 260 261 518 -65535 ",
+    LineCase{"vexo mpip start 257 258 -1 260 261 518 -62207 ",
              [] {
                TW_SetLiveMultiPip(1, 2, 255, 4, 5, 6);
-               Mask(1);
+               Mask(0x0D01);
              }},
     LineCase{"vexo mpip move 3 10 20 30 40 ",
              [] {
                TW_MoveLiveMultiPip(3, 10, 20, 30, 40);
                Mask(0);
              }},
-    LineCase{"vexo mpip move 259 266 276 286 296 65538 ",
+    LineCase{"vexo mpip move 259 266 276 286 296 102402 ",
              [] {
                TW_MoveLiveMultiPip(3, 10, 20, 30, 40);
-               Mask(2);
+               Mask(0x9002);
              }},
     LineCase{"vexo mpip stop 1 2 ",
              [] {
@@ -125,21 +125,21 @@ constexpr std::array kLiveLines = {
                TW_SetLiveZoomStart();
                Mask(0);
              }},
-    LineCase{"vexo zoom start 65549 ",
+    LineCase{"vexo zoom start 81677 ",
              [] {
                TW_SetLiveZoomArea();
                TW_SetLiveZoomStart();
-               Mask(13);
+               Mask(0x3F0D);
              }},
     LineCase{"vexo zoom stop ",
              [] {
                TW_SetLiveZoomStop();
                Mask(0);
              }},
-    LineCase{"vexo zoom stop 3 ",
+    LineCase{"vexo zoom stop 22275 ",
              [] {
                TW_SetLiveZoomStop();
-               Mask(3);
+               Mask(0x5703);
              }},
     LineCase{"vexo zoom pos 20 30 ",
              [] {
@@ -151,10 +151,10 @@ constexpr std::array kLiveLines = {
                TW_SetLiveZoomMove(200, 150);
                Mask(9);
              }},
-    LineCase{"vexo zoom pos 256 -1 65545 ",
+    LineCase{"vexo zoom pos 256 -1 116489 ",
              [] {
                TW_SetLiveZoomMove(0, 255);
-               Mask(9);
+               Mask(0xC709);
              }},
     LineCase{"vexo frz 5 ",
              [] {

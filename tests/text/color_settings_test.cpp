@@ -1,5 +1,6 @@
 #include "text/color_settings.h"
 
+#include <array>
 #include <cstring>
 
 #include "chip/video_state.h"
@@ -14,8 +15,8 @@ class ColorSettingsTest : public LibraryTest {
       .brightness = 1, .contrast = 2, .hue = 3, .saturation = 4};
 
   static bool AllZero() {
-    const ColorState zero;
-    return std::memcmp(&zero, &g_color, sizeof zero) == 0;
+    constexpr std::array<std::uint8_t, sizeof(ColorState)> kZero{};
+    return std::memcmp(kZero.data(), &g_color, sizeof g_color) == 0;
   }
 };
 
