@@ -13,26 +13,26 @@ cd "$(dirname "${BASH_SOURCE[0]}")" || exit 1
 # with "beside" waits more than it works: it runs while the stages after it do, and is told of last.
 stages='
 packages |                | 1   | the packages are there              | scripts/packages.sh test
-format   |                | 3   | format (clang-format)               | scripts/check_format.sh
+format   |                | 6   | format (clang-format)               | scripts/check_format.sh
 layers   |                | 1   | who includes whom                   | scripts/check_layers.sh --self-check && scripts/check_layers.sh
-header   |                | 8   | public header in C and C++          | scripts/check_header.sh
-build    |                | 135 | build (g++)                         | scripts/build.sh gcc -k 0 all
-tests    | build          | 26  | tests (g++)                         | scripts/run_tests.sh gcc
+header   |                | 9   | public header in C and C++          | scripts/check_header.sh
+build    |                | 306 | build (g++)                         | scripts/build.sh gcc -k 0 all
+tests    | build          | 107 | tests (g++)                         | scripts/run_tests.sh gcc
 library  | build          | 1   | library needs no runtime            | scripts/check_library.sh build/gcc/src/libvexo_library.a
-dll      |                | 100 | DLL (MinGW-w64, 64 and 32 bits)     | windows/build.sh
-wine64   | build dll      | 67  | 64-bit kit under Wine               | beside windows/run_kit.sh build/windows-x86_64
+dll      |                | 198 | DLL (MinGW-w64, 64 and 32 bits)     | windows/build.sh
+wine64   | build dll      | 89  | 64-bit kit under Wine               | beside windows/run_kit.sh build/windows-x86_64
 wine32   | build dll      | 1   | 32-bit kit under Wine               | windows/run_kit.sh build/windows-i686
-sanbuild |                | 167 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
-santests | sanbuild       | 158 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
-fuzz     | sanbuild       | 11  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
-threads  |                | 90  | threads of a program (sanitizer)    | scripts/check_threads.sh
-lint     |                | 1030 | lint (clang-tidy)                   | scripts/lint.sh
-image    | build          | 4   | image for the device (ARM)          | device/build.sh && samples/recorder/check_device.sh
-package  | dll image        | 60  | package                             | scripts/check_package.sh
-day      | package        | 75  | first day on the emulated device    | scripts/check_first_day.sh
-emulated | build image    | 12  | image on the emulated device        | device/run_tests.sh && device/run_check.sh && device/run_recorder.sh
-bench    | build image    | 2   | benchmarks (g++)                    | scripts/run_benchmarks.sh
-page     | build          | 105 | page in Chromium                    | scripts/check_page.sh
+sanbuild |                | 704 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
+santests | sanbuild       | 409 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
+fuzz     | sanbuild       | 35  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
+threads  |                | 170 | threads of a program (sanitizer)    | scripts/check_threads.sh
+lint     |                | 1107 | lint (clang-tidy)                   | scripts/lint.sh
+image    | build          | 5   | image for the device (ARM)          | device/build.sh && samples/recorder/check_device.sh
+package  | dll image        | 46  | package                             | scripts/check_package.sh
+day      | package        | 101 | first day on the emulated device    | scripts/check_first_day.sh
+emulated | build image    | 69  | image on the emulated device        | device/run_tests.sh && device/run_check.sh && device/run_recorder.sh
+bench    | build image    | 13  | benchmarks (g++)                    | scripts/run_benchmarks.sh
+page     | build          | 100 | page in Chromium                    | scripts/check_page.sh
 demo     | build          | 1   | demo                                | scripts/run_demo.sh
 '
 quick=(format layers build tests)
