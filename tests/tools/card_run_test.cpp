@@ -128,18 +128,23 @@ TEST_F(CardRunTest, EndsAProgramAtTheLimitOfTime) {
   EXPECT_THAT(err_, HasSubstr("the limit of 5000 ms of the board's time is reached"));
 }
 
-// A.exe opens the camera driver, and returns the error.
-TEST_F(CardRunTest, MakesTheBoardOfAScript) {
+// Opens the camera driver after a while, and returns the error.
+ToyProgram CameraProgram(std::uint32_t ms) {
   ToyProgram program;
   const std::uint32_t name = program.Text(u"CAM1:");
   const std::uint32_t error = program.Word();
   program.Begin();
+  program.Call("Sleep", {Number(ms)});
   program.Call("SetLastError", {Number(0)});
   program.Call("CreateFileW", {emulator::AddressOf(name), Number(0xC0000000), Number(0), Number(0),
                                Number(3), Number(0), Number(0)});
   program.Call("GetLastError", {}, error);
   program.Return(emulator::WordAt(error));
-  Put("A.exe", program);
+  return program;
+}
+
+TEST_F(CardRunTest, MakesTheBoardOfAScript) {
+  Put("A.exe", CameraProgram(0));
   EXPECT_EQ(Run({card_.c_str(), "A.exe"}), files::kExitDone);
   EXPECT_EQ(out_, "A.exe ended with exit code 0\n");
   const std::string script = Script("driver CAM1: absent\n");
@@ -220,17 +225,7 @@ TEST_F(CardRunTest, TellsTheLineThatCannotBeDoneWhileProgramsRun) {
 }
 
 TEST_F(CardRunTest, ChangesTheBoardWhileProgramsRun) {
-  ToyProgram program;
-  const std::uint32_t name = program.Text(u"CAM1:");
-  const std::uint32_t error = program.Word();
-  program.Begin();
-  program.Call("Sleep", {Number(50)});
-  program.Call("SetLastError", {Number(0)});
-  program.Call("CreateFileW", {emulator::AddressOf(name), Number(0xC0000000), Number(0), Number(0),
-                               Number(3), Number(0), Number(0)});
-  program.Call("GetLastError", {}, error);
-  program.Return(emulator::WordAt(error));
-  Put("A.exe", program);
+  Put("A.exe", CameraProgram(50));
   const auto output = [this](const char* lines) {
     const std::string script = Script(lines);
     EXPECT_EQ(Run({card_.c_str(), "A.exe", "--script", script.c_str()}), files::kExitDone);

@@ -158,40 +158,33 @@ TEST_F(WindowsTest, TakesWhatWasPostedBeforeTheEndOfTheLoop) {
   EXPECT_THAT(Said(), ElementsAre("create", "1: 0003 7", "0: 0012 5", "destroy"));
 }
 
+// The thread gets the window.
+void StartThreadAndLoop(ToyProgram& program, std::uint32_t window) {
+  Loop loop(program);
+  program.Call("CreateThread",
+               {Number(0), Number(0), AddressOf(kThread), WordAt(window), Number(0), Number(0)});
+  loop.Get();
+}
+
 TEST_F(WindowsTest, WaitsForAMessageAsLongAsNothingComes) {
-  Put("A.exe", WithWindow(
-                   [](ToyProgram& program, std::uint32_t window) {
-                     Loop loop(program);
-                     program.Call("CreateThread", {Number(0), Number(0), AddressOf(kThread),
-                                                   WordAt(window), Number(0), Number(0)});
-                     loop.Get();
-                   },
-                   [](ToyProgram& program) {
-                     program.Call("Sleep", {Number(30'000)});
-                     program.Call("PostMessageW", {Given(0), Number(3), Number(1), Number(0)});
-                   }));
+  Put("A.exe", WithWindow(StartThreadAndLoop, [](ToyProgram& program) {
+        program.Call("Sleep", {Number(30'000)});
+        program.Call("PostMessageW", {Given(0), Number(3), Number(1), Number(0)});
+      }));
   EXPECT_EQ(Run(), 0u);
   EXPECT_THAT(Said(), ElementsAre("create", "1: 0003 1", "destroy"));
   EXPECT_EQ(sim::TheWorld().kernel.Now(), 30'000u);
 }
 
 TEST_F(WindowsTest, AnswersWhatIsSentWhileItWaitsForAMessage) {
-  Put("A.exe", WithWindow(
-                   [](ToyProgram& program, std::uint32_t window) {
-                     Loop loop(program);
-                     program.Call("CreateThread", {Number(0), Number(0), AddressOf(kThread),
-                                                   WordAt(window), Number(0), Number(0)});
-                     loop.Get();
-                   },
-                   [](ToyProgram& program) {
-                     const std::uint32_t answered = program.Text(u"answered");
-                     const std::uint32_t answer = program.Word();
-                     program.Call("SendMessageTimeout",
-                                  {Given(0), Number(3), Number(0), Number(0), Number(0),
-                                   Number(5000), AddressOf(answer)});
-                     program.Call("OutputDebugStringW", {AddressOf(answered)});
-                     program.Call("PostMessageW", {Given(0), Number(2), Number(0), Number(0)});
-                   }));
+  Put("A.exe", WithWindow(StartThreadAndLoop, [](ToyProgram& program) {
+        const std::uint32_t answered = program.Text(u"answered");
+        const std::uint32_t answer = program.Word();
+        program.Call("SendMessageTimeout", {Given(0), Number(3), Number(0), Number(0), Number(0),
+                                            Number(5000), AddressOf(answer)});
+        program.Call("OutputDebugStringW", {AddressOf(answered)});
+        program.Call("PostMessageW", {Given(0), Number(2), Number(0), Number(0)});
+      }));
   EXPECT_EQ(Run(), 0u);
   EXPECT_THAT(Said(), ElementsAre("create", "message 3", "answered", "1: 0002 0", "destroy"));
   EXPECT_EQ(sim::TheWorld().kernel.Now(), 0u);
