@@ -50,8 +50,15 @@ class MonitorTest : public testing::Test {
     return frame ? ReadMessage(frame->bytes) : ReadPicture{};
   }
 
+  // These watchers only look: on a slow machine they would be asked whether they are there.
+  static PortSettings Settings() {
+    PortSettings settings{.page = PageSettings{}};
+    settings.limits.silence = 20 * kPatience;
+    return settings;
+  }
+
   sim::ScreenOnBus bus;
-  Port port{{.page = PageSettings{}}, [](const std::string&) { return Answer(); }};
+  Port port{Settings(), [](const std::string&) { return Answer(); }};
 };
 
 TEST_F(MonitorTest, SendsTheBoardAsItIs) {
