@@ -154,6 +154,15 @@ Step ParseCycles(Arguments& arguments) {
   };
 }
 
+Step ParseFired(Arguments& arguments) {
+  const auto fault = static_cast<sim::Fault>(arguments.Choice(FaultWords()));
+  const std::uint32_t wanted = arguments.Number("a number of failures");
+  return [=](Session& session) {
+    const unsigned hits = session.World().faults.Hits(fault);
+    if (hits != wanted) throw Unmet{"it has failed " + std::to_string(hits) + " times"};
+  };
+}
+
 constexpr LineGroup kCheck = LineGroup::Check;
 
 constexpr std::array kExpectLines = {
@@ -177,6 +186,8 @@ constexpr std::array kExpectLines = {
     LineKind{kCheck, "expect record", "OFFSET BYTE... | FIELD VALUE...",
              "the caller's record after its call, by offset or by field", ParseRecord},
     LineKind{kCheck, "expect cycles", "N", "its number of bus cycles", ParseCycles},
+    LineKind{kCheck, "expect fault", "FAULT N", "how often it has failed since the board was made",
+             ParseFired},
 };
 
 }  // namespace
