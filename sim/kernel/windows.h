@@ -16,7 +16,7 @@ struct ReceivedMessage {
   std::uint32_t message = 0;
   std::uint32_t wparam = 0;  // 0 where it is an address
   std::uint32_t lparam = 0;
-  Bytes record;              // what wparam pointed to
+  Bytes record;  // what wparam pointed to
   bool posted = false;
 };
 
