@@ -9,8 +9,7 @@
 namespace emulator {
 namespace {
 
-constexpr const char* kCoreDll = "coredll.dll";
-constexpr const char* kDriverKit = "ceddk.dll";
+constexpr const char* kDriverKitDll = "ceddk.dll";
 constexpr const char* kNvramDll = "extrtcnvramctl.dll";
 
 // ---- Bus windows ------------------------------------------------------------------------------
@@ -93,7 +92,7 @@ std::uint32_t ControlDriver(Cpu& cpu) {
                                                                                                : 0;
 }
 
-std::uint32_t LoadLibrary(Cpu& cpu) {
+std::uint32_t LoadLibraryEx(Cpu& cpu) {
   constexpr std::uint32_t kDataAlone = 1;
   Expect(cpu, cpu.Argument(1) == 0 && cpu.Argument(2) == kDataAlone, "a module loaded to be run");
   return GuestHandle(cpu, Plat_LoadDataModule(cpu.WideText(cpu.Argument(0)).c_str()));
@@ -139,16 +138,16 @@ std::uint32_t QueryVersion(Cpu& cpu) {
   return 1;
 }
 
-constexpr Import kImports[] = {
-    {kDriverKit, nullptr, kMapOrdinal, MapIoSpace},
-    {kDriverKit, nullptr, kUnmapOrdinal, UnmapIoSpace},
+constexpr Import kDeviceImports[] = {
+    {kDriverKitDll, nullptr, kMapOrdinal, MapIoSpace},
+    {kDriverKitDll, nullptr, kUnmapOrdinal, UnmapIoSpace},
     {kNvramDll, "RTCNVRAM_Init", 0, NvramInit},
     {kNvramDll, "RTCNVRAM_DeInit", 0, NvramDeinit},
     {kNvramDll, "RTCNVRAM_Read", 0, NvramRead},
     {kNvramDll, "RTCNVRAM_Write", 0, NvramWrite},
     {kCoreDll, "CreateFileW", 0, CreateFile},
     {kCoreDll, "DeviceIoControl", 0, ControlDriver},
-    {kCoreDll, "LoadLibraryExW", 0, LoadLibrary},
+    {kCoreDll, "LoadLibraryExW", 0, LoadLibraryEx},
     {kCoreDll, "FreeLibrary", 0, FreeLibrary},
     {kCoreDll, "GetFileVersionInfoSizeW", 0, VersionInfoSize},
     {kCoreDll, "GetFileVersionInfoW", 0, ReadVersionInfo},
@@ -157,6 +156,6 @@ constexpr Import kImports[] = {
 
 }  // namespace
 
-std::span<const Import> DeviceImports() { return kImports; }
+std::span<const Import> DeviceImports() { return kDeviceImports; }
 
 }  // namespace emulator

@@ -8,11 +8,9 @@
 namespace emulator {
 namespace {
 
-constexpr const char* kCoreDll = "coredll.dll";
 constexpr std::uint32_t kNoHandle = 0xFFFFFFFF;
 constexpr std::uint32_t kErrorPathNotFound = 3;
 constexpr std::uint32_t kErrorAccessDenied = 5;
-constexpr std::uint32_t kErrorInvalidHandle = 6;
 constexpr std::uint32_t kErrorFileExists = 80;
 constexpr std::uint32_t kErrorInvalidParameter = 87;
 constexpr std::uint32_t kErrorAlreadyExists = 183;
@@ -71,7 +69,7 @@ std::uint32_t GetFileSize(Cpu& cpu) {
   return kNoHandle;
 }
 
-constexpr Import kImports[] = {
+constexpr Import kFileImports[] = {
     {kCoreDll, "ReadFile", 0, ReadFile},
     {kCoreDll, "WriteFile", 0, WriteFile},
     {kCoreDll, "FlushFileBuffers", 0, FlushFileBuffers},
@@ -80,7 +78,7 @@ constexpr Import kImports[] = {
 
 }  // namespace
 
-std::span<const Import> FileImports() { return kImports; }
+std::span<const Import> FileImports() { return kFileImports; }
 
 std::uint32_t OpenCardFile(Cpu& cpu, const std::string& path) {
   constexpr std::uint32_t kRead = 0x80000000;

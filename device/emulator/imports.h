@@ -10,8 +10,16 @@
 
 #include "device/emulator/process.h"
 #include "platform/platform.h"
+#include "sim/world.h"
 
 namespace emulator {
+
+inline constexpr const char* kCoreDll = "coredll.dll";
+
+// Errors of calls, as GetLastError tells them.
+inline constexpr std::uint32_t kErrorInvalidHandle = 6;
+inline constexpr std::uint32_t kErrorNotEnoughMemory = 8;
+inline constexpr std::uint32_t kErrorInvalidWindow = 1400;
 
 struct Import {
   const char* dll;   // in lower case
@@ -29,6 +37,8 @@ std::span<const Import> ModuleImports();
 std::span<const Import> FileImports();
 std::span<const Import> WindowImports();
 std::span<const Import> MessageImports();
+
+inline sim::Kernel& Kernel() { return sim::TheWorld().kernel; }
 
 // A call fails with this error: 0.
 std::uint32_t Fail(std::uint32_t error);

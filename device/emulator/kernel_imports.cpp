@@ -10,13 +10,8 @@
 namespace emulator {
 namespace {
 
-constexpr const char* kCoreDll = "coredll.dll";
-constexpr std::uint32_t kErrorInvalidHandle = 6;
-constexpr std::uint32_t kErrorNotEnoughMemory = 8;
 constexpr std::uint32_t kThreadAttach = 2;
 constexpr std::uint32_t kThreadDetach = 3;
-
-sim::Kernel& Kernel() { return sim::TheWorld().kernel; }
 
 // The handle of a new object, which the process has open.
 std::uint32_t Opened(const Cpu& cpu, PlatHandle handle) {
@@ -188,7 +183,7 @@ std::uint32_t SendMessageTimeout(Cpu& cpu) {
   return ok ? 1 : 0;
 }
 
-constexpr Import kImports[] = {
+constexpr Import kKernelImports[] = {
     {kCoreDll, "CreateMutexW", 0, CreateMutex},
     {kCoreDll, "CreateEventW", 0, CreateEvent},
     {kCoreDll, "WaitForSingleObject", 0, WaitForSingleObject},
@@ -225,7 +220,7 @@ std::string Narrow(const Cpu& cpu, std::uint32_t address) {
   return sim::ToUtf8(cpu.WideText(address).c_str());
 }
 
-std::span<const Import> KernelImports() { return kImports; }
+std::span<const Import> KernelImports() { return kKernelImports; }
 
 std::uint32_t GuestHandle(const Cpu& cpu, PlatHandle handle) {
   if (handle == kPlatInvalidHandle) return 0xFFFFFFFF;

@@ -6,10 +6,6 @@
 namespace emulator {
 namespace {
 
-constexpr const char* kCoreDll = "coredll.dll";
-
-sim::Kernel& Kernel() { return sim::TheWorld().kernel; }
-
 // What the system's headers make SetEvent of.
 std::uint32_t EventModify(Cpu& cpu) {
   constexpr std::uint32_t kSet = 3;
@@ -78,7 +74,7 @@ std::uint32_t DeleteCriticalSection(Cpu& cpu) {
   return 0;
 }
 
-constexpr Import kImports[] = {
+constexpr Import kLockImports[] = {
     {kCoreDll, "EventModify", 0, EventModify},
     {kCoreDll, "InitializeCriticalSection", 0, InitializeCriticalSection},
     {kCoreDll, "EnterCriticalSection", 0, EnterCriticalSection},
@@ -88,6 +84,6 @@ constexpr Import kImports[] = {
 
 }  // namespace
 
-std::span<const Import> LockImports() { return kImports; }
+std::span<const Import> LockImports() { return kLockImports; }
 
 }  // namespace emulator

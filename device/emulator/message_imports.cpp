@@ -9,12 +9,8 @@
 namespace emulator {
 namespace {
 
-constexpr const char* kCoreDll = "coredll.dll";
-constexpr std::uint32_t kErrorInvalidWindow = 1400;
 constexpr std::uint32_t kErrorNoTimer = 87;
-constexpr std::uint32_t kQuitMessage = 0x0012;
 
-sim::Kernel& Kernel() { return sim::TheWorld().kernel; }
 DeviceWindows& WindowsOf(const Cpu& cpu) { return CallingProgram(cpu).OfDevice().Windows(); }
 
 // Both zero: any message.
@@ -88,7 +84,7 @@ std::uint32_t KillTimer(Cpu& cpu) {
   return WindowsOf(cpu).KillTimer(cpu, cpu.Argument(0), cpu.Argument(1)) ? 1 : Fail(kErrorNoTimer);
 }
 
-constexpr Import kImports[] = {
+constexpr Import kMessageImports[] = {
     {kCoreDll, "PeekMessageW", 0, PeekMessage},
     {kCoreDll, "GetMessageW", 0, GetMessage},
     {kCoreDll, "DispatchMessageW", 0, DispatchMessage},
@@ -101,6 +97,6 @@ constexpr Import kImports[] = {
 
 }  // namespace
 
-std::span<const Import> MessageImports() { return kImports; }
+std::span<const Import> MessageImports() { return kMessageImports; }
 
 }  // namespace emulator

@@ -12,8 +12,6 @@
 namespace emulator {
 namespace {
 
-constexpr const char* kCoreDll = "coredll.dll";
-constexpr std::uint32_t kErrorInvalidHandle = 6;
 constexpr std::uint32_t kErrorInsufficientBuffer = 122;
 // What the system's headers have in the place of a call: the handle of the running process.
 constexpr std::uint32_t kCurrentProcess = 0x42;
@@ -118,7 +116,7 @@ std::uint32_t QueryPerformanceFrequency(Cpu& cpu) {
   return WriteLong(cpu, cpu.Argument(0), kMicroseconds);
 }
 
-constexpr Import kImports[] = {
+constexpr Import kModuleImports[] = {
     {kCoreDll, "LoadLibraryW", 0, LoadLibrary},
     {kCoreDll, "GetProcAddressW", 0, GetProcAddress},
     {kCoreDll, "GetModuleFileNameW", 0, GetModuleFileName},
@@ -131,7 +129,7 @@ constexpr Import kImports[] = {
 
 }  // namespace
 
-std::span<const Import> ModuleImports() { return kImports; }
+std::span<const Import> ModuleImports() { return kModuleImports; }
 
 bool FreeProgramModule(Cpu& cpu, std::uint32_t handle) {
   Program* const program = cpu.Owner().AsProgram();

@@ -11,12 +11,11 @@
 namespace emulator {
 namespace {
 
-constexpr std::uint32_t kMostTraps = 0x2000;              // more than the system has functions
-constexpr std::uint32_t kSoftwareInterrupt = 0xEF000000;  // svc 0
-constexpr std::uint32_t kReturn = 0xE12FFF1E;             // bx lr
+constexpr std::uint32_t kMostTraps = 0x2000;  // more than the system has functions
 
 void PutTrap(std::uint8_t* at) {
-  constexpr std::uint32_t kCode[] = {kSoftwareInterrupt, kReturn};
+  constexpr std::uint32_t kCode[] = {0xEF000000,   // svc 0
+                                     0xE12FFF1E};  // bx lr
   static_assert(sizeof(kCode) == kTrapBytes);
   std::memcpy(at, kCode, sizeof(kCode));
 }

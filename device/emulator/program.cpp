@@ -5,13 +5,12 @@
 #include <utility>
 
 #include "device/emulator/device.h"
+#include "device/emulator/imports.h"
 #include "device/emulator/open_file.h"
 #include "sim/world.h"
 
 namespace emulator {
 namespace {
-
-constexpr std::uint32_t kErrorNotEnoughMemory = 8;
 
 // Of each of the program's threads.
 std::uint32_t StackOf(const std::string& path, const PeImage& file) {

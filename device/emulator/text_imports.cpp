@@ -9,8 +9,6 @@
 namespace emulator {
 namespace {
 
-constexpr const char* kCoreDll = "coredll.dll";
-
 std::uint32_t Word(std::int64_t value) { return static_cast<std::uint32_t>(value); }
 
 // ---- Debug outputs and formatting ---------------------------------------------------------------
@@ -152,7 +150,7 @@ std::uint32_t CompareMemory(Cpu& cpu) {
       std::memcmp(cpu.Read(cpu.Argument(0), bytes), cpu.Read(cpu.Argument(1), bytes), bytes));
 }
 
-constexpr Import kImports[] = {
+constexpr Import kTextImports[] = {
     {kCoreDll, "OutputDebugStringW", 0, OutputDebugString},
     {kCoreDll, "NKDbgPrintfW", 0, KernelDebugPrint},
     {kCoreDll, "_vsnwprintf", 0, FormatWide},
@@ -173,7 +171,7 @@ constexpr Import kImports[] = {
 
 }  // namespace
 
-std::span<const Import> TextImports() { return kImports; }
+std::span<const Import> TextImports() { return kTextImports; }
 
 ImportHandler FindImport(const ImageImport& import) {
   for (const auto& imports : {KernelImports(), LockImports(), DeviceImports(), TextImports(),

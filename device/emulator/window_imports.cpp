@@ -9,8 +9,6 @@
 namespace emulator {
 namespace {
 
-constexpr const char* kCoreDll = "coredll.dll";
-constexpr std::uint32_t kErrorInvalidWindow = 1400;
 constexpr std::uint32_t kErrorClassUnknown = 1407;
 constexpr std::uint32_t kErrorClassKnown = 1410;
 constexpr std::uint32_t kCreateMessage = 1;
@@ -88,7 +86,7 @@ std::uint32_t GetStockObject(Cpu& cpu) {
   return kFirstObject + cpu.Argument(0);
 }
 
-constexpr Import kImports[] = {
+constexpr Import kWindowImports[] = {
     {kCoreDll, "RegisterClassW", 0, RegisterClass},
     {kCoreDll, "CreateWindowExW", 0, CreateWindow},
     {kCoreDll, "DestroyWindow", 0, DestroyWindow},
@@ -100,6 +98,6 @@ constexpr Import kImports[] = {
 
 }  // namespace
 
-std::span<const Import> WindowImports() { return kImports; }
+std::span<const Import> WindowImports() { return kWindowImports; }
 
 }  // namespace emulator

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "device/emulator/imports.h"
 #include "device/emulator/program.h"
 #include "sim/kernel/message_records.h"
 #include "sim/world.h"
@@ -10,11 +11,8 @@
 namespace emulator {
 namespace {
 
-constexpr std::uint32_t kQuitMessage = 0x0012;
 constexpr std::uint32_t kKeyMessage = 0x0100;
 constexpr std::uint32_t kTimerMessage = 0x0113;
-
-sim::Kernel& Kernel() { return sim::TheWorld().kernel; }
 
 // What the guest has as the wParam of a message that came: the number, or where its memory has the
 // record.

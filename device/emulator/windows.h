@@ -12,6 +12,8 @@
 
 namespace emulator {
 
+inline constexpr std::uint32_t kQuitMessage = 0x0012;
+
 class Cpu;
 class Program;
 

@@ -29,14 +29,14 @@ constexpr const char* kFooter =
     "what\n"
     "no program may, or had to be ended; 2 a file or the command line is wrong.\n";
 
-struct Arguments {
+struct DeviceArguments {
   CardRun run;
   SessionOptions session;
   std::vector<std::string> lacks;
   std::string machine = "any";
 };
 
-int Run(Arguments& arguments) {
+int Run(DeviceArguments& arguments) {
   CardRun& run = arguments.run;
   run.limits = arguments.session.Limits();
   run.device.without_imports = {arguments.lacks.begin(), arguments.lacks.end()};
@@ -53,7 +53,7 @@ int Run(Arguments& arguments) {
 }  // namespace
 
 void AddDevice(CLI::App& app, int& status) {
-  const auto arguments = std::make_shared<Arguments>();
+  const auto arguments = std::make_shared<DeviceArguments>();
   CLI::App* device = app.add_subcommand(
       "device", "Runs a program of a card on the emulated device, with the simulated board");
   device->add_option("FOLDER", arguments->run.card, "What stands for the device's file system")

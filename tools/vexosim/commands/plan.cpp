@@ -18,7 +18,7 @@
 namespace vexosim {
 namespace {
 
-struct Arguments {
+struct PlanArguments {
   std::vector<std::string> scripts;
   std::optional<std::string> variant;
   std::string plan;
@@ -38,7 +38,7 @@ script::Script ReadScript(const std::string& path, const std::optional<std::stri
   throw NoPlan(path + ": a plan is for one bench: choose a variant of " + names + " (--variant)");
 }
 
-int Run(const Arguments& arguments) {
+int Run(const PlanArguments& arguments) {
   try {
     std::vector<script::Script> scripts;
     for (const std::string& path : arguments.scripts) {
@@ -67,7 +67,7 @@ int Run(const Arguments& arguments) {
 }  // namespace
 
 void AddPlan(CLI::App& app, int& status) {
-  const auto arguments = std::make_shared<Arguments>();
+  const auto arguments = std::make_shared<PlanArguments>();
   CLI::App* plan =
       app.add_subcommand("plan", "Makes a plan of scripts, which VexoCheck.exe plays on a board");
   plan->add_option("SCRIPT", arguments->scripts, "Script files")

@@ -17,7 +17,7 @@
 namespace vexosim {
 namespace {
 
-constexpr const char* kIntroduction =
+constexpr const char* kRunIntroduction =
     "By default each line is echoed with the virtual time at which it runs, and below it\n"
     "  | what the library wrote to the debug output (! to the kernel debug output)\n"
     "  > a message to the host window, in words\n"
@@ -45,7 +45,7 @@ constexpr const char* kExitStatus =
     "a\n"
     "file or the command line is wrong.\n";
 
-struct Arguments {
+struct RunArguments {
   ImageOptions image;
   std::string script;
   std::optional<std::string> variant;
@@ -57,7 +57,7 @@ struct Arguments {
   ColourOption colour;
 };
 
-int Run(const Arguments& arguments, const emulator::Machine* machine) {
+int Run(const RunArguments& arguments, const emulator::Machine* machine) {
   script::RunOptions options;
   options.variant = arguments.variant;
   options.machine = machine;
@@ -96,7 +96,7 @@ int Run(const Arguments& arguments, const emulator::Machine* machine) {
 }  // namespace
 
 void AddRun(CLI::App& app, int& status) {
-  const auto arguments = std::make_shared<Arguments>();
+  const auto arguments = std::make_shared<RunArguments>();
   CLI::App* run = app.add_subcommand("run", "Runs a script");
   run->add_option("SCRIPT", arguments->script, "Script file, or - for standard input")
       ->required()
@@ -116,7 +116,7 @@ void AddRun(CLI::App& app, int& status) {
                 "Only what the script prints, and the expectations that are not met");
   AddImage(*run, arguments->image);
   AddColour(*run, arguments->colour);
-  run->footer(kIntroduction + script::LanguageHelp() + kExitStatus);
+  run->footer(kRunIntroduction + script::LanguageHelp() + kExitStatus);
   run->callback([arguments, &status] {
     status = WithFiles([&] {
       return WithImage(arguments->image,

@@ -25,7 +25,7 @@ namespace {
 
 constexpr std::uint16_t kPort = 8035;
 
-constexpr const char* kIntroduction =
+constexpr const char* kServeIntroduction =
     "Brings a board up as vexosim shell does, lets its time pass as the clock's does, and shows "
     "it\n"
     "in the browser: the monitor, the cameras, the registers and the bus, and a console for lines\n"
@@ -38,7 +38,7 @@ constexpr const char* kIntroduction =
     "a\n"
     "file is wrong, or a port is taken.\n";
 
-struct Arguments {
+struct ServeArguments {
   std::string script;
   desk::PageSettings page{.port = kPort, .bench = true};
   std::optional<std::uint16_t> control;
@@ -89,7 +89,7 @@ std::string WhereToLook(const desk::Port& port, const std::string& address) {
          std::to_string(port.PageNumber()) + '/';
 }
 
-int Serve(Arguments& arguments) {
+int Serve(ServeArguments& arguments) {
   const std::optional<script::Script> script = ReadScript(arguments.script);
   SessionOutputs outputs(arguments.session, {arguments.script, arguments.image.file});
   desk::BenchOptions& options = arguments.bench;
@@ -117,7 +117,7 @@ int Serve(Arguments& arguments) {
   return script::kExitUnmet;
 }
 
-int Run(Arguments& arguments) {
+int Run(ServeArguments& arguments) {
   try {
     return Serve(arguments);
   } catch (const std::runtime_error& error) {
@@ -129,7 +129,7 @@ int Run(Arguments& arguments) {
 }  // namespace
 
 void AddServe(CLI::App& app, int& status) {
-  const auto arguments = std::make_shared<Arguments>();
+  const auto arguments = std::make_shared<ServeArguments>();
   constexpr std::uint64_t kMostPort = 65535;
   CLI::App* serve = app.add_subcommand("serve", "A board in real time, in the browser");
   serve->add_option("SCRIPT", arguments->script, "Lines to begin with")
@@ -151,7 +151,7 @@ void AddServe(CLI::App& app, int& status) {
   AddSessionOptions(*serve, arguments->session);
   AddSeed(*serve, arguments->bench.run.seed);
   AddImage(*serve, arguments->image);
-  serve->footer(kIntroduction);
+  serve->footer(kServeIntroduction);
   serve->callback([arguments, &status] {
     status = WithFiles([&] {
       return WithImage(arguments->image, [&](const emulator::Machine*) { return Run(*arguments); });

@@ -11,7 +11,7 @@
 namespace vexosim {
 namespace {
 
-constexpr const char* kIntroduction =
+constexpr const char* kShellIntroduction =
     "Brings a board up and runs lines of the script language as they are typed: text commands\n"
     "(vexo lsplit 6 0), without their header where it is clear (lsplit 6 0), and all other lines\n"
     "(camera 2 off, break write \"window 0\", undo). Tab completes words and says what comes "
@@ -22,7 +22,7 @@ constexpr const char* kIntroduction =
     "Exit status: 0 done, 2 the command line or a file is wrong; from a pipe also 1 when an\n"
     "expectation was not met or a line had to be ended, and 2 when a line is none.\n";
 
-struct Arguments {
+struct ShellArguments {
   ShellOptions shell;
   std::string script;
   SessionOptions session;
@@ -30,7 +30,7 @@ struct Arguments {
   ColourOption colour;
 };
 
-int Run(Arguments& arguments) {
+int Run(ShellArguments& arguments) {
   ShellOptions& options = arguments.shell;
   options.style = arguments.colour.Style();
   options.run.limits = arguments.session.Limits();
@@ -51,7 +51,7 @@ int Run(Arguments& arguments) {
 }  // namespace
 
 void AddShell(CLI::App& app, int& status) {
-  const auto arguments = std::make_shared<Arguments>();
+  const auto arguments = std::make_shared<ShellArguments>();
   ShellOptions& options = arguments->shell;
   CLI::App* shell = app.add_subcommand("shell", "A console for lines of the script language");
   shell->add_option("SCRIPT", arguments->script, "Lines to begin with")
@@ -62,7 +62,7 @@ void AddShell(CLI::App& app, int& status) {
   AddSeed(*shell, options.run.seed);
   AddImage(*shell, arguments->image);
   AddColour(*shell, arguments->colour);
-  shell->footer(kIntroduction);
+  shell->footer(kShellIntroduction);
   shell->callback([arguments, &status] {
     status = WithFiles([&] {
       return WithImage(arguments->image, [&](const emulator::Machine*) { return Run(*arguments); });

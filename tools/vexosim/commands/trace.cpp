@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::uint64_t kLatest = std::numeric_limits<std::uint32_t>::max();
 
-struct Arguments {
+struct TraceArguments {
   std::string file;
   TraceFilter filter;
   bool summary = false;
@@ -27,7 +27,7 @@ struct Arguments {
   VcdOptions vcd;
 };
 
-int Waveform(const Arguments& arguments, EventSource& source) {
+int Waveform(const TraceArguments& arguments, EventSource& source) {
   files::OutputFile output(arguments.vcd.file, {arguments.file});
   VcdWriter writer(output.Stream(), arguments.vcd.cycle_ns);
   ReadAll(source, writer);
@@ -36,7 +36,7 @@ int Waveform(const Arguments& arguments, EventSource& source) {
   return files::kExitDone;
 }
 
-int Run(const Arguments& arguments) {
+int Run(const TraceArguments& arguments) {
   const auto source = OpenEvents(arguments.file, arguments.columns);
   if (!arguments.vcd.file.empty()) return Waveform(arguments, *source);
   if (arguments.summary) {
@@ -73,7 +73,7 @@ std::string SetRegisters(const std::string& text, TraceFilter& filter) {
 }  // namespace
 
 void AddTrace(CLI::App& app, int& status) {
-  const auto arguments = std::make_shared<Arguments>();
+  const auto arguments = std::make_shared<TraceArguments>();
   TraceFilter& filter = arguments->filter;
   CLI::App* trace = app.add_subcommand("trace", "Shows a trace, or a capture of a bus, in words");
   trace->add_option("FILE", arguments->file, "Trace (JSON lines), or capture (VCD or CSV)")

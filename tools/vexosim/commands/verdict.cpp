@@ -13,12 +13,12 @@
 namespace vexosim {
 namespace {
 
-struct Arguments {
+struct VerdictArguments {
   std::string plan;
   std::string log;
 };
 
-int Run(const Arguments& arguments) {
+int Run(const VerdictArguments& arguments) {
   try {
     const plan::Plan plan =
         plan::ParsePlan(files::ReadText(arguments.plan, plan::kMostBytes), arguments.plan);
@@ -34,7 +34,7 @@ int Run(const Arguments& arguments) {
 }  // namespace
 
 void AddVerdict(CLI::App& app, int& status) {
-  const auto arguments = std::make_shared<Arguments>();
+  const auto arguments = std::make_shared<VerdictArguments>();
   CLI::App* verdict = app.add_subcommand(
       "verdict", "Says what a log of VexoCheck.exe tells of a board, and what to try next");
   verdict->add_option("PLAN", arguments->plan, "The plan that VexoCheck.exe played")
