@@ -116,6 +116,8 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "expect message video-info",
       "expect record chip-count 4 chip-id 28 28",
       "expect message 0x2404 0x0004",
+      "expect message 0x2404 4 lparam 0",
+      "expect message init-result lparam 0",
       "expect cycles 0",
       "expect fault load 2",
       "expect no debug \"text\"",
