@@ -166,8 +166,12 @@ Step ParseDriver(Arguments& arguments) {
 
 Step ParseFault(Arguments& arguments) {
   const auto fault = static_cast<sim::Fault>(arguments.Choice(FaultWords()));
-  const bool on = arguments.OnOff();
-  return [=](Session& session) { session.World().faults.Set(fault, on); };
+  static constexpr std::array<std::string_view, 4> kWords = {"off", "on", "nth", "from"};
+  const std::size_t how = arguments.Choice(kWords);
+  if (how < 2) return [=](Session& session) { session.World().faults.Set(fault, how == 1); };
+  const std::uint32_t call = arguments.Number("a number of a call, from 1", 1);
+  const auto plan = how == 2 ? sim::Faults::Nth(call) : sim::Faults::From(call);
+  return [=](Session& session) { session.World().faults.Set(fault, plan); };
 }
 
 Step ParseSeed(Arguments& arguments) {
@@ -187,7 +191,9 @@ constexpr LineGroup kBoard = LineGroup::Board;
 
 const std::string kDriverHelp =
     sim::OneOf(sim::kDriverNames) + "; absent gives the invalid handle, null gives 0 (present)";
-const std::string kFaultHelp = sim::OneOf(FaultWords()) + " (off)";
+const std::string kFaultHelp = sim::OneOf(FaultWords()) +
+                               "; nth N: in the N-th call from now alone, from N: in that and all "
+                               "later ones (off)";
 
 const std::array kBoardLines = {
     LineKind{kBoard, "board chips", "N", "fits chips at positions 0 to N-1, empties the rest (4)",
@@ -216,7 +222,7 @@ const std::array kBoardLines = {
     LineKind{kBoard, "file", "PATH VERSION|absent|unreadable|noroot",
              "version resource of a file, such as 1.0.1.6, or what is wrong with it", ParseFile},
     LineKind{kBoard, "driver", "DRIVER present|absent|null", kDriverHelp, ParseDriver},
-    LineKind{kBoard, "fault", "FAULT on|off", kFaultHelp, ParseFault},
+    LineKind{kBoard, "fault", "FAULT on|off|nth|from [N]", kFaultHelp, ParseFault},
     LineKind{kBoard, "window deaf", "", "the host window answers no sent message", ParseWindowDeaf},
     LineKind{kBoard, "seed", "N", "chooses among threads that could run; 0: the fixed order (0)",
              ParseSeed},

@@ -112,6 +112,12 @@ void AddFiles(const sim::Files& files, const sim::Files& fresh, Lines& lines) {
   }
 }
 
+// Counted from the call that comes next.
+std::string FaultPlan(const sim::Faults::Plan& plan) {
+  if (plan == sim::Faults::Always()) return "on";
+  return (plan.last == plan.first ? "nth " : "from ") + std::to_string(plan.first);
+}
+
 void AddSystem(const sim::World& world, Lines& lines) {
   using State = sim::Drivers::State;
   for (const std::string_view driver : sim::kDriverNames) {
@@ -121,8 +127,9 @@ void AddSystem(const sim::World& world, Lines& lines) {
                     (state == State::Absent ? " absent" : " null"));
   }
   for (std::size_t i = 0; i < sim::kFaults.size(); ++i) {
-    if (!world.faults.Has(static_cast<sim::Fault>(i))) continue;
-    lines.push_back("fault " + std::string(sim::kFaults.at(i).word) + " on");
+    const auto plan = world.faults.ToCome(static_cast<sim::Fault>(i));
+    if (!plan) continue;
+    lines.push_back("fault " + std::string(sim::kFaults.at(i).word) + ' ' + FaultPlan(*plan));
   }
   if (world.windows.deaf) lines.emplace_back("window deaf");
   if (const auto seed = world.kernel.Seed()) lines.push_back("seed " + std::to_string(seed));

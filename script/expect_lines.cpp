@@ -46,15 +46,21 @@ std::uint32_t ParseMessageNumber(Arguments& arguments) {
 }
 
 Step ParseMessage(Arguments& arguments) {
-  const std::uint32_t message = ParseMessageNumber(arguments);
-  std::optional<std::uint32_t> wparam;
-  if (!arguments.AtEnd()) wparam = arguments.Number("a wParam");
+  WantedMessage wanted{.message = ParseMessageNumber(arguments)};
+  if (!arguments.AtEnd() && arguments.Peek() != "lparam") {
+    wanted.wparam = arguments.Number("a wParam");
+  }
+  if (arguments.Take("lparam")) wanted.lparam = arguments.Number("an lParam");
   return [=](Session& session) {
-    if (session.HasMessage(message, wparam)) return;
+    if (session.HasMessage(wanted)) return;
     const std::vector<std::string> messages = session.MessagesInWords();
     if (messages.empty()) throw Unmet{"no message"};
-    const bool other = wparam && session.HasMessage(message, std::nullopt);
-    std::string found = other ? "its wParam is another, or an address; " : "";
+    std::string found;
+    if (wanted.lparam && session.HasMessage({wanted.message, wanted.wparam})) {
+      found = "its lParam is another; ";
+    } else if (wanted.wparam && session.HasMessage({wanted.message})) {
+      found = "its wParam is another, or an address; ";
+    }
     found += "the messages were";
     for (const std::string& line : messages) found += "\n      > " + line;
     throw Unmet{found};
@@ -71,7 +77,7 @@ Step ParseNoDebugText(Arguments& arguments) {
 Step ParseNoMessage(Arguments& arguments) {
   const std::uint32_t message = ParseMessageNumber(arguments);
   return [=](Session& session) {
-    if (session.HasMessage(message, std::nullopt)) throw Unmet{"there was one"};
+    if (session.HasMessage({message})) throw Unmet{"there was one"};
   };
 }
 
@@ -154,6 +160,15 @@ Step ParseCycles(Arguments& arguments) {
   };
 }
 
+Step ParseFired(Arguments& arguments) {
+  const auto fault = static_cast<sim::Fault>(arguments.Choice(FaultWords()));
+  const std::uint32_t wanted = arguments.Number("a number of failures");
+  return [=](Session& session) {
+    const unsigned hits = session.World().faults.Hits(fault);
+    if (hits != wanted) throw Unmet{"it has failed " + std::to_string(hits) + " times"};
+  };
+}
+
 constexpr LineGroup kCheck = LineGroup::Check;
 
 constexpr std::array kExpectLines = {
@@ -168,7 +183,7 @@ constexpr std::array kExpectLines = {
              "a field of the registers of a name", ParseField},
     LineKind{kCheck, "expect debug", "\"TEXT\"", "occurs in its debug output, all writes joined",
              ParseDebugText},
-    LineKind{kCheck, "expect message", "MESSAGE [WPARAM]",
+    LineKind{kCheck, "expect message", "MESSAGE [WPARAM] [lparam N]",
              "it sent or posted such a message, or the window handled one", ParseMessage},
     LineKind{kCheck, "expect no debug", "\"TEXT\"", "does not occur in its debug output",
              ParseNoDebugText},
@@ -177,6 +192,8 @@ constexpr std::array kExpectLines = {
     LineKind{kCheck, "expect record", "OFFSET BYTE... | FIELD VALUE...",
              "the caller's record after its call, by offset or by field", ParseRecord},
     LineKind{kCheck, "expect cycles", "N", "its number of bus cycles", ParseCycles},
+    LineKind{kCheck, "expect fault", "FAULT N", "how often it has failed since the board was made",
+             ParseFired},
 };
 
 }  // namespace

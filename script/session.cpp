@@ -70,7 +70,7 @@ void Session::OnEvent(const sim::Event&, const sim::EventDetail* detail) {
   } else if (const auto* debug = std::get_if<sim::DebugEvent>(detail)) {
     if (debug_text_.size() < kMostDebugText) debug_text_ += debug->text;
   } else if (const auto* message = std::get_if<sim::MessageEvent>(detail)) {
-    if (message->ok) messages_.emplace(message->message, message->wparam);
+    if (message->ok) messages_.emplace(message->message, message->wparam, message->lparam);
     CountMessage(script::MessageInWords(World(), *message));
   }
 }
@@ -78,7 +78,8 @@ void Session::OnEvent(const sim::Event&, const sim::EventDetail* detail) {
 void Session::OnReceived(const sim::ReceivedMessage& message) {
   // An address is no number that a script could know.
   messages_.emplace(message.message,
-                    message.record.empty() ? std::optional(message.wparam) : std::nullopt);
+                    message.record.empty() ? std::optional(message.wparam) : std::nullopt,
+                    message.lparam);
   if (message.posted) CountMessage(script::MessageInWords(World(), message));
   if (on_received) on_received(message);
 }
@@ -93,10 +94,12 @@ void Session::CountMessage(const std::string& words) {
   }
 }
 
-bool Session::HasMessage(std::uint32_t message, std::optional<std::uint32_t> wparam) const {
-  if (wparam) return messages_.contains({message, wparam});
-  const auto first = messages_.lower_bound({message, std::nullopt});
-  return first != messages_.end() && first->first == message;
+bool Session::HasMessage(const WantedMessage& wanted) const {
+  return std::any_of(messages_.begin(), messages_.end(), [&wanted](const auto& came) {
+    const auto& [message, wparam, lparam] = came;
+    return message == wanted.message && (!wanted.wparam || wparam == wanted.wparam) &&
+           (!wanted.lparam || lparam == wanted.lparam);
+  });
 }
 
 std::vector<std::string> Session::MessagesInWords() const {

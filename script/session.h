@@ -8,6 +8,7 @@
 #include <ostream>
 #include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,13 @@ class Interpreter;
 // An expectation that was not met; the text says what was found.
 struct Unmet {
   std::string found;
+};
+
+// A message that an expectation asks for; what it leaves open may be anything.
+struct WantedMessage {
+  std::uint32_t message = 0;
+  std::optional<std::uint32_t> wparam = std::nullopt;  // that of a number: an address equals none
+  std::optional<std::uint32_t> lparam = std::nullopt;
 };
 
 // Hears what the library does from its beginning to its end, and keeps what an expectation can ask
@@ -72,7 +80,7 @@ class Session : public sim::TraceListener {
   // All its debug and kernel debug writes, in order; 16 MiB at most.
   const std::string& DebugText() const { return debug_text_; }
   // Whether it sent or posted such a message with success, or the host window handled one.
-  bool HasMessage(std::uint32_t message, std::optional<std::uint32_t> wparam) const;
+  bool HasMessage(const WantedMessage& wanted) const;
   // Its messages, each kind once, with how often it came.
   std::vector<std::string> MessagesInWords() const;
 
@@ -97,8 +105,8 @@ class Session : public sim::TraceListener {
   std::optional<sim::Bytes> record_;
   std::optional<std::uint32_t> command_;
   std::string debug_text_;
-  // Numbers and, where they are no addresses, wParams of the messages that came.
-  std::set<std::pair<std::uint32_t, std::optional<std::uint32_t>>> messages_;
+  // Number, wParam where it is no address, and lParam of the messages that came.
+  std::set<std::tuple<std::uint32_t, std::optional<std::uint32_t>, std::uint32_t>> messages_;
   std::vector<std::pair<std::string, std::uint64_t>> message_words_;
 };
 

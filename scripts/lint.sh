@@ -37,7 +37,7 @@ pc      together tools/vexosim/plan
 pc      together bench
 pc      together fuzz
 pc      together tests/display tests/files
-pc      together tests/api tests/harness tests/support
+pc      together tests/api tests/harness tests/soak tests/support
 pc      together tests/text tests/model
 pc      together tests/setup tests/chip tests/motion tests/report
 pc      together tests/sim tests/sim/board tests/sim/kernel tests/sim/picture tests/sim/platform tests/sim/screen

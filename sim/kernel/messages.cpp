@@ -38,6 +38,7 @@ void Kernel::Impl::Receive(const PostedMessage& message, bool posted) {
   const bool number = MessageRecordBytes(message.message) == 0;
   world.windows.Receive({kernel.now_ms_, message.message,
                          number ? static_cast<std::uint32_t>(message.wparam) : 0,
+                         static_cast<std::uint32_t>(message.lparam),
                          TakeRecord(message.message, message.wparam), posted});
 }
 

@@ -15,7 +15,8 @@ struct ReceivedMessage {
   std::uint32_t t = 0;  // virtual ms of its handling
   std::uint32_t message = 0;
   std::uint32_t wparam = 0;  // 0 where it is an address
-  Bytes record;              // what wparam pointed to
+  std::uint32_t lparam = 0;
+  Bytes record;  // what wparam pointed to
   bool posted = false;
 };
 

@@ -7,6 +7,7 @@
 namespace {
 
 constexpr std::uint32_t kErrorInvalidAddress = 487;
+constexpr std::uint8_t kIdleBus = 0xFF;
 
 // By window.
 constexpr std::array kMappingFaults = {sim::Fault::MapSelect, sim::Fault::MapAddress,
@@ -23,6 +24,15 @@ void ReportUnmapped(sim::Report::Access access) {
 
 void NotePolling(sim::World& world, bool load, sim::BusWindow window, std::uint8_t value) {
   if (world.kernel.Current() == sim::By::Host) world.polling.OnCycle(load, window, value);
+}
+
+// Accesses that meet no window take their place among the cycles all the same: who polls there
+// polls for ever.
+std::uint8_t LoadNothing(sim::World& world) {
+  ReportUnmapped(sim::Report::Access::Read);
+  NotePolling(world, true, sim::BusWindow::Data, kIdleBus);
+  world.kernel.AtBusCycle();
+  return kIdleBus;
 }
 
 }  // namespace
@@ -58,7 +68,10 @@ void Plat_StoreByte(PlatBusWindow window, std::uint8_t value) {
     ReportUnmapped(sim::Report::Access::Write);
     return;
   }
-  world.board.Store(*found, value);  // before anybody hears of it
+  // What the processor did is told and traced also when no chip takes it.
+  if (!world.faults.Fires(sim::Fault::Store)) {
+    world.board.Store(*found, value);  // before anybody hears of it
+  }
   NotePolling(world, false, *found, value);
   world.trace.AddCycle(world.kernel.Now(), world.kernel.Current(), false, *found, value);
   world.kernel.AtBusCycle();
@@ -67,11 +80,9 @@ void Plat_StoreByte(PlatBusWindow window, std::uint8_t value) {
 std::uint8_t Plat_LoadByte(PlatBusWindow window) {
   sim::World& world = sim::TheWorld();
   const auto found = world.bus_windows.Find(window);
-  if (!found) {
-    ReportUnmapped(sim::Report::Access::Read);
-    return 0xFF;
-  }
-  const std::uint8_t value = world.board.Load(*found);
+  if (!found) return LoadNothing(world);
+  const std::uint8_t value =
+      world.faults.Fires(sim::Fault::Load) ? kIdleBus : world.board.Load(*found);
   NotePolling(world, true, *found, value);
   world.trace.AddCycle(world.kernel.Now(), world.kernel.Current(), true, *found, value);
   world.kernel.AtBusCycle();

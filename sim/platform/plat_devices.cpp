@@ -7,16 +7,19 @@ namespace {
 constexpr std::uint32_t kErrorFileNotFound = 2;
 constexpr std::uint32_t kErrorInvalidHandle = 6;
 
-std::uint32_t RecordSwitch(const char* op) {
+std::uint32_t RecordSwitch(const char* op, sim::Fault fault) {
+  sim::World& world = sim::TheWorld();
   sim::NvramEvent event;
   event.op = op;
-  event.ok = true;
-  sim::TheWorld().Record(event);
-  return 0;
+  event.ok = !world.faults.Fires(fault);
+  world.Record(event);
+  return event.ok ? 0 : world.nvram.failed_result;
 }
 
-std::uint32_t Transfer(const char* op, std::uint32_t block, const PlatNvramRequest* request) {
+std::uint32_t Transfer(const char* op, sim::Fault fault, std::uint32_t block,
+                       const PlatNvramRequest* request) {
   sim::World& world = sim::TheWorld();
+  const bool fails = world.faults.Fires(fault);
   sim::NvramEvent event;
   event.op = op;
   event.block = block;
@@ -26,7 +29,7 @@ std::uint32_t Transfer(const char* op, std::uint32_t block, const PlatNvramReque
     event.length = request->length;
     const std::uint32_t offset = request->offset;
     const std::uint32_t length = request->length;
-    event.ok = request->reserved == 0 &&
+    event.ok = !fails && request->reserved == 0 &&
                (write ? world.nvram.Write(block, offset, length, request->buffer)
                       : world.nvram.Read(block, offset, length, request->buffer));
     // A failed read has no data; a failed write shows what should have been written.
@@ -38,22 +41,24 @@ std::uint32_t Transfer(const char* op, std::uint32_t block, const PlatNvramReque
 
 }  // namespace
 
-std::uint32_t Plat_NvramInit() { return RecordSwitch("init"); }
-std::uint32_t Plat_NvramDeinit() { return RecordSwitch("deinit"); }
+std::uint32_t Plat_NvramInit() { return RecordSwitch("init", sim::Fault::NvramInit); }
+std::uint32_t Plat_NvramDeinit() { return RecordSwitch("deinit", sim::Fault::NvramDeinit); }
 
 std::uint32_t Plat_NvramRead(std::uint32_t block, PlatNvramRequest* request) {
-  return Transfer("read", block, request);
+  return Transfer("read", sim::Fault::NvramRead, block, request);
 }
 
 std::uint32_t Plat_NvramWrite(std::uint32_t block, PlatNvramRequest* request) {
-  return Transfer("write", block, request);
+  return Transfer("write", sim::Fault::NvramWrite, block, request);
 }
 
 PlatHandle Plat_OpenDriver(const char16_t* name, std::uint32_t access, std::uint32_t share,
                            std::uint32_t disposition) {
   sim::World& world = sim::TheWorld();
   const std::string driver = sim::ToUtf8(name);
-  const PlatHandle handle = world.drivers.Open(driver, world.kernel.NewHandleValue());
+  const PlatHandle handle = world.faults.Fires(sim::Fault::DriverOpen)
+                                ? kPlatInvalidHandle
+                                : world.drivers.Open(driver, world.kernel.NewHandleValue());
   const bool ok = handle != kPlatNoHandle && handle != kPlatInvalidHandle;
   world.Record(sim::OpenEvent{driver, access, share, disposition, ok});
   if (!ok) world.kernel.SetLastError(kErrorFileNotFound);
@@ -64,7 +69,8 @@ bool Plat_ControlDriver(PlatHandle driver, std::uint32_t code, const void* input
                         std::uint32_t input_bytes) {
   sim::World& world = sim::TheWorld();
   sim::IoctlEvent event;
-  event.ok = world.drivers.Find(driver) != nullptr;
+  event.ok =
+      !world.faults.Fires(sim::Fault::DriverControl) && world.drivers.Find(driver) != nullptr;
   event.name = world.drivers.NameOf(driver);
   event.code = code;
   if (input != nullptr) {
@@ -79,7 +85,7 @@ bool Plat_ControlDriver(PlatHandle driver, std::uint32_t code, const void* input
 bool Plat_CloseDriver(PlatHandle driver) {
   sim::World& world = sim::TheWorld();
   const std::string name = world.drivers.NameOf(driver);
-  const bool ok = world.drivers.Close(driver);
+  const bool ok = !world.faults.Fires(sim::Fault::DriverClose) && world.drivers.Close(driver);
   world.Record(sim::CloseEvent{name, ok});
   if (!ok) world.kernel.SetLastError(kErrorInvalidHandle);
   return ok;

@@ -6,7 +6,14 @@
 
 namespace {
 
+constexpr std::uint32_t kErrorNotEnoughMemory = 8;
+
 sim::Kernel& TheKernel() { return sim::TheWorld().kernel; }
+
+// A call that is to fail goes on with no handle, and fails as it does with one that is none.
+PlatHandle Unless(sim::Fault fault, PlatHandle handle) {
+  return sim::TheWorld().faults.Fires(fault) ? kPlatNoHandle : handle;
+}
 
 }  // namespace
 
@@ -17,24 +24,33 @@ PlatHandle Plat_CreateMutex(const char16_t* name) {
 }
 
 PlatHandle Plat_CreateEvent(const char16_t* name, bool manual_reset, bool signalled) {
+  if (sim::TheWorld().faults.Fires(sim::Fault::Event)) {
+    TheKernel().SetLastError(kErrorNotEnoughMemory);
+    return kPlatNoHandle;
+  }
   if (name == nullptr) return TheKernel().CreateEvent(nullptr, manual_reset, signalled);
   const std::u16string text = name;
   return TheKernel().CreateEvent(&text, manual_reset, signalled);
 }
 
 std::uint32_t Plat_Wait(PlatHandle object, std::uint32_t timeout_ms) {
-  return TheKernel().Wait(object, timeout_ms);
+  return TheKernel().Wait(Unless(sim::Fault::Wait, object), timeout_ms);
 }
 
-bool Plat_ReleaseMutex(PlatHandle mutex) { return TheKernel().ReleaseMutex(mutex); }
-bool Plat_CloseHandle(PlatHandle handle) { return TheKernel().CloseHandle(handle); }
+bool Plat_ReleaseMutex(PlatHandle mutex) {
+  return TheKernel().ReleaseMutex(Unless(sim::Fault::Release, mutex));
+}
+
+bool Plat_CloseHandle(PlatHandle handle) {
+  return TheKernel().CloseHandle(Unless(sim::Fault::Close, handle));
+}
 
 PlatHandle Plat_CreateThread(PlatThreadProc proc, void* argument, std::uint32_t* thread_id) {
   return TheKernel().CreateThread(proc, argument, thread_id);
 }
 
 bool Plat_GetExitCodeThread(PlatHandle thread, std::uint32_t* exit_code) {
-  return TheKernel().GetExitCodeThread(thread, exit_code);
+  return TheKernel().GetExitCodeThread(Unless(sim::Fault::ExitCode, thread), exit_code);
 }
 
 bool Plat_TerminateThread(PlatHandle thread, std::uint32_t exit_code) {
@@ -42,7 +58,7 @@ bool Plat_TerminateThread(PlatHandle thread, std::uint32_t exit_code) {
 }
 
 bool Plat_SetThreadQuantum(PlatHandle thread, std::uint32_t quantum_ms) {
-  return TheKernel().SetThreadQuantum(thread, quantum_ms);
+  return TheKernel().SetThreadQuantum(Unless(sim::Fault::Quantum, thread), quantum_ms);
 }
 
 std::uint32_t Plat_CurrentThreadId() { return TheKernel().CurrentThreadId(); }

@@ -26,8 +26,9 @@ void Plat_KernelDebugOutput(const char16_t* text) {
 char16_t* Plat_SystemText(std::uint32_t error_code, PlatHandle) {
   sim::World& world = sim::TheWorld();
   ++world.system_text_asks;
+  const bool fails = world.faults.Fires(sim::Fault::Text);
   const auto found = world.system_texts.find(error_code);
-  if (found == world.system_texts.end()) {
+  if (fails || found == world.system_texts.end()) {
     world.kernel.SetLastError(kErrorNoSuchText);
     return nullptr;
   }
@@ -47,7 +48,8 @@ void Plat_FreeSystemText(char16_t* text) {
 
 PlatHandle Plat_LoadDataModule(const char16_t* name) {
   sim::Kernel& kernel = sim::TheWorld().kernel;
-  if (sim::ToLower(sim::ToUtf8(name)) == "netmsg.dll") return kernel.LoadModule(name);
+  const bool fails = sim::TheWorld().faults.Fires(sim::Fault::Module);
+  if (!fails && sim::ToLower(sim::ToUtf8(name)) == "netmsg.dll") return kernel.LoadModule(name);
   kernel.SetLastError(kErrorModuleNotFound);
   return kPlatNoHandle;
 }

@@ -37,15 +37,18 @@ std::uint32_t Plat_VersionInfoSize(const char16_t* path) {
   sim::World& world = sim::TheWorld();
   const std::string name = sim::ToUtf8(path);
   world.files.asked.push_back(name);
-  if (world.files.Find(name) != nullptr) return kVersionInfoBytes;
+  const bool fails = world.faults.Fires(sim::Fault::VersionSize);
+  if (!fails && world.files.Find(name) != nullptr) return kVersionInfoBytes;
   Fail(kErrorFileNotFound);
   return 0;
 }
 
 bool Plat_ReadVersionInfo(const char16_t* path, std::uint32_t size_bytes, void* buffer) {
-  const sim::VersionFile* file = sim::TheWorld().files.Find(sim::ToUtf8(path));
+  sim::World& world = sim::TheWorld();
+  const bool fails = world.faults.Fires(sim::Fault::VersionRead);
+  const sim::VersionFile* file = world.files.Find(sim::ToUtf8(path));
   if (file == nullptr) return Fail(kErrorFileNotFound);
-  if (file->state == sim::VersionFile::State::Unreadable || buffer == nullptr ||
+  if (fails || file->state == sim::VersionFile::State::Unreadable || buffer == nullptr ||
       size_bytes < sizeof(VersionInfo)) {
     return Fail(kErrorNoResource);
   }
@@ -59,7 +62,8 @@ bool Plat_ReadVersionInfo(const char16_t* path, std::uint32_t size_bytes, void* 
 }
 
 bool Plat_QueryVersionRoot(const void* buffer, PlatFileVersion* version) {
-  if (buffer == nullptr) return Fail(kErrorNoResource);
+  const bool fails = sim::TheWorld().faults.Fires(sim::Fault::VersionQuery);
+  if (fails || buffer == nullptr) return Fail(kErrorNoResource);
   VersionInfo info;
   std::memcpy(&info, buffer, sizeof(info));
   if (info.tag != kTag || info.has_root == 0) return Fail(kErrorNoResource);

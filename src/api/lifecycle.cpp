@@ -30,7 +30,8 @@ void ClearVersionText() {
   for (char16_t& unit : g_library.g_version_text) unit = u'\0';
 }
 
-// Maps one bus window uncached; null on failure.
+// Maps one bus window uncached; null on failure. Quirk: that is told and no more: register accesses
+// then go to the null address, also when an earlier attach has left the chips ready.
 PlatBusWindow MapWindow(std::uint32_t physical) {
   return Plat_MapBusWindow(physical, kWindowBytes, false);
 }

@@ -28,6 +28,12 @@ constexpr std::int32_t kLevelThreadStart = 0;
 
 bool ReadSync() { return (TW_ReadStatusFlags() & kStatusSync) != 0; }
 
+// Where the event cannot be waited on, as when it could not be made, the thread sleeps: polling
+// without a pause it would take the processor from the host.
+void Pause(PlatHandle event, std::uint32_t duration_ms) {
+  if (Plat_Wait(event, duration_ms) == kPlatWaitFailed) Plat_Sleep(duration_ms);
+}
+
 // What the host was told last, and the record that its messages point to.
 struct Reported {
   VideoDetectRecord detect = {};
@@ -85,6 +91,7 @@ void VexoSDK_StopWorker() {
   g_worker.block.stop_request = 1;
   unsigned passes = 0;
   std::uint32_t exit_code = 0;
+  // Quirk: a thread whose exit code cannot be asked is taken for one that has ended, and forgotten.
   while (Plat_GetExitCodeThread(g_worker.thread, &exit_code) && exit_code == kPlatStillActive) {
     if (++passes > kStopPasses) Plat_TerminateThread(g_worker.thread, kExitTerminated);
     Plat_Sleep(kStopPauseMs);
@@ -105,19 +112,19 @@ std::uint32_t VexoSDK_WorkerProc(void* block) {
   Reported reported;
   const bool rising = TW_ReadStatusRef() != 0;
   // Quirk: this wait does not look at the stop request; a stuck bit takes a termination.
-  while (!ReadSync()) Plat_Wait(pause, kFirstSyncPauseMs);
+  while (!ReadSync()) Pause(pause, kFirstSyncPauseMs);
   bool sync = true;
   if (worker->stop_request != 0) return worker->exit_code;
 
   do {
     const bool now = ReadSync();
     if (now == sync) {
-      Plat_Wait(pause, kUnchangedPauseMs);
+      Pause(pause, kUnchangedPauseMs);
       continue;
     }
     sync = now;
     if (sync != rising) {
-      Plat_Wait(pause, kIgnoredEdgePauseMs);
+      Pause(pause, kIgnoredEdgePauseMs);
       continue;
     }
     ReportVideo(reported);

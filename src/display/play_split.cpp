@@ -29,16 +29,12 @@ void ShowFullPicture(const BoardVariant& board, const std::uint8_t* channels) {
   BeginPlayLayout(kSplitFull);
   WritePatternToAll(kSplitFull);
   for (std::uint8_t i = 0; i < kChannelsPerChip; ++i) {
-    WriteWindow(
-        kChipAll, i,
-        g_playback.full_picture != 0 ? FullPicture() : WindowOf(g_layout.play, kSplitFull, 0));
+    WriteWindow(kChipAll, i, FullPicture());
   }
   BringToFront(board.channels, channels[0]);
-  if (g_playback.full_picture != 0) {
-    Write(kChipAll, kZoomX, 0x00);
-    Write(kChipAll, kZoomY, 0x00);
-    Write(kChipAll, kZoomControl, kZoomFullPicture);
-  }
+  Write(kChipAll, kZoomX, 0x00);
+  Write(kChipAll, kZoomY, 0x00);
+  Write(kChipAll, kZoomControl, kZoomFullPicture);
   // Quirk: 8 channels leave these registers alone.
   if (board.channels != 8) WriteWindowKindAndScaler(kChipAll, kSplitFull);
   FinishPlayLayout(kSplitFull);

@@ -12,9 +12,8 @@ constexpr const char* kSeparators = " ,\n";
 constexpr char kOptional = '[';
 constexpr char kHexadecimal = '$';
 
-bool IsNumber(const char* word) {
-  return *word == kOptional || *word == kHexadecimal || (*word >= 'A' && *word <= 'Z');
-}
+// Words that are typed as they stand begin with a small letter; all others stand for a number.
+bool IsNumber(const char* word) { return *word < 'a'; }
 
 std::size_t LengthOf(const char* word) {
   std::size_t length = 0;

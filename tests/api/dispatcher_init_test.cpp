@@ -6,6 +6,7 @@
 #include "chip/video_state.h"
 #include "harness/host.h"
 #include "tests/api/trace_lines.h"
+#include "tests/support/at_events.h"
 #include "tests/support/library_test.h"
 
 namespace {
@@ -69,6 +70,36 @@ TEST_F(DispatcherInit, HaltsTheCameraInitializesStartsTheWorkerAndResumes) {
                    "close CAM1:", "bus", "thread start", "sleep 200", "open CAM1:", "ioctl 220860",
                    "close CAM1:", "unlock CS4_GlobalLock", "return VEXOAPI_CommandProc 0"}));
   EXPECT_EQ(world().kernel.LiveThreads(), 1u);
+}
+
+// The worker's first message may find the host reading the record.
+TEST_F(DispatcherInit, TheRecordIsFilledBeforeTheWorkerStarts) {
+  FitAndBind(2);
+  Bytes record(24, 0xA5);
+  Bytes at_start;
+  const test::AtEvents watch([&](const sim::Event&, const sim::EventDetail* detail) {
+    const auto* thread = std::get_if<sim::ThreadEvent>(detail);
+    if (thread != nullptr && thread->what == "start") at_start = record;
+  });
+  EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_INIT, record.data()), 0);
+  Bytes expected(24, 0xA5);
+  const Bytes state = {2, 0, 0, 0, 0, 0, 0, 0, 0x28, 0x28, 0, 0};
+  std::copy(state.begin(), state.end(), expected.begin() + 12);
+  EXPECT_EQ(at_start, expected);
+}
+
+TEST_F(DispatcherInit, AFailureClearsTheRecordBeforeTheCameraResumes) {
+  FitAndBind(0);
+  Bytes record(24, 0xA5);
+  Bytes at_resume;
+  const test::AtEvents watch([&](const sim::Event&, const sim::EventDetail* detail) {
+    const auto* control = std::get_if<sim::IoctlEvent>(detail);
+    if (control != nullptr && control->code == 0x220860) at_resume = record;
+  });
+  EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_INIT, record.data()), -1);
+  Bytes expected(24, 0xA5);
+  std::fill_n(expected.begin() + 12, 12, std::uint8_t{0});
+  EXPECT_EQ(at_resume, expected);
 }
 
 TEST_F(DispatcherInit, AMissingRecordTouchesNothing) {

@@ -9,6 +9,7 @@
 #include "report/library_state.h"
 #include "tests/api/trace_lines.h"
 #include "tests/model/command_model.h"
+#include "tests/support/at_events.h"
 #include "tests/support/library_test.h"
 
 namespace {
@@ -339,6 +340,19 @@ TEST_F(Dispatcher, LiveModePutsTheViewWordToZeroOnceItsConditionsAreMet) {
   g_video.g_chip_ready = 1;  // a board of no chips
   EXPECT_EQ(Command(VEXO_CMD_LIVE_MODE, Bytes(24)), 0);
   EXPECT_EQ(g_display.g_view_mode, 0u);
+}
+
+TEST_F(Dispatcher, TheViewWordIsSetBeforeTheOperationAsksTheChips) {
+  StartBoard(4);
+  for (const auto& [code, word] : {std::pair{VEXO_CMD_PLAY_MODE, 1u}, {VEXO_CMD_LIVE_MODE, 0u}}) {
+    g_display.g_view_mode = 7;
+    std::vector<std::uint32_t> words;
+    const test::AtEvents watch([&words](const sim::Event& event, const sim::EventDetail*) {
+      if (words.empty() && test::IsBusCycle(event)) words.push_back(g_display.g_view_mode);
+    });
+    EXPECT_EQ(Command(code, Bytes(kRecordBytes)), 0) << std::hex << code;
+    EXPECT_EQ(words, std::vector{word}) << std::hex << code;
+  }
 }
 
 // ---- 0xF00B, 0xF00C, 0xF00D ------------------------------------------------------------------

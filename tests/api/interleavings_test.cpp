@@ -4,6 +4,8 @@
 // the board reports it. That is how the system is; what must hold all the same is that every
 // command comes back with its answer, that the lock is free afterwards, and that both sides go on.
 #include <algorithm>
+#include <cstdlib>
+#include <iterator>
 #include <random>
 #include <set>
 
@@ -13,6 +15,7 @@
 #include "chip/video_state.h"
 #include "harness/host.h"
 #include "report/library_state.h"
+#include "tests/api/interleaving_rules.h"
 #include "tests/api/trace_lines.h"
 #include "tests/model/board.h"
 #include "tests/support/library_test.h"
@@ -22,8 +25,19 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr unsigned kShards = 20;
-constexpr unsigned kSequencesPerShard = 500;  // 10,000 in all
 constexpr unsigned kSequencesPerBoard = 100;
+#if defined(__has_feature)  // clang has it, which makes the builds with sanitizers
+constexpr bool kSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool kSanitized = false;
+#endif
+constexpr unsigned kSequences = kSanitized ? 2'000 : 10'000;
+
+// From the environment, else this.
+std::uint64_t NumberFrom(const char* variable, std::uint64_t otherwise) {
+  const char* const text = std::getenv(variable);
+  return text == nullptr ? otherwise : std::strtoull(text, nullptr, 0);
+}
 
 // A command, its record and the answer that it must give.
 struct Request {
@@ -49,10 +63,19 @@ class Interleavings : public test::LibraryTest {
     channels_ = 4 * (1 + Pick(4));
     world().trace.SetEnabled(trace);
     world().board.FitChips(channels_ / 4);
+    rules_.Attach();
     AttachAndBind();
     harness::SetEnableOutputMsg(trace ? 1 : 0);
     harness::SetEnableDebug(trace ? 1 : 0);
-    ASSERT_EQ(Command(VEXO_CMD_INIT, Bytes(24)), 0);
+    ASSERT_EQ(Run(VEXO_CMD_INIT, Bytes(24)), 0);
+  }
+
+  // A command of the main host thread, by the rules.
+  int Run(std::uint32_t code, const Bytes& record) {
+    rules_.Begin(code);
+    const int result = Command(code, record);
+    rules_.End(last_record);
+    return result;
   }
 
   Request PickRequest() {
@@ -121,7 +144,7 @@ class Interleavings : public test::LibraryTest {
 
   void Send(const Request& request) {
     ++sent_;
-    const int result = Command(request.code, request.record);
+    const int result = Run(request.code, request.record);
     EXPECT_EQ(result, request.result)
         << std::hex << request.code << std::dec << " on " << channels_ << " channels";
     ++answered_;
@@ -139,42 +162,70 @@ class Interleavings : public test::LibraryTest {
       for (const Request& request : requests) {
         ++sent_;
         Bytes record = request.record;
+        rules_.Begin(request.code);
         const int result = harness::CommandProc(request.code, &record);
+        rules_.End(record);
         EXPECT_EQ(result, request.result) << std::hex << request.code;
         ++answered_;
       }
     });
   }
 
-  // Held layouts that seem not to settle, because the worker cuts into the polls, cost it a second
-  // each: of millions of seeds the longest took 12.1 s.
-  void AwaitSecondHost(unsigned id) {
-    for (int i = 0; i < 1500 && !world().kernel.HostThreadDone(id); ++i) world().kernel.Pump(10);
-    EXPECT_TRUE(world().kernel.HostThreadDone(id)) << "the second host thread hangs";
+  // A third one that types: texts take no lock, so it is on the bus whenever it likes.
+  unsigned StartTextCaller() {
+    static constexpr const char* kTexts[] = {
+        "vexo lsplit 4 ",
+        "vexo lsplit 1 2 ",
+        "vexo clrbar 1 ",
+        "vexo bluescr on ",
+        "vexo color 0 all 1 2 3 4 ",
+        "vexo zoom start 0 0 ",
+        "vexo change_vdo auto ",
+        "vexo nonsense ",
+    };
+    const char* const text = kTexts[Pick(std::size(kTexts))];
+    return world().kernel.StartHostThread([this, text] {
+      ++sent_;
+      rules_.Begin(test::InterleavingRules::kText);
+      const int result = harness::TextCommandProc(text);
+      rules_.End({});
+      EXPECT_TRUE(result == VEXO_OK || result == VEXO_ERROR_FAILED) << text;
+      ++answered_;
+    });
   }
 
-  // Stops and starts the worker by commands, in the middle of everything else.
+  // Held layouts that seem not to settle, because the worker cuts into the polls, cost it a second
+  // each: of millions of seeds the longest took 12.1 s.
+  void AwaitHost(unsigned id) {
+    for (int i = 0; i < 1500 && !world().kernel.HostThreadDone(id); ++i) world().kernel.Pump(10);
+    EXPECT_TRUE(world().kernel.HostThreadDone(id)) << "host thread " << id << " hangs";
+  }
+
+  // Stops and starts the worker by commands, in the middle of everything else; a text in between.
   void Reinitialize() {
     Send({VEXO_CMD_STOP_MONITOR, {}, 0});
+    rules_.Begin(test::InterleavingRules::kTextInit);
+    EXPECT_EQ(harness::TextCommandProc("vexo init "), VEXO_OK);
+    rules_.End({});
     Send({VEXO_CMD_INIT, Bytes(24), 0});
     EXPECT_EQ(last_record[12], channels_ / 4);
   }
 
   void RunSequence(std::uint64_t seed) {
     world().kernel.SetSeed(seed);
-    world().kernel.SetPreemption(2 + Pick(12));
-    const bool second_host = Pick(16) == 0;
-    const unsigned second = second_host ? StartSecondHost() : 0;
+    // Most hand over now and then, which is quick and lets accesses be whole; some all the time.
+    world().kernel.SetPreemption(Pick(4) == 0 ? 2 + Pick(12) : 16 + Pick(64));
+    std::vector<unsigned> others;
+    if (Pick(16) == 0) others.push_back(StartSecondHost());
+    if (Pick(16) == 0) others.push_back(StartTextCaller());
     for (unsigned n = 1 + Pick(3); n > 0; --n) {
       if (Pick(3) == 0) ChangeCameras();
       Send(PickRequest());
       if (Pick(2) == 0) world().kernel.Pump(Pick(45));
     }
-    if (second_host) {
-      AwaitSecondHost(second);
-    } else if (Pick(64) == 0) {
-      Reinitialize();  // alone: a blank mask of another thread, outside the lock, would cut into it
-    }
+    for (const unsigned other : others) AwaitHost(other);
+    // Alone: what another thread does outside of the lock would cut into it.
+    if (others.empty() && Pick(64) == 0) Reinitialize();
 
     // In peace again: the lock is free, and a write is read back.
     world().kernel.SetPreemption(0);
@@ -203,13 +254,14 @@ class Interleavings : public test::LibraryTest {
   }
 
   void Stop() {
-    EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), 0);
+    EXPECT_EQ(Run(VEXO_CMD_STOP_MONITOR, {}), 0);
     EXPECT_EQ(world().kernel.LiveThreads(), 0u);
   }
 
   unsigned channels_ = 0;
   unsigned sent_ = 0;
   unsigned answered_ = 0;
+  test::InterleavingRules rules_;
 
  private:
   std::mt19937_64 random_;
@@ -217,20 +269,27 @@ class Interleavings : public test::LibraryTest {
 
 class InterleavingShards : public Interleavings, public ::testing::WithParamInterface<unsigned> {};
 
+// Each run takes other seeds. That of a board decides all that happens on it; given as
+// VEXO_INTERLEAVING_SEED, its board is the first. VEXO_INTERLEAVINGS is how many sequences there
+// are, in all shards together.
 TEST_P(InterleavingShards, NoCommandIsLostWhateverTheOrder) {
-  const unsigned shard = GetParam();
-  SeedChoices(shard);
-  for (unsigned n = 0; n < kSequencesPerShard; ++n) {
-    if (n % kSequencesPerBoard == 0) NewBoard(false);
-    const std::uint64_t seed = 1 + n + std::uint64_t{shard} * kSequencesPerShard;
-    RunSequence(seed);
-    if (HasFailure()) FAIL() << "in the sequence of seed " << seed;
-    if (n % kSequencesPerBoard == kSequencesPerBoard - 1) {
-      CheckWorker();
-      Stop();
+  static const std::uint64_t given =
+      NumberFrom("VEXO_INTERLEAVING_SEED", std::uint64_t{std::random_device()()} << 20);
+  const std::uint64_t boards =
+      NumberFrom("VEXO_INTERLEAVINGS", kSequences) / (kShards * kSequencesPerBoard);
+  for (std::uint64_t board = 0; board < boards; ++board) {
+    const std::uint64_t seed = given + (GetParam() + board * kShards) * kSequencesPerBoard;
+    SeedChoices(seed);
+    NewBoard(false);
+    for (unsigned n = 0; n < kSequencesPerBoard && !HasFailure(); ++n) RunSequence(1 + seed + n);
+    if (!HasFailure()) CheckWorker();
+    if (!HasFailure()) Stop();
+    if (HasFailure()) {
+      FAIL() << "it fails again with VEXO_INTERLEAVING_SEED=" << seed
+             << " and --gtest_filter=TenThousand/InterleavingShards.*/0";
     }
   }
-  EXPECT_GT(sent_, 2u * kSequencesPerShard);
+  EXPECT_GT(sent_, 2 * boards * kSequencesPerBoard);
 }
 
 INSTANTIATE_TEST_SUITE_P(TenThousand, InterleavingShards, ::testing::Range(0u, kShards));
@@ -242,6 +301,7 @@ TEST_F(Interleavings, InitializationAgainstARunningWorkerFailsCleanlyOrNotAtAll)
   for (std::uint64_t seed = 1; seed <= 60; ++seed) {
     SeedChoices(seed);
     NewBoard(false);
+    world().trace.RemoveListener(rules_);  // an initialization that fails keeps the lock
     world().kernel.Pump(100);
     world().kernel.SetSeed(seed);
     world().kernel.SetPreemption(4);

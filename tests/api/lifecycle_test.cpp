@@ -10,6 +10,7 @@
 #include "report/diagnostics.h"
 #include "report/library_state.h"
 #include "tests/api/trace_lines.h"
+#include "tests/support/at_events.h"
 #include "tests/support/library_test.h"
 
 namespace {
@@ -296,10 +297,40 @@ TEST_F(Lifecycle, DetachGivesBackWhatAttachTook) {
   EXPECT_EQ(world().kernel.OpenHandles(), 0u);
 }
 
+TEST_F(Lifecycle, DetachClosesTheMarkBeforeTheWindowsAndTheLockBehindThem) {
+  AttachAndBind();
+  Lines seen;
+  const test::AtEvents watch([&](const sim::Event&, const sim::EventDetail* detail) {
+    const auto* nvram = std::get_if<sim::NvramEvent>(detail);
+    if (nvram == nullptr && std::get_if<sim::UnmapEvent>(detail) == nullptr) return;
+    EXPECT_EQ(g_library.g_module, 0u);
+    EXPECT_EQ(g_library.g_initialized, 0u);
+    EXPECT_EQ(g_library.g_host_wnd, 0u);
+    EXPECT_EQ(g_library.g_instance_event, 0u);
+    EXPECT_NE(g_library.g_version_text[0], u'\0');  // the last to go
+    seen.push_back((nvram == nullptr ? "window, open: " : "nvram, open: ") +
+                   std::to_string(world().kernel.OpenHandles()));
+  });
+  harness::Entry(0);
+  // The handle that is still open while the windows go is the lock's.
+  EXPECT_EQ(seen,
+            (Lines{"window, open: 1", "window, open: 1", "window, open: 1", "nvram, open: 0"}));
+}
+
 TEST_F(Lifecycle, DetachUnmapsOnlyWhatIsMapped) {
   world().faults.Set(sim::Fault::MapAddress, true);
   harness::Entry(1);
   EXPECT_EQ(EntryLines(0), (Lines{"unmap select", "nvram deinit"}));
+}
+
+TEST_F(Lifecycle, DetachClosesNoLockWhereNoneCouldBeMade) {
+  world().faults.Set(sim::Fault::Mutex, true);
+  AttachAndBind();
+  ASSERT_EQ(world().faults.Hits(sim::Fault::Mutex), 1u);
+  world().kernel.SetLastError(0);
+  harness::Entry(0);
+  EXPECT_EQ(world().kernel.LastError(), 0u);  // no handle was refused
+  EXPECT_EQ(world().kernel.OpenHandles(), 0u);
 }
 
 // Only an attach without a new load sees this: a reloaded library begins with zeros and takes its

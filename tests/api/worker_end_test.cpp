@@ -129,6 +129,20 @@ TEST_F(WorkerEnd, StopClearsTheBlockAndClosesTheThread) {
   EXPECT_EQ(g_worker.block.reserved, 0u);
 }
 
+// Whether it has ended cannot be known, so it is forgotten without another word.
+TEST_F(WorkerEnd, AThreadThatCannotBeAskedForItsCodeIsNeitherWaitedForNorTerminated) {
+  StartFalling();
+  ASSERT_TRUE(world().kernel.CloseHandle(g_worker.thread));
+  const std::size_t from = Place();
+  Mark();
+  VexoSDK_StopWorker();
+  EXPECT_EQ(test::Lines(world().trace, from), LineList{});
+  EXPECT_EQ(Elapsed(), 0u);
+  EXPECT_EQ(g_worker.thread, 0u);
+  EXPECT_EQ(g_worker.block.stop_request, 0u);
+  EXPECT_EQ(world().kernel.LiveThreads(), 1u);
+}
+
 TEST_F(WorkerEnd, StopWithoutAThreadDoesNothing) {
   Prepare(false);
   g_worker.block.exit_code = 7;
@@ -200,6 +214,17 @@ TEST_F(WorkerEnd, WithoutABlockTheThreadGivesUpAfterMakingItsEvent) {
   EXPECT_EQ(VexoSDK_WorkerProc(nullptr), 0xFF00FF00u);
   EXPECT_EQ(world().kernel.OpenHandles(), handles + 1);
   EXPECT_EQ(Cycles(), 0u);
+}
+
+TEST_F(WorkerEnd, TheEventThatPacesTheThreadIsNotSignalledAndResetsItself) {
+  constexpr PlatHandle kHandleStep = 4;
+  Prepare(false);
+  const PlatHandle pause = world().kernel.NewHandleValue() + kHandleStep;
+  VexoSDK_WorkerProc(nullptr);
+  EXPECT_EQ(world().kernel.Wait(pause, 0), kPlatWaitTimeout);
+  ASSERT_TRUE(world().kernel.SetEvent(pause));
+  EXPECT_EQ(world().kernel.Wait(pause, 0), kPlatWaitSignalled);
+  EXPECT_EQ(world().kernel.Wait(pause, 0), kPlatWaitTimeout);
 }
 
 // The event that paces the thread is never closed: one more stays open with every start.

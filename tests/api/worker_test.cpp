@@ -4,6 +4,7 @@
 #include "harness/host.h"
 #include "report/diagnostics.h"
 #include "tests/api/worker_fixture.h"
+#include "tests/support/at_events.h"
 
 namespace {
 
@@ -33,6 +34,34 @@ TEST_F(Worker, StartPausesTellsTheThreadAndGivesItAQuantumOf2Ms) {
                       {200, By::Host, "debug [VEXOSDK]: "},
                       {200, By::Host, text}}));
   EXPECT_EQ(world().kernel.ThreadQuantum(g_worker.thread), 2u);
+}
+
+TEST_F(Worker, TheQuantumComesAfterThePauseAndTheText) {
+  Prepare(false);
+  std::vector<std::uint32_t> quanta;
+  const test::AtEvents watch([&](const sim::Event& event, const sim::EventDetail* detail) {
+    if (event.by != By::Host) return;
+    if (std::get_if<sim::SleepEvent>(detail) != nullptr ||
+        std::get_if<sim::DebugEvent>(detail) != nullptr) {
+      quanta.push_back(world().kernel.ThreadQuantum(g_worker.thread));
+    }
+  });
+  EXPECT_EQ(VexoSDK_StartWorker(), 1);
+  EXPECT_EQ(quanta, (std::vector<std::uint32_t>{0, 0, 0}));  // the pause, prefix and text
+  EXPECT_EQ(world().kernel.ThreadQuantum(g_worker.thread), 2u);
+}
+
+TEST_F(Worker, TheThreadMarksItsBlockBeforeItAsksTheChips) {
+  Prepare(false);
+  unsigned cycles = 0;
+  const test::AtEvents watch([&](const sim::Event& event, const sim::EventDetail* detail) {
+    if (event.by != By::Worker || detail != nullptr) return;
+    if (cycles++ != 0) return;
+    EXPECT_EQ(g_worker.block.running, 1u);
+    EXPECT_EQ(g_worker.block.thread_id, world().kernel.CurrentThreadId());
+  });
+  VexoSDK_StartWorker();
+  EXPECT_GT(cycles, 0u);
 }
 
 TEST_F(Worker, TheStartIsToldAtLevelZero) {
@@ -76,7 +105,9 @@ TEST_F(Worker, AThreadThatCannotBeCreatedIsToldWithItsReason) {
   EXPECT_EQ(g_worker.thread, 0u);
   EXPECT_EQ(g_worker.block.running, 0u);
   EXPECT_EQ(g_worker.block.stop_request, 0u);
+  EXPECT_EQ(g_worker.block.thread_id, 0u);
   EXPECT_EQ(g_worker.block.exit_code, 0xF0000001u);
+  EXPECT_EQ(g_worker.block.reserved, 0u);
 }
 
 TEST_F(Worker, ReadsTheEdgeSelectorOnceAndThenTheStatusBit) {

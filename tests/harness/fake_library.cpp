@@ -101,6 +101,9 @@ int FakeCommandProc(std::uint32_t code, void* parameter) {
     case kFakePost:
       Plat_PostMessage(g_window, 0x2401, 0x1003, 0);
       return 0;
+    case kFakeLparam:
+      Plat_PostMessage(g_window, 0x2401, 0x1004, 7);
+      return 0;
     case kFakeHang:
       Plat_Wait(Plat_CreateEvent(nullptr, false, false), kPlatForever);
       return 0;

@@ -23,6 +23,7 @@ inline constexpr std::uint32_t kFakeWrite = 0xF004;    // 4 bus cycles: master, 
 inline constexpr std::uint32_t kFakeSend = 0xF003;     // sends 0x2406 with 03 00 fe 28
 inline constexpr std::uint32_t kFakeMotion = 0xF007;   // sends 0x2404 with mask 4
 inline constexpr std::uint32_t kFakePost = 0xF002;     // posts 0x2401 with 0x1003
+inline constexpr std::uint32_t kFakeLparam = 0xF008;   // posts 0x2401 with 0x1004 and the lParam 7
 inline constexpr std::uint32_t kFakeHang = 0xF001;     // waits for what never comes
 inline constexpr std::uint32_t kFakeContend = 0xF00B;  // reads with all chips selected
 // A register dump, written piece by piece as the real one is: of SLAVE3, page 2, and register r has

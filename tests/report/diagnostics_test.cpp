@@ -1,8 +1,10 @@
 // The four print operations, their switches and the system's error texts.
 #include "report/diagnostics.h"
 
+#include <algorithm>
 #include <climits>
 #include <string>
+#include <vector>
 
 #include "harness/host.h"
 #include "tests/support/library_test.h"
@@ -199,6 +201,29 @@ TEST_F(Diagnostics, GetErrorTextCopiesTheTextAndFreesTheSystemsCopy) {
 TEST_F(Diagnostics, GetErrorTextWithoutABufferGivesTheLengthAlone) {
   EXPECT_EQ(VexoDbg_GetErrorText(kAccessDenied, nullptr), std::string(kAccessDeniedText).size());
   EXPECT_EQ(world().allocations, 0u);
+}
+
+TEST_F(Diagnostics, GetErrorTextFillsItsBufferAndCutsWhatIsLonger) {
+  constexpr std::size_t kMost = kDebugTextUnits - 1;
+  for (const std::size_t units : {kMost - 1, kMost, kMost + 1, 3 * kMost}) {
+    world().system_texts[kNoSuchError] = std::string(units, 'x');
+    std::vector<char16_t> text(kDebugTextUnits + 1, u'!');
+    const std::size_t length = std::min(units, kMost);
+    EXPECT_EQ(VexoDbg_GetErrorText(kNoSuchError, text.data()), length);
+    EXPECT_EQ(VexoDbg_GetErrorText(kNoSuchError, nullptr), length);
+    EXPECT_EQ(std::u16string(text.data()), std::u16string(length, u'x'));
+    EXPECT_EQ(text.back(), u'!');
+    EXPECT_EQ(world().allocations, 0u);
+  }
+}
+
+TEST_F(Diagnostics, ErrorPrintCutsATextThatFillsTheLine) {
+  Attach();
+  world().system_texts[kNoSuchError] = std::string(kDebugTextUnits, 'x');
+  VexoDbg_PrintLastError(kNoSuchError);
+  ASSERT_EQ(Debug().size(), 2u);
+  const std::string before = "************           Error Msg : ";
+  EXPECT_EQ(Debug()[1], before + std::string(kDebugTextUnits - 1 - before.size(), 'x'));
 }
 
 TEST_F(Diagnostics, GetErrorTextWithoutATextGivesZeroAndLeavesTheBuffer) {

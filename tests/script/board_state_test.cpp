@@ -58,7 +58,8 @@ std::string Everything(const sim::World& world) {
     text << '\n' << static_cast<int>(world.drivers.Get(std::string(driver)));
   }
   for (std::size_t i = 0; i < sim::kFaults.size(); ++i) {
-    text << world.faults.Has(static_cast<sim::Fault>(i));
+    const auto plan = world.faults.ToCome(static_cast<sim::Fault>(i));
+    if (plan) text << ' ' << i << ' ' << plan->first << '-' << plan->last;
   }
   text << '\n' << world.windows.deaf << ' ' << world.kernel.Seed();
   return text.str();
@@ -97,6 +98,8 @@ const std::multimap<std::string, std::string> kLines = {
     {"file", "file \\other.dll noroot"},
     {"driver", "driver CAM1: absent"},
     {"driver", "driver VBE1: null"},
+    {"fault", "fault wait nth 3"},
+    {"fault", "fault release from 2"},
     {"window deaf", "window deaf"},
     {"seed", "seed 7"},
 };
@@ -131,6 +134,16 @@ TEST_F(BoardState, WhatIsPutBackIsNotTold) {
                          "driver CAM1: present\nfault send on\nfault send off\nwindow deaf\n"
                          "window hearing\nseed 4\nseed 0"),
               IsEmpty());
+}
+
+TEST_F(BoardState, OfAPlannedFaultTheCallsToComeAreTold) {
+  sim::World& world = After("fault event nth 3\nfault close from 2\nfault load nth 1");
+  EXPECT_THAT(BoardInLines(world),
+              ElementsAre("fault event nth 3", "fault close from 2", "fault load nth 1"));
+  for (const auto fault : {sim::Fault::Event, sim::Fault::Close, sim::Fault::Load}) {
+    world.faults.Fires(fault);
+  }
+  EXPECT_THAT(BoardInLines(world), ElementsAre("fault event nth 2", "fault close on"));
 }
 
 TEST_F(BoardState, ChannelsHaveALineEachOrOneForAll) {

@@ -66,6 +66,8 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "driver VBE1: absent",
       "driver CAM1: null",
       "fault mutex on",
+      "fault wait nth 3",
+      "fault load from 0x10",
       "fault event-exists on",
       "fault map-select on",
       "fault map-address on",
@@ -114,7 +116,10 @@ TEST(ScriptParsing, AcceptsEveryLineOfTheLanguage) {
       "expect message video-info",
       "expect record chip-count 4 chip-id 28 28",
       "expect message 0x2404 0x0004",
+      "expect message 0x2404 4 lparam 0",
+      "expect message init-result lparam 0",
       "expect cycles 0",
+      "expect fault load 2",
       "expect no debug \"text\"",
       "expect no message 0x2403",
       "expect no message video-info",
@@ -177,7 +182,7 @@ TEST(ScriptParsing, CoversTheWholeTableOfLines) {
   // A new kind of line needs its place in the table above.
   EXPECT_EQ(BoardLines().size(), 20U);
   EXPECT_EQ(ActionLines().size(), 16U);
-  EXPECT_EQ(ExpectLines().size(), 10U);
+  EXPECT_EQ(ExpectLines().size(), 11U);
   EXPECT_EQ(RegisterLines().size(), 4U);
   EXPECT_EQ(OutputLines().size(), 5U);
   EXPECT_EQ(StopLines().size(), 11U);
@@ -250,8 +255,13 @@ TEST(ScriptParsing, SaysWhatWasExpectedInAMalformedLine) {
        "expected CAM1: or VBE1:, found 'COM1:' (driver DRIVER present|absent|null)"},
       {"driver CAM1: off",
        "expected present, absent or null, found 'off' (driver DRIVER present|absent|null)"},
-      {"fault power on",
-       "expected " + sim::OneOf(FaultWords()) + ", found 'power' (fault FAULT on|off)"},
+      {"fault power on", "expected " + sim::OneOf(FaultWords()) +
+                             ", found 'power' (fault FAULT on|off|nth|from [N])"},
+      {"fault wait nth 0",
+       "expected a number of a call, from 1, found '0' (fault FAULT on|off|nth|from [N])"},
+      {"fault wait from",
+       "expected a number of a call, from 1, found the end of the line"
+       " (fault FAULT on|off|nth|from [N])"},
       {"window blind",
        "expected the end of the line, found 'blind' (window deaf | window hearing | "
        "window | window invalid)"},

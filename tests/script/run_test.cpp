@@ -216,6 +216,21 @@ TEST_F(ScriptRun, ExpectMessageFailsForAnotherNumberOrWParam) {
   EXPECT_THAT(Err(), testing::HasSubstr(": its wParam is another, or an address; the messages "));
 }
 
+TEST_F(ScriptRun, ExpectMessageAsksForTheLparamWhereItIsGiven) {
+  EXPECT_EQ(RunBound("command 0xF007\nexpect message 0x2404 4 lparam 0"), kExitDone);
+  EXPECT_EQ(RunBound("command 0xF003\nexpect message 0x2406 lparam 0"), kExitDone);  // an address
+  EXPECT_EQ(RunBound("command 0xF008\nexpect message 0x2401 lparam 7"), kExitDone);
+  // Taken from the queue.
+  EXPECT_EQ(RunBound("command 0xF008\nrun 1\nexpect message 0x2401 0x1004 lparam 7"), kExitDone);
+
+  EXPECT_EQ(RunBound("command 0xF008\nexpect message 0x2401 0x1004 lparam 0"), kExitUnmet);
+  EXPECT_THAT(Err(), testing::HasSubstr(": its lParam is another; the messages were"));
+  EXPECT_EQ(RunBound("command 0xF008\nexpect message 0x2401 5 lparam 7"), kExitUnmet);
+  EXPECT_THAT(Err(), testing::HasSubstr(": its wParam is another, or an address; the messages "));
+  EXPECT_EQ(RunBound("command 0xF007\nexpect message 0x2401 lparam 0"), kExitUnmet);
+  EXPECT_THAT(Err(), testing::HasSubstr("lparam 0: the messages were"));
+}
+
 TEST_F(ScriptRun, ExpectMessageDoesNotTakeOneThatFailed) {
   EXPECT_EQ(RunBound("fault send on\ncommand 0xF007\nexpect message 0x2404"), kExitUnmet);
   EXPECT_EQ(RunBound("fault post on\ncommand 0xF002\nexpect message 0x2401"), kExitUnmet);

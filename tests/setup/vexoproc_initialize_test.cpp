@@ -121,6 +121,18 @@ TEST_F(VexoProcInitialize, PostsTheResultAndThenSendsTheVideo) {
             (sim::Bytes{0, 2, 0, 0, 1, 1, 0, 1, 1, 1, 1, 1, 1, 2, 1, 1, 1, 1, 1, 1}));
 }
 
+TEST_F(VexoProcInitialize, PrintsAndPostsTheResultBeforeItReadsTheVideo) {
+  PowerOn(1);
+  VexoProc_Initialize(0, 0);
+  const std::vector<std::string> flow = Flow();
+  const auto told = PlaceOf(flow, "print >>NEXT TW_InitializeSetup MAX CH 4\r\n");
+  const std::vector<std::string> rest(flow.begin() + static_cast<std::ptrdiff_t>(told) + 1,
+                                      flow.end());
+  EXPECT_EQ(rest,
+            (std::vector<std::string>{"post 2402", "r 03 1 78 00", "r 03 0 01 C9", "r 03 0 11 C9",
+                                      "r 03 0 21 C9", "r 03 0 31 C9", "send 2403"}));
+}
+
 // Holds: Host window messages "VEXO_MSG_INIT_RESULT: wParam: address of a VideoState"
 TEST_F(VexoProcInitialize, PostsARecordThatStaysValid) {
   PowerOn(2);

@@ -34,6 +34,26 @@ constexpr FaultCase kCases[] = {
     {Fault::Allocate, "allocate", "attach"},
     {Fault::Terminate, "terminate",
      "sync period 600\nattach\nwindow\ncommand 0xF001\ncommand 0xF002"},
+    {Fault::Event, "event", "attach"},
+    {Fault::Wait, "wait", "attach\nwindow\ncommand 0xF002"},
+    {Fault::Release, "release", "attach\nwindow\ncommand 0xF002"},
+    {Fault::Close, "close", "attach\ndetach"},
+    {Fault::ExitCode, "exit-code", "attach\nwindow\ncommand 0xF001\ncommand 0xF002"},
+    {Fault::Quantum, "quantum", "attach\nwindow\ncommand 0xF001"},
+    {Fault::NvramInit, "nvram-init", "attach"},
+    {Fault::NvramRead, "nvram-read", "attach\nwindow\ncommand 0xF001"},
+    {Fault::NvramWrite, "nvram-write", "attach\nwindow\ncommand 0xF001\nvexo change_vdo pal"},
+    {Fault::NvramDeinit, "nvram-deinit", "attach\ndetach"},
+    {Fault::DriverOpen, "driver-open", "attach\nvpb init"},
+    {Fault::DriverControl, "driver-control", "attach\nvpb init\nvpb setp_base 1 2"},
+    {Fault::DriverClose, "driver-close", "attach\nvpb init\nvpb uninit"},
+    {Fault::VersionSize, "version-size", "attach"},
+    {Fault::VersionRead, "version-read", "attach"},
+    {Fault::VersionQuery, "version-query", "attach"},
+    {Fault::Module, "module", "fault thread on\nfault text on\nattach\nwindow\ncommand 0xF001"},
+    {Fault::Text, "text", "fault thread on\nattach\nwindow\ncommand 0xF001"},
+    {Fault::Store, "store", "attach\nwindow\ncommand 0xF001"},
+    {Fault::Load, "load", "attach\nwindow\ncommand 0xF001"},
 };
 static_assert(std::size(kCases) == kFaults.size(), "a case for each fault");
 
@@ -58,6 +78,10 @@ TEST_P(FaultInScripts, FiresWhenItIsOn) {
   EXPECT_EQ(HitsAfter(GetParam().lines), 0u);
   EXPECT_GE(HitsAfter(fault + " on\n" + GetParam().lines), 1u);
   EXPECT_EQ(HitsAfter(fault + " on\n" + fault + " off\n" + GetParam().lines), 0u);
+  EXPECT_EQ(
+      HitsAfter(fault + " nth 1\n" + GetParam().lines + "\nexpect fault " + GetParam().word + " 1"),
+      1u);
+  EXPECT_EQ(HitsAfter(fault + " from 1000000\n" + GetParam().lines), 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Words, FaultInScripts, testing::ValuesIn(kCases), [](const auto& row) {
@@ -65,6 +89,62 @@ INSTANTIATE_TEST_SUITE_P(Words, FaultInScripts, testing::ValuesIn(kCases), [](co
   std::erase(name, '-');
   return name;
 });
+
+// ---- By number ----------------------------------------------------------------------------------
+
+// Which of the next calls fail.
+std::string Fired(Faults& faults, Fault fault, unsigned calls) {
+  std::string fired;
+  for (unsigned i = 0; i < calls; ++i) fired += faults.Fires(fault) ? 'x' : '.';
+  return fired;
+}
+
+TEST(FaultByNumber, FailsTheNthCallFromNowAlone) {
+  Faults faults;
+  EXPECT_EQ(Fired(faults, Fault::Wait, 2), "..");
+  faults.Set(Fault::Wait, Faults::Nth(3));
+  EXPECT_EQ(Fired(faults, Fault::Wait, 6), "..x...");
+  EXPECT_EQ(faults.Hits(Fault::Wait), 1u);
+  EXPECT_EQ(faults.Calls(Fault::Wait), 8u);
+  EXPECT_EQ(Fired(faults, Fault::Release, 6), "......");
+}
+
+TEST(FaultByNumber, FailsThatCallAndAllLaterOnes) {
+  Faults faults;
+  faults.Set(Fault::Load, Faults::From(2));
+  EXPECT_EQ(Fired(faults, Fault::Load, 5), ".xxxx");
+  EXPECT_EQ(faults.Hits(Fault::Load), 4u);
+  faults.Set(Fault::Load, false);
+  EXPECT_EQ(Fired(faults, Fault::Load, 2), "..");
+}
+
+TEST(FaultByNumber, TakesTheLastPlanAndNoOther) {
+  Faults faults;
+  faults.Set(Fault::Send, Faults::Nth(1));
+  faults.Set(Fault::Send, Faults::Nth(2));
+  EXPECT_EQ(Fired(faults, Fault::Send, 3), ".x.");
+  faults.Set(Fault::Send, true);
+  EXPECT_EQ(Fired(faults, Fault::Send, 2), "xx");
+}
+
+TEST(FaultByNumber, TellsWhatIsStillToCome) {
+  Faults faults;
+  EXPECT_EQ(faults.ToCome(Fault::Close), std::nullopt);
+  faults.Set(Fault::Close, Faults::Nth(2));
+  EXPECT_EQ(faults.ToCome(Fault::Close), Faults::Nth(2));
+  faults.Fires(Fault::Close);
+  EXPECT_EQ(faults.ToCome(Fault::Close), Faults::Nth(1));
+  faults.Fires(Fault::Close);
+  EXPECT_EQ(faults.ToCome(Fault::Close), std::nullopt);
+  faults.Set(Fault::Close, Faults::From(2));
+  EXPECT_EQ(faults.ToCome(Fault::Close), Faults::From(2));
+  faults.Fires(Fault::Close);
+  EXPECT_EQ(faults.ToCome(Fault::Close), Faults::Always());
+  faults.Fires(Fault::Close);
+  EXPECT_EQ(faults.ToCome(Fault::Close), Faults::Always());
+  faults.Set(Fault::Close, false);
+  EXPECT_EQ(faults.ToCome(Fault::Close), std::nullopt);
+}
 
 TEST(FaultTable, IsWhatTheManualSays) {
   std::ifstream file(VEXO_SOURCE_DIR "/docs/script-language.md");

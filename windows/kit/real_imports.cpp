@@ -81,11 +81,18 @@ HANDLE WINAPI MakeMutex(SECURITY_ATTRIBUTES* security, BOOL owned, const wchar_t
 
 HANDLE WINAPI MakeEvent(SECURITY_ATTRIBUTES* security, BOOL manual, BOOL signalled,
                         const wchar_t* name) {
+  if (Fires(sim::Fault::Event)) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+  }
   HANDLE const event = CreateEventW(security, manual, signalled, name);
   // As if another process had it.
   if (name != nullptr && Fires(sim::Fault::EventExists)) SetLastError(ERROR_ALREADY_EXISTS);
   return event;
 }
+
+// A call that is to fail goes on with no handle, and fails as it does with one that is none.
+HANDLE Unless(sim::Fault fault, HANDLE handle) { return Fires(fault) ? nullptr : handle; }
 
 DWORD WINAPI Wait(HANDLE object, DWORD timeout_ms) {
   const std::string mutex = NameOfMutex(object);
@@ -93,7 +100,7 @@ DWORD WINAPI Wait(HANDLE object, DWORD timeout_ms) {
   DWORD result = 0;
   {
     const SystemWait wait;
-    result = WaitForSingleObject(object, timeout_ms);
+    result = WaitForSingleObject(Unless(sim::Fault::Wait, object), timeout_ms);
   }
   if (!mutex.empty()) {
     Note(sim::LockEvent{false, mutex, result == WAIT_OBJECT_0 || result == WAIT_ABANDONED});
@@ -103,7 +110,7 @@ DWORD WINAPI Wait(HANDLE object, DWORD timeout_ms) {
 
 BOOL WINAPI Release(HANDLE mutex) {
   const std::string name = NameOfMutex(mutex);
-  const BOOL ok = ReleaseMutex(mutex);
+  const BOOL ok = ReleaseMutex(Unless(sim::Fault::Release, mutex));
   Note(sim::LockEvent{true, name, ok != FALSE});
   return ok;
 }
@@ -184,6 +191,10 @@ BOOL WINAPI Terminate(HANDLE thread, DWORD code) {
   Note(sim::ThreadEvent{"terminate", static_cast<std::uint32_t>(code)});
   if (Fires(sim::Fault::Terminate)) return TRUE;
   return EndAtGoodMoment(thread, code);
+}
+
+BOOL WINAPI ExitCode(HANDLE thread, DWORD* code) {
+  return GetExitCodeThread(Unless(sim::Fault::ExitCode, thread), code);
 }
 
 // ---- Texts and versions -------------------------------------------------------------------------
@@ -273,7 +284,11 @@ BOOL WINAPI Close(HANDLE handle) {
       const bool ok = Plat_CloseDriver(BoardDriver(handle));
       return WithReason(ok, BOOL{ok});
     }
-    g_mutexes.erase(handle);
+    if (!sim::TheWorld().faults.Fires(sim::Fault::Close)) {
+      g_mutexes.erase(handle);
+    } else {
+      handle = nullptr;
+    }
   }
   return CloseHandle(handle);
 }
@@ -346,6 +361,7 @@ std::span<const Import> RealImports() {
       Replace("Sleep", Pause),
       Replace("CreateThread", StartThread),
       Replace("TerminateThread", Terminate),
+      Replace("GetExitCodeThread", ExitCode),
       Replace("OutputDebugStringW", DebugOutput),
       Replace("OutputDebugStringA", KernelDebugOutput),
       Replace("GetFileVersionInfoSizeW", VersionSize),

@@ -21,6 +21,11 @@
 
 namespace emulator {
 
+inline std::string ImagePath() {
+  const char* const named = std::getenv("VEXO_IMAGE");
+  return named != nullptr ? named : VEXO_DEFAULT_IMAGE;
+}
+
 class ImageTest : public testing::Test {
  protected:
   static constexpr std::uint32_t kModule = 0x83F00400;  // no address of the image
@@ -96,10 +101,7 @@ class ImageTest : public testing::Test {
     return units;
   }
 
-  static std::string Path() {
-    const char* const named = std::getenv("VEXO_IMAGE");
-    return named != nullptr ? named : VEXO_DEFAULT_IMAGE;
-  }
+  static std::string Path() { return ImagePath(); }
 
   Machine machine_{PeImage::Load(Path())};
   SystemRecord record_{machine_};
