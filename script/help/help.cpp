@@ -45,7 +45,7 @@ std::string HelpOnHeader(const TextGrammar& grammar) {
 }
 
 std::string HelpOnFaults() {
-  constexpr std::size_t kColumn = 18;
+  constexpr std::size_t kColumn = 20;
   std::string text;
   for (const sim::FaultWords& fault : sim::kFaults) {
     std::string line = "    " + std::string(fault.word);

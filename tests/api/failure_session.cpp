@@ -27,10 +27,12 @@ struct ForEver {};
 
 constexpr std::uint64_t kLongestMs = 3'600'000;  // of virtual time
 constexpr std::uint64_t kMostPolls = 2'000;      // more than any that ends
+constexpr std::uint64_t kMostLoads = 1'000'000;  // of a thread that lets no time pass
 
 void Watch() {
   const sim::World& world = sim::TheWorld();
-  if (world.kernel.NowUnwrapped() > kLongestMs || world.polling.Reads() > kMostPolls) {
+  if (world.kernel.NowUnwrapped() > kLongestMs || world.polling.Reads() > kMostPolls ||
+      world.faults.Calls(Fault::Load) > kMostLoads) {
     throw ForEver{};
   }
 }

@@ -1,4 +1,6 @@
 // What the library makes of single platform calls that fail.
+#include <stdexcept>
+
 #include "VexoCtrlSDK.h"
 #include "api/worker.h"
 #include "chip/register_bus.h"
@@ -126,6 +128,9 @@ TEST_F(PlatformFailures, ALockThatIsNotGivenBackStaysWithItsThread) {
 TEST_F(PlatformFailures, AWorkerWithoutItsEventSleepsBetweenItsPolls) {
   Prepare(false);
   world().board.HoldSync(false);
+  world().kernel.SetWatch([this] {
+    if (world().faults.Calls(Fault::Load) > 10'000) throw std::runtime_error("no pause");
+  });
   Fail(Fault::Event, Faults::Nth(1));
   EXPECT_EQ(VexoSDK_StartWorker(), 1);
   EXPECT_EQ(Hits(Fault::Event), 1u);

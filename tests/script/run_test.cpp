@@ -266,6 +266,12 @@ TEST_F(ScriptRun, ExpectCyclesCountsStoresAndLoads) {
   EXPECT_EQ(Err(), "s.vexo:4: expect cycles 5: 4 bus cycles\n");
 }
 
+TEST_F(ScriptRun, ExpectFaultSaysHowOftenItHasFailed) {
+  EXPECT_EQ(RunBound("command 0xF004\nexpect fault exit-code 0"), kExitDone);
+  EXPECT_EQ(RunBound("command 0xF004\nexpect fault exit-code 1"), kExitUnmet);
+  EXPECT_EQ(Err(), "s.vexo:4: expect fault exit-code 1: it has failed 0 times\n");
+}
+
 TEST_F(ScriptRun, BoardAndOutputLinesLeaveTheLastActionAlone) {
   EXPECT_EQ(RunBound("command 0xF004\ncamera 1 off\nregisters slave1 0\nexpect return 0\n"
                      "expect cycles 4\nexpect cycles 4"),

@@ -137,7 +137,7 @@ export class State extends EventTarget {
         onChannels(board[word], second === "on");
         return true;
       case "fault":
-        board.faults[second === "on" ? "add" : "delete"](first);
+        board.faults[second === "off" ? "delete" : "add"](first);
         return true;
       case "driver":
         board.drivers.set(first, second);

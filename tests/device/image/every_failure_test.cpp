@@ -14,11 +14,6 @@ using test::Failure;
 using test::RunSession;
 using test::SessionEnd;
 
-// The null address is nobody's memory here, as on the device.
-bool IsMapping(Fault fault) {
-  return fault == Fault::MapSelect || fault == Fault::MapAddress || fault == Fault::MapData;
-}
-
 class ImageFailures : public testing::TestWithParam<std::size_t> {
  protected:
   static constexpr unsigned kNumbers = 3;
@@ -36,11 +31,6 @@ TEST_P(ImageFailures, LeaveNothingBrokenAndTheNextSessionWorks) {
     for (const auto& plan : {sim::Faults::Nth(number), sim::Faults::From(number)}) {
       const Failure failure{fault, plan};
       SCOPED_TRACE(testing::PrintToString(failure));
-      if (IsMapping(fault)) {
-        EXPECT_THROW(RunSession(failure), harness::ImageFault);
-        EXPECT_GE(sim::TheWorld().faults.Hits(fault), 1u);
-        continue;
-      }
       test::ExpectGoodEnd(RunSession(failure), undisturbed, failure);
       EXPECT_EQ(machine_.FirstFault(), std::nullopt);
     }
