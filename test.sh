@@ -4,7 +4,7 @@
 #
 #   ./test.sh            everything
 #   ./test.sh STAGE...   these stages, after those that they need
-#   ./test.sh quick      format, layers and tests: after each change
+#   ./test.sh quick      format, layers, promises and tests: after each change
 #   ./test.sh list       names the stages (--help does too)
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")" || exit 1
@@ -15,6 +15,7 @@ stages='
 packages |                | 1   | the packages are there              | scripts/packages.sh test
 format   |                | 6   | format (clang-format)               | scripts/check_format.sh
 layers   |                | 1   | who includes whom                   | scripts/check_layers.sh --self-check && scripts/check_layers.sh
+promises |                | 1   | each promise has its tests          | scripts/promises.py
 header   |                | 9   | public header in C and C++          | scripts/check_header.sh
 build    |                | 306 | build (g++)                         | scripts/build.sh gcc -k 0 all
 tests    | build          | 107 | tests (g++)                         | scripts/run_tests.sh gcc
@@ -36,7 +37,7 @@ bench    | build image    | 13  | benchmarks (g++)                    | scripts/
 page     | build          | 100 | page in Chromium                    | scripts/check_page.sh
 demo     | build          | 1   | demo                                | scripts/run_demo.sh
 '
-quick=(format layers build tests)
+quick=(format layers promises build tests)
 
 # Fills the row's fields, without the blanks around them.
 row() {

@@ -123,6 +123,8 @@ while read -r table; do
   fi
 done < <(sed -n 's/.* [dD] \(address_.*\)/\1/p' <<<"$symbols")
 
+# Holds: VEXOAPI_SetMotionInfo "The DLL exports it under its C++ name alone"
+# Holds: VEXOAPI_SetMotionInfo "Where neither is at hand"
 expect "exports" "?VEXOAPI_SetMotionInfo@@YAHEEPAE@Z $(address Export_SetMotionInfo)
 $(for name in CommandProc GetVersion Initialize SetEnableDebug SetEnableOutputMsg TextCommandProc \
   Uninitialize; do echo "VEXOAPI_$name $(address VEXOAPI_$name)"; done)" \

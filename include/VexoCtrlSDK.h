@@ -245,7 +245,7 @@ typedef struct VexoMotionRegRecord {
 #define VEXO_MSG_CHIP_VERSION 0x2405u  /* wParam: byte p: 1 when chip p was found; 0 before init */
 #define VEXO_MSG_REG_VALUE 0x2406u     /* wParam: address of a VexoRegRecord, for the call       */
 
-/* Status codes of VEXO_MSG_STATUS. */
+/* Codes of VEXO_MSG_STATUS. */
 #define VEXO_STATUS_DETECT_ERROR 0x1003u     /* chip initialization found no chip               */
 #define VEXO_STATUS_DEVICE_PROBLEM 0x1004u   /* chip initialization met a device problem        */
 #define VEXO_STATUS_NOT_DETECTED 0x1005u     /* chip initialization gave no channel             */
@@ -290,7 +290,7 @@ extern "C" {
  * they reach the chips without the lock: VEXO_CMD_BLANK_MASK and VEXOAPI_TextCommandProc. So does
  * the monitor: where a reading of it falls between the bus cycles of a call, either may go astray.
  *
- * Times are those of the pauses that the library asks for. A system with a coarse timer makes them
+ * Times are those of the pauses that the library asks for; a system with a coarse timer makes them
  * longer.
  */
 

@@ -2,6 +2,10 @@
 # Compiles the public header as hosts in C and C++ of all years include it: for this machine, for
 # Windows with MinGW and as Microsoft's compilers do; as one whose compiler has no <stdint.h>; and the
 # programs of docs/host-programs.md.
+# Holds: VexoCtrlSDK.h "C89 and C++98 will do"
+# Holds: VexoCtrlSDK.h "One UTF-16 unit"
+# Holds: VexoCtrlSDK.h "Stops the compiler when a record is not laid out as below."
+# Holds: VexoDesk.h "C99 and C++98 will do."
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source=tests/support/header_host.c
@@ -26,6 +30,20 @@ for processor in x86_64 i686; do
   # Without the system's headers, which clang would look for.
   every_year clang --target="$processor-w64-mingw32" -ffreestanding
   every_year clang --target="$processor-pc-windows-msvc" -ffreestanding
+done
+
+for compiler in gcc clang; do
+  "$compiler" -x c -std=c99 "${check[@]}" include/VexoDesk.h
+  "$compiler" -x c++ -std=c++98 "${check[@]}" include/VexoDesk.h
+done
+
+# A record of another size stops each of them.
+for language in c:c89 c:c11 c++:c++98 c++:c++11; do
+  if gcc -x "${language%:*}" -std="${language#*:}" -Iinclude -fsyntax-only - 2>/dev/null \
+    <<<$'#include "VexoCtrlSDK.h"\nVEXO_ASSERT_SIZE(VexoRegRecord, 5);'; then
+    echo "${language#*:}: a record of a wrong size is not noticed"
+    exit 1
+  fi
 done
 
 # wchar_t is all that the older ones need from outside.

@@ -157,12 +157,24 @@ class HostProgramsPage : public LibraryTest, public ::testing::WithParamInterfac
   std::size_t first_event_ = 0;
 };
 
+// Holds: Exports "Times are those of the pauses that the library asks"
+// Holds: VEXOAPI_CommandProc "Once it has the lock"
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_INIT: 440 ms"
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_PLAY_SPLIT: 50 ms"
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_PLAY_MODE: 100 ms"
+// Holds: VEXOAPI_CommandProc "any other: nothing"
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_INIT makes 1776"
+// Holds: VEXOAPI_TextCommandProc ""vexo init" takes 1240 ms"
 TEST_P(HostProgramsPage, SaysWhatTheCallTakes) {
   EXPECT_EQ(Call(), VEXO_OK);
   EXPECT_EQ(Elapsed(), GetParam().pauses_ms);
   EXPECT_EQ(CyclesOfTheCall(), GetParam().cycles);
 }
 
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_INIT, VEXO_CMD_LIVE_SPLIT, VEXO_CMD_LIVE_MODE"
+// Holds: VEXOAPI_TextCommandProc ""vexo init" takes 1240 ms"
+// Holds: VEXOAPI_TextCommandProc ""vexo lsplit", "mpip stop" and "bluescr" wait"
+// Holds: Text commands "`lsplit`, `mpip stop` and `bluescr init` wait until the chips"
 TEST_P(HostProgramsPage, SaysHowLongItWaitsForChipsThatDoNotSettle) {
   constexpr int kBusyReads = 1000;  // far beyond any limit, 5 ms each
   const Row& row = GetParam();
@@ -171,6 +183,8 @@ TEST_P(HostProgramsPage, SaysHowLongItWaitsForChipsThatDoNotSettle) {
   EXPECT_EQ(Elapsed(), row.pauses_ms + row.settling_ms.value_or(5 * kBusyReads));
 }
 
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_READ_REG: up to 5000 ms"
+// Holds: VEXOAPI_TextCommandProc ""vexo init" takes 1240 ms"
 TEST_P(HostProgramsPage, SaysHowLongItWaitsForAWindowThatDoesNotAnswer) {
   world().windows.deaf = true;
   EXPECT_EQ(Call(), VEXO_OK);
@@ -203,6 +217,7 @@ class HostProgramsWords : public LibraryTest {
   }
 };
 
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_INIT makes 1776"
 TEST_F(HostProgramsWords, TellTheBusCyclesOfInitializationOfEachBoard) {
   const std::string on_4 = CyclesOfInit(4);
   const std::string on_8 = CyclesOfInit(8);
@@ -212,6 +227,9 @@ TEST_F(HostProgramsWords, TellTheBusCyclesOfInitializationOfEachBoard) {
   EXPECT_NE(Header().find(on_4 + ", " + on_8 + ", " + on_12 + " or " + on_16), std::string::npos);
 }
 
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_INIT: 440 ms"
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_STOP_MONITOR: up to 21 ms"
+// Holds: VEXOAPI_CommandProc "That happens where the sync bit was never set"
 TEST_F(HostProgramsWords, TellWhatEndingAMonitorTakesThatCannotBeAnswered) {
   AttachAndBind();
   ASSERT_EQ(Command(VEXO_CMD_INIT, {}), VEXO_OK);

@@ -16,6 +16,7 @@ private="$("$tools-objdump" -p "$dll")"
 
 expect "kind" "$format" "$(sed -n 's/.*file format //p' <<<"$private")"
 
+# Holds: VEXOAPI_SetMotionInfo "The DLL exports it under its C++ name alone"
 expect "exports" "VEXOAPI_CommandProc
 VEXOAPI_GetVersion
 VEXOAPI_Initialize

@@ -2,6 +2,8 @@
 # Links a host in C and in C++ with the import library, as g++, clang and Microsoft's compilers name
 # things, and checks what it then asks the DLL for:
 #   windows/check_import_library.sh BUILD x86_64|i686
+# Holds: VEXOAPI_SetMotionInfo "C and the C++ of g++ and clang ask for other names"
+# Holds: VexoInitializeFunction "They have C's calling convention"
 set -euo pipefail
 build="$1"
 processor="$2"
@@ -20,6 +22,8 @@ exports="$("$tools-objdump" -p "$build/VexoCtrlSDK.dll" |
   awk '/^\[Ordinal\/Name Pointer\] Table/ {on = 1; next} /^$/ {on = 0}
        on && /^\t\[/ {print $NF}')"
 
+# Holds: VEXOAPI_SetMotionInfo "Where neither is at hand"
+# Holds: Loading by hand "Each export's name"
 expect "names in the header" "$exports" \
   "$("$tools-gcc-posix" -dM -E "$root/include/VexoCtrlSDK.h" |
     sed -n 's/^#define VEXO_EXPORT_[A-Z_]* "\(.*\)"$/\1/p')"

@@ -26,6 +26,13 @@ class DispatcherInit : public test::LibraryTest {
   }
 };
 
+// Holds: VexoCtrlSDK.h "A host loads the library"
+// Holds: VexoCtrlSDK.h "All multi-byte fields are little-endian."
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_INIT: VexoInitRecord,"
+// Holds: VexoInitRecord "Written: bytes 12-23 (all zero when initialization fails)."
+// Holds: VexoInitRecord "chip_count: 12 out"
+// Holds: VexoInitRecord "video_standard: 16 out"
+// Holds: VexoInitRecord "chip_id: 20 out"
 TEST_F(DispatcherInit, FillsTheRecordWithChipsStandardAndIdentification) {
   world().board.FitChips(3);
   world().board.SetId(1, 0x2B);
@@ -103,6 +110,7 @@ TEST_F(DispatcherInit, AMissingRecordTouchesNothing) {
   EXPECT_EQ(world().kernel.LiveThreads(), 0u);
 }
 
+// Holds: VexoInitRecord "Written: bytes 12-23 (all zero when initialization fails)."
 TEST_F(DispatcherInit, AFailureClearsTheResultAndStillResumesTheCamera) {
   FitAndBind(0);
   const Bytes before(kRecordBytes, 0xA5);
@@ -115,6 +123,7 @@ TEST_F(DispatcherInit, AFailureClearsTheResultAndStillResumesTheCamera) {
   EXPECT_EQ(g_video.g_chip_ready, 0);
 }
 
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_INIT answers VEXO_OK also when the monitor"
 TEST_F(DispatcherInit, AWorkerThatCannotBeStartedIsNoFailure) {
   FitAndBind(1);
   world().faults.Set(sim::Fault::Thread, true);
@@ -142,6 +151,8 @@ TEST_F(DispatcherInit, ChipsStayReadyAfterAFailure) {
   EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, Bytes(24)), -1);  // no such board
 }
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_STOP_MONITOR: no record"
+// Holds: VEXOAPI_CommandProc "VEXO_OK comes back although nothing was done"
 TEST_F(DispatcherInit, StopMonitorEndsTheWorker) {
   FitAndBind(1);
   EXPECT_EQ(Command(VEXO_CMD_INIT, Bytes(24)), 0);

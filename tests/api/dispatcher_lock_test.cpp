@@ -270,6 +270,8 @@ class DispatcherLock : public test::LibraryTest {
 
 // ---- The paths that keep it ------------------------------------------------------------------
 
+// Holds: VEXOAPI_CommandProc "An unknown code"
+// Holds: VEXOAPI_SetMotionInfo "Returns VEXO_OK, or VEXO_ERROR_UNINITIALIZED"
 TEST_F(DispatcherLock, FourPathsReturnWithItAndAnotherThreadWaits) {
   for (const Path& path : kKeeping) {
     SCOPED_TRACE(path);
@@ -298,6 +300,8 @@ TEST_F(DispatcherLock, EachKeepingPathTakesItOnceMore) {
 
 // ---- All other paths -------------------------------------------------------------------------
 
+// Holds: VEXOAPI_CommandProc "Returns VEXO_OK or the operation's own result"
+// Holds: VEXOAPI_SetMotionInfo "Returns VEXO_OK, or VEXO_ERROR_UNINITIALIZED"
 TEST_F(DispatcherLock, EveryOtherPathReleasesItAndAnotherThreadGoesOn) {
   for (const Path& path : ReleasingPaths()) {
     SCOPED_TRACE(path);
@@ -327,6 +331,8 @@ TEST_F(DispatcherLock, BusCyclesLieBetweenTheWaitAndTheRelease) {
   }
 }
 
+// Holds: Exports "Two ask for more"
+// Holds: VEXOAPI_CommandProc "Any thread, but for VEXO_CMD_BLANK_MASK"
 TEST_F(DispatcherLock, TheBlankMaskIsWrittenAfterTheRelease) {
   for (const Path& path : kReleasing) {
     if (path.code != VEXO_CMD_BLANK_MASK) continue;
@@ -364,6 +370,7 @@ TEST_F(DispatcherLock, ARunningCommandKeepsAnotherThreadOutUntilItsRelease) {
   EXPECT_GE(commands, 30u);
 }
 
+// Holds: VEXOAPI_CommandProc "Any thread, but for VEXO_CMD_BLANK_MASK"
 TEST_F(DispatcherLock, TheWaitHasNoTimeLimit) {
   AttachAndBind();
   world().kernel.StartHostThread([this] {
@@ -420,6 +427,7 @@ TEST_F(DispatcherLock, TheEndOfTheThreadThatKeptItHandsItOn) {
   EXPECT_FALSE(LockHeld());
 }
 
+// Holds: VEXOAPI_CommandProc "Any thread, but for VEXO_CMD_BLANK_MASK"
 TEST_F(DispatcherLock, BlankMaskOfOneThreadLetsAnotherThreadIn) {
   StartBoard(4);
   world().kernel.SetSeed(1);
@@ -435,6 +443,7 @@ TEST_F(DispatcherLock, BlankMaskOfOneThreadLetsAnotherThreadIn) {
 
 // ---- The lock is the board's -----------------------------------------------------------------
 
+// Holds: VEXOAPI_SetMotionInfo "Any thread: waits for "CS4_GlobalLock" without"
 TEST_F(DispatcherLock, AnotherDriverOfTheBusIsWaitedFor) {
   StartBoard(4);
   world().kernel.StartHostThread([this] {
@@ -450,6 +459,7 @@ TEST_F(DispatcherLock, AnotherDriverOfTheBusIsWaitedFor) {
   EXPECT_EQ(Elapsed(), 69u);
 }
 
+// Holds: Exports "So does the monitor"
 TEST_F(DispatcherLock, TheWorkerTakesNoLock) {
   AttachAndBind();
   EXPECT_EQ(Command(VEXO_CMD_INIT, Bytes(24)), 0);

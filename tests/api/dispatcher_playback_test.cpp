@@ -29,6 +29,7 @@ class DispatcherPlayback : public test::LibraryTest {
   }
 };
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_PLAY_SPLIT: VexoSplitRecord"
 TEST_F(DispatcherPlayback, PlaySplitTakesModeOptionAndChannelsFromBytesFourFiveAndSix) {
   StartBoard(4);
   g_display.view = kViewPlayback;
@@ -50,6 +51,7 @@ TEST_F(DispatcherPlayback, PlaySplitTakesModeOptionAndChannelsFromBytesFourFiveA
   EXPECT_FALSE(LockHeld());
 }
 
+// Holds: Result codes "VEXO_OK: done; some operations hand through a positive value"
 TEST_F(DispatcherPlayback, PlaySplitHandsThroughWhatTheOperationAnswers) {
   struct Case {
     int channels;
@@ -75,6 +77,9 @@ TEST_F(DispatcherPlayback, PlaySplitHandsThroughWhatTheOperationAnswers) {
   }
 }
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_PLAY_MODE: VexoPlayModeRecord"
+// Holds: VexoPlayModeRecord "mode: 5 VEXO_SPLIT_..."
+// Holds: VexoPlayModeRecord "channels: 6 channel of each window"
 TEST_F(DispatcherPlayback, PlayModeTakesModeAndChannelsFromBytesFiveAndSix) {
   StartBoard(4);
   EXPECT_EQ(Command(VEXO_CMD_PLAY_MODE, {9, 9, 9, 9, 9, VEXO_SPLIT_4, 0, 2, 9, 9}), 0);
@@ -88,6 +93,7 @@ TEST_F(DispatcherPlayback, PlayModeTakesModeAndChannelsFromBytesFiveAndSix) {
   EXPECT_FALSE(LockHeld());
 }
 
+// Holds: Result codes "VEXO_OK: done; some operations hand through a positive value"
 TEST_F(DispatcherPlayback, PlayModeHandsThroughWhatTheOperationAnswers) {
   for (const int channels : {4, 8, 12, 16}) {
     for (const std::uint8_t mode : Bytes{VEXO_SPLIT_FULL, VEXO_SPLIT_16, 7, 255}) {
@@ -102,6 +108,7 @@ TEST_F(DispatcherPlayback, PlayModeHandsThroughWhatTheOperationAnswers) {
 }
 
 // The modes that the split command refuses.
+// Holds: VexoSplitRecord "VEXO_CMD_LIVE_SPLIT (reads byte 4"
 TEST_F(DispatcherPlayback, PlayModeLaysOutWhatPlaySplitRefuses) {
   for (const std::uint8_t mode : Bytes{VEXO_SPLIT_6, VEXO_SPLIT_8, VEXO_SPLIT_13}) {
     harness::Restart();
@@ -188,6 +195,7 @@ constexpr DumpCase kDumpCases[] = {
 };
 
 // The upper 16 bits count for nothing here either; no dump needs, reads or writes a record.
+// Holds: Command codes of VEXOAPI_CommandProc "Register dumps to the debug output"
 TEST_F(DispatcherDumps, EachCodeReachesItsChipAndPage) {
   PretendBoard(4);  // of the other chips it lists what the bus returns
   std::uint32_t code = 0xFF00;

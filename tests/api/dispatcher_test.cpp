@@ -54,6 +54,7 @@ class Dispatcher : public test::LibraryTest {
 
 // ---- Preconditions ---------------------------------------------------------------------------
 
+// Holds: VEXOAPI_CommandProc "While the library is not initialized or no window"
 TEST_F(Dispatcher, BeforeAttachEveryCodeIsRefusedWithoutTheLock) {
   g_library.g_host_wnd = world().windows.Create();
   for (const Needs& command : kCommands) EXPECT_EQ(CommandNull(command.code), -8);
@@ -62,6 +63,8 @@ TEST_F(Dispatcher, BeforeAttachEveryCodeIsRefusedWithoutTheLock) {
   EXPECT_EQ(test::Texts(world().trace, 0, "lock"), Lines{});
 }
 
+// Holds: Result codes "VEXO_ERROR_NOT_READY: no host window"
+// Holds: VEXOAPI_CommandProc "While the library is not initialized or no window"
 TEST_F(Dispatcher, WithoutAWindowEveryCodeIsRefusedWithoutTheLock) {
   PretendBoard(4);
   harness::Uninitialize();
@@ -76,6 +79,7 @@ TEST_F(Dispatcher, WithoutAWindowEveryCodeIsRefusedWithoutTheLock) {
   EXPECT_EQ(world().trace.Cycles(), 0u);
 }
 
+// Holds: Result codes "VEXO_ERROR_PARAMETER: required record missing"
 TEST_F(Dispatcher, AMissingRecordIsRefusedWhereOneIsNeeded) {
   PretendBoard(4);
   for (const Needs& command : kCommands) {
@@ -86,6 +90,8 @@ TEST_F(Dispatcher, AMissingRecordIsRefusedWhereOneIsNeeded) {
   EXPECT_EQ(Cycles(), 0u);
 }
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_STOP_MONITOR: no record"
+// Holds: VEXOAPI_CommandProc "Only the low 16 bits of code count"
 TEST_F(Dispatcher, CommandsWithoutARecordTakeANullPointer) {
   PretendBoard(4);
   for (const std::uint32_t code : {0xF002u, 0xF00Du, 0xF00Fu}) {
@@ -94,6 +100,7 @@ TEST_F(Dispatcher, CommandsWithoutARecordTakeANullPointer) {
   }
 }
 
+// Holds: Result codes "VEXO_ERROR_NOT_READY: no host window"
 TEST_F(Dispatcher, BeforeInitializationDisplayCommandsAndDumpsAreRefused) {
   AttachAndBind();
   const Bytes record(kRecordBytes, 0x11);
@@ -116,6 +123,7 @@ TEST_F(Dispatcher, TheMissingRecordIsNoticedBeforeTheMissingChips) {
   }
 }
 
+// Holds: VEXOAPI_CommandProc "Only the low 16 bits of code count"
 TEST_F(Dispatcher, TheUpperSixteenBitsOfTheCodeDoNotCount) {
   PretendBoard(4);
   for (const std::uint32_t upper : {0x10000u, 0xFFFF0000u, 0xF0050000u}) {
@@ -127,6 +135,7 @@ TEST_F(Dispatcher, TheUpperSixteenBitsOfTheCodeDoNotCount) {
   EXPECT_EQ(g_display.live_split, VEXO_SPLIT_FULL);
 }
 
+// Holds: Result codes "VEXO_ERROR_FAILED: unknown code"
 TEST_F(Dispatcher, UnknownCodesFailAndTouchNothing) {
   PretendBoard(16);
   Mark();
@@ -173,6 +182,7 @@ const RecordCase kRecordCases[] = {
     {0xF011, 0, {2, 3, 4}, 3, 0, 0},
 };
 
+// Holds: VexoRegRecord "VEXO_CMD_READ_REG (reads bytes 0-2"
 TEST_F(Dispatcher, WritesOnlyTheBytesOfTheRecordThatAreItsOwn) {
   StartBoard(4);
   for (const RecordCase& c : kRecordCases) {
@@ -187,6 +197,10 @@ TEST_F(Dispatcher, WritesOnlyTheBytesOfTheRecordThatAreItsOwn) {
 }
 
 // Records of the exact size, so that a read or write past the end is noticed.
+// Holds: VexoRegRecord "VEXO_CMD_READ_REG (reads bytes 0-2"
+// Holds: VexoMaskRecord "Read: all 4 bytes."
+// Holds: VexoMotionSetupRecord "Read: all 4 bytes."
+// Holds: VexoMotionRegRecord "Read: all 3 bytes."
 TEST_F(Dispatcher, KeepsInsideTheShortestRecord) {
   StartBoard(4);
   for (const RecordCase& c : kRecordCases) {
@@ -205,6 +219,7 @@ TEST_F(Dispatcher, KeepsInsideTheShortestRecord) {
   EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_MOTION_MASK_PREVIEW, mask.get()), 0);
 }
 
+// Holds: VexoCtrlSDK.h "Records belong to the caller"
 TEST_F(Dispatcher, RecordsNeedNoAlignment) {
   PretendBoard(4);
   const auto memory = std::make_unique<std::uint8_t[]>(16);
@@ -218,6 +233,13 @@ TEST_F(Dispatcher, RecordsNeedNoAlignment) {
 
 // ---- 0xF003, 0xF004 --------------------------------------------------------------------------
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_READ_REG: VexoRegRecord,"
+// Holds: VexoRegRecord "VEXO_CMD_READ_REG (reads bytes 0-2"
+// Holds: VexoRegRecord "chip_select: 0 VEXO_CHIP_..."
+// Holds: VexoRegRecord "page: 1 register page"
+// Holds: VexoRegRecord "reg: 2 register number"
+// Holds: VexoRegRecord "value: 3 value read or to write"
+// Holds: Host window messages "VEXO_MSG_REG_VALUE: wParam: address of a VexoRegRecord"
 TEST_F(Dispatcher, ReadRegisterPutsTheValueIntoTheRecordAndTellsTheHost) {
   PretendBoard(8);
   world().board.Poke(1, 2, 0x67, 0x5A);
@@ -229,6 +251,7 @@ TEST_F(Dispatcher, ReadRegisterPutsTheValueIntoTheRecordAndTellsTheHost) {
   EXPECT_EQ(world().windows.received[0].record, (sim::Bytes{0x0C, 0x02, 0x67, 0x5A}));
 }
 
+// Holds: VEXOAPI_CommandProc "VEXO_OK comes back although nothing was done"
 TEST_F(Dispatcher, ReadRegisterBeforeInitializationAnswersDoneWithZero) {
   AttachAndBind();
   Mark();
@@ -240,6 +263,9 @@ TEST_F(Dispatcher, ReadRegisterBeforeInitializationAnswersDoneWithZero) {
   EXPECT_FALSE(LockHeld());
 }
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_WRITE_REG: VexoRegRecord"
+// Holds: VexoRegRecord "chip_select: 0 VEXO_CHIP_..."
+// Holds: VexoRegRecord "value: 3 value read or to write"
 TEST_F(Dispatcher, WriteRegisterTakesTheValueFromTheRecord) {
   PretendBoard(8);
   EXPECT_EQ(Command(VEXO_CMD_WRITE_REG, {kChipAll, 2, 0x67, 0x5A}), 0);
@@ -248,6 +274,7 @@ TEST_F(Dispatcher, WriteRegisterTakesTheValueFromTheRecord) {
   EXPECT_EQ(DebugText(), "[VexoCtrlSDK]: >> VEXO WRITE REG 0xFF 0x02 0x67 0x5A \r\n");
 }
 
+// Holds: VEXOAPI_CommandProc "VEXO_OK comes back although nothing was done"
 TEST_F(Dispatcher, WriteRegisterBeforeInitializationAnswersDoneAndWritesNothing) {
   AttachAndBind();
   Mark();
@@ -259,6 +286,7 @@ TEST_F(Dispatcher, WriteRegisterBeforeInitializationAnswersDoneAndWritesNothing)
 
 // ---- 0xF005, 0xF008, 0xF009 ------------------------------------------------------------------
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_LIVE_SPLIT: VexoSplitRecord"
 TEST_F(Dispatcher, LiveSplitTakesModeAndChannelsFromBytesFourAndSix) {
   StartBoard(4);
   EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, {9, 9, 9, 9, VEXO_SPLIT_FULL, 9, 2}), 0);
@@ -268,6 +296,7 @@ TEST_F(Dispatcher, LiveSplitTakesModeAndChannelsFromBytesFourAndSix) {
   EXPECT_EQ(Register(0, 1, 0x31), 0x00);  // channel 0 has no window
 }
 
+// Holds: Result codes "VEXO_ERROR_FAILED: unknown code"
 TEST_F(Dispatcher, LiveSplitHandsThroughWhatTheOperationAnswers) {
   PretendBoard(4);
   EXPECT_EQ(Command(VEXO_CMD_LIVE_SPLIT, {0, 0, 0, 0, 7}), -5);              // no such mode
@@ -277,6 +306,9 @@ TEST_F(Dispatcher, LiveSplitHandsThroughWhatTheOperationAnswers) {
   EXPECT_FALSE(LockHeld());
 }
 
+// Holds: VexoCtrlSDK.h "All multi-byte fields are little-endian."
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_CHANNEL_MASKS"
+// Holds: VexoChannelMasksRecord "Read: all 12 bytes."
 TEST_F(Dispatcher, ChannelMasksAreStoredInOrderLittleEndian) {
   PretendBoard(4);
   EXPECT_EQ(Command(VEXO_CMD_CHANNEL_MASKS,
@@ -287,6 +319,9 @@ TEST_F(Dispatcher, ChannelMasksAreStoredInOrderLittleEndian) {
   EXPECT_EQ(g_display.play_mask, 0x24232221u);
 }
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_LIVE_MODE: VexoLiveModeRecord"
+// Holds: VexoLiveModeRecord "mode: 4 VEXO_SPLIT_..."
+// Holds: VexoLiveModeRecord "channels: 5 channel of each window"
 TEST_F(Dispatcher, LiveModeTakesModeAndChannelsFromBytesFourAndFive) {
   StartBoard(4);
   g_display.view = kViewPlayback;
@@ -322,6 +357,9 @@ TEST_F(Dispatcher, TheViewWordIsSetBeforeTheOperationAsksTheChips) {
 
 // ---- 0xF00B, 0xF00C, 0xF00D ------------------------------------------------------------------
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_BLANK_MASK: VexoMaskRecord"
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_BIT0_MASK: VexoMaskRecord"
+// Holds: VexoMaskRecord "mask: 0 bit n"
 TEST_F(Dispatcher, BlankMaskAndBit0MaskSetTheirBitOfEachChannel) {
   PretendBoard(4);
   EXPECT_EQ(Command(VEXO_CMD_BLANK_MASK, {0x05, 0, 0, 0xF0}), 0);
@@ -334,6 +372,7 @@ TEST_F(Dispatcher, BlankMaskAndBit0MaskSetTheirBitOfEachChannel) {
   EXPECT_EQ(g_display.bit0_mask.live, 0x00000006u);
 }
 
+// Holds: Result codes "VEXO_ERROR_FAILED: unknown code"
 TEST_F(Dispatcher, MasksFailOnABoardWithoutAVariant) {
   PretendBoard(12);
   EXPECT_EQ(Command(VEXO_CMD_BLANK_MASK, Bytes(4)), -1);
@@ -343,6 +382,8 @@ TEST_F(Dispatcher, MasksFailOnABoardWithoutAVariant) {
   EXPECT_EQ(Cycles(), 0u);
 }
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_RESTORE_BLANK: no record"
+// Holds: VexoChannelMasksRecord "Bit n stands for channel n."
 TEST_F(Dispatcher, RestoreBlankTakesTheFirstMaskInLiveViewAndTheThirdOtherwise) {
   struct Case {
     std::uint8_t view;
@@ -391,6 +432,12 @@ class DispatcherMotionSetup : public Dispatcher {
   AccessList after_print;
 };
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_MOTION_SETUP"
+// Holds: VexoMotionSetupRecord "Read: all 4 bytes."
+// Holds: VexoMotionSetupRecord "cell_type: 0 look of the cell boxes"
+// Holds: VexoMotionSetupRecord "timing_low: 1 low half of the shared parameter"
+// Holds: VexoMotionSetupRecord "timing_high: 2 high half of the shared parameter"
+// Holds: VexoMotionSetupRecord "channel: 3 channel shown full screen with its cells"
 TEST_F(DispatcherMotionSetup, HidesTheCellsShowsTheChannelAndDrawsItsCells) {
   StartBoard(4);
   // Twice, so that the registers it reads are settled.
@@ -432,6 +479,7 @@ TEST_F(DispatcherMotionSetup, HidesTheCellsShowsTheChannelAndDrawsItsCells) {
   EXPECT_FALSE(LockHeld());
 }
 
+// Holds: VEXOAPI_CommandProc "It comes back although a part was not done"
 TEST_F(DispatcherMotionSetup, GoesOnWhenTheSplitIsRefused) {
   StartBoard(4);
   g_display.view = kViewPlayback;
@@ -441,6 +489,7 @@ TEST_F(DispatcherMotionSetup, GoesOnWhenTheSplitIsRefused) {
   EXPECT_EQ(Register(0, 2, 0x68), 0xA0 | 0x08 | 1);
 }
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_MOTION_CLEAR: no record"
 TEST_F(Dispatcher, MotionClearHidesTheCells) {
   PretendBoard(4);
   EXPECT_EQ(CommandNull(VEXO_CMD_MOTION_CLEAR), 0);
@@ -453,6 +502,11 @@ TEST_F(Dispatcher, MotionClearHidesTheCells) {
   EXPECT_FALSE(LockHeld());
 }
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_MOTION_REG"
+// Holds: VexoMotionRegRecord "Read: all 3 bytes."
+// Holds: VexoMotionRegRecord "channel: 0 channel"
+// Holds: VexoMotionRegRecord "high: 1 high half of the value"
+// Holds: VexoMotionRegRecord "low: 2 low half of the value"
 TEST_F(Dispatcher, MotionRegTakesChannelHighAndLow) {
   PretendBoard(16);
   EXPECT_EQ(Command(VEXO_CMD_MOTION_REG, {13, 0x0B, 0x3C}), 0);

@@ -25,6 +25,10 @@ class Exports : public test::LibraryTest {
   }
 };
 
+// Holds: VexoCtrlSDK.h "A host loads the library"
+// Holds: VexoWindow "A window handle of the host (HWND)."
+// Holds: VEXOAPI_Initialize "Binds the host window that gets the messages above."
+// Holds: VEXOAPI_Initialize "Returns VEXO_OK, or VEXO_ERROR_UNINITIALIZED."
 TEST_F(Exports, InitializeBindsTheWindow) {
   harness::Entry(1);
   const PlatWindow window = world().windows.Create();
@@ -39,12 +43,15 @@ TEST_F(Exports, InitializeMovesToANewWindow) {
   EXPECT_EQ(g_library.g_host_wnd, window);
 }
 
+// Holds: Result codes "VEXO_ERROR_UNINITIALIZED: the library is not initialized"
+// Holds: VEXOAPI_Initialize "Returns VEXO_OK, or VEXO_ERROR_UNINITIALIZED."
 TEST_F(Exports, InitializeBeforeAttachIsRefused) {
   EXPECT_EQ(harness::Initialize(world().windows.Create()), -6);
   EXPECT_EQ(g_library.g_host_wnd, 0u);
 }
 
 // Hosts have never seen a failure here; they notice by the -8 of the first command.
+// Holds: VEXOAPI_Initialize "A handle that is no window also gives VEXO_OK but binds"
 TEST_F(Exports, InitializeWithAnInvalidWindowAnswersDoneAndBindsNothing) {
   harness::Entry(1);
   Mark();
@@ -76,6 +83,7 @@ TEST_F(Exports, TheInvalidWindowIsToldAtLevelFour) {
   EXPECT_EQ(Debug(), Strings{});
 }
 
+// Holds: VEXOAPI_Uninitialize "Forgets the host window."
 TEST_F(Exports, UninitializeForgetsTheWindowAndNothingElse) {
   AttachAndBind();
   const std::size_t from = world().trace.Mark();
@@ -95,6 +103,8 @@ TEST_F(Exports, UninitializeBeforeAttachDoesNothing) {
   EXPECT_EQ(g_library.g_host_wnd, 0x10u);
 }
 
+// Holds: VEXOAPI_GetVersion "Copies the library's version ("1."
+// Holds: VEXOAPI_GetVersion "Returns the length in units without the terminator"
 TEST_F(Exports, GetVersionCopiesTheTextWithItsEnd) {
   harness::Entry(1);
   std::array<char16_t, 20> buffer;
@@ -103,11 +113,13 @@ TEST_F(Exports, GetVersionCopiesTheTextWithItsEnd) {
   EXPECT_EQ(std::u16string(buffer.data(), 12), std::u16string(u"1. 0. 1. 6\0#", 12));
 }
 
+// Holds: VEXOAPI_GetVersion "Copies the library's version ("1."
 TEST_F(Exports, GetVersionWithoutABufferGivesTheLength) {
   harness::Entry(1);
   EXPECT_EQ(VEXOAPI_GetVersion(nullptr), 10);
 }
 
+// Holds: VEXOAPI_GetVersion "Returns the length in units without the terminator"
 TEST_F(Exports, GetVersionOfALibraryWithoutAVersionCopiesAnEmptyText) {
   world().files.Remove("\\NAND FLASH\\MDVR\\VexoCtrlSDK.DLL");
   harness::Entry(1);
@@ -116,6 +128,7 @@ TEST_F(Exports, GetVersionOfALibraryWithoutAVersionCopiesAnEmptyText) {
   EXPECT_EQ(buffer[0], u'\0');
 }
 
+// Holds: VEXOAPI_GetVersion "Returns the length in units without the terminator"
 TEST_F(Exports, GetVersionBeforeAttachGivesZeroAndWritesNothing) {
   char16_t buffer[20] = u"before";
   g_library.g_version_text[0] = u'9';
@@ -123,6 +136,7 @@ TEST_F(Exports, GetVersionBeforeAttachGivesZeroAndWritesNothing) {
   EXPECT_EQ(std::u16string(buffer), u"before");
 }
 
+// Holds: VEXOAPI_SetEnableDebug "Turns the levelled diagnostics on (non-zero) or off."
 TEST_F(Exports, TheSwitchesTakeAnyValue) {
   harness::Entry(1);
   for (const std::uint32_t value : {0u, 1u, 0xFFFFFFFFu, 0x80000000u}) {
@@ -140,6 +154,7 @@ TEST_F(Exports, TheSwitchesDoNothingBeforeAttach) {
   EXPECT_EQ(g_debug.output_message, 1u);
 }
 
+// Holds: Result codes "VEXO_ERROR_UNINITIALIZED: the library is not initialized"
 TEST_F(Exports, ASecondProcessIsRefusedByAllOfThem) {
   AttachAsSecondProcess();
   char16_t buffer[20] = u"before";

@@ -350,6 +350,7 @@ TEST_F(InterleavingTraces, AnotherSeedGivesAnotherTrace) {
 }
 
 // That the worker does cut into the commands, or the rest would prove nothing.
+// Holds: Exports "So does the monitor"
 TEST_F(InterleavingTraces, TheWorkerCutsIntoTheHostsAccesses) {
   TraceOf(1);
   unsigned cuts = 0;

@@ -358,6 +358,7 @@ TEST_F(Lifecycle, AttachingAgainNeedsANewWindow) {
   EXPECT_EQ(CommandNull(VEXO_CMD_STOP_MONITOR), -8);
 }
 
+// Holds: VexoCtrlSDK.h "Unloading does not stop the monitor"
 TEST_F(Lifecycle, DetachDoesNotStopTheWorker) {
   PretendBoard(4);
   VexoSDK_StartWorker();

@@ -60,6 +60,8 @@ class MotionCommands : public test::LibraryTest {
 
 constexpr std::uint32_t kBoth[] = {VEXO_CMD_MOTION_MASK, VEXO_CMD_MOTION_MASK_PREVIEW};
 
+// Holds: VexoMotionMaskRecord "level: 1 sensitivity"
+// Holds: VexoMotionMaskRecord "mask: 2 12 rows of 16 cells"
 TEST_F(MotionCommands, BothProgramTheTransformedMaskAndTheLevel) {
   struct Case {
     std::uint8_t channel;
@@ -87,6 +89,9 @@ TEST_F(MotionCommands, BothProgramTheTransformedMaskAndTheLevel) {
 }
 
 // Hosts read the record back and know that it is changed.
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_MOTION_MASK:"
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_MOTION_MASK_PREVIEW"
+// Holds: VexoMotionMaskRecord "Written: the mask"
 TEST_F(MotionCommands, BothLeaveTheRecordTransformed) {
   Pretend(4);
   for (const std::uint32_t code : kBoth) {
@@ -127,6 +132,8 @@ TEST_F(MotionCommands, ThePreviewKeepsNothingSoThatTheKeptMaskCanComeBack) {
   EXPECT_EQ(Accesses(), Programmed(0x0C, 0xC6, OldMask(), {0x04, 0x0A, 0x01}));
 }
 
+// Holds: VexoMotionMaskRecord "level: 1 sensitivity"
+// Holds: VEXOAPI_CommandProc "It comes back although a part was not done"
 TEST_F(MotionCommands, ALevelThatDoesNotExistIsKeptButNotWritten) {
   Pretend(4);
   EXPECT_EQ(Command(VEXO_CMD_MOTION_MASK, Record(1, 4)), 0);
@@ -134,6 +141,8 @@ TEST_F(MotionCommands, ALevelThatDoesNotExistIsKeptButNotWritten) {
   EXPECT_EQ(g_motion.level[1], 4);
 }
 
+// Holds: Result codes "VEXO_ERROR_PARAMETER: required record missing"
+// Holds: VexoMotionMaskRecord "channel: 0 below the channel count"
 TEST_F(MotionCommands, AChannelThatTheBoardLacksIsRefusedAndNothingChanges) {
   for (const int channels : {4, 8, 12, 16}) {
     harness::Restart();
@@ -161,6 +170,7 @@ TEST_F(MotionCommands, ABoardWithoutChipsRefusesEveryChannel) {
 
 // ---- VEXOAPI_SetMotionInfo -------------------------------------------------------------------
 
+// Holds: VEXOAPI_SetMotionInfo "Stores and programs the motion level (0-3) and cell"
 TEST_F(MotionCommands, SetMotionInfoKeepsAndProgramsTheMaskAsItStands) {
   Pretend(8);
   const std::size_t from = world().trace.Mark();
@@ -184,6 +194,7 @@ TEST_F(MotionCommands, SetMotionInfoNeedsNoWindow) {
   EXPECT_EQ(Kept(0), kHostMask);
 }
 
+// Holds: VEXOAPI_SetMotionInfo "Does nothing while the chips are not ready"
 TEST_F(MotionCommands, SetMotionInfoBeforeInitializationAnswersDoneAndKeepsNothing) {
   Pretend(4);
   g_video.g_chip_ready = 0;
@@ -196,6 +207,7 @@ TEST_F(MotionCommands, SetMotionInfoBeforeInitializationAnswersDoneAndKeepsNothi
 }
 
 // The channel is not checked against the board: a host may prepare what a later board programs.
+// Holds: VEXOAPI_SetMotionInfo "A channel below 16 that the board lacks is stored"
 TEST_F(MotionCommands, SetMotionInfoKeepsAChannelThatTheBoardLacks) {
   Pretend(4);
   Bytes mask = kHostMask;
@@ -205,6 +217,7 @@ TEST_F(MotionCommands, SetMotionInfoKeepsAChannelThatTheBoardLacks) {
   EXPECT_EQ(Cycles(), 0u);
 }
 
+// Holds: VEXOAPI_SetMotionInfo "Does nothing while the chips are not ready"
 TEST_F(MotionCommands, SetMotionInfoIgnoresANullMask) {
   Pretend(16);
   EXPECT_EQ(harness::SetMotionInfo(0, 2, static_cast<sim::Bytes*>(nullptr)), 0);
@@ -214,6 +227,7 @@ TEST_F(MotionCommands, SetMotionInfoIgnoresANullMask) {
   EXPECT_FALSE(LockHeld());
 }
 
+// Holds: VEXOAPI_SetMotionInfo "Does nothing while the chips are not ready"
 TEST_F(MotionCommands, SetMotionInfoIgnoresChannelsPastTheTables) {
   Pretend(16);
   const MotionState before = g_motion;

@@ -325,6 +325,12 @@ class RandomCommands : public test::LibraryTest, public ::testing::WithParamInte
   unsigned boards_ = 0;
 };
 
+// Holds: VexoCtrlSDK.h "The library answers with result codes and tells the host about"
+// Holds: VexoCtrlSDK.h "Records belong to the caller"
+// Holds: VexoCtrlSDK.h "Reserved bytes are neither read nor written."
+// Holds: VEXOAPI_CommandProc "Runs one binary command."
+// Holds: VEXOAPI_CommandProc "Returns VEXO_OK or the operation's own result"
+// Holds: VEXOAPI_SetMotionInfo "A channel below 16 that the board lacks is stored"
 TEST_P(RandomCommands, AnswerAsPromisedAndStayInTheirRecord) {
   random_.seed(GetParam());
   while (commands_ < kCommandsPerShard) {

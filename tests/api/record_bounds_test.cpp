@@ -73,6 +73,8 @@ class RecordBounds : public test::LibraryTest {
   unsigned runs_ = 0;
 };
 
+// Holds: VexoCtrlSDK.h "Reserved bytes are neither read nor written."
+// Holds: VexoSplitRecord "VEXO_CMD_LIVE_SPLIT (reads byte 4"
 TEST_F(RecordBounds, LiveSplitReadsOneByteAWindow) {
   for (const int channels : kBoards) {
     Board(channels);
@@ -84,6 +86,7 @@ TEST_F(RecordBounds, LiveSplitReadsOneByteAWindow) {
   }
 }
 
+// Holds: VexoLiveModeRecord "Read: byte 4"
 TEST_F(RecordBounds, LiveModeReadsOneByteAWindow) {
   for (const int channels : kBoards) {
     Board(channels);
@@ -94,6 +97,7 @@ TEST_F(RecordBounds, LiveModeReadsOneByteAWindow) {
   }
 }
 
+// Holds: VexoSplitRecord "VEXO_CMD_LIVE_SPLIT (reads byte 4"
 TEST_F(RecordBounds, PlaySplitReadsOneByteAWindowAndForACentredPictureOneAChannel) {
   for (const int channels : kBoards) {
     Board(channels);
@@ -112,6 +116,7 @@ TEST_F(RecordBounds, PlaySplitReadsOneByteAWindowAndForACentredPictureOneAChanne
   }
 }
 
+// Holds: VexoPlayModeRecord "Read: byte 5"
 TEST_F(RecordBounds, PlayModeReadsOneByteAWindowAndForACentredPictureOneAChannel) {
   for (const int channels : kBoards) {
     Board(channels);
@@ -124,6 +129,7 @@ TEST_F(RecordBounds, PlayModeReadsOneByteAWindowAndForACentredPictureOneAChannel
   }
 }
 
+// Holds: VexoMotionMaskRecord "Read: all 26 bytes (byte 0 alone when the channel"
 TEST_F(RecordBounds, MotionMasksOfARefusedChannelReadItsNumberAlone) {
   for (const int channels : kBoards) {
     Board(channels);

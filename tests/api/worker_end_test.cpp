@@ -16,6 +16,8 @@ class WorkerEnd : public test::WorkerTest {};
 
 // ---- The host does not answer ----------------------------------------------------------------
 
+// Holds: Host window messages "It sends with a limit of 5000 ms"
+// Holds: Host window messages "Told is what it tried to tell"
 TEST_F(WorkerEnd, ADeafWindowCostsFiveSecondsAMessage) {
   StartFalling();
   world().windows.deaf = true;
@@ -36,6 +38,7 @@ TEST_F(WorkerEnd, ADeafWindowCostsFiveSecondsAMessage) {
   EXPECT_EQ(Sent().size(), 2u);
 }
 
+// Holds: Host window messages "Sent messages are handled by the window's thread where"
 TEST_F(WorkerEnd, ABusyHostIsWaitedFor) {
   StartFalling();
   SyncAt(210, false);
@@ -48,6 +51,9 @@ TEST_F(WorkerEnd, ABusyHostIsWaitedFor) {
   EXPECT_EQ(world().windows.received[0].t, 710u);
 }
 
+// Holds: Host window messages "The monitor, a thread that VEXO_CMD_INIT starts"
+// Holds: Host window messages "Told is what it tried to tell"
+// Holds: VEXOAPI_Uninitialize "Stops nothing: send VEXO_CMD_STOP_MONITOR first."
 TEST_F(WorkerEnd, WithoutAWindowEverySendFailsAtOnceAndTheWorkerGoesOn) {
   StartFalling();
   harness::Uninitialize();
@@ -98,6 +104,7 @@ TEST_F(WorkerEnd, AFailedSendIsOnlyPrinted) {
 
 // ---- Stop ------------------------------------------------------------------------------------
 
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_STOP_MONITOR, and VEXO_CMD_INIT likewise"
 TEST_F(WorkerEnd, StopEndsTheThreadAtTheEndOfItsPass) {
   StartFalling();
   const std::size_t from = Place();
@@ -145,6 +152,8 @@ TEST_F(WorkerEnd, StopWithoutAThreadDoesNothing) {
   EXPECT_EQ(g_worker.block.exit_code, 7u);
 }
 
+// Holds: VEXOAPI_CommandProc "After 20 ms it terminates the thread."
+// Holds: VEXOAPI_CommandProc "That happens where the sync bit was never set"
 TEST_F(WorkerEnd, AThreadStuckInASendHoldsUpTheStopForTheTerminationOnly) {
   StartFalling();
   world().windows.deaf = true;
@@ -179,6 +188,7 @@ TEST_F(WorkerEnd, StartStopsTheThreadThatRunsFirst) {
   EXPECT_EQ(world().kernel.LiveThreads(), 1u);
 }
 
+// Holds: Host window messages "Told is what it tried to tell"
 TEST_F(WorkerEnd, ANewThreadTellsTheVideoAgain) {
   StartFalling();
   SyncAt(210, false);

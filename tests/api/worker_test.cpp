@@ -137,6 +137,7 @@ TEST_F(Worker, AChangedSelectorCountsFromTheNextStartOn) {
 
 // ---- Waiting for the first sync level --------------------------------------------------------
 
+// Holds: Host window messages "The monitor, a thread that VEXO_CMD_INIT starts"
 TEST_F(Worker, PollsEvery3MsUntilTheStatusBitIsSet) {
   Prepare(false);
   world().board.SetSyncPeriod(10);  // set from 10 on
@@ -150,6 +151,8 @@ TEST_F(Worker, PollsEvery3MsUntilTheStatusBitIsSet) {
 }
 
 // The first wait does not look at the stop request: only its end does, or a termination.
+// Holds: VEXOAPI_CommandProc "After 20 ms it terminates the thread."
+// Holds: VEXOAPI_CommandProc "That happens where the sync bit was never set"
 TEST_F(Worker, AStatusBitThatNeverComesTakesATerminationOnThe21stPass) {
   Prepare(false);
   world().board.HoldSync(false);
@@ -194,6 +197,7 @@ TEST_F(Worker, ATerminationIsRepeatedOnEachPassUntilTheThreadHasEnded) {
   EXPECT_EQ(g_worker.thread, 0u);
 }
 
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_STOP_MONITOR, and VEXO_CMD_INIT likewise"
 TEST_F(Worker, AStatusBitThatComesDuringTheStopEndsTheThreadByItself) {
   Prepare(false);
   world().board.SetSyncPeriod(210);  // set from 210 on, which is a poll of the first wait
@@ -219,6 +223,7 @@ struct EdgeCase {
 
 class WorkerEdges : public Worker, public ::testing::WithParamInterface<EdgeCase> {};
 
+// Holds: Host window messages "The monitor, a thread that VEXO_CMD_INIT starts"
 TEST_P(WorkerEdges, OnlyTheSelectedOneCounts) {
   const EdgeCase& c = GetParam();
   Start(c.rising, true);
@@ -286,6 +291,7 @@ TEST_F(Worker, AfterACountedEdgeItReadsAgainWithoutAPause) {
 
 // ---- What it tells ---------------------------------------------------------------------------
 
+// Holds: Host window messages "VEXO_MSG_VIDEO_INFO after its first reading"
 TEST_F(Worker, TheFirstEdgeAlwaysTellsTheVideo) {
   StartFalling();
   SyncAt(210, false);
@@ -295,6 +301,7 @@ TEST_F(Worker, TheFirstEdgeAlwaysTellsTheVideo) {
   EXPECT_EQ(world().windows.received[0].t, 210u);
 }
 
+// Holds: Host window messages "VEXO_MSG_MOTION_STATUS whenever the motion mask is not"
 TEST_F(Worker, TheFirstEdgeTellsMotionOnlyIfThereIsSome) {
   StartFalling();
   world().board.SetMotion(0, true);
@@ -304,6 +311,9 @@ TEST_F(Worker, TheFirstEdgeTellsMotionOnlyIfThereIsSome) {
   EXPECT_EQ(Sent(), (LineList{Said(210, kNoLoss), Said(210, "send 2404 5")}));
 }
 
+// Holds: Host window messages "VEXO_MSG_VIDEO_INFO: wParam: address"
+// Holds: VideoDetectRecord "loss_mask: 0 bit n"
+// Holds: VideoDetectRecord "standard: 4 VEXO_VIDEO_..."
 TEST_F(Worker, TheVideoRecordCarriesLossAndStandards) {
   StartFalling();
   world().board.SetCamera(1, sim::Camera::Pal);
@@ -317,6 +327,8 @@ TEST_F(Worker, TheVideoRecordCarriesLossAndStandards) {
                                    "00010002000000000000000000000000]")}));
 }
 
+// Holds: Host window messages "VEXO_MSG_VIDEO_INFO after its first reading"
+// Holds: Host window messages "Another standard alone is no news."
 TEST_F(Worker, OnlyAChangedLossMaskIsToldAgain) {
   StartFalling();
   SyncAt(210, false);  // seen at 210
@@ -353,6 +365,9 @@ TEST_F(Worker, WhileTheChipsAreNotReadyTheRecordIsEmptyAndThereIsNoMotion) {
   }
 }
 
+// Holds: VexoCtrlSDK.h "The library answers with result codes and tells the host about"
+// Holds: Host window messages "VEXO_MSG_MOTION_STATUS whenever the motion mask is not"
+// Holds: Host window messages "VEXO_MSG_MOTION_STATUS: wParam: 16-bit mask"
 TEST_F(Worker, AChangeOfMotionIsToldAtOnce) {
   StartFalling();
   SyncAt(210, false);
@@ -369,6 +384,7 @@ TEST_F(Worker, AChangeOfMotionIsToldAtOnce) {
 
 // ---- The repeat of the motion mask -----------------------------------------------------------
 
+// Holds: Host window messages "VEXO_MSG_MOTION_STATUS whenever the motion mask is not"
 TEST_F(Worker, AnUnchangedMaskIsRepeated900MsAfterTheStampWasSet) {
   StartFalling();
   SyncAt(210, false);  // sets the stamp
@@ -408,6 +424,7 @@ TEST_F(Worker, At899MsItIsTooEarly) {
   EXPECT_EQ(g_worker.motion_stamp, 210u);
 }
 
+// Holds: Host window messages "VEXO_MSG_MOTION_STATUS whenever the motion mask is not"
 TEST_F(Worker, TheRepeatCarriesTheMaskThatIsStillThere) {
   StartFalling();
   world().board.SetMotion(3, true);
@@ -430,6 +447,7 @@ TEST_F(Worker, TheRepeatCarriesTheMaskThatIsStillThere) {
 }
 
 // A change leaves the stamp alone, so the first unchanged pass after it may repeat at once.
+// Holds: Host window messages "VEXO_MSG_MOTION_STATUS whenever the motion mask is not"
 TEST_F(Worker, AStampLeftOverFromBeforeAChangeRepeatsAtOnce) {
   StartFalling();
   SyncAt(210, false);  // stamp 210

@@ -120,6 +120,8 @@ TEST_F(RegisterBus, AWriteIsSelectAddressDataRelease) {
   }
 }
 
+// Holds: Shared values "Chip select codes"
+// Holds: Chips: vexo "`CHIP`: hexadecimal: 3 master"
 TEST_F(RegisterBus, AWriteReachesItsChipAlone) {
   for (unsigned position = 0; position < 4; ++position) {
     TW_WriteRegister(kChipByPosition[position], 1, 0x0D,
@@ -131,6 +133,8 @@ TEST_F(RegisterBus, AWriteReachesItsChipAlone) {
   }
 }
 
+// Holds: Shared values "Chip select codes"
+// Holds: Chips: vexo "`CHIP`: hexadecimal: 3 master"
 TEST_F(RegisterBus, ABroadcastWriteReachesAllChips) {
   TW_WriteRegister(0xFF, 1, 0x0D, 0x77);
   EXPECT_EQ(Events(), (Lines{"select<-55", "address<-0D", "data<-77", "select<-FF"}));
@@ -161,6 +165,7 @@ TEST_F(RegisterBus, AReadOfSlave1Page2SelectsItBeforeTheAddress) {
 }
 
 // Nobody in the library does it, but a host can: the value passes unchecked and the board suffers.
+// Holds: Shared values "Reading with ALL is not supported."
 TEST_F(RegisterBus, ABroadcastReadGoesOutAsItIs) {
   world().board.Poke(0, 1, 0x0D, 0xF0);
   world().board.Poke(1, 1, 0x0D, 0x3C);
@@ -213,6 +218,7 @@ TEST_F(RegisterBus, ATableOf255BytesGoesOutWhole) {
 
 // ---- Refusals --------------------------------------------------------------------------------
 
+// Holds: Chips: vexo "`PAGE`: hexadecimal: 0 to 2"
 TEST_F(RegisterBus, AnInvalidPageIsPrintedAndTouchesNoWindow) {
   constexpr std::uint8_t kTable[] = {1, 2};
   const auto text = [](const char* operation, int page) {

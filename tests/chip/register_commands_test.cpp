@@ -56,6 +56,7 @@ TEST_F(RegisterCommands, AReadyFlagOfTwoReadsButDoesNotWrite) {
   EXPECT_EQ(Debug(), Lines{});
 }
 
+// Holds: VexoRegRecord "page: 1 register page"
 TEST_F(RegisterCommands, AReadOfAnInvalidPageIsToldTwiceAndSentAsZero) {
   EXPECT_EQ(VexoProc_ReadRegister(kChipMaster, 3, 0x10), 0);
   EXPECT_EQ(Events(),

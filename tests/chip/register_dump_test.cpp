@@ -135,6 +135,7 @@ TEST_P(RegisterDumps, ReadsEachRegisterOnceInAscendingOrder) {
   EXPECT_EQ(Messages(), std::vector<std::uint32_t>{});
 }
 
+// Holds: VEXOAPI_SetEnableOutputMsg "Turns the plain diagnostics and the register"
 TEST_P(RegisterDumps, ReadsEverythingAndPrintsNothingWithTheOutputOff) {
   const Dump& dump = GetParam();
   Start(4);

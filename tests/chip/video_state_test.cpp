@@ -22,6 +22,7 @@ TEST_F(VideoStateAtLoad, HasNoSplitsAndWritesTablesToTheMaster) {
   EXPECT_EQ(g_video.broadcast_select, 0x03);
 }
 
+// Holds: vexo change_vdo auto "Stores 255, which is no standard"
 TEST_F(VideoStateAtLoad, EveryStandardButNtscIsLaidOutAsPal) {
   for (const int standard : {0, 1, 2, 3, 255}) {
     g_video.video_standard = static_cast<std::uint8_t>(standard);

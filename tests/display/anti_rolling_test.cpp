@@ -42,6 +42,7 @@ TEST_P(AntiRolling, PollsAgainAfter5MsUntilTheChipsHaveSettled) {
   }
 }
 
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_INIT, VEXO_CMD_LIVE_SPLIT, VEXO_CMD_LIVE_MODE"
 TEST_P(AntiRolling, GivesUpAfter200PollsAnd199WaitsAndSaysSoOnTheKernelOutput) {
   UseBoard(GetParam());
   for (const int busy : {200, 201, kNever}) {

@@ -17,6 +17,7 @@ class ChannelMasks : public DisplayTest, public ::testing::WithParamInterface<in
   bool HasVariant() const { return HasLayouts(GetParam()); }
 };
 
+// Holds: vexo pbank show "pbank init and the blank masks of binary commands"
 TEST_P(ChannelMasks, AreWrittenChannelByChannelAndKeptForTheView) {
   for (const std::uint32_t mask :
        {0u, 0xFFFFFFFFu, 0x00000001u, 0x00008000u, 0x00005A96u, 0xFFFF0000u}) {
@@ -53,6 +54,7 @@ TEST_P(ChannelMasks, AreWrittenChannelByChannelAndKeptForTheView) {
   }
 }
 
+// Holds: VexoChannelMasksRecord "live_display: 0 channels shown in live display"
 TEST_P(ChannelMasks, OfTheRecordAreStoredAppliedByViewAndToTheRecordPath) {
   // At an odd address: the record may come from anywhere in the caller's memory.
   const std::array<std::uint8_t, 13> bytes = {0xEE, 0x01, 0x82, 0x03, 0x84, 0xA5, 0x5A,
@@ -90,6 +92,8 @@ TEST_P(ChannelMasks, AreRestoredFromTheDisplayMaskOfTheView) {
   }
 }
 
+// Holds: VexoChannelMasksRecord "Bit n stands for channel n."
+// Holds: VexoChannelMasksRecord "record: 4 channels that are recorded"
 TEST_P(ChannelMasks, ApplyTheRecordMaskToEveryChannel) {
   for (const std::uint32_t mask : {0u, 0xFFFFFFFFu, 0x00009C63u}) {
     g_display.record_mask = mask;
@@ -103,6 +107,7 @@ TEST_P(ChannelMasks, ApplyTheRecordMaskToEveryChannel) {
 
 // ---- The text path's helpers ------------------------------------------------------------------
 
+// Holds: vexo pbank init "Blanks every channel for playback."
 TEST_P(ChannelMasks, BlankAllWritesEveryRegisterOfTheBoardTwice) {
   for (const std::uint8_t view : Channels{1, 2}) {
     g_display.view = view;
@@ -119,6 +124,7 @@ TEST_P(ChannelMasks, BlankAllWritesEveryRegisterOfTheBoardTwice) {
   }
 }
 
+// Holds: vexo pbank clear "Shows every channel."
 TEST_P(ChannelMasks, UnblankAllClearsEveryBlankBitOfTheBoard) {
   for (const std::uint8_t view : Channels{1, 2}) {
     g_display.view = view;
@@ -134,6 +140,7 @@ TEST_P(ChannelMasks, UnblankAllClearsEveryBlankBitOfTheBoard) {
   }
 }
 
+// Holds: vexo pbank show "Shows a channel and the next one"
 TEST_P(ChannelMasks, UnblankPairShowsAChannelAndTheNextOne) {
   for (int n = 0; n < GetParam(); ++n) {
     for (const std::uint32_t blanked : {1u << n, 2u << n, 3u << n, 0xFFFFFFFFu, ~(3u << n), 0u}) {
@@ -255,6 +262,7 @@ TEST_F(ChannelMaskEdges, ThePairOfAnEightChannelBoardsLastChannelReachesForSlave
   EXPECT_EQ(g_display.blank_mask.playback, 0u);
 }
 
+// Holds: vexo pbank show "What comes after channel 15 is channel 12."
 TEST_F(ChannelMaskEdges, ThePairOfASixteenChannelBoardsLastChannelTouchesChannel12) {
   UseBoard(16);
   world().board.Poke(3, 1, 0x11, 0xFF);
@@ -280,6 +288,8 @@ TEST_F(ChannelMaskEdges, AMaskBitOfAChannelThatNoBoardHasShowsNothingAndStays) {
 
 // ---- Through the commands -----------------------------------------------------------------------
 
+// Holds: VexoCtrlSDK.h "All multi-byte fields are little-endian."
+// Holds: VexoMaskRecord "Read: all 4 bytes."
 TEST_F(ChannelMaskEdges, TheCommandsTakeTheirMasksLittleEndian) {
   UseBoard(16);
   EXPECT_EQ(Command(VEXO_CMD_BLANK_MASK, {0x78, 0x56, 0x34, 0x12}), 0);

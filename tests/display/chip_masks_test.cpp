@@ -50,6 +50,7 @@ class ChipMasks : public DisplayTest, public ::testing::WithParamInterface<int> 
   }
 };
 
+// Holds: vexo loss "Blanks the channels of the mask and shows the others."
 TEST_P(ChipMasks, BlankWriterReadsAndWritesEveryPositionOfEveryChipInOrder) {
   g_display.bit6_mask = 0x1234;
   unsigned seed = 1;
@@ -143,6 +144,8 @@ TEST_F(ChipMasksEdges, Mask0x0021BlanksChannels0And5OfAnEightChannelBoardAlone) 
                 W(kSlave1, 1, 0x29, 0xA1)}));
 }
 
+// Holds: Chips: vexo "Of 12 channels every mask reaches 0 to 7 alone."
+// Holds: vexo loss "Of 12 channels it reaches 0 to 7 alone."
 TEST_F(ChipMasksEdges, TwelveChannelsLeaveSlave2AsItWas) {
   UseBoard(12);
   const RegisterImage before = Image();
@@ -175,6 +178,7 @@ TEST_F(ChipMasksEdges, AnyUnknownChannelCountVisitsMasterAndSlave1) {
   }
 }
 
+// Holds: vexo frz "Freezes the channels of the first mask"
 TEST_F(ChipMasksEdges, TheBit6MaskIsTheFreezeOfTheChannels) {
   UseBoard(16);
   TW_SetBit6MaskByChip(0x8001);

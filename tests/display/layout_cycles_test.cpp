@@ -96,6 +96,7 @@ TEST_F(LayoutCycles, OfARefusedSplitAreNone) {
   }
 }
 
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_INIT makes 1776"
 TEST_F(LayoutCycles, OfEachFurtherPollOfTheHoldAreFourAChip) {
   const Channels list = {0, 1, 2, 3};
   UseBoard(16);
@@ -249,6 +250,7 @@ TEST_F(LayoutCycles, OfTheMaskWriters) {
   }
 }
 
+// Holds: VEXOAPI_CommandProc "It comes back although a part was not done"
 TEST_F(LayoutCycles, OfTheMaskWritersOnATwelveChannelBoardAreTheRecordWritesAlone) {
   const Channels record(12, 0);
   UseBoard(12);

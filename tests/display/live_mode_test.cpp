@@ -99,6 +99,7 @@ TEST_P(LiveModeVariant, RefusesANullRecordInSilence) {
   ExpectUntouched();
 }
 
+// Holds: vexo stop "Programs the display for live pictures again"
 TEST_P(LiveModeVariant, ResetProgramsTheLivePathWithoutASplitAndWithoutAChangeOfState) {
   UseBoard(GetParam());
   for (const std::uint8_t view : Channels{1, 2}) {
@@ -142,6 +143,7 @@ TEST_F(LiveModeEdges, WhileAlreadyLiveTellsSoAndReprogramsEverything) {
   EXPECT_GT(first.size(), 100u);
 }
 
+// Holds: VexoLiveModeRecord "Answers VEXO_OK also when the board lacks the mode"
 TEST_F(LiveModeEdges, AModeThatTheBoardLacksStillGives0AndProgramsAllButTheSplit) {
   UseBoard(8);
   g_display.live_split = 4;
@@ -154,6 +156,7 @@ TEST_F(LiveModeEdges, AModeThatTheBoardLacksStillGives0AndProgramsAllButTheSplit
   for (int n = 0; n < 8; ++n) EXPECT_EQ(Register(n / 4, 1, 0x61 + 3 * (n % 4)), 0x00);
 }
 
+// Holds: VEXOAPI_CommandProc "It comes back although a part was not done"
 TEST_F(LiveModeEdges, ATwelveChannelBoardSkipsVariantAndBlankMask) {
   UseBoard(12);
   const Channels record = RecordOf(1, Ascending(4));

@@ -38,6 +38,9 @@ class LivePip : public DisplayTest, public ::testing::WithParamInterface<BoardCa
   unsigned seed_ = 0;
 };
 
+// Holds: vexo pip start "Shows one channel full size and another as an inset over it."
+// Holds: Chips: vexo "`MAIN`: channel, 0 to 15"
+// Holds: Chips: vexo "`INSET`: channel, 0 to 15"
 TEST_P(LivePip, MakesExactlyTheAccessesOfItsStepsForEveryPairOfChannels) {
   for (const int main : kManyChannels) {
     for (const int inset : {0, 1, 6, 15, 16, 255, main}) {
@@ -53,6 +56,11 @@ TEST_P(LivePip, MakesExactlyTheAccessesOfItsStepsForEveryPairOfChannels) {
   }
 }
 
+// Holds: vexo mpip start "Shows a channel as an inset over the current layout"
+// Holds: Chips: vexo "`X_START`: 0 to 180 display units"
+// Holds: Chips: vexo "`X_END`: 0 to 180 display units"
+// Holds: Chips: vexo "`Y_START`: 0 to 120 (NTSC)"
+// Holds: Chips: vexo "`Y_END`: 0 to 120 (NTSC)"
 TEST_P(LivePip, MultiMakesExactlyTheAccessesOfItsStepsForEverySize) {
   for (const int size : {0, 1, 2, 3, 4, 5, 6, 7, 127, 128, 255}) {
     for (const int channel : {0, 5, 10, 15, 16, 255}) {
@@ -69,6 +77,7 @@ TEST_P(LivePip, MultiMakesExactlyTheAccessesOfItsStepsForEverySize) {
   }
 }
 
+// Holds: vexo mpip move "Moves the inset"
 TEST_P(LivePip, MultiMovesTheInsetAndLeavesTheScaler) {
   for (const int channel : kManyChannels) {
     for (const Rect& rect : kManyRects) {
@@ -85,6 +94,7 @@ TEST_P(LivePip, MultiMovesTheInsetAndLeavesTheScaler) {
   }
 }
 
+// Holds: vexo pip stop "Brings all channels to the front"
 TEST_P(LivePip, StopLeavesEveryDisplayRegisterInFrontAndNothingElseChanged) {
   for (void (*stop)() : {TW_StopLivePip, TW_StopLiveMultiPip}) {
     ScribbleAnew();
@@ -133,6 +143,7 @@ TEST_F(LivePipEdges, MainChannel0HidesNothing) {
                 W(kMaster, 1, 0x36, 0x4B), W(kMaster, 1, 0x37, 0x69), W(kMaster, 1, 0x18, 0xC1)}));
 }
 
+// Holds: vexo pip start "Channels below the main one are hidden"
 TEST_F(LivePipEdges, MainChannel3HidesTheThreeBelowAndPlacesOneOfThemAsTheInset) {
   UseBoard(4, 0);
   TW_SetLivePip(3, 0);
@@ -149,6 +160,7 @@ TEST_F(LivePipEdges, MainChannel3HidesTheThreeBelowAndPlacesOneOfThemAsTheInset)
   EXPECT_EQ(Register(0, 1, 0x28), 0x83);
 }
 
+// Holds: vexo pip start "Channels below the main one are hidden"
 TEST_F(LivePipEdges, ChannelsAboveTheMainOneKeepTheirRectangles) {
   UseBoard(16);
   std::vector<Rect> before;
@@ -195,6 +207,7 @@ std::vector<Access> Then(std::vector<Access> first, const std::vector<Access>& s
   return first;
 }
 
+// Holds: Chips: vexo "`SIZE`: 2 half size"
 TEST_F(LivePipEdges, MultiSize1WritesAThirdAndThenAQuarter) {
   UseBoard(4);
   StartMulti(1, 1, {1, 2, 3, 4});
@@ -207,12 +220,14 @@ TEST_F(LivePipEdges, MultiSize0WritesAQuarterTwice) {
   EXPECT_EQ(ScalerWrites(), Then(RatioWrites(0x3F, 0xFF), RatioWrites(0x3F, 0xFF)));
 }
 
+// Holds: Chips: vexo "`SIZE`: 2 half size"
 TEST_F(LivePipEdges, MultiSize2WritesAHalfOnce) {
   UseBoard(4);
   StartMulti(1, 2, {1, 2, 3, 4});
   EXPECT_EQ(ScalerWrites(), RatioWrites(0x7F, 0xFF));
 }
 
+// Holds: Chips: vexo "`SIZE`: 2 half size"
 TEST_F(LivePipEdges, MultiSize7AndEveryOtherSizeWriteAQuarterOnce) {
   UseBoard(4);
   for (const int size : {3, 7, 6, 128, 255}) {
@@ -244,6 +259,7 @@ TEST_F(LivePipEdges, StopPutsEveryDisplayRegisterInFront) {
   EXPECT_EQ(Register(1, 0, 0xB1), 0x3F) << "neither are scalers";
 }
 
+// Holds: Chips: vexo "Most commands do not check a channel"
 TEST_F(LivePipEdges, ChannelNumbersOf16AndAboveGoToTheLastChip) {
   UseBoard(16);
   StartMulti(17, 2, {1, 2, 3, 4});

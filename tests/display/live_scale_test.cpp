@@ -11,6 +11,9 @@ namespace {
 
 class LiveScale : public DisplayTest {};
 
+// Holds: vexo xscale "Sets the scaler ratios of a channel."
+// Holds: Chips: vexo "`HORIZONTAL`: scale: 0 whole"
+// Holds: Chips: vexo "`VERTICAL`: as HORIZONTAL"
 TEST_F(LiveScale, WritesVerticalThenHorizontalRatioOfEveryPairOfCodes) {
   UseBoard(4);
   for (const int vertical : {0, 1, 2, 3, 4, 6}) {
@@ -29,6 +32,7 @@ TEST_F(LiveScale, WritesVerticalThenHorizontalRatioOfEveryPairOfCodes) {
   }
 }
 
+// Holds: vexo xscale "A refused code is printed"
 TEST_F(LiveScale, RefusesVerticalCode5AndWritesNothing) {
   UseBoard(4);
   TW_SetLiveScaleX(0, 5, 1);
@@ -36,6 +40,7 @@ TEST_F(LiveScale, RefusesVerticalCode5AndWritesNothing) {
   ExpectPrinted(">> TW_SetLiveScaleX INVALID V SCALE (5)!!\r\n");
 }
 
+// Holds: vexo xscale "A refused code is printed"
 TEST_F(LiveScale, KeepsTheVerticalRatioWhenHorizontalCode5IsRefused) {
   UseBoard(4);
   const std::uint8_t old_high = Register(0, 0, 0x83);
@@ -70,6 +75,7 @@ TEST_F(LiveScale, RefusesEveryCodeAbove6) {
   }
 }
 
+// Holds: Chips: vexo "`CHANNEL`: 0 to 15"
 TEST_F(LiveScale, ProgramsChannel6OnTheSecondChipInRegistersA1ToA4) {
   UseBoard(8);
   TW_SetLiveScaleX(6, 2, 4);
@@ -78,6 +84,7 @@ TEST_F(LiveScale, ProgramsChannel6OnTheSecondChipInRegistersA1ToA4) {
                                  W(kSlave1, 0, 0xA3, 0x55), W(kSlave1, 0, 0xA4, 0x55)}));
 }
 
+// Holds: Chips: vexo "Most commands do not check a channel"
 TEST_F(LiveScale, DoesNotCheckTheChannelNumber) {
   UseBoard(4);
   for (const int channel : {7, 11, 15, 16, 200, 255}) {
@@ -94,6 +101,7 @@ TEST_F(LiveScale, DoesNotCheckTheChannelNumber) {
   }
 }
 
+// Holds: vexo yscale "Sets the layout of a channel on the record path."
 TEST_F(LiveScale, WritesTheRecordLayoutOfEveryChannelAndRecordMode) {
   UseBoard(16);
   constexpr std::array<int, 3> kBits = {0x00, 0x10, 0x30};
@@ -115,6 +123,8 @@ TEST_F(LiveScale, WritesF0ToRegisterBAForChannel3InRecordMode2) {
   EXPECT_EQ(Accesses(), std::vector<Access>{W(kMaster, 0, 0xBA, 0xF0)});
 }
 
+// Holds: vexo yscale "A refused mode is printed."
+// Holds: Chips: vexo "`RECORD_MODE`: 0 to 2"
 TEST_F(LiveScale, RefusesRecordModesAbove2) {
   UseBoard(4);
   for (const int mode : {3, 4, 255}) {

@@ -35,6 +35,9 @@ class DirectSplit : public DisplayTest, public ::testing::WithParamInterface<Boa
   unsigned seed_ = 0;
 };
 
+// Holds: vexo lsplit "Lays out a live split of consecutive channels from the given"
+// Holds: vexo lsplit "Where a board has too few channels"
+// Holds: Chips: vexo "`MODE`: split: 0 one picture"
 TEST_P(DirectSplit, MakesExactlyTheAccessesOfItsStepsForEveryModeOptionAndFirstChannel) {
   for (int mode = 0; mode < 7; ++mode) {
     for (const int option : {0, 1, 2, 3, 255}) {
@@ -46,6 +49,7 @@ TEST_P(DirectSplit, MakesExactlyTheAccessesOfItsStepsForEveryModeOptionAndFirstC
   }
 }
 
+// Holds: vexo lsplit "A mode above 6 is printed"
 TEST_P(DirectSplit, RefusesModesAbove6AndChangesNothing) {
   g_display.live_split = 3;
   g_display.split_option = 2;
@@ -93,6 +97,8 @@ TEST_F(DirectSplitEdges, OnlyHoldsABoardWithoutChannelsInModesThatCountChannels)
   }
 }
 
+// Holds: VEXOAPI_TextCommandProc ""vexo lsplit", "mpip stop" and "bluescr" wait"
+// Holds: Text commands "`lsplit`, `mpip stop` and `bluescr init` wait until the chips"
 TEST_F(DirectSplitEdges, WaitsForTheChipsWithoutALimitAndWithoutAWord) {
   UseBoard(8);
   world().board.SetSettle(700);
@@ -131,6 +137,7 @@ TEST_F(DirectSplitEdges, NeverWritesTheFieldMode) {
   }
 }
 
+// Holds: vexo lsplit "Where a board has too few channels"
 TEST_F(DirectSplitEdges, PlacesNoWindowInThe3x3OfAFourChannelBoard) {
   UseBoard(4);
   TW_SetLiveSplitDirect(4, 0, 0);
@@ -151,6 +158,7 @@ TEST_F(DirectSplitEdges, OnlyFullScreenStoresTheSelectedChannel) {
   EXPECT_EQ(g_display.selected_channel, 11);
 }
 
+// Holds: vexo lsplit "Where a board has too few channels"
 TEST_F(DirectSplitEdges, The4x4OfASmallerBoardShowsEachChannelOnceFromTheFirstWindowOn) {
   const std::vector<Rect> rects = DefaultRects(6, true);
   for (const int channels : {4, 8, 12}) {
@@ -176,6 +184,7 @@ TEST_F(DirectSplitEdges, The4x4OfASmallerBoardShowsEachChannelOnceFromTheFirstWi
 
 class LiveSplitOffset : public DisplayTest {};
 
+// Holds: vexo lsplit_pos "Moves the edges of a window of the live table from their"
 TEST_F(LiveSplitOffset, IsUsedByTheNextSplitOfBothPaths) {
   UseBoard(16);
   VexoProc_SetLiveSplitOffset(1, 1, 1, 2, 3, 4);

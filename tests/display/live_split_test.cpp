@@ -120,6 +120,7 @@ TEST_P(LiveSplit, MakesExactlyTheAccessesOfItsStepsForListsByChance) {
   }
 }
 
+// Holds: Shared values "4-channel boards have 0 and 1"
 TEST_P(LiveSplit, RefusesModesThatTheBoardLacksAndWritesNothing) {
   const Channels list = Ascending();
   g_display.live_split = 1;
@@ -197,6 +198,7 @@ INSTANTIATE_TEST_SUITE_P(Boards, LiveSplit,
 
 class LiveSplitEdges : public DisplayTest {};
 
+// Holds: Shared values "4-channel boards have 0 and 1"
 TEST_F(LiveSplitEdges, AnEightChannelBoardAnswersMinus1To13And16SplitAndKeepsItsDisplay) {
   UseBoard(8);
   const RegisterImage before = Image();
@@ -216,6 +218,7 @@ TEST_F(LiveSplitEdges, AFourChannelBoardShowsAListInAnyOrder) {
   for (int k = 0; k < 4; ++k) EXPECT_EQ(RectOf(3 - k), rects.at(static_cast<std::size_t>(k)));
 }
 
+// Holds: VexoSplitRecord "List channels in ascending order"
 TEST_F(LiveSplitEdges, AnEightChannelBoardHidesWhatIsListedOutOfOrder) {
   UseBoard(8);
   const Channels list = {3, 2, 1, 0};
@@ -228,6 +231,7 @@ TEST_F(LiveSplitEdges, AnEightChannelBoardHidesWhatIsListedOutOfOrder) {
   for (int n = 4; n < 8; ++n) EXPECT_EQ(RectOf(n), kHidden) << n;
 }
 
+// Holds: VexoSplitRecord "A number not below the board's channel count shows nothing."
 TEST_F(LiveSplitEdges, AnEntryThatIsNoChannelLeavesItsWindowEmpty) {
   UseBoard(4);
   const Channels list = {0, 0xFF, 2, 3};
@@ -237,6 +241,7 @@ TEST_F(LiveSplitEdges, AnEntryThatIsNoChannelLeavesItsWindowEmpty) {
   EXPECT_EQ(RectOf(2), DefaultRects(1, true).at(2));
 }
 
+// Holds: VexoSplitRecord "List channels in ascending order"
 TEST_F(LiveSplitEdges, AnEntryThatIsNoChannelEmptiesAllLaterWindowsOfLargerBoards) {
   UseBoard(16);
   const Channels list = {0, 1, 0xFF, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
@@ -271,6 +276,7 @@ TEST_F(LiveSplitEdges, AChannelGivenTwiceOnAFourChannelBoardIsShownInItsLastWind
   EXPECT_EQ(RectOf(1), DefaultRects(1, true).at(3));
 }
 
+// Holds: VexoSplitRecord "In live display"
 TEST_F(LiveSplitEdges, TheSecond3x3PageOfASixteenChannelBoardWrapsToChannels0And1) {
   UseBoard(16);
   const Channels list = {9, 10, 11, 12, 13, 14, 15, 0, 1};
@@ -284,6 +290,7 @@ TEST_F(LiveSplitEdges, TheSecond3x3PageOfASixteenChannelBoardWrapsToChannels0And
   for (int n = 9; n < 16; ++n) EXPECT_EQ(RectOf(n), rects.at(static_cast<std::size_t>(n - 9))) << n;
 }
 
+// Holds: VexoSplitRecord "In live display"
 TEST_F(LiveSplitEdges, TheSecondPageGoesByItsFirstEntryAlone) {
   UseBoard(16);
   const Channels list = {9, 10, 11, 12, 13, 14, 15, 0xFF, 0xFF};
@@ -292,6 +299,7 @@ TEST_F(LiveSplitEdges, TheSecondPageGoesByItsFirstEntryAlone) {
   EXPECT_EQ(RectOf(1), DefaultRects(4, true).at(8));
 }
 
+// Holds: VexoSplitRecord "Only the 3 x 3 page of 16 channels that begins with 9 goes"
 TEST_F(LiveSplitEdges, OtherModesAndBoardsHaveNoSecondPage) {
   UseBoard(16);
   const Channels list = {9, 10, 11, 12, 13, 14, 15, 0, 1, 2, 3, 4, 5, 6, 7, 8};
@@ -394,6 +402,7 @@ TEST_F(LiveSplitEdges, BoardsWithoutAVariantAnswerMinus1InSilence) {
   }
 }
 
+// Holds: Shared values "4-channel boards have 0 and 1"
 TEST_F(LiveSplitEdges, AModeThatTheBoardLacksIsRefusedInSilence) {
   UseBoard(4);
   const Channels list(16, 0);
@@ -404,6 +413,8 @@ TEST_F(LiveSplitEdges, AModeThatTheBoardLacksIsRefusedInSilence) {
 
 // ---- Through the command ------------------------------------------------------------------------
 
+// Holds: VexoSplitRecord "mode: 4 VEXO_SPLIT_..."
+// Holds: VexoSplitRecord "channels: 6 channel of each window"
 TEST_F(LiveSplitEdges, TheCommandTakesItsModeFromByte4AndItsListFromByte6) {
   UseBoard(16);
   const Channels list = {1, 3, 5, 7};

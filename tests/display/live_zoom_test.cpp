@@ -78,6 +78,7 @@ TEST_P(LiveZoom, StartSetsBit2OfEveryChipFromTheMastersValueThenSwitchesOn) {
   }
 }
 
+// Holds: vexo zoom stop "Shows the whole picture again."
 TEST_P(LiveZoom, StopClearsBit2OfEveryChipFromTheMastersValueThenSwitchesOff) {
   for (unsigned old = 0; old < 256; ++old) {
     SCOPED_TRACE(old);
@@ -95,6 +96,8 @@ TEST_P(LiveZoom, StopClearsBit2OfEveryChipFromTheMastersValueThenSwitchesOff) {
   }
 }
 
+// Holds: vexo zoom pos "Moves the enlarged part"
+// Holds: Chips: vexo "`X`: 0 to 180 display units"
 TEST_P(LiveZoom, MoveCutsEveryPositionToTheScreen) {
   const int y_max = GetParam().standard == 1 ? 0x90 : 0x78;
   for (int x = 0; x < 256; ++x) {
@@ -139,6 +142,8 @@ INSTANTIATE_TEST_SUITE_P(Boards, LiveZoom,
 
 class LiveZoomEdges : public DisplayTest {};
 
+// Holds: vexo zoom pos "Moves the enlarged part"
+// Holds: Chips: vexo "`Y`: 0 to 120 (NTSC)"
 TEST_F(LiveZoomEdges, MoveTo255And255StopsAt120LinesForNtscAnd144ForPal) {
   UseBoard(4, 0);
   TW_SetLiveZoomMove(0xFF, 0xFF);

@@ -320,6 +320,7 @@ TEST_F(PlayLayoutBytes, OfALiveWindowThatIsMovedDoNotReachPlayback) {
   ExpectWindow(2, {0x04, 0x5A, 0x3C, 0x77});
 }
 
+// Holds: VexoSplitRecord "List channels in ascending order"
 TEST_F(PlayLayoutBytes, OfAListThatIsNotAscendingShowOnlyTheChannelsThatTheWalkMeets) {
   const Rect hidden = {0, 0, 0, 0};
   UsePlayback(4);
@@ -334,6 +335,7 @@ TEST_F(PlayLayoutBytes, OfAListThatIsNotAscendingShowOnlyTheChannelsThatTheWalkM
   for (int n = 0; n < 4; ++n) EXPECT_EQ(Register(0, 1, 0x10 + 8 * n), 0xD4 + n);
 }
 
+// Holds: VexoSplitRecord "A number not below the board's channel count shows nothing."
 TEST_F(PlayLayoutBytes, OfAListWithAnEntryThatIsNoChannelLeaveItsWindowEmpty) {
   for (const std::uint8_t none : Channels{0xFF, 16}) {
     SCOPED_TRACE(none);
@@ -385,6 +387,7 @@ TEST_F(PlayLayoutBytes, OfTheSecondPageGiveChannelsZeroAndOneTheLastTwoWindows) 
   }
 }
 
+// Holds: VexoSplitRecord "Only the 3 x 3 page of 16 channels that begins with 9 goes"
 TEST_F(PlayLayoutBytes, OfTheSecondPageAreNoMatterToEightChannels) {
   UsePlayback(8);
   const Channels list = {9, 10, 11, 12, 13, 14, 15, 0, 0};

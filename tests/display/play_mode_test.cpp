@@ -138,6 +138,7 @@ TEST_P(PlayMode, CalledTwiceTellsSoAndWritesEverythingAgainAndGives0BothTimes) {
   for (std::size_t i = 0; i + blanks < first.size(); ++i) EXPECT_EQ(second[i], first[i]) << i;
 }
 
+// Holds: VexoPlayModeRecord "Read: byte 5"
 TEST_P(PlayMode, ShowsMode0AsTheCentredPictureWhateverElseTheRecordHolds) {
   for (const std::uint8_t other : Channels{0x00, 0x01, 0xFF}) {
     const Channels record = {other, other, other, other, other, 0,    2,    3,    0xFF, 0xFF, 0xFF,
@@ -155,6 +156,7 @@ TEST_P(PlayMode, ShowsMode0AsTheCentredPictureWhateverElseTheRecordHolds) {
   }
 }
 
+// Holds: VexoPlayModeRecord "Otherwise all channels are blank afterwards"
 TEST_P(PlayMode, EndsWithEveryChannelOfTheBoardBlankedAndKeepsTheLiveMask) {
   const int channels = GetParam().channels;
   for (int mode = 0; mode <= HighestMode(channels); ++mode) {
@@ -172,6 +174,7 @@ TEST_P(PlayMode, EndsWithEveryChannelOfTheBoardBlankedAndKeepsTheLiveMask) {
   }
 }
 
+// Holds: VexoPlayModeRecord "Answers VEXO_OK also when the board lacks the mode"
 TEST_P(PlayMode, AModeThatTheBoardLacksGives0AndBlanksNoChannel) {
   for (const int mode : {HighestMode(GetParam().channels) + 1, 7, 128, 255}) {
     const Channels record = RecordOf(mode, Ascending());
@@ -186,6 +189,7 @@ TEST_P(PlayMode, AModeThatTheBoardLacksGives0AndBlanksNoChannel) {
   }
 }
 
+// Holds: VEXOAPI_CommandProc "VEXO_CMD_PLAY_MODE: 100 ms"
 TEST_P(PlayMode, TakesTheSettlingTimeOfTheSplitAnd50MsAtItsEnd) {
   for (int mode = 0; mode < 8; ++mode) {
     SCOPED_TRACE(mode);
@@ -356,6 +360,7 @@ TEST_F(PlayModeEdges, ResetOverlayFollowsTheFullPictureFlagAloneOnEveryBoard) {
   }
 }
 
+// Holds: Result codes "VEXO_ERROR_NOT_READY: no host window"
 TEST_F(PlayModeEdges, ABoardOfAnotherSizeGivesMinus8AfterTheZoomWriteAndStaysInPlayback) {
   for (const int channels : {0, 12}) {
     for (const std::uint8_t view : Channels{kLive, kPlayback}) {

@@ -51,6 +51,7 @@ class PlayPictures : public PlayTest {
 
 // ---- Centred picture ----------------------------------------------------------------------------
 
+// Holds: VexoSplitRecord "List channels in ascending order"
 TEST_F(PlayPictures, CentresEveryListedChannelThatTheWalkMeetsAndStoresTheMode1) {
   struct Row {
     int channels;
@@ -120,6 +121,7 @@ TEST_F(PlayPictures, BoundsThe2x2ByItsFourWindows) {
 
 // ---- Full picture -------------------------------------------------------------------------------
 
+// Holds: VexoSplitRecord "option: 5 playback only"
 TEST_F(PlayPictures, ShowsAFullPictureForEveryOptionButZero) {
   for (const int channels : {4, 8, 16}) {
     for (const int option : {1, 2, 0x80, 255}) {

@@ -90,6 +90,8 @@ class PlaySetup : public DisplayTest {
   }
 };
 
+// Holds: vexo play "Prepares the chips for decoded pictures."
+// Holds: Chips: vexo "`SETUP`: pattern of the decoded pictures"
 TEST_F(PlaySetup, WritesExactlyTheRegistersOfEveryModeOnEveryBoardAndStandard) {
   for (const Row& row : Rows()) {
     for (const int standard : {0, 1, 2}) {
@@ -103,6 +105,7 @@ TEST_F(PlaySetup, WritesExactlyTheRegistersOfEveryModeOnEveryBoardAndStandard) {
   }
 }
 
+// Holds: Chips: vexo "`SETUP`: pattern of the decoded pictures"
 TEST_F(PlaySetup, StopsAfterTheSourceInEveryOtherMode) {
   for (const int channels : {4, 8, 16}) {
     UseBoard(channels);
@@ -116,6 +119,7 @@ TEST_F(PlaySetup, StopsAfterTheSourceInEveryOtherMode) {
   }
 }
 
+// Holds: vexo play "On 12 channels neither paths nor pattern are written."
 TEST_F(PlaySetup, OpensNoPathOnABoardOfAnotherSizeAndStopsAfterTheSource) {
   for (const int channels : {0, 12}) {
     UseBoard(channels);
@@ -128,6 +132,8 @@ TEST_F(PlaySetup, OpensNoPathOnABoardOfAnotherSizeAndStopsAfterTheSource) {
   }
 }
 
+// Holds: vexo play "The option is printed and not used."
+// Holds: Chips: vexo "`OPTION`: any"
 TEST_F(PlaySetup, DoesNotUseItsSecondArgument) {
   for (const Row& row : Rows()) {
     for (const std::uint8_t option : Channels{1, 2, 3, 0x80, 0xFF}) {

@@ -23,6 +23,9 @@ class PlayDirect : public PlayTest, public ::testing::WithParamInterface<BoardCa
   void SetUp() override { UsePlayback(GetParam().channels, GetParam().standard); }
 };
 
+// Holds: vexo psplit "Lays out a playback split of consecutive channels"
+// Holds: vexo psplit "Mode 0 is a centred picture"
+// Holds: vexo psplit "Mode 4 leaves the windows empty that a board has no channels"
 TEST_P(PlayDirect, MakesExactlyTheWritesOfItsStepsForEveryModeAndFirstChannel) {
   const int count = GetParam().channels;
   for (int mode = 0; mode < 7; ++mode) {
@@ -148,6 +151,7 @@ TEST_F(PlayDirectEdges, WritesA2x2ThatWrapsAtTheLastChannelRegisterByRegister) {
   EXPECT_EQ(Accesses(), expected);
 }
 
+// Holds: vexo psplit "Mode 0 is a centred picture"
 TEST_F(PlayDirectEdges, PutsTheCentredRectangleOnEveryChannelFromTheGivenOneOnward) {
   for (const int channels : {4, 8, 16}) {
     for (int first = 0; first < channels; ++first) {
@@ -189,6 +193,7 @@ TEST_F(PlayDirectEdges, SwitchesTheZoomOffOnlyOnFourChannelsAndOnlyInAModeGivenA
   }
 }
 
+// Holds: vexo psplit "Mode 0 is a centred picture"
 TEST_F(PlayDirectEdges, PlacesEightChannelsIn16WindowsAlsoWhereTheBoardHasFourOrTwelve) {
   for (const int channels : {4, 8, 12}) {
     UsePlayback(channels);
@@ -259,6 +264,7 @@ TEST_F(PlayDirectEdges, OnABoardWithoutChannelsWriteOnlyWhatNeedsNoCounting) {
 
 class PlaySplitOffset : public PlayTest {};
 
+// Holds: vexo psplit_pos "Moves the edges of a window of the playback table from their"
 TEST_F(PlaySplitOffset, IsUsedByTheNextSplitOfBothPathsInEveryMode) {
   UsePlayback(16);
   const Channels list = Ascending();

@@ -90,6 +90,7 @@ TEST_F(PlaySplit, RefusesARequestWithoutAList) {
   }
 }
 
+// Holds: VexoSplitRecord "VEXO_CMD_LIVE_SPLIT (reads byte 4"
 TEST_F(PlaySplit, RefusesLayoutsThatOnlyTheModeSwitchMayUse) {
   // On every board, of 16 channels too, whose variant knows them.
   for (const int channels : {0, 4, 8, 12, 16}) {
@@ -327,6 +328,8 @@ TEST_F(PlaySplit, ResetsTheOverlayAsTheFullPictureFlagSays) {
 
 // ---- The binary command -------------------------------------------------------------------------
 
+// Holds: VexoSplitRecord "option: 5 playback only"
+// Holds: VexoSplitRecord "channels: 6 channel of each window"
 TEST_F(PlaySplit, TakesModeOptionAndListFromTheRecordOfTheCommand) {
   struct Row {
     int mode;

@@ -9,6 +9,8 @@ namespace {
 
 class RecordPath : public DisplayTest, public ::testing::WithParamInterface<int> {};
 
+// Holds: vexo rec "Programs the record path of all chips."
+// Holds: vexo rec "On 12 channels mode 0 leaves the queues as they are."
 TEST_P(RecordPath, IsProgrammedWriteByWriteInEveryRecordAndSwitchingMode) {
   UseBoard(GetParam());
   unsigned seed = 2;
@@ -40,6 +42,8 @@ TEST_P(RecordPath, DefaultIsRecordMode1Exactly) {
   }
 }
 
+// Holds: vexo rec "A refused number is printed"
+// Holds: Chips: vexo "`SWITCHING`: 0 or 4"
 TEST_P(RecordPath, RefusesOtherSwitchingModesAndWritesNothing) {
   UseBoard(GetParam());
   for (int switching = 1; switching < 256; ++switching) {
@@ -96,6 +100,8 @@ TEST_F(RecordPathEdges, RecordMode1DoesNotUseTheSwitchingMode) {
   EXPECT_EQ(Register(0, 1, 0x56), old);
 }
 
+// Holds: vexo rec "A refused number is printed"
+// Holds: Chips: vexo "`RECORD_MODE`: 0 to 2"
 TEST_F(RecordPathEdges, RecordMode3IsRefusedAndChangesNothing) {
   UseBoard(16);
   for (const int mode : {3, 4, 255}) {

@@ -172,6 +172,13 @@ TEST_F(ScreenLayouts, AFourChannelBoardStartsWithFourCards) {
 
 // ---- The split command ------------------------------------------------------------------------
 
+// Holds: Shared values "VEXO_SPLIT_FULL: one picture"
+// Holds: Shared values "VEXO_SPLIT_4: 2 x 2"
+// Holds: Shared values "VEXO_SPLIT_6: one large"
+// Holds: Shared values "VEXO_SPLIT_8: one large"
+// Holds: Shared values "VEXO_SPLIT_9: 3 x 3"
+// Holds: Shared values "VEXO_SPLIT_13: one large"
+// Holds: Shared values "VEXO_SPLIT_16: 4 x 4"
 TEST_F(ScreenLayouts, EverySplitOfASixteenChannelBoardShowsItsChannelsInItsWindows) {
   struct Row {
     int mode;
@@ -269,6 +276,7 @@ TEST_F(ScreenLayouts, ABlankedChannelIsDark) {
   ExpectShows(rects[5], 5, kQuarter);
 }
 
+// Holds: VexoChannelMasksRecord "live_display: 0 channels shown in live display"
 TEST_F(ScreenLayouts, AChannelThatTheLiveMaskLeavesOutStaysDarkInEverySplit) {
   Start(16);
   ASSERT_EQ(Command(VEXO_CMD_CHANNEL_MASKS, {0xFE, 0xFF, 0, 0, 0xFF, 0xFF, 0, 0, 0xFF, 0xFF, 0, 0}),

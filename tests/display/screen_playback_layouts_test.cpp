@@ -222,6 +222,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 // ---- The switch ---------------------------------------------------------------------------------
 
+// Holds: VexoPlayModeRecord "Otherwise all channels are blank afterwards"
 TEST_P(OnEveryBoard, IsDarkRightAfterTheSwitchToPlayback) {
   StartHere();
   SwitchToPlayback(1, From(0, 4));
@@ -240,6 +241,7 @@ TEST_P(OnEveryBoard, IsDarkRightAfterTheSwitchToPlayback) {
   }
 }
 
+// Holds: VexoPlayModeRecord "Otherwise all channels are blank afterwards"
 TEST_P(OnEveryBoard, ShowsTheLayoutOfTheSwitchOnceItIsUnblanked) {
   StartHere();
   SwitchToPlayback(1, From(Last() - 3, 4));
@@ -301,6 +303,7 @@ TEST_P(OnEveryBoard, ShowsTheFirstOfSeveralCentredPictures) {
   ExpectOnly(CentredPicture(), 1);
 }
 
+// Holds: VexoSplitRecord "List channels in ascending order"
 TEST_P(OnEveryBoard, LeavesTheWindowsOfEmptyAndLateEntriesEmpty) {
   StartHere();
   SwitchToPlayback(1, From(0, 4));
@@ -312,6 +315,7 @@ TEST_P(OnEveryBoard, LeavesTheWindowsOfEmptyAndLateEntriesEmpty) {
   ExpectNothingBeside({});
 }
 
+// Holds: VexoChannelMasksRecord "play_display: 8 channels shown in playback"
 TEST_P(OnEveryBoard, KeepsChannelsDarkThatThePlaybackMaskLeavesOut) {
   StartHere();
   ASSERT_EQ(Command(VEXO_CMD_CHANNEL_MASKS, {0xFF, 0xFF, 0, 0, 0xFF, 0xFF, 0, 0, 0xFD, 0xFF, 0, 0}),
@@ -365,6 +369,7 @@ TEST_P(OnEveryBoard, ShowsTheCamerasAgainBackInLiveView) {
 
 // ---- Second page and large windows --------------------------------------------------------------
 
+// Holds: VexoSplitRecord "In playback, here and in VEXO_CMD_PLAY_MODE"
 TEST_F(ScreenPlaybackLayouts, TheSecond3x3PageShowsChannel1OnlyWhereItsWindowAsksFor0) {
   for (const int standard : {VEXO_VIDEO_NTSC, VEXO_VIDEO_PAL}) {
     SCOPED_TRACE(standard);

@@ -52,6 +52,7 @@ INSTANTIATE_TEST_SUITE_P(Tables, WindowOffset,
                                                      &LayoutState::live, TW_SetPlaySplitOffset}),
                          [](const auto& table) { return std::string(table.param.name); });
 
+// Holds: Chips: vexo "`DX_START`: left edge"
 TEST_P(WindowOffset, MovesExactlyOneWindowOfEveryModeByItsFourOffsets) {
   for (const int standard : {0, 1, 2}) {
     UseBoard(16, standard);
@@ -77,6 +78,8 @@ TEST_P(WindowOffset, MovesExactlyOneWindowOfEveryModeByItsFourOffsets) {
   }
 }
 
+// Holds: vexo lsplit_pos "A mode or window that there is not changes nothing."
+// Holds: Chips: vexo "`WINDOW`: window of the split"
 TEST_P(WindowOffset, OfAWindowOrModeThatDoesNotExistChangesNothing) {
   UseBoard(16);
   const std::vector<Rect> before = Table();
@@ -90,6 +93,8 @@ TEST_P(WindowOffset, OfAWindowOrModeThatDoesNotExistChangesNothing) {
   ExpectUntouched();
 }
 
+// Holds: vexo lsplit_pos "An edge that leaves 0 to 255 comes in again on the other"
+// Holds: vexo psplit_pos "Otherwise as lsplit_pos."
 TEST_P(WindowOffset, WrapsEachByteAt8Bits) {
   UseBoard(16);
   Set(0, 0, -128, -128, 127, 127);

@@ -79,6 +79,7 @@ TEST_F(WindowTables, BeginFullScreenAndTheNtsc2x2AtLine1AndAllElseAtLine2) {
   }
 }
 
+// Holds: Chips: vexo "`WINDOW`: window of the split"
 TEST_F(WindowTables, FindAWindowByModeAndNumber) {
   g_video.video_standard = 0;
   TW_BuildLiveLayout();

@@ -69,6 +69,8 @@ class MotionCells : public LibraryTest {
   }
 };
 
+// Holds: VexoMotionSetupRecord "cell_type: 0 look of the cell boxes"
+// Holds: Chips: vexo "`TYPE`: look of the cells"
 TEST_F(MotionCells, AreDrawnForEveryTypeSplitBoardAndStandard) {
   for (const int channels : {4, 8, 12, 16}) {
     for (const int standard : {0, 1, 2, 255}) {
@@ -135,6 +137,8 @@ TEST_F(MotionCells, OfASinglePictureAreDrawnForEveryChannel) {
   }
 }
 
+// Holds: vexo mcell show "Modes other than 0"
+// Holds: vexo mshow "A layout of six"
 TEST_F(MotionCells, OnlyResetTheBoxesInSplits2And3And5AndAbove6) {
   UseBoard(16);
   for (int split = 0; split < 256; ++split) {
@@ -146,6 +150,7 @@ TEST_F(MotionCells, OnlyResetTheBoxesInSplits2And3And5AndAbove6) {
   }
 }
 
+// Holds: vexo mcell show "Draws the motion cells at the live windows of a split"
 TEST_F(MotionCells, GoByTheirSplitArgumentAndNotByTheSplitOnTheScreen) {
   UseBoard(16);
   for (const int shown : {0, 1, 2, 6, 7}) {
@@ -156,6 +161,8 @@ TEST_F(MotionCells, GoByTheirSplitArgumentAndNotByTheSplitOnTheScreen) {
   }
 }
 
+// Holds: VexoMotionSetupRecord "cell_type: 0 look of the cell boxes"
+// Holds: Chips: vexo "`TYPE`: look of the cells"
 TEST_F(MotionCells, OfTypesAbove4LookLikeType0) {
   UseBoard(4);
   TW_ShowMotionCells(0, 1, 0);
@@ -167,6 +174,7 @@ TEST_F(MotionCells, OfTypesAbove4LookLikeType0) {
   }
 }
 
+// Holds: vexo mcell show "Modes other than 0"
 TEST_F(MotionCells, OfChannelsThatAreNotShownLiveAreNotDrawn) {
   UseBoard(16);
   for (const std::uint32_t live : {0u, 1u, 0xFFFEu, 0x5A5Au, 0x8001u, 0xFFFF0000u}) {
@@ -268,6 +276,9 @@ struct DisplayCase {
   int first;
 };
 
+// Holds: vexo mshow "Draws the motion cells over the current live layout"
+// Holds: vexo mshow "A layout of six"
+// Holds: Chips: vexo "`REQUEST`: 1 or 2"
 TEST_F(MotionCells, AreShownOverTheCurrentSplitFromTheSelectedChannelOn) {
   for (const DisplayCase& c :
        {DisplayCase{4, 0, 2, 2}, DisplayCase{4, 1, 2, 0},  // the 2 x 2 of 4 channels begins at 0
@@ -291,6 +302,7 @@ TEST_F(MotionCells, AreShownOverTheCurrentSplitFromTheSelectedChannelOn) {
   }
 }
 
+// Holds: vexo mshow "Draws the motion cells over the current live layout"
 TEST_F(MotionCells, AreNotTouchedByAnyOtherRequest) {
   UseBoard(4);
   g_display.live_split = 1;
@@ -319,6 +331,7 @@ TEST_F(MotionCells, TakeTheirColourFromTwoHalves) {
   }
 }
 
+// Holds: VexoMotionRegRecord "channel: 0 channel"
 TEST_F(MotionCells, OfChannelsOf16AndMoreHaveNoColour) {
   UseBoard(16);
   for (int c = 16; c < 256; ++c) TW_SetMotionBoxAttr(U8(c), 1, 2);

@@ -44,6 +44,7 @@ class MotionDetect : public LibraryTest {
 
 // ---- Setup ------------------------------------------------------------------------------------
 
+// Holds: vexo minit "Programs motion detection of all channels from the kept settings"
 TEST_F(MotionDetect, IsSetUpWithMasksThenLevelsThenTheSharedParameters) {
   for (const int channels : {4, 8, 12, 16}) {
     SCOPED_TRACE(channels);
@@ -101,6 +102,8 @@ TEST_F(MotionDetect, OfAChannelThatTheBoardLacksIsNotProgrammed) {
 
 // ---- Levels -----------------------------------------------------------------------------------
 
+// Holds: vexo mlevel "Programs a channel's sensitivity"
+// Holds: Chips: vexo "`LEVEL`: sensitivity, 0 to 3"
 TEST_F(MotionDetect, WritesThreeRegistersForEachOfFourLevels) {
   UseBoard(16);
   for (int c = 0; c < 16; ++c) {
@@ -114,6 +117,7 @@ TEST_F(MotionDetect, WritesThreeRegistersForEachOfFourLevels) {
   }
 }
 
+// Holds: VEXOAPI_SetMotionInfo "A channel below 16 that the board lacks is stored"
 TEST_F(MotionDetect, ChangesNothingForALevelOf4OrMore) {
   UseBoard(4);
   for (int level = 4; level < 256; ++level) TW_SetMotionLevel(0, U8(level));
@@ -121,6 +125,7 @@ TEST_F(MotionDetect, ChangesNothingForALevelOf4OrMore) {
   EXPECT_EQ(g_motion.level[0], 0);
 }
 
+// Holds: Chips: vexo "Most commands do not check a channel"
 TEST_F(MotionDetect, SetsALevelByTheChipOfTheChannelWhateverTheBoard) {
   UseBoard(4);
   TW_SetMotionLevel(9, 3);
@@ -154,6 +159,9 @@ TEST_F(MotionDetect, ProgramsTheLevelOfChannelsOf16AndMoreWhereTheyMapTo) {
 
 // ---- Single cells -----------------------------------------------------------------------------
 
+// Holds: VexoMotionMaskRecord "mask: 2 12 rows of 16 cells"
+// Holds: Chips: vexo "`COLUMN`: 0 to 15"
+// Holds: Chips: vexo "`ROW`: 0 to 11"
 TEST_F(MotionDetect, TurnsOverEveryCellAtItsByteAndBit) {
   UseBoard(16);
   for (const int c : {0, 3, 6, 9, 15}) {
@@ -199,6 +207,7 @@ TEST_F(MotionDetect, TurnsTheCellOfOneChannelAlone) {
   }
 }
 
+// Holds: Chips: vexo "`ROW`: 0 to 11"
 TEST_F(MotionDetect, IgnoresRowsOf12AndMore) {
   UseBoard(16);
   for (int row = 12; row < 256; ++row) TW_ToggleMotionCell(0, 3, U8(row));
@@ -209,6 +218,7 @@ TEST_F(MotionDetect, IgnoresRowsOf12AndMore) {
 }
 
 // Columns are not checked: 16 and more count modulo 8 in the byte of columns 8 to 15.
+// Holds: vexo mmask change "A channel or row that there is not does nothing"
 TEST_F(MotionDetect, TakesTheBitOfALargeColumnModulo8) {
   UseBoard(4);
   const std::uint8_t old = g_motion.mask[1][4];
@@ -237,6 +247,8 @@ TEST_F(MotionDetect, SetsAllCellsOfAChannelByteByByte) {
 
 // ---- Shared parameters --------------------------------------------------------------------------
 
+// Holds: VexoMotionSetupRecord "timing_low: 1 low half of the shared parameter"
+// Holds: VexoMotionSetupRecord "timing_high: 2 high half of the shared parameter"
 TEST_F(MotionDetect, KeepsTheTimingsThatTheChipKnowsAndReplacesTheOthers) {
   UseBoard(4);
   // By low 0, 1, ...: 0-11 as they are, all others 3. By high: 0-8, 10 and 11; all others 9.
@@ -263,6 +275,8 @@ TEST_F(MotionDetect, ReplacesTimingsFarOutOfRange) {
   }
 }
 
+// Holds: VexoMotionSetupRecord "timing_low: 1 low half of the shared parameter"
+// Holds: VexoMotionSetupRecord "timing_high: 2 high half of the shared parameter"
 TEST_F(MotionDetect, Writes93ForTimings12And12And00ForTimings0And0) {
   UseBoard(4);
   TW_SetMotionTiming(12, 12);

@@ -54,6 +54,7 @@ class MotionMask : public LibraryTest {
   }
 };
 
+// Holds: VexoMotionMaskRecord "Written: the mask"
 TEST_F(MotionMask, IsTransformedInTheCallersRecordAndProgrammedSo) {
   UseBoard(16);
   EXPECT_EQ(Command(VEXO_CMD_MOTION_MASK, Record(6, 2, kHostMask)), 0);
@@ -138,6 +139,7 @@ TEST_F(MotionMask, OfAChannelThatTheBoardLacksIsRefusedAndLeftAsItIs) {
 
 // ---- VEXOAPI_SetMotionInfo ----------------------------------------------------------------------
 
+// Holds: VEXOAPI_SetMotionInfo "Stores and programs the motion level (0-3) and cell"
 TEST_F(MotionMask, OfTheExportIsKeptAndProgrammedAsItStands) {
   UseBoard(16);
   Bytes mask = kHostMask;

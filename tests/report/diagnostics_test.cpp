@@ -68,6 +68,7 @@ TEST_F(Diagnostics, RawPrintHasNoPrefix) {
   EXPECT_EQ(Debug(), Strings{"0A "});
 }
 
+// Holds: VEXOAPI_SetEnableOutputMsg "Turns the plain diagnostics and the register"
 TEST_F(Diagnostics, WithOutputMessagesOffOnlyLevelledPrintsAreWritten) {
   Attach();
   harness::SetEnableOutputMsg(0);
@@ -80,6 +81,7 @@ TEST_F(Diagnostics, WithOutputMessagesOffOnlyLevelledPrintsAreWritten) {
   EXPECT_EQ(Debug(), (Strings{"[VEXOSDK]: ", "level"}));
 }
 
+// Holds: VEXOAPI_SetEnableDebug "Turns the levelled diagnostics on (non-zero) or off."
 TEST_F(Diagnostics, WithDebugOffOnlyLevelledPrintsAreSilent) {
   Attach();
   harness::SetEnableDebug(0);
@@ -93,6 +95,7 @@ TEST_F(Diagnostics, WithDebugOffOnlyLevelledPrintsAreSilent) {
                               "************           Error Msg : Access is denied.\r\n \n"}));
 }
 
+// Holds: VEXOAPI_SetEnableOutputMsg "Turns the plain diagnostics and the register"
 TEST_F(Diagnostics, AnyNonZeroValueTurnsOutputOn) {
   Attach();
   for (const std::uint32_t on : {1u, 2u, 0x100u, 0x80000000u}) {

@@ -80,6 +80,7 @@ TEST_F(HostMessages, ASendThatNobodyAnswersGivesUpAfter5000Ms) {
             (Texts{"[VexoCtrlSDK]: ", ">> SendMessage Error occure 0x00002401 0x000005B4 \r\n"}));
 }
 
+// Holds: Host window messages "The monitor, a thread that VEXO_CMD_INIT starts"
 TEST_F(HostMessages, WithoutAWindowBothFail) {
   harness::Uninitialize();
   Mark();

@@ -51,6 +51,7 @@ TEST_F(ChipDetection, ReadsTheIdentificationOfAllFourPositionsInOrder) {
   EXPECT_EQ(Cycles(), 16u);
 }
 
+// Holds: VexoInitRecord "chip_id: 20 out"
 TEST_F(ChipDetection, KeepsEveryIdentificationRawWhetherItMatchedOrNot) {
   Identify({0x2B, 0x55, 0x28, 0xAA});
   TW_DetectChips();
@@ -60,6 +61,7 @@ TEST_F(ChipDetection, KeepsEveryIdentificationRawWhetherItMatchedOrNot) {
   EXPECT_EQ(g_video.report.chip_id[3], 0xAA);
 }
 
+// Holds: VexoInitRecord "chip_count: 12 out"
 TEST_F(ChipDetection, GivesFourChannelsForEachChip) {
   Identify({0, 0, 0, 0});
   for (unsigned chips = 0; chips <= 4; ++chips) {
@@ -71,6 +73,7 @@ TEST_F(ChipDetection, GivesFourChannelsForEachChip) {
   }
 }
 
+// Holds: Host window messages "VEXO_MSG_CHIP_VERSION: wParam: byte p"
 TEST_F(ChipDetection, PacksThePresentFlagsOneAByteWithTheMasterLowest) {
   struct Row {
     std::array<int, 4> ids;
@@ -180,6 +183,7 @@ class AfterAFailedSecondDetection : public SetupTest {
   }
 };
 
+// Holds: vexo init "Chips that were initialized count as such for good"
 TEST_F(AfterAFailedSecondDetection, TheChipsStayReadyWhileNoneIsCounted) {
   EXPECT_EQ(g_video.g_chip_ready, 1);
   EXPECT_EQ(g_video.chip_count, 0);

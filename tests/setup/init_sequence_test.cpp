@@ -97,6 +97,10 @@ TEST_F(InitSequence, WidensTheTableWritesEvenWhenNoChipAnswers) {
   EXPECT_EQ(g_video.broadcast_select, 0xFF);
 }
 
+// Holds: VexoInitRecord "Read: bytes 0-3."
+// Holds: VexoInitRecord "reserved1: 0"
+// Holds: VexoInitRecord "reserved2: 2"
+// Holds: vexo init "The number is printed and otherwise ignored."
 TEST_F(InitSequence, IgnoresBothArguments) {
   PowerOn(4, 0);
   ASSERT_EQ(TW_InitializeSetup(0, 0), 16);
@@ -275,6 +279,7 @@ TEST_F(InitSequence, GoesOnWhenTheChipsNeverSettle) {
 
 // ---- The command around it --------------------------------------------------------------------
 
+// Holds: VEXOAPI_CommandProc "Once it has the lock"
 TEST_F(InitSequence, HaltsTheCameraFirstAndResumesItAfterTheWorkerHasStarted) {
   PowerOn(4, 0);
   world().board.HoldSync(false);

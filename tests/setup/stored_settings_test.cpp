@@ -84,6 +84,9 @@ TEST_F(StoredSettingsTest, OfNoVideoOverrideADetectedStandardToo) {
   EXPECT_TRUE(Printed(Plain(">> FINISH LOSS CAMERA!!\r\n")));
 }
 
+// Holds: VexoInitRecord "video_standard: 16 out"
+// Holds: VideoState "video_standard: 4 VEXO_VIDEO_..."
+// Holds: vexo change_vdo auto "Stores 255, which is no standard"
 TEST_F(StoredSettingsTest, OfStandard255AreAdoptedLikeAnyOther) {
   world().nvram.SetRecord("MDVR", 255, 16);
   Initialize(4, 0);
@@ -214,6 +217,7 @@ TEST_F(StoreVideoStandard, ReadsTheByteFirstAndThenWritesIt) {
   EXPECT_EQ(requests[1].data, sim::Bytes{1});
 }
 
+// Holds: vexo change_vdo ntsc "A failure is printed."
 TEST_F(StoreVideoStandard, StopsWithAMessageWhenTheByteCannotBeRead) {
   world().nvram.SetFailure(sim::Nvram::Failure::Read);
   TW_StoreVideoStandard(1);
@@ -236,6 +240,7 @@ TEST_F(StoreVideoStandard, TakesAnyResultBut0ForAFailure) {
   }
 }
 
+// Holds: vexo change_vdo ntsc "A failure is printed."
 TEST_F(StoreVideoStandard, SaysWhenTheByteCannotBeWritten) {
   world().nvram.SetFailure(sim::Nvram::Failure::Write);
   TW_StoreVideoStandard(1);
@@ -251,6 +256,8 @@ TEST_F(StoreVideoStandard, LooksNeitherAtTheMagicNorAtTheChips) {
   EXPECT_EQ(world().nvram.Content(), (sim::Bytes{0xFF, 0xFF, 0xFF, 0xFF, 1, 0xFF}));
 }
 
+// Holds: vexo change_vdo ntsc "Stores NTSC for the next initialization."
+// Holds: vexo change_vdo pal "Stores PAL for the next initialization."
 TEST_F(StoreVideoStandard, TakesEffectAtTheNextInitialization) {
   Fit(2, 0);
   TW_InitializeSetup(0, 0);

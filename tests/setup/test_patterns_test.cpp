@@ -135,6 +135,7 @@ TEST_F(FillRectTest, FillsOnTheChipThatIsNamed) {
   for (const int chip : kChips) ExpectFill(chip, 4, 5, 6, 7);
 }
 
+// Holds: Text commands "`lsplit`, `mpip stop` and `bluescr init` wait until the chips"
 TEST_F(FillRectTest, ReadsTheControlRegisterUntilItsBusyBitIsClear) {
   const std::uint32_t start = world().kernel.Now();
   for (const int busy : {0, 1, 2, 7, 3000}) {
@@ -195,6 +196,7 @@ TEST_P(TestPatterns, ColorBarIsAnnouncedOnTheKernelOutputAndWrittenToAllChipsWho
 // Not on a board without chips: no fill engine would ever finish there.
 class BlueScreen : public TestPatterns {};
 
+// Holds: vexo bluescr init "Shows a blank test screen over a full-screen layout"
 TEST_P(BlueScreen, InitLaysOutFullScreenBlanksAllAndFillsAndClearsTheOverlay) {
   for (const int busy : {0, 4}) {
     Scribble(static_cast<unsigned>(busy) + 11);
@@ -217,6 +219,7 @@ TEST_P(BlueScreen, InitLaysOutFullScreenBlanksAllAndFillsAndClearsTheOverlay) {
   }
 }
 
+// Holds: vexo bluescr clear "Takes the test screen away"
 TEST_P(BlueScreen, ClearFillsAgainAndPutsTheInitialAttributesBack) {
   for (const int busy : {0, 4}) {
     Scribble(static_cast<unsigned>(busy) + 21);
@@ -267,6 +270,8 @@ TEST_F(TestPatternsEdges, ColorBarIsAnnouncedBeforeItIsWritten) {
 }
 
 // "clrbar 0 " is off; any other number is on.
+// Holds: vexo clrbar "Shows the chips' colour bar"
+// Holds: Chips: vexo "`ON`: 0 off"
 TEST_F(TestPatternsEdges, TheColorBarCommandIsOffFor0AndOnForEveryOtherNumber) {
   UseBoard(16);
   for (int number = 1; number < 256; ++number) {
@@ -288,6 +293,7 @@ TEST_F(TestPatternsEdges, TheCommandsAreRefusedWhileTheChipsAreNotReady) {
   }
 }
 
+// Holds: vexo bluescr clear "Takes the test screen away"
 TEST_F(TestPatternsEdges, BlueScreenClearBringsNeitherTheLayoutNorTheOverlayBack) {
   UseBoard(16);
   TW_BlueScreenInit();

@@ -66,6 +66,7 @@ TEST_F(VexoProcInitialize, PrintsBothArguments) {
   EXPECT_EQ(Prints().front(), Plain(">>VEXO INIT INFO 1234 65535  \r\n"));
 }
 
+// Holds: vexo init "Halts the camera stream"
 TEST_F(VexoProcInitialize, HaltsTheCameraAndSleepsHalfASecondBeforeAndAfter) {
   PowerOn(4);
   VexoProc_Initialize(0, 0);
@@ -88,6 +89,13 @@ TEST_F(VexoProcInitialize, TakesNoLockAndStartsNoWorker) {
   EXPECT_TRUE(Events<sim::ThreadEvent>().empty());
 }
 
+// Holds: Host window messages "VEXO_MSG_INIT_RESULT: wParam: address of a VideoState"
+// Holds: Host window messages "VEXO_MSG_VIDEO_INFO: wParam: address"
+// Holds: VideoState "VEXO_MSG_INIT_RESULT: the same as bytes 12-23 of VexoInitRecord."
+// Holds: VideoState "chip_count: 0 chips found"
+// Holds: VideoState "video_standard: 4 VEXO_VIDEO_..."
+// Holds: VideoState "chip_id: 8 identification of master"
+// Holds: vexo init "Halts the camera stream"
 TEST_F(VexoProcInitialize, PostsTheResultAndThenSendsTheVideo) {
   PowerOn(4, 1);
   world().board.SetId(1, 0x2A);
@@ -125,6 +133,7 @@ TEST_F(VexoProcInitialize, PrintsAndPostsTheResultBeforeItReadsTheVideo) {
                                       "r 03 0 21 C9", "r 03 0 31 C9", "send 2403"}));
 }
 
+// Holds: Host window messages "VEXO_MSG_INIT_RESULT: wParam: address of a VideoState"
 TEST_F(VexoProcInitialize, PostsARecordThatStaysValid) {
   PowerOn(2);
   VexoProc_Initialize(0, 0);
@@ -136,6 +145,7 @@ TEST_F(VexoProcInitialize, PostsARecordThatStaysValid) {
             (sim::Bytes{2, 0, 0, 0, 0, 0, 0, 0, 0x28, 0x28, 0, 0}));
 }
 
+// Holds: VideoDetectRecord "standard: 4 VEXO_VIDEO_..."
 TEST_F(VexoProcInitialize, LeavesZeroForTheChannelsOfMissingChips) {
   PowerOn(1, 1);
   world().nvram.SetRecord("MDVR", 1, 4);
@@ -154,6 +164,7 @@ TEST_F(VexoProcInitialize, PrintsTheChannelCountOfEveryBoard) {
   }
 }
 
+// Holds: Host window messages "VEXO_STATUS_DETECT_ERROR: chip initialization found no"
 TEST_F(VexoProcInitialize, PostsStatus1003WhenNoChipAnswers) {
   PowerOn(0);
   VexoProc_Initialize(7, 8);
@@ -172,6 +183,7 @@ TEST_F(VexoProcInitialize, PostsStatus1003WhenNoChipAnswers) {
   PlaceOf(flow, "control 220860 ok");
 }
 
+// Holds: Host window messages "VEXO_STATUS_NOT_DETECTED: chip initialization gave no"
 TEST_F(VexoProcInitialize, PostsStatus1005WhenTheChipsVanishUnderIt) {
   PowerOn(1);
   // Without a lock another thread may look for the chips in the meantime, and find none.
@@ -213,6 +225,7 @@ TEST_F(VexoProcInitialize, PrintsAFailedPostOfAFailure) {
 }
 
 // No initialization gives this result; hosts know the status all the same.
+// Holds: Host window messages "VEXO_STATUS_DEVICE_PROBLEM: chip initialization met"
 TEST_F(VexoProcInitialize, PostsStatus1004ForADeviceProblem) {
   AttachAndBind();
   Mark();
@@ -226,6 +239,7 @@ TEST_F(VexoProcInitialize, PostsStatus1004ForADeviceProblem) {
   EXPECT_TRUE(messages[0].post);
 }
 
+// Holds: vexo init "Chips that were initialized count as such for good"
 TEST_F(VexoProcInitialize, LeavesTheResultOfAnEarlierRunReadyAfterAFailure) {
   PowerOn(2);
   VexoProc_Initialize(0, 0);

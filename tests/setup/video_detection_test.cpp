@@ -188,6 +188,7 @@ TEST_F(VideoRead, WithAWeakSignalLosesTheChannelInTheMaskAndInItsStandard) {
   EXPECT_EQ(record.standard[1], 0);
 }
 
+// Holds: VideoDetectRecord "Go by loss_mask"
 TEST_F(VideoRead, WithALostSignalLosesTheChannelInTheMaskButStillReadsItsStandard) {
   UseBoard(4);
   Cameras({Camera::Pal, Camera::Pal, Camera::Ntsc, Camera::Ntsc});
@@ -199,6 +200,7 @@ TEST_F(VideoRead, WithALostSignalLosesTheChannelInTheMaskButStillReadsItsStandar
   EXPECT_EQ(record.standard[2], 0);
 }
 
+// Holds: VideoDetectRecord "loss_mask: 0 bit n"
 TEST_F(VideoRead, TakesBothNibblesOfEveryChip) {
   UseBoard(16);
   world().board.SetCamera(2, Camera::Off);
@@ -312,6 +314,7 @@ TEST_F(VideoRead, ThroughTheGuardNeedsReadyChips) {
 
 class MotionStatus : public VideoDetection {};
 
+// Holds: Host window messages "VEXO_MSG_MOTION_STATUS: wParam: 16-bit mask"
 TEST_F(MotionStatus, IsTheLowNibbleOfEachChip) {
   UseBoard(16);
   g_motion.ready = 1;

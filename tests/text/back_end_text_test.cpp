@@ -149,6 +149,32 @@ std::vector<RequestCase> WideRequests() {
 
 class BackEndRequest : public BackEnd, public ::testing::WithParamInterface<RequestCase> {};
 
+// Holds: Video back-end: vpb "Requests to the stream driver "VBE1:"."
+// Holds: Video back-end: vpb "An input record is 32-bit slots"
+// Holds: vpb trans on "Request 0x224800, no input."
+// Holds: vpb trans off "Request 0x224804, no input."
+// Holds: vpb blen on "Request 0x224808, one byte."
+// Holds: vpb blen off "Request 0x22480C, no input."
+// Holds: vpb setp "Request 0x224810, slots A B G H I J C D E F."
+// Holds: vpb default "Request 0x224814, no input."
+// Holds: vpb setp_base "Request 0x224828, slots A B 0 0 0 0 0 0 0 0."
+// Holds: vpb setp_vdo "Request 0x22482C, slots 0 0 0 0 0 0 A B C D."
+// Holds: vpb setp_bmp "Request 0x224830, slots 0 0 A B C D 0 0 0 0."
+// Holds: vpb set_osd "Request 0x224850, slots A to F."
+// Holds: vpb set_vdownd "Request 0x224854, slots A to D."
+// Holds: vpb set_bmpwnd "Request 0x224858, slots A B."
+// Holds: vpb set_wndcfg "Request 0x22485C, slots 0 0 B C D E F G H A"
+// Holds: vpb set_bmpcfg "Request 0x224860, slots B C D E F G H A"
+// Holds: vpb set_curcfg "Request 0x224864, slots A to H"
+// Holds: vpb set_wndenable "Request 0x224868, slots WINDOW and 0 or 1."
+// Holds: vpb set_wndpos "Request 0x22486C, slots as typed"
+// Holds: vpb set_wndsize "Request 0x224878, slots as typed"
+// Holds: Video back-end: vpb "`A`: a 32-bit number"
+// Holds: Video back-end: vpb "`LEVEL`: 0 to 255"
+// Holds: Video back-end: vpb "`WINDOW`: 0 to 255"
+// Holds: Video back-end: vpb "`Y`: 0 to 255"
+// Holds: Video back-end: vpb "`WIDTH`: 0 to 255"
+// Holds: Video back-end: vpb "`HEIGHT`: 0 to 255"
 TEST_P(BackEndRequest, IsSentWithItsControlCodeAndRecordAndReturnsItsTokenCount) {
   Open();
   EXPECT_EQ(Parse(GetParam().line + " "), GetParam().tokens);
@@ -165,6 +191,9 @@ TEST_P(BackEndRequest, SucceedsThroughTheTextEntryWithoutAWord) {
   EXPECT_EQ(Happened().size(), 3u) << "call, request, return";
 }
 
+// Holds: VEXOAPI_TextCommandProc "Returns VEXO_OK for a line that is a command"
+// Holds: Text commands "0: done; or accepted without effect"
+// Holds: Video back-end: vpb "Each is skipped while the driver is closed"
 TEST_P(BackEndRequest, BeforeInitIsNotSentAndStillReturnsItsTokenCount) {
   EXPECT_EQ(Parse(GetParam().line + " "), GetParam().tokens);
   EXPECT_EQ(Happened(), Strings{});
@@ -185,6 +214,7 @@ TEST_P(BackEndRequest, AfterAFailedOpenGoesToTheInvalidHandleAndFailsWithoutAWor
   ExpectRequest(GetParam().code, GetParam().in, false);
 }
 
+// Holds: Text commands "A last word without a separator after it is dropped"
 TEST_P(BackEndRequest, IsRejectedAndNotSentWhenAnyOfItsTokensIsMissing) {
   Open();
   std::string line = GetParam().line;
@@ -204,12 +234,14 @@ TEST_P(BackEndRequest, IsRejectedAndNotSentWhenAnyOfItsTokensIsMissing) {
   EXPECT_TRUE(Messages().empty());
 }
 
+// Holds: Text commands "More than a command takes is not read either."
 TEST_P(BackEndRequest, TakesNoNoticeOfWhatFollowsIt) {
   Open();
   EXPECT_EQ(Parse(GetParam().line + " 77 extra "), GetParam().tokens);
   ExpectRequest(GetParam().code, GetParam().in);
 }
 
+// Holds: Text commands "`VEXOAPI_TextCommandProc` runs one line"
 TEST_P(BackEndRequest, MayBeTypedWithCommasAndALineFeed) {
   Open();
   std::string line = GetParam().line;
@@ -253,12 +285,15 @@ TEST_F(BackEndText, SetpSendsItsNumbersInTheDriversOrder) {
   ExpectRequest(0x224810, Slots({1, 2, 7, 8, 9, 10, 3, 4, 5, 6}));
 }
 
+// Holds: Text commands "A number is cut to the width that its operation takes"
+// Holds: Video back-end: vpb "`X`: 0 to 255"
 TEST_F(BackEndText, SetWndposCuts300To44) {
   Open();
   EXPECT_EQ(Parse("vpb set_wndpos 300 1 2 "), 4);
   ExpectRequest(0x22486C, Slots({44, 1, 2}));
 }
 
+// Holds: Video back-end: vpb "`ON`: 0 off"
 TEST_F(BackEndText, SetWndenableSendsAFlagOfTheLowByte) {
   Open();
   struct Case {
@@ -301,6 +336,7 @@ TEST_F(BackEndText, NumbersAreDecimalWithASignAndEndAtTheFirstOtherCharacter) {
   ExpectRequest(0x224850, Slots({5, 0, 12, 0, 7, 0}));
 }
 
+// Holds: Text commands "-1: rejected: the first word is not the header"
 TEST_F(BackEndText, UnknownSubCommandsAreRejectedAndSendNothing) {
   Open();
   for (const char* word : {"nonsense", "TRANS", "Trans", "tran", "transs", "set", "setp_",
@@ -383,6 +419,8 @@ class BackEndDriver : public BackEnd {
   }
 };
 
+// Holds: Video back-end: vpb "Requests to the stream driver "VBE1:"."
+// Holds: vpb init "Opens the driver"
 TEST_F(BackEndDriver, InitOpensItForReadingAndWritingAlone) {
   EXPECT_EQ(Parse("vpb init "), 1);
   EXPECT_EQ(Happened(), (Strings{"open VBE1:"}));
@@ -397,6 +435,9 @@ TEST_F(BackEndDriver, InitOpensItForReadingAndWritingAlone) {
   EXPECT_EQ(*world().drivers.Find(g_back_end.driver), "VBE1:");
 }
 
+// Holds: Host window messages "VEXO_MSG_STATUS: wParam: VEXO_STATUS_..."
+// Holds: Host window messages "VEXO_STATUS_VBE_ALREADY_OPEN: the video back-end driver"
+// Holds: vpb init "Opens the driver"
 TEST_F(BackEndDriver, OpenedTwiceTellsTheHostAndKeepsTheFirstHandle) {
   Open();
   const PlatHandle first = g_back_end.driver;
@@ -410,6 +451,7 @@ TEST_F(BackEndDriver, OpenedTwiceTellsTheHostAndKeepsTheFirstHandle) {
   ExpectRequest(0x224814, {});
 }
 
+// Holds: vpb uninit "Closes the driver"
 TEST_F(BackEndDriver, UninitClosesIt) {
   Open();
   EXPECT_EQ(Parse("vpb uninit "), 1);
@@ -418,6 +460,7 @@ TEST_F(BackEndDriver, UninitClosesIt) {
   EXPECT_EQ(world().drivers.OpenCount(), 0u);
 }
 
+// Holds: vpb uninit "Closes the driver"
 TEST_F(BackEndDriver, UninitTwiceAndBeforeInitDoesNothingAndReturns1) {
   world().kernel.SetLastError(0);
   EXPECT_EQ(Parse("vpb uninit "), 1);
@@ -440,6 +483,8 @@ TEST_F(BackEndDriver, CanBeOpenedAgainAfterUninit) {
   ExpectRequest(0x224814, {});
 }
 
+// Holds: Host window messages "VEXO_STATUS_VBE_OPEN_FAILED: the video back-end driver"
+// Holds: vpb init "Opens the driver"
 TEST_F(BackEndDriver, FailedOpenTellsTheHostAndKeepsTheInvalidHandle) {
   world().drivers.Set("VBE1:", sim::Drivers::State::Absent);
   EXPECT_EQ(Parse("vpb init "), 1);
@@ -449,6 +494,7 @@ TEST_F(BackEndDriver, FailedOpenTellsTheHostAndKeepsTheInvalidHandle) {
   EXPECT_EQ(DebugText(), "");
 }
 
+// Holds: vpb init "An open that failed counts as open until vpb uninit"
 TEST_F(BackEndDriver, AfterAFailedOpenInitSaysAlreadyOpenAndDoesNotTryAgain) {
   world().drivers.Set("VBE1:", sim::Drivers::State::Absent);
   Open();
@@ -459,6 +505,8 @@ TEST_F(BackEndDriver, AfterAFailedOpenInitSaysAlreadyOpenAndDoesNotTryAgain) {
   EXPECT_EQ(g_back_end.driver, kPlatInvalidHandle);
 }
 
+// Holds: vpb init "An open that failed counts as open until vpb uninit"
+// Holds: vpb uninit "Closes the driver"
 TEST_F(BackEndDriver, AfterAFailedOpenUninitClosesTheInvalidHandleAndInitOpensAgain) {
   world().drivers.Set("VBE1:", sim::Drivers::State::Absent);
   Open();
@@ -487,6 +535,7 @@ TEST_F(BackEndDriver, ThatGivesHandle0StaysClosedWithoutAMessage) {
   EXPECT_EQ(Happened(), (Strings{"open VBE1: failed"})) << "it is opened anew, not open already";
 }
 
+// Holds: Video back-end: vpb "Each is skipped while the driver is closed"
 TEST_F(BackEndDriver, ADriverThatRefusesRequestsIsNotToldAndStaysOpen) {
   Open();
   const PlatHandle handle = g_back_end.driver;

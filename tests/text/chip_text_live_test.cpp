@@ -185,10 +185,19 @@ constexpr std::array kLiveLines = {
 
 class ChipTextLive : public ChipTextTest {};
 
+// Holds: Text commands "A number is cut to the width that its operation takes"
+// Holds: vexo lsplit "Lays out a live split of consecutive channels from the given"
+// Holds: vexo lsplit_pos "The mode is not used."
+// Holds: vexo mpip start "Shows a channel as an inset over the current layout"
+// Holds: vexo mpip move "Moves the inset"
+// Holds: vexo zoom stop "Shows the whole picture again."
+// Holds: vexo loss "Blanks the channels of the mask and shows the others."
+// Holds: Chips: vexo "`BLANK_MASK`: channels to blank"
 TEST_F(ChipTextLive, EachLineDoesWhatItsOperationsDoWithTheCutNumbersOnEveryBoard) {
   for (const LineCase& line : kLiveLines) ExpectDoesOnEveryBoard(line);
 }
 
+// Holds: vexo xscale "Sets the scaler ratios of a channel."
 TEST_F(ChipTextLive, TheThirdNumberOfXscaleIsTheVerticalCode) {
   Fresh(kFour);
   EXPECT_EQ(Text("vexo xscale 1 2 4 "), 0);
@@ -196,12 +205,14 @@ TEST_F(ChipTextLive, TheThirdNumberOfXscaleIsTheVerticalCode) {
                                              W(0x03, 0, 0x93, 0xAA), W(0x03, 0, 0x94, 0xAA)}));
 }
 
+// Holds: vexo yscale "Sets the layout of a channel on the record path."
 TEST_F(ChipTextLive, YscaleWritesTheRecordLayout) {
   Fresh(kFour);
   EXPECT_EQ(Text("vexo yscale 3 2 "), 0);
   EXPECT_EQ(Accesses(), (std::vector<Access>{W(0x03, 0, 0xBA, 0xF0)}));
 }
 
+// Holds: vexo lsplit "Lays out a live split of consecutive channels from the given"
 TEST_F(ChipTextLive, LsplitWithoutAMaskBlanksEverythingThenShowsEverything) {
   Fresh(kFour);
   EXPECT_EQ(Text("vexo lsplit 1 2 "), 0);
@@ -222,6 +233,7 @@ TEST_F(ChipTextLive, LsplitWithoutAMaskBlanksEverythingThenShowsEverything) {
   EXPECT_EQ(g_display.split_option, 0);
 }
 
+// Holds: vexo lsplit_pos "Puts the whole live window table back to its defaults."
 TEST_F(ChipTextLive, LsplitPosWithDefaultGivesTheWholeTableBackWithoutAWord) {
   Fresh(kFour);
   const WindowTable moved = g_layout.live;
@@ -233,6 +245,11 @@ TEST_F(ChipTextLive, LsplitPosWithDefaultGivesTheWholeTableBackWithoutAWord) {
   }
 }
 
+// Holds: vexo lsplit_pos "Moves the edges of a window of the live table from their"
+// Holds: Chips: vexo "`DX_START`: left edge"
+// Holds: Chips: vexo "`DY_START`: upper edge"
+// Holds: Chips: vexo "`DX_END`: right edge"
+// Holds: Chips: vexo "`DY_END`: lower edge"
 TEST_F(ChipTextLive, LsplitPosSetsOneWindowOfTheLiveTableFromItsDefault) {
   Fresh(kFour);
   for (int times = 0; times < 2; ++times) {
@@ -257,6 +274,8 @@ TEST_F(ChipTextLive, DefaultIsAWordOfItsOwnAndOnlyAtItsPlace) {
               OutcomeOf(kFour, "vexo lsplit_pos 1 2 0 1 1 1 "));
 }
 
+// Holds: vexo pip start "Shows one channel full size and another as an inset over it."
+// Holds: vexo pip stop "Brings all channels to the front"
 TEST_F(ChipTextLive, PipStartBeginsWithEveryChannelBehindAndPipStopEndsInFront) {
   Fresh(kFour);
   EXPECT_EQ(Text("vexo pip start 1 0 "), 0);
@@ -271,6 +290,7 @@ TEST_F(ChipTextLive, PipStartBeginsWithEveryChannelBehindAndPipStopEndsInFront) 
                                              W(0xFF, 1, 0x20, 0xC2), W(0xFF, 1, 0x28, 0xC3)}));
 }
 
+// Holds: vexo mpip stop "Takes the inset away and lays out a live split as lsplit"
 TEST_F(ChipTextLive, MpipStopShowsInFrontThenBlanksThenSplits) {
   Fresh(kFour);
   EXPECT_EQ(Text("vexo mpip stop 1 0 "), 0);
@@ -283,6 +303,7 @@ TEST_F(ChipTextLive, MpipStopShowsInFrontThenBlanksThenSplits) {
   EXPECT_EQ(writes[8], W(0xFF, 1, 0x10, 0x90));  // the split's hold
 }
 
+// Holds: vexo zoom start "Zooms into the live picture."
 TEST_F(ChipTextLive, ZoomStartPreparesTheZoomChipThenSwitchesTheZoomOn) {
   for (const auto& [channels, chip] : {std::pair{4, 0x03}, {8, 0x0C}, {16, 0xC0}}) {
     Fresh({channels, VEXO_VIDEO_NTSC});
@@ -296,6 +317,7 @@ TEST_F(ChipTextLive, ZoomStartPreparesTheZoomChipThenSwitchesTheZoomOn) {
   }
 }
 
+// Holds: vexo zoom start "12 channels have no zoom"
 TEST_F(ChipTextLive, ZoomOnTwelveChannelsIsRefusedInWordsAndTheMaskGoesOn) {
   Fresh({12, VEXO_VIDEO_NTSC});
   EXPECT_EQ(Text("vexo zoom start 17 "), 0);
@@ -309,6 +331,8 @@ TEST_F(ChipTextLive, ZoomOnTwelveChannelsIsRefusedInWordsAndTheMaskGoesOn) {
   }
 }
 
+// Holds: vexo frz "Freezes the channels of the first mask"
+// Holds: Chips: vexo "`FREEZE_MASK`: channels to freeze"
 TEST_F(ChipTextLive, FrzKeepsItsMaskForTheMotionBoxes) {
   Fresh(kSixteen);
   EXPECT_EQ(Text("vexo frz 33025 2 "), 0);
@@ -319,6 +343,7 @@ TEST_F(ChipTextLive, FrzKeepsItsMaskForTheMotionBoxes) {
   EXPECT_EQ(Register(3, 1, 0x29) & 0x44, 0x40);
 }
 
+// Holds: vexo rec "Programs the record path of all chips."
 TEST_F(ChipTextLive, RecPassesItsNumbersInTheirOrder) {
   Fresh(kFour);
   EXPECT_EQ(Text("vexo rec 3 0 "), 0);
@@ -329,6 +354,7 @@ TEST_F(ChipTextLive, RecPassesItsNumbersInTheirOrder) {
   EXPECT_THAT(Accesses(), ::testing::Contains(W(0x03, 1, 0x56, 0x70)));
 }
 
+// Holds: vexo stop "Programs the display for live pictures again"
 TEST_F(ChipTextLive, StopChangesNeitherSplitNorView) {
   Fresh(kFour);
   g_display.view = kViewPlayback;

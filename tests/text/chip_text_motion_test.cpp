@@ -40,10 +40,16 @@ constexpr std::array kMotionLines = {
 
 class ChipTextMotion : public ChipTextTest {};
 
+// Holds: vexo minit "Programs motion detection of all channels from the kept settings"
 TEST_F(ChipTextMotion, EachLineDoesWhatItsOperationsDoWithTheCutNumbersOnEveryBoard) {
   for (const LineCase& line : kMotionLines) ExpectDoesOnEveryBoard(line);
 }
 
+// Holds: Text commands "0: done; or accepted without effect"
+// Holds: vexo mlevel "A level above 3 does nothing."
+// Holds: vexo mmask change "A channel or row that there is not does nothing"
+// Holds: vexo mshow "Draws the motion cells over the current live layout"
+// Holds: Chips: vexo "`LEVEL`: sensitivity, 0 to 3"
 TEST_F(ChipTextMotion, NumbersThatAskForNothingAreAcceptedAndDoNothing) {
   for (const char* line : {"vexo mlevel 1 4 ", "vexo mlevel 1 -1 ", "vexo mshow 0 ",
                            "vexo mshow 3 ", "vexo mshow 256 ", "vexo mmask change 0 0 12 "}) {
@@ -51,6 +57,7 @@ TEST_F(ChipTextMotion, NumbersThatAskForNothingAreAcceptedAndDoNothing) {
   }
 }
 
+// Holds: vexo mlevel "Programs a channel's sensitivity"
 TEST_F(ChipTextMotion, MlevelWritesTheThreeLevelRegistersOfTheChannel) {
   Fresh({8, VEXO_VIDEO_NTSC});
   EXPECT_EQ(Text("vexo mlevel 6 2 "), 0);
@@ -58,6 +65,7 @@ TEST_F(ChipTextMotion, MlevelWritesTheThreeLevelRegistersOfTheChannel) {
                                              W(0x0C, 2, 0xC5, 0x21)}));
 }
 
+// Holds: vexo mmask change "Turns one motion cell of a channel over."
 TEST_F(ChipTextMotion, MmaskChangeWithNumbersTurnsOneCellOverAndBack) {
   Fresh(kFour);
   // Channel 1, column 10, row 3: bit 2 of byte 6. The mask bytes are 0x5A.
@@ -70,6 +78,8 @@ TEST_F(ChipTextMotion, MmaskChangeWithNumbersTurnsOneCellOverAndBack) {
   EXPECT_EQ(Accesses(), (std::vector<Access>{W(0x03, 2, 0xAD, 0x5E)}));
 }
 
+// Holds: vexo mmask change all "Sets all motion cells of a channel"
+// Holds: Chips: vexo "`CLEAR`: 0 sets"
 TEST_F(ChipTextMotion, MmaskChangeAllWritesEachOfThe24Bytes) {
   Fresh(kFour);
   for (const auto& [line, value] : {std::pair{"vexo mmask change all 2 0 ", 0xFF},
@@ -84,6 +94,7 @@ TEST_F(ChipTextMotion, MmaskChangeAllWritesEachOfThe24Bytes) {
   }
 }
 
+// Holds: vexo mcell clear "Takes the motion cells away."
 TEST_F(ChipTextMotion, McellClearResetsTheBoxesOfAllChips) {
   Fresh(kFour);
   EXPECT_EQ(Text("vexo mcell clear "), 0);
@@ -95,6 +106,7 @@ TEST_F(ChipTextMotion, McellClearResetsTheBoxesOfAllChips) {
   EXPECT_EQ(Accesses(), wanted);
 }
 
+// Holds: vexo mcell show "Draws the motion cells at the live windows of a split"
 TEST_F(ChipTextMotion, McellShowTakesTypeThenModeThenChannel) {
   Fresh(kFour);
   // Type 2, a single picture, channel 1: control 0x98 | 1 | 0x08, attribute 0x28 | 0x32.
@@ -106,6 +118,7 @@ TEST_F(ChipTextMotion, McellShowTakesTypeThenModeThenChannel) {
   EXPECT_EQ(Register(0, 2, 0x60), 0x00);
 }
 
+// Holds: vexo mmask change "A channel or row that there is not does nothing"
 TEST_F(ChipTextMotion, ChannelsOf16AndMoreHaveNoCells) {
   // Channels of 16 and more have no mask: nothing is stored or written.
   ExpectDoesNothing(kFour, "vexo mmask change 16 0 0 ");

@@ -48,6 +48,7 @@ TEST_F(ChipTextPicture, EachLineDoesWhatItsOperationsDoWithTheCutNumbersOnEveryB
   for (const LineCase& line : kPictureLines) ExpectDoesOnEveryBoard(line);
 }
 
+// Holds: vexo clrbar "Shows the chips' colour bar"
 TEST_F(ChipTextPicture, ClrbarWritesTheWholeStatusRegisterOfAllChips) {
   for (const auto& [line, value, state] : {std::tuple{"vexo clrbar 1 ", 0x08, "ON"},
                                            {"vexo clrbar 0 ", 0x00, "OFF"},
@@ -91,6 +92,16 @@ class ChipTextColor : public ChipTextTest, public ::testing::WithParamInterface<
 
 INSTANTIATE_TEST_SUITE_P(Boards, ChipTextColor, ::testing::Values(4, 8, 12, 16));
 
+// Holds: vexo color "Sets the colours of a channel"
+// Holds: vexo color "Sets the hue of one channel"
+// Holds: vexo color CHANNEL hue "Set all four first."
+// Holds: vexo color "Sets the saturation of a channel"
+// Holds: vexo color CHANNEL sat "Set all four first."
+// Holds: vexo color "Sets the contrast of a channel"
+// Holds: vexo color CHANNEL con "Set all four first."
+// Holds: vexo color "Sets the brightness of a channel"
+// Holds: vexo color CHANNEL bri "Set all four first."
+// Holds: Chips: vexo "`VALUE`: 0 to 255"
 TEST_P(ChipTextColor, AWordSetsItsFieldOfOneChannelAndWritesTheWholeEntry) {
   for (const WordCase& word : kWords) {
     for (int channel = 0; channel < GetParam(); ++channel) {
@@ -106,6 +117,10 @@ TEST_P(ChipTextColor, AWordSetsItsFieldOfOneChannelAndWritesTheWholeEntry) {
   }
 }
 
+// Holds: vexo color "Sets the saturation of a channel"
+// Holds: vexo color "Sets the contrast of a channel"
+// Holds: vexo color "Sets the brightness of a channel"
+// Holds: Chips: vexo "`CHANNEL`: 0 to 15"
 TEST_P(ChipTextColor, TheChannelCountSetsTheFieldOfEveryChannelButForTheHue) {
   const int count = GetParam();
   for (const WordCase& word : kWords) {
@@ -127,6 +142,7 @@ TEST_P(ChipTextColor, TheChannelCountSetsTheFieldOfEveryChannelButForTheHue) {
   }
 }
 
+// Holds: vexo color "Channels above the channel count do nothing."
 TEST_P(ChipTextColor, ChannelsAboveTheCountDoNothing) {
   for (const int channel : {GetParam() + 1, 17, 100, 255}) {
     for (const WordCase& word : kWords) {
@@ -138,6 +154,7 @@ TEST_P(ChipTextColor, ChannelsAboveTheCountDoNothing) {
   }
 }
 
+// Holds: vexo color "Sets the colours of a channel"
 TEST_P(ChipTextColor, AllOfTheChannelCountSetsEveryEntryAndWritesEveryChannel) {
   const int count = GetParam();
   Fresh({count, VEXO_VIDEO_NTSC});

@@ -54,10 +54,16 @@ constexpr std::array kPlayLines = {
 
 class ChipTextPlay : public ChipTextTest {};
 
+// Holds: vexo play "Prepares the chips for decoded pictures."
+// Holds: vexo psplit "Lays out a playback split of consecutive channels"
+// Holds: vexo psplit_pos "The mode is not used."
+// Holds: vexo pbank init "Blanks every channel for playback."
+// Holds: vexo pbank clear "Shows every channel."
 TEST_F(ChipTextPlay, EachLineDoesWhatItsOperationsDoWithTheCutNumbersOnEveryBoard) {
   for (const LineCase& line : kPlayLines) ExpectDoesOnEveryBoard(line);
 }
 
+// Holds: vexo play "The option is printed and not used."
 TEST_F(ChipTextPlay, PlayTellsItsNumbersAsTypedAndCutsThemForTheChips) {
   Fresh(kFour);
   EXPECT_EQ(Text("vexo play 256 -3 "), 0);
@@ -73,6 +79,8 @@ TEST_F(ChipTextPlay, PlaySaysNothingBeforeInitialization) {
   EXPECT_EQ(Debug(), Texts{});
 }
 
+// Holds: Chips: vexo "Even so `psplit` announces itself"
+// Holds: vexo psplit "Announced before its arguments are read."
 TEST_F(ChipTextPlay, PsplitIsToldBeforeItsArgumentsAreReadAndBeforeInitializationToo) {
   for (const bool ready : {true, false}) {
     for (const char* line :
@@ -98,6 +106,7 @@ TEST_F(ChipTextPlay, PsplitIsToldBeforeItsArgumentsAreReadAndBeforeInitializatio
   EXPECT_EQ(Debug(), Texts{});
 }
 
+// Holds: vexo psplit_pos "Puts the whole playback window table back to its defaults."
 TEST_F(ChipTextPlay, PsplitPosWithDefaultGivesTheWholeTableBackWithoutAWord) {
   Fresh(kFour);
   const WindowTable moved = g_layout.play;
@@ -110,6 +119,8 @@ TEST_F(ChipTextPlay, PsplitPosWithDefaultGivesTheWholeTableBackWithoutAWord) {
   }
 }
 
+// Holds: vexo psplit_pos "Moves the edges of a window of the playback table from their"
+// Holds: vexo psplit_pos "Otherwise as lsplit_pos."
 TEST_F(ChipTextPlay, PsplitPosSetsOneWindowOfThePlayTableWithoutAWord) {
   Fresh(kFour);
   EXPECT_EQ(Text("vexo psplit_pos 1 3 2 -1 -2 255 "), 0);
@@ -150,6 +161,7 @@ TEST_F(ChipTextPlay, PbankShowDoesWhatShowingThePairDoesWithTheNumberCutTo16Bits
   }
 }
 
+// Holds: vexo pbank show "Shows a channel and the next one"
 TEST_F(ChipTextPlay, PbankBlanksTwiceShowsAPairOnceAndClearsTheRest) {
   Fresh(kFour);
   EXPECT_EQ(Text("vexo pbank init "), 0);
@@ -174,6 +186,7 @@ TEST_F(ChipTextPlay, PbankBlanksTwiceShowsAPairOnceAndClearsTheRest) {
   for (int i = 0; i < 4; ++i) EXPECT_EQ(Register(0, 1, 0x11 + 8 * i) & 0x04, 0);
 }
 
+// Holds: vexo pbank init "Of 12 channels it reaches 0 to 3 alone"
 TEST_F(ChipTextPlay, TheBankIsTheChannelsOfTheBoardAndUnchangedForOtherCounts) {
   for (const auto& [channels, mask] :
        {std::pair{4, 0x000Fu}, {8, 0x00FFu}, {12, 0x1234u}, {16, 0xFFFFu}}) {

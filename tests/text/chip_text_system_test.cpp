@@ -46,6 +46,8 @@ TEST_F(ChipTextSystem, EachLineDoesWhatItsOperationsDoWithTheCutNumbersOnEveryBo
 
 // ---- Initialization ---------------------------------------------------------------------------
 
+// Holds: vexo init "The number is printed and otherwise ignored."
+// Holds: Chips: vexo "`NUMBER`: any; 65535 when missing"
 TEST_F(ChipTextSystem, InitWithoutANumberTells65535And2) {
   for (const auto& [line, text] :
        {std::pair{"vexo init ", ">>VEXO INIT INFO 65535 2  \r\n"},
@@ -61,6 +63,7 @@ TEST_F(ChipTextSystem, InitWithoutANumberTells65535And2) {
   }
 }
 
+// Holds: VEXOAPI_TextCommandProc ""vexo init" takes 1240 ms"
 TEST_F(ChipTextSystem, InitBringsTheChipsUpWithoutAWindowBound) {
   harness::Restart();
   world().board.FitChips(2);
@@ -71,6 +74,9 @@ TEST_F(ChipTextSystem, InitBringsTheChipsUpWithoutAWindowBound) {
   EXPECT_EQ(Elapsed(), 1240u);
 }
 
+// Holds: Host window messages "VEXO_MSG_STATUS: wParam: VEXO_STATUS_..."
+// Holds: VEXOAPI_TextCommandProc "Returns VEXO_OK for a line that is a command"
+// Holds: Text commands "0: done; or accepted without effect"
 TEST_F(ChipTextSystem, InitWithoutChipsIsAcceptedAndTellsTheHost) {
   harness::Restart();
   world().board.FitChips(0);
@@ -82,6 +88,7 @@ TEST_F(ChipTextSystem, InitWithoutChipsIsAcceptedAndTellsTheHost) {
   EXPECT_EQ(MessageEvents()[0].wparam, VEXO_STATUS_DETECT_ERROR);
 }
 
+// Holds: vexo uninit "Does nothing."
 TEST_F(ChipTextSystem, UninitIsAcceptedAndDoesNothing) {
   ExpectDoesNothing(kFour, "vexo uninit ");
   EXPECT_EQ(g_video.g_chip_ready, 1);
@@ -89,6 +96,8 @@ TEST_F(ChipTextSystem, UninitIsAcceptedAndDoesNothing) {
 
 // ---- Camera stream ------------------------------------------------------------------------------
 
+// Holds: vexo stream on "Resumes the camera stream."
+// Holds: vexo stream off "Halts the camera stream."
 TEST_F(ChipTextSystem, StreamResumesAndHaltsTheCameraDriverAlsoBeforeInitialization) {
   for (const bool ready : {true, false}) {
     Fresh(kFour);
@@ -100,6 +109,8 @@ TEST_F(ChipTextSystem, StreamResumesAndHaltsTheCameraDriverAlsoBeforeInitializat
   }
 }
 
+// Holds: vexo stream on "A driver that fails is not told."
+// Holds: vexo stream off "A driver that fails is not told."
 TEST_F(ChipTextSystem, StreamIsAcceptedWhateverBecomesOfTheDriver) {
   for (const auto state : {sim::Drivers::State::Absent, sim::Drivers::State::Null}) {
     Fresh(kFour);
@@ -111,6 +122,8 @@ TEST_F(ChipTextSystem, StreamIsAcceptedWhateverBecomesOfTheDriver) {
 
 // ---- Version ----------------------------------------------------------------------------------
 
+// Holds: Host window messages "VEXO_MSG_CHIP_VERSION: wParam: byte p"
+// Holds: vexo rver "Sends the host which chips were found"
 TEST_F(ChipTextSystem, RverSendsThePresentChipsAndPrintsItsFormatAsItStands) {
   for (const auto& [channels, value] :
        {std::pair{4, "1"}, {8, "257"}, {12, "65793"}, {16, "16843009"}}) {
@@ -121,6 +134,9 @@ TEST_F(ChipTextSystem, RverSendsThePresentChipsAndPrintsItsFormatAsItStands) {
   }
 }
 
+// Holds: Host window messages "VEXO_MSG_CHIP_VERSION: wParam: byte p"
+// Holds: Chips: vexo "Before the chips are initialized these commands are accepted"
+// Holds: vexo rver "Sends the host which chips were found"
 TEST_F(ChipTextSystem, RverReportsZeroBeforeInitialization) {
   FreshNotReady({16, VEXO_VIDEO_NTSC});
   EXPECT_EQ(Text("vexo rver "), 0);
@@ -130,6 +146,8 @@ TEST_F(ChipTextSystem, RverReportsZeroBeforeInitialization) {
 
 // ---- The placeholder ----------------------------------------------------------------------------
 
+// Holds: vexo set_emif "Reads its ten numbers and does nothing."
+// Holds: Chips: vexo "`A`: any; likewise B to J"
 TEST_F(ChipTextSystem, SetEmifReadsTenNumbersAndDoesNothing) {
   ExpectDoesNothing(kFour, "vexo set_emif 1 2 3 4 5 6 7 8 9 10 ");
   ExpectDoesNothing(kFour, "vexo set_emif a b c d e f g h i j ");
@@ -140,6 +158,10 @@ TEST_F(ChipTextSystem, SetEmifReadsTenNumbersAndDoesNothing) {
 
 // ---- Registers ----------------------------------------------------------------------------------
 
+// Holds: vexo rr "Reads a register"
+// Holds: Chips: vexo "`CHIP`: hexadecimal: 3 master"
+// Holds: Chips: vexo "`PAGE`: hexadecimal: 0 to 2"
+// Holds: Chips: vexo "`REGISTER`: hexadecimal: 0 to ff"
 TEST_F(ChipTextSystem, RrReadsARegisterOfTheMaster) {
   Fresh(kFour);
   world().board.Poke(0, 1, 0xAC, 0x5C);
@@ -159,6 +181,8 @@ TEST_F(ChipTextSystem, Rr31AbReadsRegisterAbOfPage1OfTheMaster) {
   EXPECT_EQ(Accesses(), (std::vector<Access>{R(0x03, 1, 0xAB, 0x10)}));
 }
 
+// Holds: vexo wr "Writes a register and prints it."
+// Holds: Chips: vexo "`VALUE`: 0 to 255"
 TEST_F(ChipTextSystem, WrWritesARegisterAndTellsItAfterwards) {
   Fresh(kFour);
   EXPECT_EQ(Text("vexo wr 3 1 30 7F "), 0);
@@ -167,6 +191,7 @@ TEST_F(ChipTextSystem, WrWritesARegisterAndTellsItAfterwards) {
   EXPECT_TRUE(MessageEvents().empty());
 }
 
+// Holds: Chips: vexo "Even so `psplit` announces itself"
 TEST_F(ChipTextSystem, AHexadecimalNumberOfNineDigitsIsToldOnTheLevelledOutputAndIsZero) {
   for (const bool ready : {true, false}) {
     Fresh(kFour);
@@ -187,6 +212,7 @@ TEST_F(ChipTextSystem, AHexadecimalNumberIsToldEvenWhenALaterOneIsMissing) {
   EXPECT_EQ(Cycles(), 0u);
 }
 
+// Holds: Chips: vexo "`REGISTER`: hexadecimal: 0 to ff"
 TEST_F(ChipTextSystem, EightDigitsAreCutToTheLowByteAndMalformedOnesAreSilentlyZero) {
   Fresh(kFour);
   EXPECT_EQ(Text("vexo wr 00000003 00000001 12345630 abcdefAB "), 0);
@@ -198,6 +224,9 @@ TEST_F(ChipTextSystem, EightDigitsAreCutToTheLowByteAndMalformedOnesAreSilentlyZ
 
 // ---- The stored standard ------------------------------------------------------------------------
 
+// Holds: vexo change_vdo ntsc "Stores NTSC for the next initialization."
+// Holds: vexo change_vdo pal "Stores PAL for the next initialization."
+// Holds: vexo change_vdo auto "Stores 255, which is no standard"
 TEST_F(ChipTextSystem, ChangeVdoStoresTheStandardAndNothingElse) {
   for (const auto& [word, value] : {std::pair{"ntsc", 0}, {"pal", 1}, {"auto", 255}}) {
     Fresh(kFour);
@@ -210,6 +239,8 @@ TEST_F(ChipTextSystem, ChangeVdoStoresTheStandardAndNothingElse) {
   }
 }
 
+// Holds: VEXOAPI_TextCommandProc "Returns VEXO_OK for a line that is a command"
+// Holds: vexo change_vdo pal "A failure is printed."
 TEST_F(ChipTextSystem, ChangeVdoIsAcceptedWhenTheMemoryFails) {
   Fresh(kFour);
   world().nvram.SetRecord("MDVR", 0, 4);

@@ -130,6 +130,7 @@ TEST_F(ChipText, CountsTheKeywordAndEachArgument) {
   }
 }
 
+// Holds: Text commands "-1: rejected: the first word is not the header"
 TEST_F(ChipText, EveryMissingArgumentRefusesTheLineAndNothingIsDone) {
   for (const Sample& sample : kSamples) {
     for (std::size_t count = 0; count < sample.required; ++count) {
@@ -153,6 +154,7 @@ TEST_F(ChipText, AMissingArgumentIsRefusedBeforeInitializationToo) {
   }
 }
 
+// Holds: Text commands "A last word without a separator after it is dropped"
 TEST_F(ChipText, TheLastArgumentCountsOnlyWithASeparatorBehindIt) {
   for (const Sample& sample : kSamples) {
     const std::size_t tokens = Words(sample.tokens).size();
@@ -169,6 +171,7 @@ TEST_F(ChipText, TheLastArgumentCountsOnlyWithASeparatorBehindIt) {
   }
 }
 
+// Holds: Chips: vexo "`BLANK_MASK`: channels to blank"
 TEST_F(ChipText, AMissingOptionalMaskCountsAsZero) {
   unsigned masks = 0;
   for (const Sample& sample : kSamples) {
@@ -183,6 +186,8 @@ TEST_F(ChipText, AMissingOptionalMaskCountsAsZero) {
   EXPECT_EQ(masks, 10u);
 }
 
+// Holds: VEXOAPI_TextCommandProc "Runs one line of text"
+// Holds: Text commands "More than a command takes is not read either."
 TEST_F(ChipText, MoreTokensThanArgumentsAreNotRead) {
   for (const Sample& sample : kSamples) {
     const std::string line = LineOf(sample);
@@ -193,6 +198,7 @@ TEST_F(ChipText, MoreTokensThanArgumentsAreNotRead) {
   }
 }
 
+// Holds: Text commands "`VEXOAPI_TextCommandProc` runs one line"
 TEST_F(ChipText, CommasAndLineFeedsSeparateTokensToo) {
   for (const Sample& sample : kSamples) {
     for (const char separator : {',', '\n'}) {
@@ -207,6 +213,9 @@ TEST_F(ChipText, CommasAndLineFeedsSeparateTokensToo) {
   }
 }
 
+// Holds: VEXOAPI_TextCommandProc "Returns VEXO_OK for a line that is a command"
+// Holds: Text commands "0: done; or accepted without effect"
+// Holds: Chips: vexo "Before the chips are initialized these commands are accepted"
 TEST_F(ChipText, BeforeInitializationEveryChipCommandIsAcceptedAndDoesNothing) {
   for (const Sample& sample : kSamples) {
     if (!sample.needs_chips) continue;
@@ -219,6 +228,7 @@ TEST_F(ChipText, BeforeInitializationEveryChipCommandIsAcceptedAndDoesNothing) {
   }
 }
 
+// Holds: Chips: vexo "Before the chips are initialized these commands are accepted"
 TEST_F(ChipText, WhatNeedsNoChipsDoesTheSameBeforeInitialization) {
   for (const Sample& sample : kSamples) {
     if (sample.needs_chips || std::string(sample.tokens) == "rver") continue;
@@ -229,6 +239,9 @@ TEST_F(ChipText, WhatNeedsNoChipsDoesTheSameBeforeInitialization) {
   }
 }
 
+// Holds: Exports "Two ask for more"
+// Holds: VEXOAPI_TextCommandProc "Takes no lock"
+// Holds: Chips: vexo "None of them takes the lock that the binary commands take."
 TEST_F(ChipText, NoCommandTakesTheLock) {
   for (const Sample& sample : kSamples) {
     for (const bool ready : {true, false}) {
@@ -245,6 +258,7 @@ TEST_F(ChipText, NoCommandTakesTheLock) {
 
 // ---- Words that are not in the table --------------------------------------------------------
 
+// Holds: Text commands "-1: rejected: the first word is not the header"
 TEST_F(ChipText, AnUnknownKeywordIsRefusedWithoutAWord) {
   for (const char* keyword : {"nonsense", "Init", "ini", "initx", "INIT", "lsplit_", "lsplit_posx",
                               "vexo", "vpb", "0", "[NUMBER]", "default", "\tinit", "init\r"}) {
@@ -258,6 +272,8 @@ TEST_F(ChipText, NothingIsLookedForBehindAnUnknownKeyword) {
   ExpectRefused(kFour, "vexo move zoom pos 1 2 ");
 }
 
+// Holds: VEXOAPI_TextCommandProc "Returns VEXO_OK for a line that is a command"
+// Holds: Text commands "0: done; or accepted without effect"
 TEST_F(ChipText, AnUnknownSubKeywordIsAcceptedAndDoesNothing) {
   for (const char* tokens :
        {"stream maybe",    "stream ON",       "stream onn",           "stream o",
@@ -287,6 +303,7 @@ TEST_F(ChipText, NothingIsReadAfterAnUnknownSubKeyword) {
   EXPECT_EQ(Text("vexo zoom "), -1);
 }
 
+// Holds: Text commands "A word that is no number reads as 0."
 TEST_F(ChipText, AWordWhereANumberStandsReadsAsZero) {
   EXPECT_TRUE(OutcomeOf(kFour, "vexo lsplit one two three ") ==
               OutcomeOf(kFour, "vexo lsplit 0 0 0 "));
@@ -296,6 +313,7 @@ TEST_F(ChipText, AWordWhereANumberStandsReadsAsZero) {
 
 // ---- Header -----------------------------------------------------------------------------------
 
+// Holds: Text commands "-1: rejected: the first word is not the header"
 TEST_F(ChipText, AFirstTokenThatIsNotTheHeaderIsToldAndRefused) {
   for (const char* line :
        {"vexos minit ", "avexo minit ", "xvexox minit ", "minit vexo ", "vexo\tminit ",
@@ -315,6 +333,7 @@ TEST_F(ChipText, ALineWithoutAKeywordIsRefusedWithoutAWord) {
   }
 }
 
+// Holds: Text commands "A last word without a separator after it is dropped"
 TEST_F(ChipText, AnEmptyTokenEndsTheLine) {
   ExpectRefused(kFour, "vexo xscale 1  2 3 ");
   // What was read before it counts: the mask is missing.

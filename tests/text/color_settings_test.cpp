@@ -20,6 +20,7 @@ class ColorSettingsTest : public LibraryTest {
   }
 };
 
+// Holds: vexo color "Sets the hue of one channel"
 TEST_F(ColorSettingsTest, AreZeroAtLoad) {
   EXPECT_TRUE(AllZero());
   static_assert(sizeof(ColorState) == 64);

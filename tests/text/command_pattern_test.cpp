@@ -157,6 +157,7 @@ TEST_F(CommandPattern, NumbersAreDecimalOrHexadecimalAsThePatternSays) {
   }
 }
 
+// Holds: Text commands "A number is cut to the width that its operation takes"
 TEST_F(CommandPattern, OperationsTakeTheLowBits) {
   TextNumbers numbers;
   numbers.value[0] = 0x12345680u;

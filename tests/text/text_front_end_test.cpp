@@ -22,6 +22,8 @@ class TextFrontEnd : public test::LibraryTest {
   }
 };
 
+// Holds: VEXOAPI_TextCommandProc "VEXO_ERROR_FAILED for a rejected or longer line"
+// Holds: Text commands "-6: the library is not initialized"
 TEST_F(TextFrontEnd, BeforeAttachEveryLineIsRefusedWithoutAWord) {
   for (const std::string& line :
        {std::string("vexo init 0 "), std::string("vexo uninit "), std::string("vpb init "),
@@ -44,6 +46,9 @@ TEST_F(TextFrontEnd, NeedsNoWindow) {
   EXPECT_EQ(Text("vexo uninit "), 0);
 }
 
+// Holds: Result codes "VEXO_ERROR_NO_HEADER: text line without a known header word"
+// Holds: VEXOAPI_TextCommandProc "VEXO_ERROR_FAILED for a rejected or longer line"
+// Holds: Text commands "-4: neither `vexo` nor `vpb` in the line"
 TEST_F(TextFrontEnd, ALineWithoutAKnownHeaderIsToldAndRefused) {
   harness::Entry(1);
   for (const char* line : {"", " ", "nonsense 1 2 3 ", "VEXO init ", "Vexo init ", "vex o init ",
@@ -53,6 +58,7 @@ TEST_F(TextFrontEnd, ALineWithoutAKnownHeaderIsToldAndRefused) {
   }
 }
 
+// Holds: VEXOAPI_TextCommandProc "VEXO_ERROR_FAILED for a rejected or longer line"
 TEST_F(TextFrontEnd, ANullLineHasNoHeader) {
   harness::Entry(1);
   Mark();
@@ -67,6 +73,7 @@ TEST_F(TextFrontEnd, TheRefusalGoesByTheOutputMessageSwitch) {
   EXPECT_EQ(Debug(), Texts{});
 }
 
+// Holds: VEXOAPI_TextCommandProc "Takes no lock"
 TEST_F(TextFrontEnd, TakesNoLock) {
   harness::Entry(1);
   for (const char* line : {"nonsense", "vexo uninit ", "vexo nonsense ", "vpb nonsense "}) {
@@ -79,6 +86,7 @@ TEST_F(TextFrontEnd, TakesNoLock) {
   }
 }
 
+// Holds: VEXOAPI_TextCommandProc "Takes no lock"
 TEST_F(TextFrontEnd, RunsWhileAnotherThreadHoldsTheLock) {
   PretendBoard(4);
   world().kernel.StartHostThread([this] {
@@ -95,6 +103,7 @@ TEST_F(TextFrontEnd, RunsWhileAnotherThreadHoldsTheLock) {
   world().kernel.Pump(2000);
 }
 
+// Holds: VEXOAPI_TextCommandProc "VEXO_ERROR_FAILED for a rejected or longer line"
 TEST_F(TextFrontEnd, AnswersZeroForAnAcceptedLineAndMinusOneForARejectedOne) {
   AttachAndBind();
   EXPECT_EQ(Text("vexo uninit "), 0);
@@ -145,6 +154,7 @@ TEST_F(TextFrontEnd, VexoInitWithoutASeparatorBehindItHasNoSecondToken) {
   EXPECT_EQ(Debug(), kNotVexo);
 }
 
+// Holds: Text commands "`VEXOAPI_TextCommandProc` runs one line"
 TEST_F(TextFrontEnd, CarriageReturnsAndTabsDoNotSeparate) {
   AttachAndBind();
   EXPECT_EQ(Text("vexo uninit\r\n"), -1);
@@ -154,6 +164,7 @@ TEST_F(TextFrontEnd, CarriageReturnsAndTabsDoNotSeparate) {
   EXPECT_EQ(Text("vexo uninit\t"), -1);
 }
 
+// Holds: VEXOAPI_TextCommandProc "Runs one line of text"
 TEST_F(TextFrontEnd, CommasAndLineFeedsSeparate) {
   AttachAndBind();
   EXPECT_EQ(Text("vexo,uninit,"), 0);
@@ -161,6 +172,8 @@ TEST_F(TextFrontEnd, CommasAndLineFeedsSeparate) {
   EXPECT_EQ(Text("vexo,uninit\n"), 0);
 }
 
+// Holds: VEXOAPI_TextCommandProc "Runs one line of text"
+// Holds: Text commands "A line holds at most 255 characters."
 TEST_F(TextFrontEnd, ALineOf255CharactersIsTaken) {
   PretendBoard(4);
   const std::string start = "vexo mshow 0000";
@@ -178,6 +191,9 @@ TEST_F(TextFrontEnd, ALineOf255CharactersIsTaken) {
   EXPECT_EQ(Register(0, 1, 0x21), 0x04);
 }
 
+// Holds: VEXOAPI_TextCommandProc "VEXO_ERROR_FAILED for a rejected or longer line"
+// Holds: Text commands "A line holds at most 255 characters."
+// Holds: Text commands "-1: rejected: the first word is not the header"
 TEST_F(TextFrontEnd, ALineOf256CharactersIsToldAndRefusedBeforeAByteOfItIsKept) {
   PretendBoard(4);
   for (const std::size_t length : {std::size_t{256}, std::size_t{257}, std::size_t{5000}}) {

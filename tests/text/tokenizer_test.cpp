@@ -31,6 +31,7 @@ class Tokenizer : public LibraryTest {
 
 TEST_F(Tokenizer, HasNoLineAtLoad) { ExpectNoLine(); }
 
+// Holds: Text commands "`VEXOAPI_TextCommandProc` runs one line"
 TEST_F(Tokenizer, CutsAtBlanksCommasAndLineFeeds) {
   EXPECT_EQ(Tokens("vexo lsplit 1 2 "), (Texts{"vexo", "lsplit", "1", "2"}));
   EXPECT_EQ(Tokens("a,bb\nccc d,"), (Texts{"a", "bb", "ccc", "d"}));
@@ -54,6 +55,8 @@ TEST_F(Tokenizer, TheLastTokenCountsOnlyWithASeparatorBehindIt) {
   EXPECT_EQ(Tokens("vexo "), Texts{"vexo"});
 }
 
+// Holds: VEXOAPI_TextCommandProc "Runs one line of text"
+// Holds: Text commands "A last word without a separator after it is dropped"
 TEST_F(Tokenizer, AnEmptyTokenEndsTheLine) {
   for (const char* line : {"vexo  init ", "vexo, init ", "vexo\n\ninit ", "vexo ,init "}) {
     EXPECT_EQ(Tokens(line), Texts{"vexo"}) << line;
@@ -84,6 +87,7 @@ TEST_F(Tokenizer, KeepsItsPlaceBetweenTokens) {
   EXPECT_EQ(g_tokenizer.position, 12u);
 }
 
+// Holds: VEXOAPI_TextCommandProc "Runs one line of text"
 TEST_F(Tokenizer, WorksOnACopyOfTheLine) {
   std::string line = "one two ";
   EXPECT_STREQ(VexoTok_Next(line.c_str(), kSeparators), "one");

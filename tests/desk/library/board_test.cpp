@@ -14,6 +14,12 @@ using testing::StrEq;
 
 using BoardOpening = ProgramTest;
 
+// Holds: VexoDesk.h "libVexoCtrlSDK.so holds the library and a simulated board."
+// Holds: VexoDesk.h "A program calls the exports of VexoCtrlSDK.h as it does"
+// Holds: VexoDeskOptions "time: VEXODESK_VIRTUAL or VEXODESK_REAL"
+// Holds: VexoDeskOptions "control_port: on 127.0.0.1"
+// Holds: VexoDesk_Open "Makes a board and loads the library"
+// Holds: VexoDesk_ControlPort "The control port's number"
 TEST_F(BoardOpening, AttachesTheLibrary) {
   Open();
   VexoChar16 version[20];
@@ -23,6 +29,8 @@ TEST_F(BoardOpening, AttachesTheLibrary) {
   EXPECT_EQ(VexoDesk_ControlPort(), 0);
 }
 
+// Holds: VexoDeskOptions "board: lines of the script language that make the board"
+// Holds: VexoDesk_Open "Null options are VEXODESK_DEFAULTS."
 TEST_F(BoardOpening, TakesNullForTheDefaults) {
   ASSERT_EQ(VexoDesk_Open(nullptr), VEXODESK_OK);
   Start();
@@ -31,6 +39,8 @@ TEST_F(BoardOpening, TakesNullForTheDefaults) {
   EXPECT_EQ(record.value, 0x28);
 }
 
+// Holds: VexoDeskOptions "board: lines of the script language that make the board"
+// Holds: VexoDesk_Open "The board's lines run before it"
 TEST_F(BoardOpening, RunsTheBoardsLinesBeforeTheAttach) {
   Open("board chips 2\n\n# none of four\nnvram blank\nfault mutex on\r\ncamera 5 off");
   Line("expect debug \"\"");
@@ -40,6 +50,7 @@ TEST_F(BoardOpening, RunsTheBoardsLinesBeforeTheAttach) {
   EXPECT_EQ(messages.back(), (Message{VEXO_MSG_VIDEO_INFO, 1u << 5, messages.back().at}));
 }
 
+// Holds: VexoDesk.h "Without a board the exports of VexoCtrlSDK.h answer as those"
 TEST_F(BoardOpening, WithoutABoardEveryExportAnswersAsUninitialized) {
   EXPECT_EQ(VEXOAPI_Initialize(nullptr), VEXO_ERROR_UNINITIALIZED);
   VEXOAPI_Uninitialize();
@@ -56,6 +67,12 @@ TEST_F(BoardOpening, WithoutABoardEveryExportAnswersAsUninitialized) {
   EXPECT_EQ(VEXOAPI_SetMotionInfo(0, 0, mask), VEXO_ERROR_UNINITIALIZED);
 }
 
+// Holds: VexoDesk.h "On failure a function returns less than 0 (or null)"
+// Holds: Results "VEXODESK_ERROR_STATE: a board is open already"
+// Holds: VexoDesk_ControlPort "The control port's number"
+// Holds: VexoDesk_Line "Returns VEXODESK_OK; VEXODESK_ERROR_LINE"
+// Holds: VexoDesk_CreateWindow "A window for VEXOAPI_Initialize"
+// Holds: VexoDesk_Now "Milliseconds since the board was opened"
 TEST_F(BoardOpening, WithoutABoardEveryFunctionSaysSo) {
   const auto refused = [](int result) {
     EXPECT_EQ(result, VEXODESK_ERROR_STATE);
@@ -73,6 +90,9 @@ TEST_F(BoardOpening, WithoutABoardEveryFunctionSaysSo) {
   EXPECT_EQ(VexoDesk_Now(), 0u);
 }
 
+// Holds: VexoDesk.h "One board a process at a time."
+// Holds: Results "VEXODESK_ERROR_STATE: a board is open already"
+// Holds: VexoDesk_Open "VEXODESK_ERROR_STATE, _ARGUMENT, _LINE or _SYSTEM."
 TEST_F(BoardOpening, IsRefusedASecondTime) {
   Open();
   EXPECT_EQ(VexoDesk_Open(nullptr), VEXODESK_ERROR_STATE);
@@ -80,6 +100,13 @@ TEST_F(BoardOpening, IsRefusedASecondTime) {
   EXPECT_EQ(VEXOAPI_GetVersion(nullptr), 10);
 }
 
+// Holds: VexoDesk.h "On failure a function returns less than 0 (or null)"
+// Holds: Results "VEXODESK_ERROR_ARGUMENT: an option or argument out of range"
+// Holds: Results "VEXODESK_ERROR_SYSTEM: a file"
+// Holds: VexoDeskOptions "size: sizeof(VexoDeskOptions)"
+// Holds: VexoDeskOptions "time: VEXODESK_VIRTUAL or VEXODESK_REAL"
+// Holds: VexoDesk_Open "The board's lines run before it"
+// Holds: VexoDesk_Open "VEXODESK_ERROR_STATE, _ARGUMENT, _LINE or _SYSTEM."
 TEST_F(BoardOpening, RefusesWhatIsNoOption) {
   const auto refused = [](int result, const VexoDeskOptions& options, const std::string& why) {
     EXPECT_EQ(VexoDesk_Open(&options), result);
@@ -122,6 +149,9 @@ TEST_F(BoardOpening, RefusesOneFileForTextsAndTraceAndLeavesIt) {
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 
+// Holds: VexoCtrlSDK.h "A host's life"
+// Holds: VexoDesk_Close "Unloads the library (its process detach runs"
+// Holds: VexoDesk_Close "A new board can be opened afterwards."
 TEST_F(BoardOpening, AgainFindsTheLibraryAsItIsAtLoad) {
   Open();
   Start();
@@ -143,6 +173,8 @@ TEST_F(BoardOpening, AgainFindsTheLibraryAsItIsAtLoad) {
   EXPECT_THAT(messages, testing::Contains(testing::Field(&Message::code, VEXO_MSG_VIDEO_INFO)));
 }
 
+// Holds: VexoDesk_Open "The calling thread becomes the one that the windows belong to."
+// Holds: VexoDesk_Close "The thread that opened the board."
 TEST_F(BoardOpening, IsForAnyThreadAndTheWindowsAreItsOwn) {
   int closed = VEXODESK_OK;
   std::thread([&] {
@@ -156,6 +188,7 @@ TEST_F(BoardOpening, IsForAnyThreadAndTheWindowsAreItsOwn) {
 
 using BoardClosing = ProgramTest;
 
+// Holds: VexoDesk_Close "Unloads the library (its process detach runs"
 TEST_F(BoardClosing, EndsTheMonitor) {
   Open();
   Start();
@@ -167,6 +200,9 @@ TEST_F(BoardClosing, EndsTheMonitor) {
   EXPECT_EQ(messages.size(), told);
 }
 
+// Holds: Results "VEXODESK_ERROR_BUSY: a call is still under way"
+// Holds: VexoDesk_Close "VEXODESK_ERROR_BUSY while another thread is in a call"
+// Holds: VexoDeskProcedure "It may call anything here"
 TEST_F(BoardClosing, IsRefusedInAProcedure) {
   Open();
   int closed = VEXODESK_OK;
@@ -178,6 +214,7 @@ TEST_F(BoardClosing, IsRefusedInAProcedure) {
   EXPECT_EQ(VexoDesk_Close(), VEXODESK_OK);
 }
 
+// Holds: VexoDesk_Close "VEXODESK_ERROR_BUSY while another thread is in a call"
 TEST_F(BoardClosing, IsRefusedWhileAnotherThreadIsInACall) {
   VexoDeskOptions options = VEXODESK_DEFAULTS;
   options.time = VEXODESK_REAL;

@@ -22,6 +22,9 @@ class DeskPort : public ProgramTest {
   static std::uint16_t Number() { return static_cast<std::uint16_t>(VexoDesk_ControlPort()); }
 };
 
+// Holds: The board "VEXODESK_ANY_PORT: one that is free"
+// Holds: VexoDeskOptions "control_port: on 127.0.0.1"
+// Holds: VexoDesk_ControlPort "The control port's number"
 TEST_F(DeskPort, PullsACableOfTheProgramsBoard) {
   ASSERT_NE(Number(), 0);
   Start();
@@ -41,6 +44,7 @@ TEST_F(DeskPort, PullsACableOfTheProgramsBoard) {
   EXPECT_TRUE(told());
 }
 
+// Holds: VexoDesk_Close "Ends the lines and connections of both ports."
 TEST_F(DeskPort, GoesWithItsBoardAlsoWhileALineLetsTimePass) {
   Client client(Number());
   client.Send("vexo 1\nrun 3600000\n");
@@ -50,6 +54,8 @@ TEST_F(DeskPort, GoesWithItsBoardAlsoWhileALineLetsTimePass) {
   EXPECT_THAT(client.AllLines(), testing::Each(testing::Not(HasSubstr("done"))));
 }
 
+// Holds: Results "VEXODESK_ERROR_SYSTEM: a file"
+// Holds: VexoDeskOptions "control_port: on 127.0.0.1"
 TEST_F(DeskPort, ThatIsTakenIsToldAndNothingIsOpened) {
   const int listener = socket(AF_INET, SOCK_STREAM, 0);
   sockaddr_in address = {};
@@ -92,6 +98,8 @@ class DeskPage : public ProgramTest {
   }
 };
 
+// Holds: VexoDeskOptions "page_port: the same for the page"
+// Holds: VexoDesk_PagePort "The same for the page"
 TEST_F(DeskPage, ShowsTheProgramsBoardUnderItsName) {
   EXPECT_EQ(VexoDesk_ControlPort(), 0);
   Client client(Number());
@@ -114,6 +122,7 @@ TEST_F(DeskPage, ShowsTheProgramsBoardUnderItsName) {
   EXPECT_GT(later["t"], first["t"]);
 }
 
+// Holds: VexoDesk_Close "Ends the lines and connections of both ports."
 TEST_F(DeskPage, GoesWithItsBoardWhileItIsWatched) {
   Socket monitor(Number(), "/monitor");
   EXPECT_TRUE(Picture(monitor).is_object());

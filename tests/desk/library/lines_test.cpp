@@ -16,6 +16,7 @@ class DeskLines : public ProgramTest {
   DeskLines() { Open(); }
 };
 
+// Holds: VexoDesk_Line "Runs one line of the script language"
 TEST_F(DeskLines, ChangeTheBoardAndLookAtIt) {
   Start();
   Line("poke slave1 1 0x30 0x5A");
@@ -25,12 +26,17 @@ TEST_F(DeskLines, ChangeTheBoardAndLookAtIt) {
   Line("expect register slave1 1 0x30 0x5A");
 }
 
+// Holds: Results "VEXODESK_ERROR_UNMET: an expectation was not met"
+// Holds: VexoDesk_Line "Returns VEXODESK_OK; VEXODESK_ERROR_LINE"
 TEST_F(DeskLines, SayWhatWasFoundWhereAnExpectationIsUnmet) {
   const std::string answer = Answer("expect register master 0 0xFE 0x00", VEXODESK_ERROR_UNMET);
   EXPECT_THAT(answer, HasSubstr("0x28"));
   EXPECT_EQ(VexoDesk_Error(), answer);
 }
 
+// Holds: Results "VEXODESK_ERROR_LINE: no line of the language"
+// Holds: VexoDesk_Line "Lines that are a script's or console's own (undo"
+// Holds: VexoDesk_Line "Returns VEXODESK_OK; VEXODESK_ERROR_LINE"
 TEST_F(DeskLines, ThatAreNoneSayWhatWasExpected) {
   EXPECT_THAT(Answer("camera 77 off", VEXODESK_ERROR_LINE), StartsWith("expected "));
   EXPECT_THAT(Answer("undo", VEXODESK_ERROR_LINE), testing::Not(testing::IsEmpty()));
@@ -40,6 +46,7 @@ TEST_F(DeskLines, ThatAreNoneSayWhatWasExpected) {
   EXPECT_EQ(VexoDesk_Line("camera 5 off", nullptr, 10), VEXODESK_ERROR_ARGUMENT);
 }
 
+// Holds: VexoDesk_Line "Lines that call the library run it on the calling thread."
 TEST_F(DeskLines, MayCallTheLibraryAndLetTimePass) {
   Start();
   const std::uint64_t begin = VexoDesk_Now();
@@ -53,6 +60,7 @@ TEST_F(DeskLines, MayCallTheLibraryAndLetTimePass) {
   EXPECT_EQ(messages.back().code, VEXO_MSG_REG_VALUE);
 }
 
+// Holds: VexoDesk_Line "Its answer, UTF-8 lines with a line feed between them"
 TEST_F(DeskLines, AnswerAsMuchAsFits) {
   const std::string whole = Answer("expect register master 0 0xFE 0x00", VEXODESK_ERROR_UNMET);
   ASSERT_GT(whole.size(), 10u);
@@ -85,6 +93,8 @@ TEST_F(DeskLines, MayStandInAProcedureThatAnotherLineCalled) {
   EXPECT_EQ(messages[1].value, 0u);
 }
 
+// Holds: VexoDesk.h "Any thread may call the exports of VexoCtrlSDK.h"
+// Holds: VexoDesk_Line "Any thread."
 TEST_F(DeskLines, AreForAnyThread) {
   Start();
   std::thread([] {

@@ -45,6 +45,7 @@ class DeskOutputs : public ProgramTest {
   std::string texts;
 };
 
+// Holds: VexoDesk.h "VEXODESK_VIRTUAL passes only in VexoDesk_Pump and VexoDesk_Sleep"
 TEST_F(DeskOutputs, OfTwoRunsInVirtualTimeAreTheSame) {
   OpenWithFiles("one");
   UseIt();
@@ -59,6 +60,9 @@ TEST_F(DeskOutputs, OfTwoRunsInVirtualTimeAreTheSame) {
   EXPECT_EQ(Content(texts), one_text);
 }
 
+// Holds: VexoDeskOptions "texts: file for the library's texts"
+// Holds: VexoDeskOptions "trace: file for the trace as JSON lines"
+// Holds: VexoDesk_Close "Unloads the library (its process detach runs"
 TEST_F(DeskOutputs, HaveTheWholeRun) {
   OpenWithFiles("run");
   UseIt();
@@ -100,6 +104,7 @@ TEST_F(DeskOutputs, AreThereWhenTheProgramIsKilled) {
   EXPECT_THAT(Content(texts), HasSubstr(">> FINISH NTSC CAMERA!!\n"));
 }
 
+// Holds: VexoDesk.h "A program may end with its board open"
 TEST_F(DeskOutputs, AreThereWhenTheProgramEndsWithItsBoardOpen) {
   trace = Path("ended.jsonl");
   const pid_t program = fork();
@@ -117,6 +122,7 @@ TEST_F(DeskOutputs, AreThereWhenTheProgramEndsWithItsBoardOpen) {
   EXPECT_THAT(Content(trace), EndsWith("}\n"));
 }
 
+// Holds: VexoDesk_Close "VEXODESK_ERROR_SYSTEM when a file could not be written whole"
 TEST_F(DeskOutputs, ThatCannotBeWrittenAreToldAtTheEnd) {
   VexoDeskOptions options = VEXODESK_DEFAULTS;
   options.texts = "/dev/full";

@@ -97,6 +97,7 @@ class DeskRecords : public ProgramTest {
   std::size_t read_ = 0;
 };
 
+// Holds: VexoMotionMaskRecord "Read: all 26 bytes (byte 0 alone when the channel"
 TEST_F(DeskRecords, AreReadToTheirLastByteAndNoFurther) {
   for (const Kind& kind : kKinds) {
     Fenced record(kind.bytes);
@@ -178,6 +179,8 @@ TEST_F(DeskRecords, OfMotionAndTextAreReadNoFurther) {
   EXPECT_EQ(VEXOAPI_TextCommandProc(reinterpret_cast<const char*>(text.Bytes())), VEXO_OK);
 }
 
+// Holds: VexoCtrlSDK.h "One UTF-16 unit"
+// Holds: VEXOAPI_GetVersion "Copies the library's version ("1."
 TEST_F(DeskRecords, OfTheVersionAreWrittenNoFurther) {
   Fenced buffer(11 * sizeof(VexoChar16));
   EXPECT_EQ(VEXOAPI_GetVersion(reinterpret_cast<VexoChar16*>(buffer.Bytes())), 10);
@@ -189,6 +192,7 @@ extern "C" int PlainSetMotionInfo(std::uint8_t channel, std::uint8_t level,
 extern "C" int CxxSetMotionInfo(std::uint8_t channel, std::uint8_t level,
                                 std::uint8_t* mask) __asm__("_Z21VEXOAPI_SetMotionInfohhPh");
 
+// Holds: VEXOAPI_SetMotionInfo "C and the C++ of g++ and clang ask for other names"
 TEST_F(DeskRecords, OfMotionAreTakenUnderBothNames) {
   Fenced mask(VEXO_MOTION_MASK_BYTES);
   Trace("VEXOAPI_SetMotionInfo");

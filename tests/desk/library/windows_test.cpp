@@ -19,6 +19,11 @@ class DeskWindows : public ProgramTest {
   DeskWindows() { Open(); }
 };
 
+// Holds: VexoCtrlSDK.h "The library answers with result codes and tells the host about"
+// Holds: VexoDesk.h "A program calls the exports of VexoCtrlSDK.h as it does"
+// Holds: VexoDeskProcedure "Called with each message of the window"
+// Holds: VexoDesk_CreateWindow "A window for VEXOAPI_Initialize"
+// Holds: VexoDesk_Pump "Handles messages while duration_ms pass"
 TEST_F(DeskWindows, AreToldOfACableWhileTheProgramPumps) {
   Start();
   ASSERT_GE(VexoDesk_Pump(100), 1);
@@ -30,6 +35,8 @@ TEST_F(DeskWindows, AreToldOfACableWhileTheProgramPumps) {
   EXPECT_EQ(messages[0].value, 1u << 5);
 }
 
+// Holds: VexoDesk_Pump "Handles messages while duration_ms pass"
+// Holds: VexoDesk_Sleep "Lets duration_ms pass"
 TEST_F(DeskWindows, AreToldNothingWhileTheProgramSleeps) {
   Start();
   VexoDesk_Pump(100);
@@ -57,6 +64,7 @@ TEST_F(DeskWindows, LoseAMessageThatNobodyAnswersForFiveSeconds) {
   EXPECT_THAT(messages, Contains(Field(&Message::value, 0x60u)));
 }
 
+// Holds: VexoDeskProcedure "Called with each message of the window"
 TEST_F(DeskWindows, AreToldInTheCallThatSends) {
   Start();
   messages.clear();
@@ -67,6 +75,8 @@ TEST_F(DeskWindows, AreToldInTheCallThatSends) {
   EXPECT_EQ(messages[0].value, 0x28u);
 }
 
+// Holds: Host window messages "The procedure may call the library."
+// Holds: VexoDeskProcedure "It may call anything here"
 TEST_F(DeskWindows, MayCallTheLibraryInTheirProcedure) {
   Start();
   VexoDesk_Pump(100);
@@ -87,6 +97,8 @@ TEST_F(DeskWindows, MayCallTheLibraryInTheirProcedure) {
                                    VEXODESK_OK));
 }
 
+// Holds: VexoDeskProcedure "It may call anything here"
+// Holds: VexoDesk_Pump "The thread that opened the board"
 TEST_F(DeskWindows, MayPumpInTheirProcedure) {
   Start();
   VexoDesk_Pump(100);
@@ -108,6 +120,7 @@ TEST_F(DeskWindows, MayPumpInTheirProcedure) {
   EXPECT_GE(messages[1].at, begin + 1000);
 }
 
+// Holds: VexoDeskProcedure "lparam is 0"
 TEST_F(DeskWindows, MayStopTheMonitorInTheirProcedureAndReadTheRecordAfterwards) {
   static VideoDetectRecord after;
   window = VexoDesk_CreateWindow(
@@ -142,6 +155,7 @@ TEST_F(DeskWindows, MayOutlastTheSendersPatienceInTheirProcedure) {
   EXPECT_THAT(messages, Contains(Field(&Message::value, 0x60u)));
 }
 
+// Holds: VexoDesk_DestroyWindow "The window is gone"
 TEST_F(DeskWindows, MayBeDestroyedInTheirProcedure) {
   Start();
   VexoDesk_Pump(100);
@@ -154,6 +168,8 @@ TEST_F(DeskWindows, MayBeDestroyedInTheirProcedure) {
   EXPECT_EQ(messages.size(), 1u);
 }
 
+// Holds: VexoDesk_DestroyWindow "The window is gone"
+// Holds: VexoDesk_DestroyWindow "VEXODESK_ERROR_ARGUMENT for what is no window."
 TEST_F(DeskWindows, AreNoneAfterTheirEnd) {
   Start();
   EXPECT_EQ(VexoDesk_DestroyWindow(window), VEXODESK_OK);
@@ -165,6 +181,7 @@ TEST_F(DeskWindows, AreNoneAfterTheirEnd) {
   EXPECT_THAT(messages, IsEmpty());
 }
 
+// Holds: VexoDesk_CreateWindow "procedure may be null"
 TEST_F(DeskWindows, NeedNoProcedure) {
   VexoWindow quiet = VexoDesk_CreateWindow(nullptr, nullptr);
   ASSERT_NE(quiet, nullptr);
@@ -174,6 +191,8 @@ TEST_F(DeskWindows, NeedNoProcedure) {
   EXPECT_GE(VexoDesk_Pump(100), 1);
 }
 
+// Holds: VexoDeskProcedure "The result is dropped."
+// Holds: VexoDesk_CreateWindow "context is handed to it."
 TEST_F(DeskWindows, HaveEachTheirOwnProcedureAndContext) {
   static const auto count = [](VexoWindow, std::uint32_t, std::uintptr_t, std::intptr_t,
                                void* context) -> std::intptr_t {
@@ -198,6 +217,16 @@ TEST_F(DeskWindows, HaveEachTheirOwnProcedureAndContext) {
   EXPECT_EQ(second, 1);
 }
 
+// Holds: VEXOAPI_Initialize "Any thread."
+// Holds: VexoDesk.h "Any thread may call the exports of VexoCtrlSDK.h"
+// Holds: Results "VEXODESK_ERROR_THREAD: not the thread that opened the board"
+// Holds: VexoDesk_Error "Why the calling thread's last failing call of a VexoDesk"
+// Holds: VexoDesk_Error "Valid until its next call."
+// Holds: VexoDesk_Error "Any thread."
+// Holds: VexoDesk_CreateWindow "The thread that opened the board."
+// Holds: VexoDesk_DestroyWindow "The thread that opened the board."
+// Holds: VexoDesk_Pump "The thread that opened the board"
+// Holds: VexoDesk_Sleep "Any thread."
 TEST_F(DeskWindows, BelongToTheThreadThatOpenedTheBoard) {
   Start();
   std::thread([this] {
@@ -213,6 +242,8 @@ TEST_F(DeskWindows, BelongToTheThreadThatOpenedTheBoard) {
   EXPECT_THAT(VexoDesk_Error(), HasSubstr("expected a window"));
 }
 
+// Holds: Host window messages "Sent messages are handled by the window's thread where"
+// Holds: VexoDeskProcedure "Called with each message of the window"
 TEST_F(DeskWindows, AreToldBySendersOfOtherThreadsInTheirOwn) {
   Start();
   messages.clear();
@@ -237,6 +268,9 @@ TEST_F(DeskWindows, AreToldBySendersOfOtherThreadsInTheirOwn) {
   EXPECT_EQ(told, here);
 }
 
+// Holds: VexoDesk.h "VEXODESK_VIRTUAL passes only in VexoDesk_Pump and VexoDesk_Sleep"
+// Holds: VexoDesk_Pump "Returns how many were handled."
+// Holds: VexoDesk_Now "Milliseconds since the board was opened"
 TEST_F(DeskWindows, PassAnHourOfVirtualTimeToTheMillisecond) {
   Start();
   const std::uint64_t begin = VexoDesk_Now();
@@ -258,6 +292,8 @@ class RealTime : public ProgramTest {
   }
 };
 
+// Holds: VexoDesk.h "VEXODESK_REAL is the clock's."
+// Holds: VexoDeskOptions "time: VEXODESK_VIRTUAL or VEXODESK_REAL"
 TEST_F(RealTime, PassesByItself) {
   const std::uint64_t begin = VexoDesk_Now();
   while (VexoDesk_Now() == begin) {
@@ -274,6 +310,7 @@ TEST_F(RealTime, TellsOfACable) {
   EXPECT_TRUE(told());
 }
 
+// Holds: VexoDesk.h "One thread is in the library at a time"
 TEST_F(RealTime, GoesOnWhileAnotherThreadSleeps) {
   Start();
   std::atomic<bool> awake = false;

@@ -30,6 +30,10 @@ constexpr InputColors Brightness(std::uint8_t value) { return {0x80, 0x80, 0x80,
 
 class ColorTableOf : public testing::TestWithParam<Case> {};
 
+// Holds: Chips: vexo "`HUE`: 0 to 255"
+// Holds: Chips: vexo "`SATURATION`: 0 grey"
+// Holds: Chips: vexo "`CONTRAST`: 0 none"
+// Holds: Chips: vexo "`BRIGHTNESS`: 0 dark"
 TEST_P(ColorTableOf, MakesThisOfAColour) {
   const Case& c = GetParam();
   const Rgb to = ColorTable(c.colors)(c.from);
@@ -67,6 +71,7 @@ const Case kCases[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Screen, ColorTableOf, testing::ValuesIn(kCases));
 
+// Holds: vexo color "128 each is the picture as it comes."
 TEST(ColorTable, OfTheNeutralColoursIsTheColourItself) {
   const ColorTable table(kNeutralColors);
   for (unsigned r = 0; r < 256; r += 5) {
@@ -80,6 +85,7 @@ TEST(ColorTable, OfTheNeutralColoursIsTheColourItself) {
   }
 }
 
+// Holds: vexo color "128 each is the picture as it comes."
 TEST(NeutralColors, AreWhatInitializationWritesAndWhatThePowerBringsOn) {
   for (const InputTable& table : {kInputN, kInputP}) {
     const InputColors written = {table[kInputHue.first], table[kInputSaturation.first],
