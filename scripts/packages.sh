@@ -22,8 +22,9 @@ device_packages=(
 package_packages=(
   "${device_packages[@]}" clang g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix python3-markdown-it zip
 )
-# llvm also has the symbolizer that puts function names into sanitizer reports; groff reads the
-# manual page; MinGW-w64 and Wine build and run the library as a DLL. The page is tried in Chromium.
+# llvm also has the symbolizer that puts function names into sanitizer reports, and counts which lines
+# ran; groff reads the manual page; MinGW-w64 and Wine build and run the library as a DLL. The page is
+# tried in Chromium.
 # The package is read by pefile, tidy and unzip, and hosts are linked with its import library by lld.
 test_packages=(
   "${package_packages[@]}" ca-certificates clang-format clang-tidy curl groff-base libclang-rt-14-dev

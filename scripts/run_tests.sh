@@ -9,6 +9,11 @@ preset="$1"
 jobs="$(nproc)"
 scratch="$(mktemp -d)"
 trap 'rm -rf "$scratch"' EXIT
+# Where the processes of a build that counts its lines leave their counts (scripts/check_coverage.py).
+if [[ "$preset" == sanitize ]]; then
+  rm -rf "build/$preset/coverage"
+  export LLVM_PROFILE_FILE="$PWD/build/$preset/coverage/%2m.profraw"
+fi
 status=0
 all_passed=0
 all_failed=0
