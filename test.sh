@@ -26,7 +26,7 @@ wine32   | build dll      | 1   | 32-bit kit under Wine               | windows/
 sanbuild |                | 704 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
 santests | sanbuild       | 409 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
 coverage | santests       | 15  | lines and branches that tests run   | scripts/check_coverage.py
-fuzz     | sanbuild       | 35  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
+fuzz     | sanbuild       | 45  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
 threads  |                | 170 | threads of a program (sanitizer)    | scripts/check_threads.sh
 lint     |                | 1107 | lint (clang-tidy)                   | scripts/lint.sh
 image    | build          | 5   | image for the device (ARM)          | device/build.sh && samples/recorder/check_device.sh

@@ -48,6 +48,8 @@ Exports ReadExports(const Image& image, const Directory& exports) {
   if (functions > kMostExports)
     throw Refusal("The library exports " + std::to_string(functions) + " functions.");
   ImageBytes(image, addresses, functions * 4);
+  if (count > kMostExports)
+    throw Refusal("The library exports " + std::to_string(count) + " names.");
   Exports result = {NameAt(image, Get32(table, 12), "The library", kMostDllName), {}};
   std::string before;
   for (std::uint32_t i = 0; i < count; ++i) {

@@ -32,38 +32,6 @@ constexpr std::uint32_t kDumpsAsOne = 0xFF00;     // every dump counts as this
 constexpr std::uint32_t kUnknownAsOne = 0x0000;   // and every unknown code as this
 constexpr std::uint32_t kMotionInfo = 0x1'0000u;  // stands for VEXOAPI_SetMotionInfo
 
-// How long the record of a command is; none for commands without one.
-std::optional<std::size_t> RecordBytes(std::uint32_t code) {
-  switch (code & 0xFFFF) {
-    case VEXO_CMD_INIT:
-      return sizeof(VexoInitRecord);
-    case VEXO_CMD_READ_REG:
-    case VEXO_CMD_WRITE_REG:
-      return sizeof(VexoRegRecord);
-    case VEXO_CMD_LIVE_SPLIT:
-    case VEXO_CMD_PLAY_SPLIT:
-      return sizeof(VexoSplitRecord);
-    case VEXO_CMD_MOTION_MASK:
-    case VEXO_CMD_MOTION_MASK_PREVIEW:
-      return sizeof(VexoMotionMaskRecord);
-    case VEXO_CMD_CHANNEL_MASKS:
-      return sizeof(VexoChannelMasksRecord);
-    case VEXO_CMD_LIVE_MODE:
-      return sizeof(VexoLiveModeRecord);
-    case VEXO_CMD_PLAY_MODE:
-      return sizeof(VexoPlayModeRecord);
-    case VEXO_CMD_BLANK_MASK:
-    case VEXO_CMD_BIT0_MASK:
-      return sizeof(VexoMaskRecord);
-    case VEXO_CMD_MOTION_SETUP:
-      return sizeof(VexoMotionSetupRecord);
-    case VEXO_CMD_MOTION_REG:
-      return sizeof(VexoMotionRegRecord);
-    default:
-      return std::nullopt;
-  }
-}
-
 bool IsKnown(std::uint32_t code) {
   code &= 0xFFFF;
   return (code >= VEXO_CMD_INIT && code <= VEXO_CMD_MOTION_REG) ||
@@ -217,7 +185,7 @@ class RandomCommands : public test::LibraryTest, public ::testing::WithParamInte
     if (OneIn(20)) return RunSetMotionInfo();
     const std::uint32_t code = PickCode();
     std::optional<Bytes> record;
-    if (const std::optional<std::size_t> length = RecordBytes(code)) {
+    if (const std::optional<std::size_t> length = test::CommandModel::RecordBytes(code)) {
       if (!OneIn(12)) record = PickBytes(*length);
       if (record && !OneIn(4)) Tame(code, *record);
     } else if (OneIn(2)) {

@@ -59,6 +59,37 @@ bool CommandModel::NeedsRecord(std::uint32_t code) {
          code != VEXO_CMD_MOTION_CLEAR;
 }
 
+std::optional<std::size_t> CommandModel::RecordBytes(std::uint32_t code) {
+  switch (code & 0xFFFF) {
+    case VEXO_CMD_INIT:
+      return sizeof(VexoInitRecord);
+    case VEXO_CMD_READ_REG:
+    case VEXO_CMD_WRITE_REG:
+      return sizeof(VexoRegRecord);
+    case VEXO_CMD_LIVE_SPLIT:
+    case VEXO_CMD_PLAY_SPLIT:
+      return sizeof(VexoSplitRecord);
+    case VEXO_CMD_MOTION_MASK:
+    case VEXO_CMD_MOTION_MASK_PREVIEW:
+      return sizeof(VexoMotionMaskRecord);
+    case VEXO_CMD_CHANNEL_MASKS:
+      return sizeof(VexoChannelMasksRecord);
+    case VEXO_CMD_LIVE_MODE:
+      return sizeof(VexoLiveModeRecord);
+    case VEXO_CMD_PLAY_MODE:
+      return sizeof(VexoPlayModeRecord);
+    case VEXO_CMD_BLANK_MASK:
+    case VEXO_CMD_BIT0_MASK:
+      return sizeof(VexoMaskRecord);
+    case VEXO_CMD_MOTION_SETUP:
+      return sizeof(VexoMotionSetupRecord);
+    case VEXO_CMD_MOTION_REG:
+      return sizeof(VexoMotionRegRecord);
+    default:
+      return std::nullopt;
+  }
+}
+
 int CommandModel::Initialize(std::optional<Bytes>& record, std::vector<bool>& free) {
   if (!record) {
     ++lock_depth;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -43,6 +44,8 @@ class CommandModel {
   int SetMotionInfo(std::uint8_t channel, std::uint8_t level, const std::optional<Bytes>& mask);
 
   static bool NeedsRecord(std::uint32_t code);
+  // How long the record of a command is; none for commands without one.
+  static std::optional<std::size_t> RecordBytes(std::uint32_t code);
 
  private:
   int Initialize(std::optional<Bytes>& record, std::vector<bool>& free);
