@@ -75,6 +75,7 @@ windows/drive:
 windows:                src/platform src/platform/ce
 
 tests:                  *
+scripts/mutants:
 bench:                  *
 fuzz:                   *
 '

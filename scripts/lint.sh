@@ -46,6 +46,7 @@ pc      together tests/desk/console tests/desk/page tests/desk/port tests/desk/b
 pc      together tests/desk/library
 pc      together tests/device/ceimage tests/device/check tests/device/emulator tests/device/library tests/device/plan tests/device/verdict
 pc      together tests/device/image
+pc      together scripts/mutants
 '
 
 # Where a compiler for another machine finds its headers, but for those of the compiler itself.

@@ -29,6 +29,7 @@ class Library:
         self.sources = sorted(
             str(path.relative_to(root)) for room in ROOMS for path in (root / "src" / room).glob("*.cpp")
         )
+        self.program = folder / "tests"
         folder.mkdir(parents=True, exist_ok=True)
         stamp = folder / "stamp"
         now = self._state()
@@ -96,7 +97,6 @@ class Library:
 
     def _build_program(self):
         """Links the tests' program of the build anew, with the library as a shared object."""
-        self.program = self.folder / "tests"
         command = must(["ninja", "-t", "commands", "vexo_tests"], cwd=self.build).splitlines()[-1]
         command = command.replace("src/libvexo_library.a", str(self.folder / "libvexo_library.so"))
         recorder = self.folder / "recorder.o"
