@@ -20,7 +20,7 @@ class MessageProcedures : public ProgramTest {
   // Calls the command in the procedure of the monitor's first message, and says how long it took.
   std::uint64_t InTheFirstMessage(std::uint32_t code) {
     std::uint64_t took = 0;
-    on_message = [this, code, &took](const Message& message) {
+    on_message = [code, &took](const Message& message) {
       if (message.code != VEXO_MSG_VIDEO_INFO || took != 0) return;
       VexoInitRecord record = {};
       EXPECT_EQ(VEXOAPI_CommandProc(code, &record), VEXO_OK);
