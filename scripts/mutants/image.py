@@ -10,6 +10,7 @@ import shutil
 from mutants.run import batches, compiled, must, run_tests
 
 TARGET = "VexoCtrlSDK.DLL"
+LINKED = "VexoCtrlSDK.elf"
 # For desktop Windows alone; its tests are the kit's, under Wine.
 ELSEWHERE = ("src/platform/ce/desktop.cpp",)
 FIRST_BATCHES = (40,)
@@ -20,9 +21,11 @@ class Image:
         self.root, self.device, self.folder = root, device, folder
         self.program = str(build / "tests" / "device" / "image" / "image_tests")
         self.env = {**os.environ, "LC_ALL": "C"}
-        self.commands = must(["ninja", "-t", "commands", TARGET], cwd=device).splitlines()
+        commands = must(["ninja", "-t", "commands", TARGET], cwd=device).splitlines()
+        # The link, and what makes the image of it.
+        self.finish = [each for each in commands if f"-o {LINKED} " in each or f"--output {TARGET} " in each]
         self.compile_of = {}
-        for command in self.commands:
+        for command in commands:
             match = re.search(r"-c (\S+\.cpp)$", command)
             if match:
                 path = os.path.relpath(match.group(1), root)
@@ -38,12 +41,16 @@ class Image:
     def _find_times(self, say):
         """What each test takes. It also shows that all is well without a mutant."""
         self.folder.mkdir(parents=True, exist_ok=True)
-        say("How long do the image's tests take?")
         listing = self.folder / "tests.json"
-        must(
-            [self.program, "--gtest_brief=1", f"--gtest_output=json:{listing}"], cwd=self.root,
-            env={**self.env, "VEXO_IMAGE": str(self.device / TARGET)},
-        )  # fmt: skip
+        made = max(path.stat().st_mtime for path in (self.device / TARGET, pathlib.Path(self.program)))
+        if not listing.exists() or listing.stat().st_mtime < made:
+            say("How long do the image's tests take?")
+            fresh = listing.with_suffix(".new")
+            must(
+                [self.program, "--gtest_brief=1", f"--gtest_output=json:{fresh}"], cwd=self.root,
+                env={**self.env, "VEXO_IMAGE": str(self.device / TARGET)},
+            )  # fmt: skip
+            fresh.rename(listing)
         self.seconds = {}
         for suite in json.loads(listing.read_text())["testsuites"]:
             for test in suite["testsuite"]:
@@ -85,11 +92,10 @@ class Image:
                 # Before the original's folders, so that a header is the changed one.
                 first = " ".join(f"-I{overlay}/{each}" for each in ("src", "src/platform/ce"))
                 compiled(command.replace(" -I", f" {first} -I", 1), cwd=folder)
-            for command in self.commands[-2:]:
-                if f"{TARGET}" in command or ".elf" in command:
-                    compiled(command.replace(str(self.device), str(folder)), cwd=folder)
+            for command in self.finish:
+                compiled(command.replace(str(self.device), str(folder)), cwd=folder)
             if (folder / TARGET).read_bytes() == (self.device / TARGET).read_bytes():
-                return "survived", "the image is the same"
+                return "same code", ""
             env = {**self.env, "VEXO_IMAGE": str(folder / TARGET)}
             for some, seconds in batches(self.tests, FIRST_BATCHES, self.seconds):
                 verdict = run_tests(self.program, some, seconds, env, self.root)

@@ -15,7 +15,7 @@ from mutants.source import Source
 
 ROOMS = ("api", "chip", "display", "motion", "report", "setup", "text")
 FLAGS = [
-    "-std=c++17", "-O0", "-g1", "-fPIC", "-w", "-fno-exceptions", "-fno-rtti",
+    "-std=c++17", "-O0", "-fPIC", "-w", "-fno-exceptions", "-fno-rtti",
     "-fno-threadsafe-statics", "-fasynchronous-unwind-tables", "-fvisibility-inlines-hidden",
 ]  # fmt: skip
 LINK = ["g++", "-shared", "-fuse-ld=lld", "-Wl,-soname,libvexo_library.so"]
@@ -132,7 +132,7 @@ class Library:
         for path in self.sources:
             objects.append(str(counted / self._object(path).name))
             must(
-                ["clang++", *FLAGS, "-fsanitize-coverage=inline-8bit-counters,pc-table",
+                ["clang++", *FLAGS, "-g1", "-fsanitize-coverage=inline-8bit-counters,pc-table",
                  *self._includes("."), "-c", path, "-o", objects[-1]],
                 cwd=self.root,
             )  # fmt: skip
@@ -224,6 +224,7 @@ class Library:
         return found
 
     def make(self, folder, mutant, text, users):
+        """Whether the compiler makes something else of it."""
         overlay = folder / "overlay"
         shutil.rmtree(overlay, ignore_errors=True)
         changed = overlay / mutant.path
@@ -241,7 +242,10 @@ class Library:
                  "-o", str(instead[path])],
                 cwd=self.root,
             )  # fmt: skip
+        if all(made.read_bytes() == self._object(path).read_bytes() for path, made in instead.items()):
+            return False
         self._link(instead, folder / "libvexo_library.so")
+        return True
 
     def order(self, mutant, source, users, names, sources):
         """Tests that may notice, the most telling first: those that reach the line, then those that
@@ -288,7 +292,8 @@ class Library:
         users, names = self.users(mutant, sources)
         if not users:
             return None
-        self.make(folder, mutant, text, users)
+        if not self.make(folder, mutant, text, users):
+            return "same code", ""
         tests = self.order(mutant, sources(mutant.path), users, names, sources)
         env = {**self.env, "LD_LIBRARY_PATH": str(folder)}
         for some, seconds in batches(tests, FIRST_BATCHES, self.seconds):

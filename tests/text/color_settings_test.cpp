@@ -9,20 +9,23 @@
 namespace test {
 namespace {
 
+// Before any test has put them back.
+const ColorState g_colors_at_load = g_color;
+
 class ColorSettingsTest : public LibraryTest {
  protected:
   static constexpr ColorSettings kColors = {
       .brightness = 1, .contrast = 2, .hue = 3, .saturation = 4};
 
-  static bool AllZero() {
+  static bool AllZero(const ColorState& colors) {
     constexpr std::array<std::uint8_t, sizeof(ColorState)> kZero{};
-    return std::memcmp(kZero.data(), &g_color, sizeof g_color) == 0;
+    return std::memcmp(kZero.data(), &colors, sizeof colors) == 0;
   }
 };
 
 // Holds: vexo color "Sets the hue of one channel"
 TEST_F(ColorSettingsTest, AreZeroAtLoad) {
-  EXPECT_TRUE(AllZero());
+  EXPECT_TRUE(AllZero(g_colors_at_load));
   static_assert(sizeof(ColorState) == 64);
 }
 
@@ -76,7 +79,7 @@ TEST_F(ColorSettingsTest, HueKnowsNoEveryChannel) {
     g_color = {};
     PretendBoard(channels);
     SetColorHue(static_cast<std::uint8_t>(channels), 9);
-    EXPECT_TRUE(AllZero()) << channels;
+    EXPECT_TRUE(AllZero(g_color)) << channels;
     EXPECT_EQ(Cycles(), 0u) << channels;
   }
 }
@@ -90,7 +93,7 @@ TEST_F(ColorSettingsTest, ChannelsAboveTheCountChangeNothing) {
     SetColorBrightness(channel, 9);
     SetColors(channel, kColors);
   }
-  EXPECT_TRUE(AllZero());
+  EXPECT_TRUE(AllZero(g_color));
   EXPECT_EQ(Cycles(), 0u);
 }
 
