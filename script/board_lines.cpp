@@ -191,9 +191,9 @@ constexpr LineGroup kBoard = LineGroup::Board;
 
 const std::string kDriverHelp =
     sim::OneOf(sim::kDriverNames) + "; absent gives the invalid handle, null gives 0 (present)";
-const std::string kFaultHelp =
-    "always, in the N-th call from now alone (nth N), or from that call on (from N): " +
-    sim::OneOf(FaultWords()) + " (off)";
+constexpr const char* kFaultHelp =
+    "what fails (help fault): always, in the N-th call from now alone (nth N), or in that call and "
+    "all later ones (from N) (off)";
 
 const std::array kBoardLines = {
     LineKind{kBoard, "board chips", "N", "fits chips at positions 0 to N-1, empties the rest (4)",

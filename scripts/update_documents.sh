@@ -9,5 +9,5 @@ build/gcc/vexosim manual >docs/text-commands.md
 build/gcc/vexosim manual --man >docs/vexosim.1
 build/gcc/vexosim completion bash >docs/vexosim.bash
 scripts/first_hour.sh build/gcc/vexosim --update
-scripts/check_page.sh --documents is_light_and_dark
+scripts/check_page.sh --documents -k is_light_and_dark
 scripts/promises.py --update
