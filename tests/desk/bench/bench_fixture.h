@@ -126,7 +126,11 @@ class BenchTest : public testing::Test {
     host_.join();
   }
   // Until the session has ended by itself.
-  std::string AwaitEnd() { return served_.get_future().get(); }
+  std::string AwaitEnd() {
+    std::future<std::string> end = served_.get_future();
+    const bool ended = end.wait_for(std::chrono::seconds(60)) == std::future_status::ready;
+    return ended ? end.get() : "it has not ended";
+  }
 
   Answer Run(const std::string& line) { return bench_->Run(line); }
   std::string Done(const std::string& line) { return Expect(line, Answer::Result::Done); }
