@@ -25,7 +25,6 @@ wine64   | build dll      | 89  | 64-bit kit under Wine               | beside w
 wine32   | build dll      | 1   | 32-bit kit under Wine               | windows/run_kit.sh build/windows-i686
 sanbuild |                | 704 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
 santests | sanbuild       | 409 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
-coverage | santests       | 15  | lines and branches that tests run   | scripts/check_coverage.py
 fuzz     | sanbuild       | 45  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
 threads  |                | 170 | threads of a program (sanitizer)    | scripts/check_threads.sh
 lint     |                | 1107 | lint (clang-tidy)                   | scripts/lint.sh

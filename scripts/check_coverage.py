@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Says which lines and branches of each room the tests have run: scripts/check_coverage.py
 
-The tests of the build with the sanitizers leave their counts in build/sanitize/coverage. Fails when
+The tests of the preset coverage leave their counts in build/coverage/coverage. Fails when
 a room falls below tests/coverage.txt, or when a line of the library that no test runs is not in
 tests/coverage_exceptions.txt, or when one that is there is run or gone.
 
@@ -118,7 +118,7 @@ def measure(build):
     """Merges what the processes of the tests left, and reads it with the programs that wrote it."""
     profiles = sorted((build / "coverage").glob("*.profraw"))
     if not profiles:
-        sys.exit(f"{build}/coverage is empty: run scripts/run_tests.sh sanitize first.")
+        sys.exit(f"{build}/coverage is empty: run scripts/run_tests.sh coverage first.")
     merged = build / "coverage/all.profdata"
     tool("llvm-profdata", "merge", "-sparse", "-o", merged, *profiles)
     programs = [build / "tests/vexo_tests", "-object", build / "vexosim"]
@@ -225,7 +225,7 @@ def main():
     parser.add_argument("--missing", action="store_true", help=argparse.SUPPRESS)
     options = parser.parse_args()
 
-    measured = measure(ROOT / "build/sanitize")
+    measured = measure(ROOT / "build/coverage")
     files = {path: file for path, file in measured.items() if room_of(path)}
     for path, file in files.items():
         leave_to_the_compiler(path, file)

@@ -10,7 +10,7 @@ jobs="$(nproc)"
 scratch="$(mktemp -d)"
 trap 'rm -rf "$scratch"' EXIT
 # Where the processes of a build that counts its lines leave their counts (scripts/check_coverage.py).
-if [[ "$preset" == sanitize ]]; then
+if [[ "$preset" == coverage ]]; then
   rm -rf "build/$preset/coverage"
   export LLVM_PROFILE_FILE="$PWD/build/$preset/coverage/%2m.profraw"
 fi
