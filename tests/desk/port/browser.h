@@ -62,7 +62,8 @@ class Socket {
   static constexpr unsigned kPing = 9;
   static constexpr unsigned kPong = 10;
 
-  Socket(std::uint16_t port, std::string_view target) : client_(port) {
+  Socket(std::uint16_t port, std::string_view target, Client::Room room = Client::Room::kUsual)
+      : client_(port, room) {
     client_.Send(Request(target, port, SocketFields("http://127.0.0.1:" + std::to_string(port))));
     status_ = ReadAnswer(client_).status;
   }

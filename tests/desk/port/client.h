@@ -23,9 +23,17 @@ inline constexpr std::chrono::seconds kPatience{30};  // of whoever waits for wh
 
 class Client {
  public:
+  // How much the system keeps of what is not read yet. It is told before the peer hears of it: bytes
+  // that were promised more room would be dropped, and come again after ever longer times.
+  enum class Room { kUsual, kLittle };
+
   explicit Client(std::uint16_t port, const char* from = "127.0.0.1",
-                  const char* to = "127.0.0.1") {
+                  const char* to = "127.0.0.1", Room room = Room::kUsual) {
     socket_ = socket(AF_INET, SOCK_STREAM, 0);
+    if (room == Room::kLittle) {
+      const int bytes = 4096;
+      setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof(bytes));
+    }
     sockaddr_in address{};
     address.sin_family = AF_INET;
     inet_pton(AF_INET, from, &address.sin_addr);
@@ -34,6 +42,7 @@ class Client {
     inet_pton(AF_INET, to, &address.sin_addr);
     EXPECT_EQ(connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
   }
+  Client(std::uint16_t port, Room room) : Client(port, "127.0.0.1", "127.0.0.1", room) {}
   ~Client() { Close(); }
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;
@@ -87,10 +96,6 @@ class Client {
     return lines;
   }
 
-  void ReadLittle() const {  // the system keeps little for whoever does not read
-    const int bytes = 4096;
-    setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof(bytes));
-  }
   void EndSending() const { shutdown(socket_, SHUT_WR); }
   void Close() {
     if (socket_ >= 0) close(socket_);

@@ -32,8 +32,8 @@ class MonitorTest : public testing::Test {
     for (unsigned n = 0; n < 16; ++n) bus.Show(n, sim::Sixteenth(n), sim::kQuarter);
   }
 
-  std::unique_ptr<Socket> Watch() const {
-    auto socket = std::make_unique<Socket>(port.PageNumber(), "/monitor");
+  std::unique_ptr<Socket> Watch(Client::Room room = Client::Room::kUsual) const {
+    auto socket = std::make_unique<Socket>(port.PageNumber(), "/monitor", room);
     EXPECT_EQ(socket->Status(), 101);
     return socket;
   }
@@ -96,8 +96,7 @@ TEST_F(MonitorTest, EveryWatcherGetsThem) {
 }
 
 TEST_F(MonitorTest, NothingIsDrawnForAWatcherThatStallsAndNobodyWaitsForIt) {
-  const auto stalled = Watch();
-  stalled->Raw().ReadLittle();
+  const auto stalled = Watch(Client::Room::kLittle);
   const auto wanted = [this] {
     // A picture is on its way for less than this, unless nobody takes it.
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);

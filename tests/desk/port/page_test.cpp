@@ -47,8 +47,9 @@ class PageTest : public PortFixture {
     return name + ':' + std::to_string(Number());
   }
 
-  std::unique_ptr<Socket> Connect(std::string_view greeting = "vexo 1\n") const {
-    auto socket = std::make_unique<Socket>(Number(), "/control");
+  std::unique_ptr<Socket> Connect(std::string_view greeting = "vexo 1\n",
+                                  Client::Room room = Client::Room::kUsual) const {
+    auto socket = std::make_unique<Socket>(Number(), "/control", room);
     EXPECT_EQ(socket->Status(), 101);
     socket->Send(greeting);
     EXPECT_EQ(socket->Json()["vexo"], 1);
@@ -203,8 +204,7 @@ TEST_F(PageTest, ClosesWhoDoesNotAskOrDoesNotRead) {
   idle.Send(Request("/", Number()));
   EXPECT_EQ(ReadAnswer(idle).status, 200);
   EXPECT_EQ(idle.Line(), std::nullopt);
-  Client deaf(Number());
-  deaf.ReadLittle();
+  Client deaf(Number(), Client::Room::kLittle);
   for (int i = 0; i < 1000; ++i) deaf.SendSome(Request("/language.json", Number()));
   while (deaf.Send("GET")) {
   }
@@ -300,8 +300,7 @@ TEST_F(PageTest, NoMoreLinesAreTakenThanAreAnswered) {
 
 TEST_F(PageTest, EachOfTenWatchersGetsItsEventsInOrderWithoutGaps) {
   constexpr int kEvents = 2'000;
-  const auto deaf = Connect("vexo 1 events cycles\n");
-  deaf->Raw().ReadLittle();
+  const auto deaf = Connect("vexo 1 events cycles\n", Client::Room::kLittle);
   for (int i = 0; i < 100; ++i) deaf->Send("long\n");
   std::vector<std::unique_ptr<Socket>> sockets;
   sockets.reserve(10);

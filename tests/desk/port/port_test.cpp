@@ -29,8 +29,9 @@ class PortTest : public PortFixture {
     Open({.control = std::uint16_t{0}, .page = {}, .limits = limits});
   }
 
-  std::unique_ptr<Client> Connect(std::string_view greeting = "vexo 1\n") {
-    auto client = std::make_unique<Client>(port_->Number());
+  std::unique_ptr<Client> Connect(std::string_view greeting = "vexo 1\n",
+                                  Client::Room room = Client::Room::kUsual) {
+    auto client = std::make_unique<Client>(port_->Number(), room);
     client->Send(greeting);
     EXPECT_EQ(client->Json()["vexo"], 1);
     return client;
@@ -120,8 +121,7 @@ TEST_F(PortTest, NoMoreLinesAreReadThanAreAnswered) {
 }
 
 TEST_F(PortTest, AReaderThatNeverReadsStopsNobodyButItself) {
-  const auto deaf = Connect("vexo 1 events cycles\n");
-  deaf->ReadLittle();
+  const auto deaf = Connect("vexo 1 events cycles\n", Client::Room::kLittle);
   for (int i = 0; i < 500; ++i) deaf->SendSome("long\n");
   const auto other = Connect("vexo 1 events\n");
   for (int i = 0; i < 200'000; ++i) Cycle(0x5A);
