@@ -6,6 +6,7 @@ namespace desk {
 
 Monitor::Monitor(boost::asio::any_io_executor executor)
     : executor_(std::move(executor)), painter_([this](Painter::Picture picture) {
+        ++drawn_;
         boost::asio::post(executor_, [this, picture = std::move(picture)] { Send(picture); });
       }) {}
 
@@ -33,6 +34,7 @@ void Monitor::Send(const Painter::Picture& picture) {
       if (!all) Drop(watcher);
     });
   }
+  --drawn_;  // last: now it is known who waits for the next one
 }
 
 void Monitor::Drop(const std::shared_ptr<Watcher>& watcher) {

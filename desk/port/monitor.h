@@ -28,7 +28,7 @@ class Monitor {
   // ---- Any thread ------------------------------------------------------------------------------
 
   // Somebody waits for a picture, and none is on its way.
-  bool WantsMoment() const { return waiting_ != 0 && painter_.Idle(); }
+  bool WantsMoment() const { return painter_.Idle() && drawn_ == 0 && waiting_ != 0; }
   void Show(Moment moment) { painter_.Show(std::move(moment)); }
 
  private:
@@ -44,6 +44,7 @@ class Monitor {
 
   const boost::asio::any_io_executor executor_;
   std::vector<std::shared_ptr<Watcher>> watchers_;
+  std::atomic<std::size_t> drawn_{0};    // pictures that are not sent yet
   std::atomic<std::size_t> waiting_{0};  // watchers, for a picture
   Painter painter_;                      // last: its thread uses the rest
 };

@@ -23,12 +23,12 @@ inline constexpr std::chrono::seconds kPatience{30};  // of whoever waits for wh
 
 class Client {
  public:
-  // How much the system keeps of what is not read yet. It is told before the peer hears of it: bytes
-  // that were promised more room would be dropped, and come again after ever longer times.
+  // How much the system keeps of what is not read yet. It is told before the peer hears of it:
+  // bytes that were promised more room would be dropped, and come again after ever longer times.
   enum class Room { kUsual, kLittle };
 
-  explicit Client(std::uint16_t port, const char* from = "127.0.0.1",
-                  const char* to = "127.0.0.1", Room room = Room::kUsual) {
+  explicit Client(std::uint16_t port, const char* from = "127.0.0.1", const char* to = "127.0.0.1",
+                  Room room = Room::kUsual) {
     socket_ = socket(AF_INET, SOCK_STREAM, 0);
     if (room == Room::kLittle) {
       const int bytes = 4096;
