@@ -25,6 +25,7 @@ wine64   | build dll      | 89  | 64-bit kit under Wine               | beside w
 wine32   | build dll      | 1   | 32-bit kit under Wine               | windows/run_kit.sh build/windows-i686
 sanbuild |                | 704 | build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
 santests | sanbuild       | 409 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
+coverage | santests       | 10  | which lines those have run          | scripts/check_coverage.py
 fuzz     | sanbuild       | 45  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
 threads  |                | 170 | threads of a program (sanitizer)    | scripts/check_threads.sh
 lint     |                | 1107 | lint (clang-tidy)                   | scripts/lint.sh
@@ -32,6 +33,7 @@ image    | build          | 5   | image for the device (ARM)          | device/b
 package  | dll image        | 46  | package                             | scripts/check_package.sh
 day      | package        | 101 | first day on the emulated device    | scripts/check_first_day.sh
 emulated | build image    | 69  | image on the emulated device        | device/run_tests.sh && device/run_check.sh && device/run_recorder.sh
+mutants  | build image    | 110 | broken a little, by chance          | scripts/mutate --sample 50
 bench    | build image    | 13  | benchmarks (g++)                    | scripts/run_benchmarks.sh
 page     | build          | 100 | page in Chromium                    | scripts/check_page.sh
 demo     | build          | 1   | demo                                | scripts/run_demo.sh

@@ -10,17 +10,17 @@ jobs="$(nproc)"
 scratch="$(mktemp -d)"
 trap 'rm -rf "$scratch"' EXIT
 # Where the processes of a build that counts its lines leave their counts (scripts/check_coverage.py).
-if [[ "$preset" == coverage ]]; then
-  rm -rf "build/$preset/coverage"
-  export LLVM_PROFILE_FILE="$PWD/build/$preset/coverage/%2m.profraw"
-fi
+# Those of the tool are many, and add theirs to a few files.
+counts="$PWD/build/$preset/coverage"
+rm -rf "$counts"
 status=0
 all_passed=0
 all_failed=0
 
 processes=()
 for ((shard = 0; shard < jobs; ++shard)); do
-  GTEST_TOTAL_SHARDS="$jobs" GTEST_SHARD_INDEX="$shard" timeout 1800 \
+  GTEST_TOTAL_SHARDS="$jobs" GTEST_SHARD_INDEX="$shard" \
+    LLVM_PROFILE_FILE="$counts/cases_%p.profraw" timeout 1800 \
     "build/$preset/tests/vexo_tests" --gtest_brief=1 >"$scratch/$shard" 2>&1 &
   processes+=($!)
 done
@@ -38,7 +38,7 @@ for ((shard = 0; shard < jobs; ++shard)); do
 done
 
 # One line for each of those that pass is no news.
-ctest --preset "$preset" -j "$jobs" -LE case >"$scratch/ctest" 2>&1 || status=1
+LLVM_PROFILE_FILE="$counts/%2m.profraw" ctest --preset "$preset" -j "$jobs" -LE case >"$scratch/ctest" 2>&1 || status=1
 grep -vE '^ *[0-9]+/[0-9]+ Test .* Passed |^ *Start +[0-9]+: ' "$scratch/ctest"
 totals="$(grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+' "$scratch/ctest" | tail -1)"
 if [[ "$totals" =~ ,\ ([0-9]+)\ tests\ failed\ out\ of\ ([0-9]+) ]] && ((BASH_REMATCH[2] > 0)); then

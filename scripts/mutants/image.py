@@ -30,13 +30,24 @@ class Image:
             if match:
                 path = os.path.relpath(match.group(1), root)
                 self.compile_of[path] = re.sub(r"^\S*ccache ", "", command)
-        self.texts = {path: (root / path).read_text() for path in self.compile_of}
+        self._read_included()
         self._find_times(say)
 
     @staticmethod
     def covers(path):
         here = path.startswith(("src/platform/ce/", "device/library/"))
         return here and path not in ELSEWHERE
+
+    def _read_included(self):
+        self.included, path = {}, ""
+        for line in must(["ninja", "-t", "deps"], cwd=self.device).splitlines():
+            if line.startswith(" "):
+                here = os.path.relpath((self.device / line.strip()).resolve(), self.root)
+                # The first is what is compiled.
+                path = path or here
+                self.included.setdefault(path, set()).add(here)
+            else:
+                path = ""
 
     def _find_times(self, say):
         """What each test takes. It also shows that all is well without a mutant."""
@@ -64,10 +75,7 @@ class Image:
         return folder
 
     def users(self, path):
-        if path in self.compile_of:
-            return [path]
-        name = pathlib.PurePath(path).name
-        return [each for each, text in self.texts.items() if re.search(rf'#include "(.*/)?{name}"', text)]
+        return [each for each in self.compile_of if path in self.included[each]]
 
     def try_(self, folder, mutant, text, sources):
         overlay = folder / "overlay"

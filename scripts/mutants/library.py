@@ -10,7 +10,7 @@ import re
 import shutil
 import subprocess
 
-from mutants.run import batches, compiled, must, run_tests
+from mutants.run import batches, compiled, must, run_tests, within
 from mutants.source import Source
 
 ROOMS = ("api", "chip", "display", "motion", "report", "setup", "text")
@@ -23,8 +23,8 @@ FIRST_BATCHES = (8, 40, 200)
 
 
 class Library:
-    def __init__(self, root, build, folder, say):
-        self.root, self.build, self.folder, self.say = root, build, folder, say
+    def __init__(self, root, build, folder, seconds, say):
+        self.root, self.build, self.folder, self.limit, self.say = root, build, folder, seconds, say
         self.env = {**os.environ, "LC_ALL": "C"}
         self.sources = sorted(
             str(path.relative_to(root)) for room in ROOMS for path in (root / "src" / room).glob("*.cpp")
@@ -248,8 +248,8 @@ class Library:
         return True
 
     def order(self, mutant, source, users, names, sources):
-        """Tests that may notice, the most telling first: those that reach the line, then those that
-        reach its function; quick ones that reach little before the others."""
+        """Tests that may notice, the most telling first: quick ones that reach little, and rather
+        those that reach the line than those that reach its function."""
         near, far = set(), set()
         whole = source.tokens[mutant.definition.first].line, source.tokens[mutant.definition.end - 1].line
         if mutant.definition.kind == "function":
@@ -284,9 +284,9 @@ class Library:
                     far |= self.tests_at[path, line]
 
         def cost(test):
-            return self.seconds[test] * 1000 + len(self.blocks_of[test]) / 20
+            return (self.seconds[test] * 1000 + len(self.blocks_of[test]) / 20) * (1 if test in near else 4)
 
-        return sorted(near, key=cost) + sorted(far - near, key=cost)
+        return sorted(near | far, key=cost)
 
     def try_(self, folder, mutant, text, sources):
         users, names = self.users(mutant, sources)
@@ -294,7 +294,7 @@ class Library:
             return None
         if not self.make(folder, mutant, text, users):
             return "same code", ""
-        tests = self.order(mutant, sources(mutant.path), users, names, sources)
+        tests = within(self.order(mutant, sources(mutant.path), users, names, sources), self.seconds, self.limit)
         env = {**self.env, "LD_LIBRARY_PATH": str(folder)}
         for some, seconds in batches(tests, FIRST_BATCHES, self.seconds):
             verdict = run_tests(str(self.program), some, seconds, env, self.root)

@@ -62,6 +62,16 @@ def run_tests(program, tests, seconds, env, cwd):
     return Verdict(True, f"exit status {done.returncode}")
 
 
+def within(tests, seconds_of, limit):
+    """The first ones, as many as take so many seconds."""
+    spent = 0.0
+    for at, test in enumerate(tests):
+        spent += seconds_of[test]
+        if spent > limit:
+            return tests[: at + 1]
+    return tests
+
+
 def batches(tests, sizes, seconds_of):
     """In order, a few first, with what each batch takes."""
     at, sizes = 0, list(sizes)
