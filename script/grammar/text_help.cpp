@@ -135,7 +135,7 @@ constexpr std::array kChipHelp = {
              "Sets all motion cells of a channel, or clears them when CLEAR is not 0.",
              "vexo mmask change all 0 0 "},
     TextHelp{"mmask change CHANNEL COLUMN ROW",
-             "Turns one motion cell of a channel over. A channel or row that there is not does "
+             "Turns one motion cell of a channel over. A channel above 15 and a row above 11 do "
              "nothing; from 16 on columns come round as 8 to 15.",
              "vexo mmask change 0 3 4 "},
     TextHelp{"mshow REQUEST",

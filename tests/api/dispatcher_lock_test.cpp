@@ -414,6 +414,32 @@ TEST_F(DispatcherLock, AnotherThreadWaitsForACommandOnlyAsLongAsItRuns) {
   EXPECT_GE(done_at, released_at);
 }
 
+// The window's own thread is in its procedure: nobody answers until the send runs out.
+// Holds: Host window messages "In the VEXO_MSG_REG_VALUE of another thread's"
+TEST_F(DispatcherLock, ACommandInTheMessageOfAnothersReadWaitsForItsSendToRunOut) {
+  StartBoard(4);
+  std::optional<std::uint32_t> took;
+  world().windows.procedure = [&](PlatWindow, std::uint32_t message, std::uintptr_t,
+                                  std::intptr_t) {
+    if (message != VEXO_MSG_REG_VALUE) return;
+    Mark();
+    EXPECT_EQ(CommandNull(VEXO_CMD_MOTION_CLEAR), 0);
+    took = Elapsed();
+  };
+  int result = 99;
+  Bytes record = {kChipMaster, 0, 0xFE, 0};
+  const unsigned other = world().kernel.StartHostThread(
+      [&] { result = harness::CommandProc(VEXO_CMD_READ_REG, &record); });
+  world().kernel.AwaitMessage(1000);
+  EXPECT_FALSE(world().kernel.TakeMessage({}).has_value());  // takes the send on the way
+  EXPECT_EQ(took, 5000u);
+  world().kernel.Idle(1);
+  EXPECT_TRUE(world().kernel.HostThreadDone(other));
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(record[3], 0x28);
+  EXPECT_FALSE(LockHeld());
+}
+
 TEST_F(DispatcherLock, TheEndOfTheThreadThatKeptItHandsItOn) {
   AttachAndBind();
   int kept = 99;

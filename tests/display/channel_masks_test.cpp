@@ -108,6 +108,7 @@ TEST_P(ChannelMasks, ApplyTheRecordMaskToEveryChannel) {
 // ---- The text path's helpers ------------------------------------------------------------------
 
 // Holds: vexo pbank init "Blanks every channel for playback."
+// Holds: vexo pbank show "pbank init and the blank masks of binary commands"
 TEST_P(ChannelMasks, BlankAllWritesEveryRegisterOfTheBoardTwice) {
   for (const std::uint8_t view : Channels{1, 2}) {
     g_display.view = view;

@@ -51,6 +51,7 @@ class ChipMasks : public DisplayTest, public ::testing::WithParamInterface<int> 
 };
 
 // Holds: vexo loss "Blanks the channels of the mask and shows the others."
+// Holds: vexo pbank show "pbank init and the blank masks of binary commands"
 TEST_P(ChipMasks, BlankWriterReadsAndWritesEveryPositionOfEveryChipInOrder) {
   g_display.bit6_mask = 0x1234;
   unsigned seed = 1;

@@ -258,7 +258,7 @@ TEST_F(LayoutCycles, OfTheMaskWritersOnATwelveChannelBoardAreTheRecordWritesAlon
   TW_SetChannelBit0Mask(5);
   TW_RestoreChannelBlankMask();
   EXPECT_EQ(Cycles(), 0u);
-  TW_SetChannelMaskInfo(record.data());
+  EXPECT_EQ(TW_SetChannelMaskInfo(record.data()), 0);
   EXPECT_EQ(Cycles(), 4u * 12);
 }
 

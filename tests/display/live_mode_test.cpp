@@ -146,14 +146,30 @@ TEST_F(LiveModeEdges, WhileAlreadyLiveTellsSoAndReprogramsEverything) {
 // Holds: VexoLiveModeRecord "Answers VEXO_OK also when the board lacks the mode"
 TEST_F(LiveModeEdges, AModeThatTheBoardLacksStillGives0AndProgramsAllButTheSplit) {
   UseBoard(8);
+  g_display.view = kViewPlayback;
   g_display.live_split = 4;
   const Channels record = RecordOf(5, Ascending(13));
   ReferenceModel model = Model();
   EXPECT_EQ(model.LiveMode(5, {}), 0);
   EXPECT_EQ(TW_SetLiveModeInfo(RecordIn(record)), 0);
   ExpectLike(model);
+  EXPECT_EQ(g_display.view, kViewLive);
   EXPECT_EQ(g_display.live_split, 4);
   for (int n = 0; n < 8; ++n) EXPECT_EQ(Register(n / 4, 1, 0x61 + 3 * (n % 4)), 0x00);
+}
+
+// Holds: VexoSplitRecord "In live display"
+TEST_F(LiveModeEdges, TheSecond3x3PageShowsChannels0And1AsInTheSplitCommand) {
+  UseBoard(16);
+  g_display.view = kViewPlayback;
+  EXPECT_EQ(Command(VEXO_CMD_LIVE_MODE,
+                    {0, 0, 0, 0, VEXO_SPLIT_9, 9, 10, 11, 12, 13, 14, 15, 0xFF, 0xFF}),
+            0);
+  const std::vector<Rect> rects = DefaultRects(4, true);
+  EXPECT_EQ(RectOf(0), rects.at(7));
+  EXPECT_EQ(RectOf(1), rects.at(8));
+  for (int n = 2; n < 9; ++n) EXPECT_EQ(RectOf(n), kHidden) << n;
+  for (int n = 9; n < 16; ++n) EXPECT_EQ(RectOf(n), rects.at(static_cast<std::size_t>(n - 9))) << n;
 }
 
 // Holds: VEXOAPI_CommandProc "It comes back although a part was not done"

@@ -94,6 +94,8 @@ class LiveSplit : public DisplayTest, public ::testing::WithParamInterface<Board
   unsigned seed_ = 0;
 };
 
+// Holds: Shared values "4-channel boards have 0 and 1"
+// Holds: VexoSplitRecord "A number not below the board's channel count shows nothing."
 TEST_P(LiveSplit, MakesExactlyTheAccessesOfItsStepsForEveryModeAndKindOfList) {
   for (int mode = 0; mode <= HighestMode(GetParam().channels); ++mode) {
     for (const Channels& list : ListsFor(mode, GetParam().channels)) {
@@ -415,6 +417,7 @@ TEST_F(LiveSplitEdges, AModeThatTheBoardLacksIsRefusedInSilence) {
 
 // Holds: VexoSplitRecord "mode: 4 VEXO_SPLIT_..."
 // Holds: VexoSplitRecord "channels: 6 channel of each window"
+// Holds: VexoSplitRecord "option: 5 playback only"
 TEST_F(LiveSplitEdges, TheCommandTakesItsModeFromByte4AndItsListFromByte6) {
   UseBoard(16);
   const Channels list = {1, 3, 5, 7};

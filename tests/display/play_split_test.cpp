@@ -330,6 +330,7 @@ TEST_F(PlaySplit, ResetsTheOverlayAsTheFullPictureFlagSays) {
 
 // Holds: VexoSplitRecord "option: 5 playback only"
 // Holds: VexoSplitRecord "channels: 6 channel of each window"
+// Holds: VexoSplitRecord "mode: 4 VEXO_SPLIT_..."
 TEST_F(PlaySplit, TakesModeOptionAndListFromTheRecordOfTheCommand) {
   struct Row {
     int mode;

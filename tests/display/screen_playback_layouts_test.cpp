@@ -304,6 +304,7 @@ TEST_P(OnEveryBoard, ShowsTheFirstOfSeveralCentredPictures) {
 }
 
 // Holds: VexoSplitRecord "List channels in ascending order"
+// Holds: VexoPlayModeRecord "Otherwise all channels are blank afterwards"
 TEST_P(OnEveryBoard, LeavesTheWindowsOfEmptyAndLateEntriesEmpty) {
   StartHere();
   SwitchToPlayback(1, From(0, 4));

@@ -80,6 +80,7 @@ TEST_P(WindowOffset, MovesExactlyOneWindowOfEveryModeByItsFourOffsets) {
 
 // Holds: vexo lsplit_pos "A mode or window that there is not changes nothing."
 // Holds: Chips: vexo "`WINDOW`: window of the split"
+// Holds: vexo psplit_pos "Otherwise as lsplit_pos."
 TEST_P(WindowOffset, OfAWindowOrModeThatDoesNotExistChangesNothing) {
   UseBoard(16);
   const std::vector<Rect> before = Table();

@@ -190,6 +190,7 @@ TEST_F(MotionCells, OfChannelsThatAreNotShownLiveAreNotDrawn) {
   }
 }
 
+// Holds: vexo mcell show "Modes other than 0"
 TEST_F(MotionCells, OfSkippedChannelsKeepTheirControlButMove) {
   UseBoard(16, 1);
   for (const std::uint32_t skip : {1u, 0xFFFEu, 0x5A5Au, 0xFFFFu}) {
@@ -231,6 +232,7 @@ TEST_F(MotionCells, OfTheSecondNineSplitPageJumpAheadAtItsThirdWindow) {
   EXPECT_EQ(channels, (std::vector<int>{0, 1, 9, 10, 11, 12, 13, 14, 15}));
 }
 
+// Holds: vexo mcell show "Draws the motion cells at the live windows of a split"
 TEST_F(MotionCells, FollowWindowsThatWereMoved) {
   UseBoard(16);
   SetWindowOffset(g_layout.live, 4, 0, {5, 6, 0, 0});

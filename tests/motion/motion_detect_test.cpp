@@ -117,7 +117,7 @@ TEST_F(MotionDetect, WritesThreeRegistersForEachOfFourLevels) {
   }
 }
 
-// Holds: VEXOAPI_SetMotionInfo "A channel below 16 that the board lacks is stored"
+// Holds: vexo mlevel "A level above 3 does nothing."
 TEST_F(MotionDetect, ChangesNothingForALevelOf4OrMore) {
   UseBoard(4);
   for (int level = 4; level < 256; ++level) TW_SetMotionLevel(0, U8(level));
@@ -133,6 +133,7 @@ TEST_F(MotionDetect, SetsALevelByTheChipOfTheChannelWhateverTheBoard) {
                                              W(0x30, 2, 0xA5, 0x01)}));
 }
 
+// Holds: vexo mmask change "A channel above 15 and a row above 11 do nothing"
 TEST_F(MotionDetect, IgnoresChannelsOf16AndMore) {
   UseBoard(16);
   const MotionState before = g_motion;
@@ -159,9 +160,9 @@ TEST_F(MotionDetect, ProgramsTheLevelOfChannelsOf16AndMoreWhereTheyMapTo) {
 
 // ---- Single cells -----------------------------------------------------------------------------
 
-// Holds: VexoMotionMaskRecord "mask: 2 12 rows of 16 cells"
 // Holds: Chips: vexo "`COLUMN`: 0 to 15"
 // Holds: Chips: vexo "`ROW`: 0 to 11"
+// Holds: VEXOAPI_SetMotionInfo "Stores and programs the motion level (0-3) and cell"
 TEST_F(MotionDetect, TurnsOverEveryCellAtItsByteAndBit) {
   UseBoard(16);
   for (const int c : {0, 3, 6, 9, 15}) {
@@ -208,6 +209,7 @@ TEST_F(MotionDetect, TurnsTheCellOfOneChannelAlone) {
 }
 
 // Holds: Chips: vexo "`ROW`: 0 to 11"
+// Holds: vexo mmask change "A channel above 15 and a row above 11 do nothing"
 TEST_F(MotionDetect, IgnoresRowsOf12AndMore) {
   UseBoard(16);
   for (int row = 12; row < 256; ++row) TW_ToggleMotionCell(0, 3, U8(row));
@@ -218,7 +220,7 @@ TEST_F(MotionDetect, IgnoresRowsOf12AndMore) {
 }
 
 // Columns are not checked: 16 and more count modulo 8 in the byte of columns 8 to 15.
-// Holds: vexo mmask change "A channel or row that there is not does nothing"
+// Holds: vexo mmask change "A channel above 15 and a row above 11 do nothing"
 TEST_F(MotionDetect, TakesTheBitOfALargeColumnModulo8) {
   UseBoard(4);
   const std::uint8_t old = g_motion.mask[1][4];
@@ -266,6 +268,8 @@ TEST_F(MotionDetect, KeepsTheTimingsThatTheChipKnowsAndReplacesTheOthers) {
   }
 }
 
+// Holds: VexoMotionSetupRecord "timing_low: 1 low half of the shared parameter"
+// Holds: VexoMotionSetupRecord "timing_high: 2 high half of the shared parameter"
 TEST_F(MotionDetect, ReplacesTimingsFarOutOfRange) {
   UseBoard(4);
   for (const int large : {16, 17, 100, 128, 255}) {

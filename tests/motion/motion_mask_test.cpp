@@ -74,6 +74,7 @@ TEST_F(MotionMask, TouchesNoByteOfTheRecordBehindTheMask) {
                           [](std::uint8_t byte) { return byte == 0x77; }));
 }
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_MOTION_MASK:"
 TEST_F(MotionMask, IsKeptWithItsLevel) {
   UseBoard(16);
   EXPECT_EQ(Command(VEXO_CMD_MOTION_MASK, Record(11, 2, kHostMask)), 0);
@@ -99,6 +100,7 @@ TEST_F(MotionMask, OfAPreviewIsTransformedAndProgrammedTheSameWay) {
   EXPECT_EQ(Accesses(), Programmed(5, kChipMask, 1));
 }
 
+// Holds: Command codes of VEXOAPI_CommandProc "VEXO_CMD_MOTION_MASK_PREVIEW"
 TEST_F(MotionMask, OfAPreviewIsNotKept) {
   UseBoard(8);
   EXPECT_EQ(Command(VEXO_CMD_MOTION_MASK_PREVIEW, Record(5, 1, kHostMask)), 0);
@@ -157,6 +159,21 @@ TEST_F(MotionMask, OfTheExportIsKeptForAChannelThatTheBoardLacksButNotProgrammed
   EXPECT_EQ(Cycles(), 0u);
   EXPECT_EQ(KeptMask(9), kHostMask);
   EXPECT_EQ(g_motion.level[9], 3);
+}
+
+// Holds: VEXOAPI_SetMotionInfo "A channel below 16 that the board lacks is stored"
+TEST_F(MotionMask, OfTheExportIsProgrammedWithoutALevelThatTheChipDoesNotKnow) {
+  UseBoard(8);
+  for (const int level : {4, 255}) {
+    Mark();
+    Bytes mask = kHostMask;
+    EXPECT_EQ(harness::SetMotionInfo(6, static_cast<std::uint8_t>(level), &mask), 0);
+    EXPECT_EQ(KeptMask(6), kHostMask);
+    EXPECT_EQ(g_motion.level[6], level);
+    ReferenceModel model;
+    model.MotionMask(6, kHostMask);
+    EXPECT_EQ(Accesses(), model.accesses);
+  }
 }
 
 TEST_F(MotionMask, OfTheExportIsIgnoredForChannelsOf16AndMore) {

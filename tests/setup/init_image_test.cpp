@@ -108,6 +108,9 @@ class InitImage : public SetupTest, public ::testing::WithParamInterface<InitCas
   }
 };
 
+// Holds: VexoInitRecord "Read: bytes 0-3."
+// Holds: VexoInitRecord "reserved1: 0"
+// Holds: VexoInitRecord "reserved2: 2"
 TEST_P(InitImage, LeavesEveryRegisterAsTheTablesAndTheLiveSwitchSay) {
   ASSERT_NO_FATAL_FAILURE(PowerOn());
   ReferenceModel model = ReferenceModel::AtPowerOn(GetParam().chips, GetParam().cameras);
@@ -173,6 +176,7 @@ TEST_P(InitImage, LeavesTheStateOfALiveBoard) {
   EXPECT_EQ(g_motion.ready, 1);
 }
 
+// Holds: VexoInitRecord "Written: bytes 12-23 (all zero when initialization fails)."
 TEST_P(InitImage, TellsTheHostChipsStandardAndIdentificationAndTouchesNoOtherByte) {
   ASSERT_NO_FATAL_FAILURE(PowerOn());
   std::vector<std::uint8_t> expected = {0x34, 0x12, 0x78, 0x56, 1, 2, 3, 4, 5, 6, 7, 8};

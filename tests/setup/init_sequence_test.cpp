@@ -97,7 +97,6 @@ TEST_F(InitSequence, WidensTheTableWritesEvenWhenNoChipAnswers) {
   EXPECT_EQ(g_video.broadcast_select, 0xFF);
 }
 
-// Holds: VexoInitRecord "Read: bytes 0-3."
 // Holds: VexoInitRecord "reserved1: 0"
 // Holds: VexoInitRecord "reserved2: 2"
 // Holds: vexo init "The number is printed and otherwise ignored."

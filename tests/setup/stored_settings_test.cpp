@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
 #include "setup/initialization.h"
 #include "tests/model/reference_model.h"
@@ -259,13 +260,18 @@ TEST_F(StoreVideoStandard, LooksNeitherAtTheMagicNorAtTheChips) {
 // Holds: vexo change_vdo ntsc "Stores NTSC for the next initialization."
 // Holds: vexo change_vdo pal "Stores PAL for the next initialization."
 TEST_F(StoreVideoStandard, TakesEffectAtTheNextInitialization) {
-  Fit(2, 0);
-  TW_InitializeSetup(0, 0);
-  ASSERT_EQ(g_video.video_standard, 0);
-  TW_StoreVideoStandard(1);
-  EXPECT_EQ(g_video.video_standard, 0);
-  TW_InitializeSetup(0, 0);
-  EXPECT_EQ(g_video.video_standard, 1);
+  // Whatever the cameras say, and whatever was stored before.
+  for (const int cameras : {0, 1}) {
+    Fit(2, cameras);
+    for (const std::uint8_t standard :
+         sim::Bytes{VEXO_VIDEO_PAL, VEXO_VIDEO_NTSC, VEXO_VIDEO_PAL}) {
+      const std::uint8_t before = g_video.video_standard;
+      TW_StoreVideoStandard(standard);
+      EXPECT_EQ(g_video.video_standard, before);
+      EXPECT_EQ(TW_InitializeSetup(0, 0), 8);
+      EXPECT_EQ(g_video.video_standard, standard);
+    }
+  }
 }
 
 }  // namespace

@@ -193,6 +193,7 @@ class ChipTextLive : public ChipTextTest {};
 // Holds: vexo zoom stop "Shows the whole picture again."
 // Holds: vexo loss "Blanks the channels of the mask and shows the others."
 // Holds: Chips: vexo "`BLANK_MASK`: channels to blank"
+// Holds: vexo mpip stop "Takes the inset away and lays out a live split as lsplit"
 TEST_F(ChipTextLive, EachLineDoesWhatItsOperationsDoWithTheCutNumbersOnEveryBoard) {
   for (const LineCase& line : kLiveLines) ExpectDoesOnEveryBoard(line);
 }

@@ -47,7 +47,7 @@ TEST_F(ChipTextMotion, EachLineDoesWhatItsOperationsDoWithTheCutNumbersOnEveryBo
 
 // Holds: Text commands "0: done; or accepted without effect"
 // Holds: vexo mlevel "A level above 3 does nothing."
-// Holds: vexo mmask change "A channel or row that there is not does nothing"
+// Holds: vexo mmask change "A channel above 15 and a row above 11 do nothing"
 // Holds: vexo mshow "Draws the motion cells over the current live layout"
 // Holds: Chips: vexo "`LEVEL`: sensitivity, 0 to 3"
 TEST_F(ChipTextMotion, NumbersThatAskForNothingAreAcceptedAndDoNothing) {
@@ -118,7 +118,7 @@ TEST_F(ChipTextMotion, McellShowTakesTypeThenModeThenChannel) {
   EXPECT_EQ(Register(0, 2, 0x60), 0x00);
 }
 
-// Holds: vexo mmask change "A channel or row that there is not does nothing"
+// Holds: vexo mmask change "A channel above 15 and a row above 11 do nothing"
 TEST_F(ChipTextMotion, ChannelsOf16AndMoreHaveNoCells) {
   // Channels of 16 and more have no mask: nothing is stored or written.
   ExpectDoesNothing(kFour, "vexo mmask change 16 0 0 ");

@@ -1,7 +1,4 @@
 // What a window's procedure may do with the library while the sender waits for it.
-#include <atomic>
-#include <thread>
-
 #include "tests/desk/library/program.h"
 
 namespace desk {
@@ -52,29 +49,6 @@ TEST_F(MessageProcedures, ThatStopTheMonitorTerminateItInItsSend) {
 TEST_F(MessageProcedures, ThatInitializeAgainTerminateTheMonitorInItsSend) {
   EXPECT_EQ(InTheFirstMessage(VEXO_CMD_INIT), 440u + 21u);
   EXPECT_THAT(Trace(), HasSubstr(kTerminated));
-}
-
-// Holds: Host window messages "In the VEXO_MSG_REG_VALUE of another thread's"
-TEST_F(MessageProcedures, ThatSendACommandInTheReadOfAnotherThreadWaitForItsSendToRunOut) {
-  Start();
-  VexoDesk_Pump(100);
-  ASSERT_EQ(VEXOAPI_CommandProc(VEXO_CMD_STOP_MONITOR, nullptr), VEXO_OK);
-  std::atomic<std::uint64_t> took = 0;
-  on_message = [&took](const Message& message) {
-    if (message.code != VEXO_MSG_REG_VALUE) return;
-    EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_MOTION_CLEAR, nullptr), VEXO_OK);
-    took = VexoDesk_Now() - message.at;
-  };
-  std::thread other([&took] {
-    while (took == 0) {
-      VexoRegRecord record = {VEXO_CHIP_MASTER, 0, 0xFE, 0};
-      EXPECT_EQ(VEXOAPI_CommandProc(VEXO_CMD_READ_REG, &record), VEXO_OK);
-      EXPECT_EQ(record.value, 0x28);
-    }
-  });
-  while (took == 0) VexoDesk_Pump(1);
-  other.join();
-  EXPECT_EQ(took, 5000u);
 }
 
 }  // namespace

@@ -16,12 +16,18 @@ class DeskThreads : public ProgramTest {
   DeskThreads() { Open(); }
 };
 
+// On either output: what it read, and that a number is too long.
+constexpr const char* kThatPrints = R"(text "vexo rr 3 1 0000000ab ")";
+
 // Holds: VEXOAPI_Uninitialize "Any thread."
 // Holds: VEXOAPI_SetEnableDebug "Any thread."
 // Holds: VEXOAPI_SetEnableOutputMsg "Any thread."
 TEST_F(DeskThreads, MayBindForgetAndSwitchWhileAnotherOneIsInACommand) {
   Start();
   VexoDesk_Pump(100);
+  Line(kThatPrints);
+  Line(R"(expect debug "READ REG")");
+  Line(R"(expect debug "string_to_hex")");
   messages.clear();
   // The one in the command waits in its send, until its window is told here.
   std::thread other;
@@ -43,6 +49,10 @@ TEST_F(DeskThreads, MayBindForgetAndSwitchWhileAnotherOneIsInACommand) {
   EXPECT_EQ(record.value, 0x28);
   EXPECT_FALSE(other.joinable());
   EXPECT_THAT(messages, Contains(Field(&Message::code, VEXO_MSG_REG_VALUE)));
+  on_message = nullptr;
+  Line(kThatPrints);
+  Line(R"(expect no debug "READ REG")");
+  Line(R"(expect no debug "string_to_hex")");
 }
 
 // Holds: VexoDesk.h "With several, a thread that waits in the library lets it pass"
