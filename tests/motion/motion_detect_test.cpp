@@ -7,6 +7,7 @@
 #include "harness/host.h"
 #include "motion/motion_state.h"
 #include "tests/motion/motion_test.h"
+#include "tests/support/at_events.h"
 #include "tests/support/library_test.h"
 
 namespace test {
@@ -61,6 +62,16 @@ TEST_F(MotionDetect, IsSetUpWithMasksThenLevelsThenTheSharedParameters) {
     EXPECT_EQ(g_motion.ready, 1);
     EXPECT_EQ(g_motion.timing, 0x33);
   }
+}
+
+// The worker waits for it, and then reads what was seen.
+TEST_F(MotionDetect, IsReadyOnlyOnceAllIsWritten) {
+  UseBoard(16);
+  unsigned ready_early = 0;
+  const AtEvents look([&ready_early](const auto&, const auto*) { ready_early += g_motion.ready; });
+  TW_InitMotionDetect();
+  EXPECT_EQ(ready_early, 0u);
+  EXPECT_EQ(g_motion.ready, 1);
 }
 
 TEST_F(MotionDetect, IsSetUpWithoutTouchingItsTables) {
