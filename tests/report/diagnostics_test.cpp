@@ -167,6 +167,16 @@ TEST_F(Diagnostics, NamesAreCopiedNotKept) {
   EXPECT_EQ(DebugText(), "[one]: [two]: ");
 }
 
+TEST_F(Diagnostics, NamesAreCopiedAsFarAsTheyGo) {
+  std::u16string longer(40, u'x');
+  longer[3] = u'\0';
+  const std::u16string wanted = u"xxx" + std::u16string(kModuleNameUnits - 3, u'\0');
+  VexoDbg_SetPrintName(longer.c_str());
+  VexoDbg_SetLevelName(longer.c_str());
+  EXPECT_EQ(std::u16string(g_debug.print_name, kModuleNameUnits), wanted);
+  EXPECT_EQ(std::u16string(g_debug.level_name, kModuleNameUnits), wanted);
+}
+
 TEST_F(Diagnostics, ErrorPrintPutsTheSystemsTextIntoAPlainPrint) {
   Attach();
   VexoDbg_PrintLastError(kAccessDenied);
@@ -217,6 +227,15 @@ TEST_F(Diagnostics, GetErrorTextFillsItsBufferAndCutsWhatIsLonger) {
   }
 }
 
+TEST_F(Diagnostics, GetErrorTextOfAnEmptyTextIsEmptyAndLeavesWhatIsBehindIt) {
+  world().system_texts[kNoSuchError] = "";
+  char16_t text[kDebugTextUnits] = u"before";
+  EXPECT_EQ(VexoDbg_GetErrorText(kNoSuchError, text), 0u);
+  EXPECT_EQ(std::u16string(text, 7), std::u16string(u"\0efore\0", 7));
+  EXPECT_EQ(VexoDbg_GetErrorText(kNoSuchError, nullptr), 0u);
+  EXPECT_EQ(world().allocations, 0u);
+}
+
 TEST_F(Diagnostics, ErrorPrintCutsATextThatFillsTheLine) {
   Attach();
   world().system_texts[kNoSuchError] = std::string(kDebugTextUnits, 'x');
@@ -241,6 +260,14 @@ TEST_F(Diagnostics, NetmsgIsLoadedAndAskedInVain) {
   // One handle was given out in between, the module's, and it is closed again.
   EXPECT_EQ(world().kernel.NewHandleValue(), before + 2 * kHandleStep);
   EXPECT_EQ(world().kernel.OpenModules(), 0u);
+}
+
+TEST_F(Diagnostics, AModuleThatCouldNotBeLoadedIsNotFreed) {
+  constexpr std::uint32_t kNoSuchText = 317;
+  world().faults.Set(sim::Fault::Module, true);
+  EXPECT_EQ(VexoDbg_GetErrorText(kNoSuchError, nullptr), 0u);
+  EXPECT_EQ(world().system_text_asks, 2u);
+  EXPECT_EQ(world().kernel.LastError(), kNoSuchText) << "no bad handle was closed";
 }
 
 TEST_F(Diagnostics, ATextOfTheSystemNeedsNoModule) {
