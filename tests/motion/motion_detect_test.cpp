@@ -13,6 +13,9 @@
 namespace test {
 namespace {
 
+// Before any test has put it back.
+const MotionState g_motion_at_load = g_motion;
+
 class MotionDetect : public LibraryTest {
  protected:
   void UseBoard(int channels) {
@@ -61,6 +64,21 @@ TEST_F(MotionDetect, IsSetUpWithMasksThenLevelsThenTheSharedParameters) {
     EXPECT_EQ(Cycles(), static_cast<std::uint64_t>(channels * (27 + 12) + 20));
     EXPECT_EQ(g_motion.ready, 1);
     EXPECT_EQ(g_motion.timing, 0x33);
+  }
+}
+
+TEST_F(MotionDetect, HasNoMasksAndIsNotReadyAtLoad) {
+  UseBoard(16);
+  g_motion = g_motion_at_load;
+  EXPECT_EQ(g_motion.ready, 0);
+  EXPECT_EQ(g_motion.timing, 0);
+  for (int c = 0; c < 16; ++c) {
+    Mark();
+    TW_ApplyMotionInfo(U8(c));
+    ReferenceModel model;
+    model.MotionMask(c, std::vector<std::uint8_t>(24));
+    model.MotionLevel(c, 0);
+    EXPECT_EQ(Accesses(), model.accesses);
   }
 }
 

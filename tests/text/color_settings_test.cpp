@@ -28,6 +28,11 @@ class ColorSettingsTest : public LibraryTest {
 TEST_F(ColorSettingsTest, AreZeroAtLoad) {
   EXPECT_TRUE(AllZero(g_colors_at_load));
   static_assert(sizeof(ColorState) == 64);
+  PretendBoard(4);
+  g_color = g_colors_at_load;
+  SetColorHue(0, 13);
+  EXPECT_EQ(Accesses(), (std::vector<Access>{W(0x03, 0, 0x07, 13), W(0x03, 0, 0x08, 0),
+                                             W(0x03, 0, 0x09, 0), W(0x03, 0, 0x0A, 0)}));
 }
 
 TEST_F(ColorSettingsTest, AnEntryIsBrightnessContrastHueSaturation) {
