@@ -66,7 +66,6 @@ TEST_F(TextFrontEnd, ANullLineHasNoHeader) {
   EXPECT_EQ(Debug(), kNoHeader);
 }
 
-// Holds: Text commands "-4: neither `vexo` nor `vpb` in the line"
 TEST_F(TextFrontEnd, AnEmptyLineEndsAtItsFirstCharacterWhateverFollowsInMemory) {
   harness::Entry(1);
   std::string memory(300, 'x');
