@@ -7,10 +7,14 @@
 #include "harness/host.h"
 #include "motion/motion_state.h"
 #include "tests/motion/motion_test.h"
+#include "tests/support/at_events.h"
 #include "tests/support/library_test.h"
 
 namespace test {
 namespace {
+
+// Before any test has put it back.
+const MotionState g_motion_at_load = g_motion;
 
 class MotionDetect : public LibraryTest {
  protected:
@@ -61,6 +65,31 @@ TEST_F(MotionDetect, IsSetUpWithMasksThenLevelsThenTheSharedParameters) {
     EXPECT_EQ(g_motion.ready, 1);
     EXPECT_EQ(g_motion.timing, 0x33);
   }
+}
+
+TEST_F(MotionDetect, HasNoMasksAndIsNotReadyAtLoad) {
+  UseBoard(16);
+  g_motion = g_motion_at_load;
+  EXPECT_EQ(g_motion.ready, 0);
+  EXPECT_EQ(g_motion.timing, 0);
+  for (int c = 0; c < 16; ++c) {
+    Mark();
+    TW_ApplyMotionInfo(U8(c));
+    ReferenceModel model;
+    model.MotionMask(c, std::vector<std::uint8_t>(24));
+    model.MotionLevel(c, 0);
+    EXPECT_EQ(Accesses(), model.accesses);
+  }
+}
+
+// The worker waits for it, and then reads what was seen.
+TEST_F(MotionDetect, IsReadyOnlyOnceAllIsWritten) {
+  UseBoard(16);
+  unsigned ready_early = 0;
+  const AtEvents look([&ready_early](const auto&, const auto*) { ready_early += g_motion.ready; });
+  TW_InitMotionDetect();
+  EXPECT_EQ(ready_early, 0u);
+  EXPECT_EQ(g_motion.ready, 1);
 }
 
 TEST_F(MotionDetect, IsSetUpWithoutTouchingItsTables) {

@@ -17,6 +17,9 @@ constexpr const char* kAccessDeniedText = "Access is denied.\r\n";
 
 using Strings = std::vector<std::string>;
 
+// Before any test has put them back.
+const DebugSettings g_debug_at_load = g_debug;
+
 class Diagnostics : public test::LibraryTest {
  protected:
   void Attach() {
@@ -29,6 +32,7 @@ class Diagnostics : public test::LibraryTest {
 const char16_t* Unreadable() { return reinterpret_cast<const char16_t*>(std::uintptr_t{2}); }
 
 TEST_F(Diagnostics, AtLoadBothSwitchesAreOnTheThresholdIsTwoAndNoModuleHasAName) {
+  g_debug = g_debug_at_load;
   EXPECT_EQ(g_debug.debug_output, 1u);
   EXPECT_EQ(g_debug.output_message, 1u);
   EXPECT_EQ(g_debug.level_threshold, 2);
@@ -167,6 +171,16 @@ TEST_F(Diagnostics, NamesAreCopiedNotKept) {
   EXPECT_EQ(DebugText(), "[one]: [two]: ");
 }
 
+TEST_F(Diagnostics, NamesAreCopiedAsFarAsTheyGo) {
+  std::u16string longer(40, u'x');
+  longer[3] = u'\0';
+  const std::u16string wanted = u"xxx" + std::u16string(kModuleNameUnits - 3, u'\0');
+  VexoDbg_SetPrintName(longer.c_str());
+  VexoDbg_SetLevelName(longer.c_str());
+  EXPECT_EQ(std::u16string(g_debug.print_name, kModuleNameUnits), wanted);
+  EXPECT_EQ(std::u16string(g_debug.level_name, kModuleNameUnits), wanted);
+}
+
 TEST_F(Diagnostics, ErrorPrintPutsTheSystemsTextIntoAPlainPrint) {
   Attach();
   VexoDbg_PrintLastError(kAccessDenied);
@@ -217,6 +231,15 @@ TEST_F(Diagnostics, GetErrorTextFillsItsBufferAndCutsWhatIsLonger) {
   }
 }
 
+TEST_F(Diagnostics, GetErrorTextOfAnEmptyTextIsEmptyAndLeavesWhatIsBehindIt) {
+  world().system_texts[kNoSuchError] = "";
+  char16_t text[kDebugTextUnits] = u"before";
+  EXPECT_EQ(VexoDbg_GetErrorText(kNoSuchError, text), 0u);
+  EXPECT_EQ(std::u16string(text, 7), std::u16string(u"\0efore\0", 7));
+  EXPECT_EQ(VexoDbg_GetErrorText(kNoSuchError, nullptr), 0u);
+  EXPECT_EQ(world().allocations, 0u);
+}
+
 TEST_F(Diagnostics, ErrorPrintCutsATextThatFillsTheLine) {
   Attach();
   world().system_texts[kNoSuchError] = std::string(kDebugTextUnits, 'x');
@@ -241,6 +264,14 @@ TEST_F(Diagnostics, NetmsgIsLoadedAndAskedInVain) {
   // One handle was given out in between, the module's, and it is closed again.
   EXPECT_EQ(world().kernel.NewHandleValue(), before + 2 * kHandleStep);
   EXPECT_EQ(world().kernel.OpenModules(), 0u);
+}
+
+TEST_F(Diagnostics, AModuleThatCouldNotBeLoadedIsNotFreed) {
+  constexpr std::uint32_t kNoSuchText = 317;
+  world().faults.Set(sim::Fault::Module, true);
+  EXPECT_EQ(VexoDbg_GetErrorText(kNoSuchError, nullptr), 0u);
+  EXPECT_EQ(world().system_text_asks, 2u);
+  EXPECT_EQ(world().kernel.LastError(), kNoSuchText) << "no bad handle was closed";
 }
 
 TEST_F(Diagnostics, ATextOfTheSystemNeedsNoModule) {

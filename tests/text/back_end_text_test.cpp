@@ -7,6 +7,7 @@
 #include "harness/host.h"
 #include "tests/api/trace_lines.h"
 #include "tests/support/library_test.h"
+#include "text/tokenizer.h"
 
 namespace test {
 namespace {
@@ -271,6 +272,14 @@ TEST_F(BackEndText, TransMaybeIsRejectedAndSendsNothing) {
   EXPECT_EQ(Happened(), Strings{});
   EXPECT_EQ(Parse("vpb trans on "), 2);
   ExpectRequest(0x224800, {});
+}
+
+TEST_F(BackEndText, NothingIsReadBehindAnUnknownFirstWord) {
+  Open();
+  const std::string read = "vpb nonsense ";
+  EXPECT_EQ(Parse(read + "default "), 0);
+  EXPECT_EQ(Happened(), Strings{});
+  EXPECT_EQ(g_tokenizer.position, read.size());
 }
 
 TEST_F(BackEndText, BlenOnWithoutANumberIsRejected) {

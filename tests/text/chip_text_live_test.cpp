@@ -12,7 +12,9 @@
 #include "display/record_path.h"
 #include "display/window_tables.h"
 #include "report/diagnostics.h"
+#include "tests/support/at_events.h"
 #include "tests/text/chip_text_test.h"
+#include "text/chip_text.h"
 
 namespace test {
 namespace {
@@ -264,6 +266,17 @@ TEST_F(ChipTextLive, LsplitPosSetsOneWindowOfTheLiveTableFromItsDefault) {
     EXPECT_EQ(window.y_start, 0x3B);
     EXPECT_EQ(window.y_end, 0x76);
   }
+}
+
+// Another thread that lays out on that word finds it so.
+TEST_F(ChipTextLive, LsplitPosIsToldAfterTheWindowHasMoved) {
+  Fresh(kFour);
+  std::vector<int> x_starts;
+  const AtEvents look([&x_starts](const auto&, const auto*) {
+    x_starts.push_back(WindowOf(g_layout.live, 1, 3).x_start);
+  });
+  VexoText_Parse("vexo lsplit_pos 1 3 2 -1 -2 255 ");
+  EXPECT_EQ(x_starts, (std::vector<int>{0x5C, 0x5C}));
 }
 
 TEST_F(ChipTextLive, DefaultIsAWordOfItsOwnAndOnlyAtItsPlace) {

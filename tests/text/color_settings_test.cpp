@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "chip/video_state.h"
+#include "tests/support/at_events.h"
 #include "tests/support/library_test.h"
 
 namespace test {
@@ -27,6 +28,11 @@ class ColorSettingsTest : public LibraryTest {
 TEST_F(ColorSettingsTest, AreZeroAtLoad) {
   EXPECT_TRUE(AllZero(g_colors_at_load));
   static_assert(sizeof(ColorState) == 64);
+  PretendBoard(4);
+  g_color = g_colors_at_load;
+  SetColorHue(0, 13);
+  EXPECT_EQ(Accesses(), (std::vector<Access>{W(0x03, 0, 0x07, 13), W(0x03, 0, 0x08, 0),
+                                             W(0x03, 0, 0x09, 0), W(0x03, 0, 0x0A, 0)}));
 }
 
 TEST_F(ColorSettingsTest, AnEntryIsBrightnessContrastHueSaturation) {
@@ -41,6 +47,19 @@ TEST_F(ColorSettingsTest, AreWrittenAsHueSaturationContrastBrightness) {
   SetColors(6, kColors);
   EXPECT_EQ(Accesses(), (std::vector<Access>{W(0x0C, 0, 0x27, 3), W(0x0C, 0, 0x28, 4),
                                              W(0x0C, 0, 0x29, 2), W(0x0C, 0, 0x2A, 1)}));
+}
+
+// A line of another thread that comes in between sets one field, and writes the others from here.
+TEST_F(ColorSettingsTest, AreKeptBeforeTheFirstOfThemIsWritten) {
+  PretendBoard(4);
+  for (const std::uint8_t channel : {std::uint8_t{2}, std::uint8_t{4}}) {
+    g_color = {};
+    std::vector<int> hues;
+    const AtEvents look(
+        [&hues](const auto&, const auto*) { hues.push_back(g_color.channel[2].hue); });
+    SetColors(channel, kColors);
+    EXPECT_EQ(hues, std::vector<int>(channel == 4 ? 64 : 16, kColors.hue));
+  }
 }
 
 TEST_F(ColorSettingsTest, EachFieldLeavesTheOthersAsTheyAre) {

@@ -8,6 +8,7 @@
 #include "tests/support/library_test.h"
 #include "text/back_end_text.h"
 #include "text/chip_text.h"
+#include "text/tokenizer.h"
 
 namespace test {
 namespace {
@@ -116,6 +117,7 @@ TEST_F(CommandPattern, ALaterWordThatIsUnknownIsToldApart) {
 
 TEST_F(CommandPattern, TokensBehindThePatternAreNotRead) {
   EXPECT_EQ(ReadLine("toy go 1 2 ").match.tokens, 1);
+  EXPECT_EQ(g_tokenizer.position, std::string("toy go ").size());
   EXPECT_EQ(ReadLine("toy set 3 end 4 ").Numbers(), (std::vector<std::uint32_t>{3}));
   EXPECT_EQ(ReadLine("toy put 1 2 3 4 5 6 7 8 9 10 11 ").match.numbers.count, 10);
 }

@@ -66,6 +66,15 @@ TEST_F(TextFrontEnd, ANullLineHasNoHeader) {
   EXPECT_EQ(Debug(), kNoHeader);
 }
 
+TEST_F(TextFrontEnd, AnEmptyLineEndsAtItsFirstCharacterWhateverFollowsInMemory) {
+  harness::Entry(1);
+  std::string memory(300, 'x');
+  memory[0] = '\0';
+  Mark();
+  EXPECT_EQ(VEXOAPI_TextCommandProc(memory.data()), -4);
+  EXPECT_EQ(Debug(), kNoHeader);
+}
+
 TEST_F(TextFrontEnd, TheRefusalGoesByTheOutputMessageSwitch) {
   harness::Entry(1);
   harness::SetEnableOutputMsg(0);

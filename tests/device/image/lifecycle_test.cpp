@@ -293,6 +293,21 @@ TEST_F(ImageWorker, ThatCannotBeMadeIsToldOfWithTheReasonOfTheCall) {
                           "CloseHandle(driver2) = 1", "ReleaseMutex(mutex1) = 1"));
 }
 
+// ---- The video back-end's driver ----------------------------------------------------------------
+
+TEST_F(ImageLife, SendsTheBackEndRequestsWithTheirRecordOrWithNone) {
+  Entry(kAttach);
+  record_.Take();
+  for (const char* line : {"vpb init ", "vpb trans on ", "vpb set_bmpwnd 1 2 ", "vpb uninit "}) {
+    EXPECT_EQ(Call("VEXOAPI_TextCommandProc", {Put(std::string(line))}), 0u) << line;
+  }
+  EXPECT_THAT(record_.Take({"CreateFileW", "DeviceIoControl", "CloseHandle"}),
+              ElementsAre("CreateFileW('VBE1:', 0xC0000000, 0, 0, 3, 0, 0) = driver1",
+                          "DeviceIoControl(driver1, 0x00224800, 0, 0, 0, 0, &, 0) = 1",
+                          "DeviceIoControl(driver1, 0x00224858, &, 8, 0, 0, &, 0) = 1",
+                          "CloseHandle(driver1) = 1"));
+}
+
 // ---- The heap -----------------------------------------------------------------------------------
 
 struct Operation {
