@@ -117,5 +117,22 @@ TEST_F(StateTimes, AreThoseOfEachOperation) {
   }
 }
 
+// All channels are blank while the layout is tried; then the registers get the mask of before,
+// which stands again by then.
+TEST_F(StateTimes, OfARefusedPlaybackSplitEndWithTheBlankMaskOfBefore) {
+  UseBoard(4);
+  g_display.view = kViewPlayback;
+  g_display.blank_mask.playback = 5;
+  g_playback.full_picture = 1;  // its zoom ends while all is blank
+  std::vector<std::uint32_t> masks;
+  const AtEvents watch([&](const sim::Event&, const sim::EventDetail* detail) {
+    const std::uint32_t mask = g_display.blank_mask.playback;
+    if (detail == nullptr && (masks.empty() || masks.back() != mask)) masks.push_back(mask);
+  });
+  EXPECT_EQ(TW_SetPlaySplitMode(4, 0, kList.data()), VEXO_ERROR_FAILED);
+  EXPECT_EQ(masks, (std::vector<std::uint32_t>{5, 0xFFFF, 5}));
+  EXPECT_EQ(g_display.blank_mask.playback, 5u);
+}
+
 }  // namespace
 }  // namespace test
