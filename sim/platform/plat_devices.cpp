@@ -6,6 +6,7 @@ namespace {
 
 constexpr std::uint32_t kErrorFileNotFound = 2;
 constexpr std::uint32_t kErrorInvalidHandle = 6;
+constexpr std::uint32_t kErrorInvalidParameter = 87;
 
 std::uint32_t RecordSwitch(const char* op, sim::Fault fault) {
   sim::World& world = sim::TheWorld();
@@ -69,8 +70,10 @@ bool Plat_ControlDriver(PlatHandle driver, std::uint32_t code, const void* input
                         std::uint32_t input_bytes) {
   sim::World& world = sim::TheWorld();
   sim::IoctlEvent event;
-  event.ok =
-      !world.faults.Fires(sim::Fault::DriverControl) && world.drivers.Find(driver) != nullptr;
+  // A length without bytes is nothing that a driver could read.
+  const bool readable = input != nullptr || input_bytes == 0;
+  event.ok = !world.faults.Fires(sim::Fault::DriverControl) &&
+             world.drivers.Find(driver) != nullptr && readable;
   event.name = world.drivers.NameOf(driver);
   event.code = code;
   if (input != nullptr) {
@@ -78,7 +81,9 @@ bool Plat_ControlDriver(PlatHandle driver, std::uint32_t code, const void* input
     event.in.assign(bytes, bytes + input_bytes);
   }
   world.Record(event);
-  if (!event.ok) world.kernel.SetLastError(kErrorInvalidHandle);
+  if (!event.ok) {
+    world.kernel.SetLastError(readable ? kErrorInvalidHandle : kErrorInvalidParameter);
+  }
   return event.ok;
 }
 

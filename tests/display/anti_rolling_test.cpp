@@ -4,6 +4,7 @@
 
 #include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
+#include "display/channel_display.h"
 #include "display/display_state.h"
 #include "display/live_split.h"
 #include "tests/display/display_test.h"
@@ -131,6 +132,27 @@ TEST_F(AntiRollingEdges, WaitsForAnyOneChip) {
   TW_ApplyAntiRolling();
   EXPECT_EQ(Waits().size(), 199u);
   EXPECT_EQ(KernelDebug().size(), 1u);
+}
+
+TEST_F(AntiRollingEdges, PollsAsOftenAsTheCallerAllowsAndWaitsBetweenPolls) {
+  UseBoard(8);
+  struct Row {
+    int busy;
+    unsigned max_polls;
+    bool settled;
+    std::size_t polls;
+  };
+  for (const Row& row : {Row{0, 1, true, 1}, Row{1, 1, false, 1}, Row{1, 2, true, 2},
+                         Row{2, 2, false, 2}, Row{201, kPollWithoutLimit, true, 202}}) {
+    SCOPED_TRACE(std::to_string(row.busy) + " of " + std::to_string(row.max_polls));
+    world().board.SetSettle(row.busy);
+    Scribble(6);
+    WriteChannelDisplayToAll(kDisplayEnable | kDisplayHold);
+    Mark();
+    EXPECT_EQ(WaitUntilSettled(row.max_polls), row.settled);
+    EXPECT_EQ(Accesses().size(), 2 * row.polls);
+    EXPECT_EQ(Waits(), std::vector<std::uint32_t>(row.polls - 1, 5));
+  }
 }
 
 TEST_F(AntiRollingEdges, LooksAtTheLowNibbleOfTheStatusAlone) {

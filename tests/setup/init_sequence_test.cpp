@@ -1,12 +1,16 @@
 // The order in which initialization does things.
 #include <algorithm>
+#include <functional>
 
 #include "VexoCtrlSDK.h"
 #include "chip/video_state.h"
 #include "display/display_state.h"
+#include "display/window_tables.h"
+#include "motion/motion_state.h"
 #include "setup/initialization.h"
 #include "tests/model/reference_model.h"
 #include "tests/setup/setup_test.h"
+#include "tests/support/at_events.h"
 
 namespace test {
 namespace {
@@ -200,6 +204,55 @@ TEST_F(InitSequence, MarksTheChipsReadyOnlyAtTheEnd) {
   TW_InitializeSetup(0, 0);
   EXPECT_EQ(ready, 0);
   EXPECT_EQ(g_video.g_chip_ready, 1);
+}
+
+// A thread that looks in between finds each word as its step left it.
+TEST_F(InitSequence, ChangesEachWordOfItsStateAtItsStep) {
+  PowerOn(1, 1);
+  for (unsigned n = 0; n < 4; ++n) world().board.SetCamera(n, sim::Camera::Ntsc);
+  struct Word {
+    const char* what;
+    std::function<bool()> changed;
+    std::string at;  // the first bus cycle or text that finds it changed
+    std::string seen = "none";
+  };
+  const char* const standard = ">>Invalide VIDEO SIGNAL INFO!\r\n";
+  const char* const complete = ">> TW2835 Initialize Complete!\r\n";
+  const char* const verdict = ">> FINISH PAL CAMERA!!\r\n";
+  const std::string behind = "cycle 0 behind ";
+  std::vector<Word> words = {
+      {"wait event", [] { return g_display.wait_event != kPlatNoHandle; }, behind + "the start"},
+      {"broadcast", [] { return g_video.broadcast_select == 0xFF; }, "cycle 1 behind the start"},
+      {"standard", [] { return g_video.video_standard == 1; }, behind + standard},
+      {"motion levels", [] { return g_motion.level[0] == 1; }, behind + complete},
+      {"live split", [] { return g_video.default_live_split == 1; }, verdict},
+      {"playback split", [] { return g_video.default_play_split == 1; }, verdict},
+      {"live windows", [] { return g_layout.live[0].x_end == 0xB0; }, verdict},
+      {"playback windows", [] { return g_layout.play[0].x_end == 0xB0; }, verdict},
+      {"ready", [] { return g_video.g_chip_ready == 1; }, "none"},
+  };
+  for (const Word& word : words) EXPECT_FALSE(word.changed()) << word.what;
+  std::string text = "the start";
+  unsigned cycle = 0;
+  const AtEvents watch([&](const sim::Event&, const sim::EventDetail* detail) {
+    const auto* print = std::get_if<sim::DebugEvent>(detail);
+    if ((detail != nullptr && print == nullptr) ||
+        (print != nullptr && (print->text == Plain("") || print->text == Levelled("")))) {
+      return;
+    }
+    if (print != nullptr) text = print->text;
+    const std::string now =
+        print != nullptr ? text : "cycle " + std::to_string(cycle++) + " behind " + text;
+    if (print != nullptr) cycle = 0;
+    for (Word& word : words) {
+      if (word.seen == "none" && word.changed()) word.seen = now;
+    }
+  });
+  ASSERT_EQ(TW_InitializeSetup(0, 0), 4);
+  for (const Word& word : words) {
+    EXPECT_EQ(word.seen, word.at) << word.what;
+    EXPECT_TRUE(word.changed()) << word.what;
+  }
 }
 
 TEST_F(InitSequence, EndsInLiveDisplayWhateverHappensInThePause) {

@@ -34,6 +34,38 @@ class StoredSettingsTest : public SetupTest {
   bool HasPalTables() { return Register(0, 1, 0x83) == 0x16 && Register(0, 0, 0x8E) == 0x90; }
 };
 
+TEST_F(StoredSettingsTest, AreTheTwoBytesBehindTheMagic) {
+  AttachAndBind();
+  world().nvram.SetRecord("MDVR", 3, 7);
+  Mark();
+  const StoredSettings stored = ReadStoredSettings({1, 8});
+  EXPECT_EQ(stored.video_standard, 3);
+  EXPECT_EQ(stored.max_channel, 7);
+  EXPECT_EQ(DebugText(), "");
+}
+
+TEST_F(StoredSettingsTest, ThatCannotBeReadAreNoVideoAndNoChannels) {
+  AttachAndBind();
+  world().nvram.SetRecord("MDVR", 0, 8);
+  world().faults.Set(sim::Fault::NvramRead, true);
+  Mark();
+  const StoredSettings stored = ReadStoredSettings({1, 8});
+  EXPECT_EQ(world().faults.Hits(sim::Fault::NvramRead), 1u);
+  EXPECT_EQ(stored.video_standard, 2);
+  EXPECT_EQ(stored.max_channel, 0);
+  EXPECT_EQ(Prints(), std::vector<std::string>{kReadError});
+}
+
+TEST_F(StoredSettingsTest, WithoutTheMagicAreTheDetectedOnesAndAreToldWithTheNumber0) {
+  AttachAndBind();
+  world().nvram.SetRecord("MDVS", 0, 4);
+  Mark();
+  const StoredSettings stored = ReadStoredSettings({1, 8});
+  EXPECT_EQ(stored.video_standard, 1);
+  EXPECT_EQ(stored.max_channel, 8);
+  EXPECT_EQ(Prints(), std::vector<std::string>{kNoRecord + "00000000\r\n\r\n"});
+}
+
 TEST_F(StoredSettingsTest, ThatAgreeAreNotMentioned) {
   world().nvram.SetRecord("MDVR", 0, 8);
   Initialize(2, 0);

@@ -7,6 +7,7 @@
 #include "harness/host.h"
 #include "motion/motion_state.h"
 #include "tests/setup/setup_test.h"
+#include "tests/support/at_events.h"
 
 namespace test {
 namespace {
@@ -39,6 +40,20 @@ TEST_F(VideoDetection, LeavesATieUndecidedAndSaysSo) {
   EXPECT_EQ(Prints(), (std::vector<std::string>{Plain("\r\n VIDEO DET : 2 2 \r\n"),
                                                 Plain("\r\n g_vid_loss_mask : 0000 SYSTEM : "),
                                                 Plain("[ALL LOSS]\r\n")}));
+}
+
+TEST_F(VideoDetection, TellsOfATieBeforeTheStandardIsGivenUp) {
+  UseBoard(4);
+  Cameras({Camera::Ntsc, Camera::Pal, Camera::Ntsc, Camera::Pal});
+  g_video.video_standard = 0;
+  std::vector<int> standards;
+  const AtEvents watch([&](const sim::Event&, const sim::EventDetail* detail) {
+    if (std::get_if<sim::DebugEvent>(detail) != nullptr) {
+      standards.push_back(g_video.video_standard);
+    }
+  });
+  TW_DetectVideoStandard();
+  EXPECT_EQ(standards, (std::vector<int>{0, 0, 2, 2, 2, 2}));  // three prefixes and texts
 }
 
 TEST_F(VideoDetection, TakesTheStandardOfTheMajorityOfChannelsWithVideo) {
@@ -145,6 +160,11 @@ TEST_F(VideoDetection, StartsItsTalliesAnewEachTime) {
   TW_DetectVideoStandard();
   TW_DetectVideoStandard();
   EXPECT_EQ(g_video_detect.ntsc_count, 16);
+  Cameras(std::vector<Camera>(16, Camera::Pal));
+  TW_DetectVideoStandard();
+  TW_DetectVideoStandard();
+  EXPECT_EQ(g_video_detect.ntsc_count, 0);
+  EXPECT_EQ(g_video_detect.pal_count, 16);
 }
 
 TEST_F(VideoDetection, WithoutAChipIsAllLossAndReadsNothing) {

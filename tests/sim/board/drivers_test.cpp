@@ -79,6 +79,17 @@ TEST_F(DriverCalls, CallsOnABadHandleAreTracedAndFail) {
   EXPECT_FALSE(closes[0].ok);
 }
 
+TEST_F(DriverCalls, WithALengthButNoBytesFail) {
+  const PlatHandle camera = Open(u"CAM1:");
+  EXPECT_FALSE(Plat_ControlDriver(camera, 0x220860, nullptr, 1));
+  EXPECT_EQ(Plat_LastError(), 87u);
+  const auto controls = Details<IoctlEvent>();
+  ASSERT_EQ(controls.size(), 1u);
+  EXPECT_EQ(controls[0].name, "CAM1:");
+  EXPECT_TRUE(controls[0].in.empty());
+  EXPECT_FALSE(controls[0].ok);
+}
+
 TEST_F(DriverCalls, OnTheInvalidHandleAreNamedAfterTheFailedOpenThatIsNotClosedYet) {
   world().drivers.Set("CAM1:", Drivers::State::Absent);
   world().drivers.Set("VBE1:", Drivers::State::Absent);
