@@ -53,5 +53,10 @@ TEST_F(SplitLayout, WritesOneChannelsCodeOnItsChip) {
                                              W(kSlave3, 0, 0xA0, 0x85)}));
 }
 
+TEST_F(SplitLayout, CountsToChannel0AroundABoardWithoutChannels) {
+  UseBoard(0);
+  EXPECT_EQ(ChannelAfter(5, 3), 0);
+}
+
 }  // namespace
 }  // namespace test
