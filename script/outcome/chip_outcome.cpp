@@ -268,7 +268,7 @@ void OneColor(TextAction& a) {
     if (a.Line().pattern.find(color.keyword) != std::string_view::npos) continue;
     const auto written =
         std::find_if(a.Writes().begin(), a.Writes().end(), [&](const sim::RegisterAccess& write) {
-          return color.reg.Covers(write.Page(), write.reg) && write.value == 0;
+          return Covers(color.reg, {write.Page(), write.reg}) && write.value == 0;
         });
     if (written != a.Writes().end()) zero.emplace_back(color.name);
   }

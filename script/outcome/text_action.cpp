@@ -28,7 +28,7 @@ std::size_t TextAction::PlaceOf(std::string_view name) const {
 unsigned TextAction::WritesTo(const Register& reg) const {
   return static_cast<unsigned>(
       std::count_if(writes_.begin(), writes_.end(), [&](const sim::RegisterAccess& write) {
-        return write.Chip() != kChipAll && reg.Covers(write.Page(), write.reg);
+        return write.Chip() != kChipAll && Covers(reg, {write.Page(), write.reg});
       }));
 }
 

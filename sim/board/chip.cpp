@@ -26,11 +26,11 @@ constexpr PageBytes kOwnBits = MakeOwnBits();
 
 // Position of the channel whose register this is; -1 for another register.
 constexpr int PositionIn(const ChannelRegister<1>& of, std::uint8_t page, std::uint8_t reg) {
-  return of.Covers(page, reg) ? (reg - of.first) / of.stride : -1;
+  return Covers(of, {page, reg}) ? (reg - of.first) / of.stride : -1;
 }
 
 constexpr bool Is(const ChipRegister<1>& of, std::uint8_t page, std::uint8_t reg) {
-  return of.Covers(page, reg);
+  return Covers(of, {page, reg});
 }
 
 }  // namespace
@@ -104,7 +104,7 @@ void Chip::Write(std::uint8_t page, std::uint8_t reg, std::uint8_t value, int se
                  std::uint32_t now_ms) {
   if (!Fitted()) return;
   Poke(page, reg, value, now_ms);
-  const bool hold = (value & kDisplayHold) != 0 && kChannelDisplay.Covers(page, reg);
+  const bool hold = (value & kDisplayHold) != 0 && Covers(kChannelDisplay, {page, reg});
   if (hold) settle_left_ = settle_reads;
   // The busy bit, written, starts a fill.
   const bool fill = (value & kFillBusy) != 0 && Is(kFillControl, page, reg);

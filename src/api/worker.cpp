@@ -68,7 +68,7 @@ void ReportMotion(Reported& reported) {
 }  // namespace
 
 std::int32_t VexoSDK_StartWorker() {
-  if (g_worker.thread != kPlatNoHandle) VexoSDK_StopWorker();
+  VexoSDK_StopWorker();
   g_worker.block = {};
   g_worker.block.exit_code = kExitStarted;
   g_worker.thread = Plat_CreateThread(VexoSDK_WorkerProc, &g_worker.block, &g_worker.thread_id);

@@ -48,12 +48,13 @@ struct Register {
                                                              unsigned offset) const {
     return {page, static_cast<std::uint8_t>(first + stride * position + offset)};
   }
-  constexpr bool Covers(std::uint8_t of_page, std::uint8_t number) const {
-    if (of_page != page || number < first) return false;
-    if (stride == 0) return number - first < length;
-    return (number - first) / stride < count && (number - first) % stride < length;
-  }
 };
+constexpr bool Covers(const Register& of, RegisterAddress at) {
+  const int offset = at.number - of.first;
+  if (at.page != of.page || offset < 0) return false;
+  if (of.stride == 0) return offset < of.length;
+  return offset / of.stride < of.count && offset % of.stride < of.length;
+}
 
 // A register's shape is part of its type: an access that names a position where there is one
 // register, or none where there are four, does not compile.

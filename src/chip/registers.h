@@ -132,7 +132,7 @@ inline constexpr std::array kRegisters = {
 // The register that covers a number, null where this system has none.
 constexpr const Register* FindRegister(std::uint8_t page, std::uint8_t number) {
   for (const Register& each : kRegisters) {
-    if (each.Covers(page, number)) return &each;
+    if (Covers(each, {page, number})) return &each;
   }
   return nullptr;
 }

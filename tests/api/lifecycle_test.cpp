@@ -135,6 +135,27 @@ TEST_F(Lifecycle, WithoutAMutexAttachSaysSoToTheKernelAndGoesOn) {
   EXPECT_EQ(Maps().size(), 3u);
 }
 
+// The missing mutex is the first of which anything is heard.
+TEST_F(Lifecycle, AttachForgetsWhatWasBeforeItAsksForAnything) {
+  world().faults.Set(sim::Fault::Mutex, true);
+  g_library.g_module = 1;
+  g_library.g_initialized = 1;
+  g_library.g_instance_event = 1;
+  g_library.g_host_wnd = 1;
+  unsigned told = 0;
+  const test::AtEvents watch([&told](const sim::Event&, const sim::EventDetail* detail) {
+    const auto* debug = std::get_if<sim::DebugEvent>(detail);
+    if (debug == nullptr || !debug->kernel) return;
+    ++told;
+    EXPECT_EQ(g_library.g_module, 0u);
+    EXPECT_EQ(g_library.g_initialized, 0u);
+    EXPECT_EQ(g_library.g_instance_event, 0u);
+    EXPECT_EQ(g_library.g_host_wnd, 0u);
+  });
+  VexoSDK_Attach();
+  EXPECT_EQ(told, 1u);
+}
+
 TEST_F(Lifecycle, NoSwitchGatesTheMissingMutex) {
   world().faults.Set(sim::Fault::Mutex, true);
   VexoDbg_SetDebugOutput(0);
@@ -168,6 +189,23 @@ TEST_F(Lifecycle, WithoutTheAddressWindowAttachStopsThere) {
   EXPECT_NE(g_bus.select, nullptr);
   EXPECT_EQ(g_bus.address, nullptr);
   EXPECT_EQ(g_bus.data, nullptr);
+}
+
+TEST_F(Lifecycle, TheLibraryIsInitializedBeforeItsWindowsAndItsVersionClearedBehindTheNvram) {
+  g_library.g_version_text[0] = u'9';
+  unsigned seen = 0;
+  const test::AtEvents watch([&seen](const sim::Event&, const sim::EventDetail* detail) {
+    if (std::get_if<sim::MapEvent>(detail) == nullptr &&
+        std::get_if<sim::NvramEvent>(detail) == nullptr) {
+      return;
+    }
+    ++seen;
+    EXPECT_EQ(g_library.g_initialized, 1u);
+    EXPECT_EQ(g_library.g_version_text[0], u'9');
+  });
+  VexoSDK_Attach();
+  EXPECT_EQ(seen, 4u);
+  EXPECT_EQ(g_library.g_version_text[0], u'\0');
 }
 
 // The address window is tested twice and the data window never: its failure stays silent.
@@ -246,9 +284,9 @@ TEST_F(Lifecycle, ReadVersionAnswersWhetherThereIsASize) {
   world().files.Set(kDllPath, {sim::VersionFile::State::Present, {1, 2, 3, 4}});
   EXPECT_EQ(VexoSDK_ReadVersion(u"\\DLL\\VexoCtrlSDK.DLL"), 1);
   EXPECT_EQ(std::u16string(g_library.g_version_text), u"1. 2. 3. 4");
-  world().files.Set(kDllPath, {sim::VersionFile::State::Present, {1, 2, 3, 65535}});
+  world().files.Set(kDllPath, {sim::VersionFile::State::Present, {1, 65535, 3, 65535}});
   EXPECT_EQ(VexoSDK_ReadVersion(u"\\DLL\\VexoCtrlSDK.DLL"), 1);
-  EXPECT_EQ(std::u16string(g_library.g_version_text), u"1. 2. 3. 65535");
+  EXPECT_EQ(std::u16string(g_library.g_version_text), u"1. 65535. 3. 65535");
   world().files.Set(kDllPath, {sim::VersionFile::State::Unreadable, {}});
   EXPECT_EQ(VexoSDK_ReadVersion(u"\\DLL\\VexoCtrlSDK.DLL"), 1);
   EXPECT_EQ(g_library.g_version_text[0], u'\0');

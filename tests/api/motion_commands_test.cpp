@@ -6,6 +6,7 @@
 #include "harness/host.h"
 #include "motion/motion_detect.h"
 #include "motion/motion_state.h"
+#include "report/library_state.h"
 #include "tests/api/trace_lines.h"
 #include "tests/support/library_test.h"
 
@@ -207,6 +208,17 @@ TEST_F(MotionCommands, SetMotionInfoBeforeInitializationAnswersDoneAndKeepsNothi
 }
 
 // The channel is not checked against the board: a host may prepare what a later board programs.
+// As behind a detach, which leaves the chips ready.
+TEST_F(MotionCommands, SetMotionInfoOfAnUninitializedLibraryKeepsAndProgramsNothing) {
+  Pretend(4);
+  g_library.g_initialized = 0;
+  Bytes mask = kHostMask;
+  EXPECT_EQ(harness::SetMotionInfo(0, 0, &mask), -6);
+  EXPECT_EQ(Kept(0), OldMask());
+  EXPECT_EQ(g_motion.level[0], kOldLevel);
+  EXPECT_EQ(Cycles(), 0u);
+}
+
 // Holds: VEXOAPI_SetMotionInfo "A channel below 16 that the board lacks is stored"
 TEST_F(MotionCommands, SetMotionInfoKeepsAChannelThatTheBoardLacks) {
   Pretend(4);

@@ -149,6 +149,7 @@ TEST_F(WorkerEnd, StopWithoutAThreadDoesNothing) {
   const std::size_t from = Place();
   VexoSDK_StopWorker();
   EXPECT_EQ(test::Lines(world().trace, from), LineList{});
+  EXPECT_EQ(g_worker.block.stop_request, 0u);
   EXPECT_EQ(g_worker.block.exit_code, 7u);
 }
 

@@ -64,6 +64,18 @@ TEST_F(Worker, TheThreadMarksItsBlockBeforeItAsksTheChips) {
   EXPECT_GT(cycles, 0u);
 }
 
+TEST_F(Worker, TheThreadFindsItsExitCodeFromTheStart) {
+  Prepare(false);
+  std::vector<std::uint32_t> codes;
+  const test::AtEvents watch([&codes](const sim::Event&, const sim::EventDetail* detail) {
+    if (std::get_if<sim::ThreadEvent>(detail) != nullptr) {
+      codes.push_back(g_worker.block.exit_code);
+    }
+  });
+  EXPECT_EQ(VexoSDK_StartWorker(), 1);
+  EXPECT_EQ(codes, std::vector{0xF0000001u});
+}
+
 TEST_F(Worker, TheStartIsToldAtLevelZero) {
   Prepare(false);
   harness::SetEnableDebug(0);
@@ -108,6 +120,19 @@ TEST_F(Worker, AThreadThatCannotBeCreatedIsToldWithItsReason) {
   EXPECT_EQ(g_worker.block.thread_id, 0u);
   EXPECT_EQ(g_worker.block.exit_code, 0xF0000001u);
   EXPECT_EQ(g_worker.block.reserved, 0u);
+}
+
+TEST_F(Worker, TheReasonIsTheThreadsThoughTheFirstTextFailsWithItsOwn) {
+  constexpr std::uint32_t kAccessDenied = 5;
+  Prepare(false);
+  world().faults.Set(sim::Fault::Thread, true);
+  const test::AtEvents watch([this](const sim::Event&, const sim::EventDetail* detail) {
+    if (std::get_if<sim::DebugEvent>(detail) != nullptr) {
+      world().kernel.SetLastError(kAccessDenied);
+    }
+  });
+  EXPECT_EQ(VexoSDK_StartWorker(), 0);
+  EXPECT_NE(DebugText().find("Not enough storage is available"), std::string::npos);
 }
 
 TEST_F(Worker, ReadsTheEdgeSelectorOnceAndThenTheStatusBit) {

@@ -7,6 +7,7 @@
 #include <sstream>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "chip/register_bus.h"
 #include "chip/registers.h"
@@ -42,6 +43,14 @@ std::string RegisterMapTable() {
   return out.str();
 }
 
+std::vector<unsigned> NumbersCovered(const Register& of, std::uint8_t page) {
+  std::vector<unsigned> numbers;
+  for (unsigned number = 0; number < kRegistersPerPage; ++number) {
+    if (Covers(of, {page, static_cast<std::uint8_t>(number)})) numbers.push_back(number);
+  }
+  return numbers;
+}
+
 TEST(RegisterMap, IsWhatItsDocumentSays) {
   std::ifstream file(VEXO_SOURCE_DIR "/docs/register-map.md");
   ASSERT_TRUE(file.is_open());
@@ -75,14 +84,22 @@ TEST(RegisterMap, FieldsHaveTheirOwnBits) {
 }
 
 TEST(RegisterMap, CoversEachPositionAndNothingBetween) {
-  EXPECT_TRUE(kBoxColor.Covers(2, 0x77));
-  EXPECT_FALSE(kBoxColor.Covers(1, 0x77));
-  EXPECT_FALSE(kBoxColor.Covers(2, 0x78));
-  EXPECT_FALSE(kBoxColor.Covers(2, 0x87));  // there are four
-  EXPECT_TRUE(kMotionLevel.Covers(2, 0xE5));
-  EXPECT_FALSE(kMotionLevel.Covers(2, 0xE6));
-  EXPECT_TRUE(kZoomX.Covers(1, 0x0D));
-  EXPECT_FALSE(kZoomX.Covers(1, 0x0E));
+  struct Case {
+    const Register& of;
+    std::vector<unsigned> numbers;
+  };
+  const Case cases[] = {
+      {kZoomX, {0x0D}},
+      {kRecordQueue, {0x57, 0x58, 0x59, 0x5A}},
+      {kBoxColor, {0x67, 0x6F, 0x77, 0x7F}},
+      {kMotionLevel, {0x83, 0x84, 0x85, 0xA3, 0xA4, 0xA5, 0xC3, 0xC4, 0xC5, 0xE3, 0xE4, 0xE5}},
+  };
+  for (const Case& c : cases) {
+    for (std::uint8_t page = 0; page <= kPageCount; ++page) {
+      const auto expected = page == c.of.page ? c.numbers : std::vector<unsigned>{};
+      EXPECT_EQ(NumbersCovered(c.of, page), expected) << c.of.name << " on page " << +page;
+    }
+  }
 }
 
 // What must not compile: the wrong shape of a register in an access.
