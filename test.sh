@@ -33,7 +33,6 @@ image    | build          | 5   | image for the device (ARM)          | device/b
 package  | dll image        | 46  | package                             | scripts/check_package.sh
 day      | package        | 101 | first day on the emulated device    | scripts/check_first_day.sh
 emulated | build image    | 69  | image on the emulated device        | device/run_tests.sh && device/run_check.sh && device/run_recorder.sh
-mutants  | build image    | 110 | broken a little, by chance          | scripts/mutate --sample 50
 bench    | build image    | 13  | benchmarks (g++)                    | scripts/run_benchmarks.sh
 page     | build          | 100 | page in Chromium                    | scripts/check_page.sh
 demo     | build          | 1   | demo                                | scripts/run_demo.sh

@@ -50,7 +50,8 @@ std::string WaitInWords(const sim::World& world) {
     reads += chip + ' ' + sim::Hex(read.value) + (fitted ? "" : " (not fitted)");
     if (&read == &last.back()) reads += " in " + RegisterLabel(page, read.reg);
     for (const Wait& wait : kWaits) {
-      if (!(wait.at == RegisterAddress{page, read.reg}) || (read.value & wait.busy) == 0) continue;
+      if (wait.at.page != page || wait.at.number != read.reg) continue;
+      if ((read.value & wait.busy) == 0) continue;
       chips += (chips.empty() ? "" : ", ") + chip;
       purpose = wait.purpose;
     }

@@ -126,17 +126,17 @@ class Library:
         return tests
 
     def _find_reached(self):
-        counted = self.folder / "counted"
-        counted.mkdir(exist_ok=True)
+        marked = self.folder / "marked"
+        marked.mkdir(exist_ok=True)
         objects = []
         for path in self.sources:
-            objects.append(str(counted / self._object(path).name))
+            objects.append(str(marked / self._object(path).name))
             must(
-                ["clang++", *FLAGS, "-g1", "-fsanitize-coverage=inline-8bit-counters,pc-table",
+                ["clang++", *FLAGS, "-g1", "-fsanitize-coverage=inline-bool-flag,pc-table",
                  *self._includes("."), "-c", path, "-o", objects[-1]],
                 cwd=self.root,
             )  # fmt: skip
-        shared = counted / "libvexo_library.so"
+        shared = marked / "libvexo_library.so"
         must([*LINK, "-o", str(shared), *objects])
         tests = self._rooms_tests()
         reached = self.folder / "reached.txt"
@@ -146,7 +146,7 @@ class Library:
             part = self.folder / "part.txt"
             must(
                 [str(self.program), "--gtest_brief=1", "--gtest_filter=" + ":".join(some)],
-                env={**self.env, "LD_LIBRARY_PATH": str(counted), "VEXO_REACHED": str(part)},
+                env={**self.env, "LD_LIBRARY_PATH": str(marked), "VEXO_REACHED": str(part)},
                 cwd=self.root,
             )  # fmt: skip
             with reached.open("a") as out:
@@ -154,7 +154,7 @@ class Library:
 
     def _read_reached(self):
         reached = self.folder / "reached.txt"
-        shared = self.folder / "counted" / "libvexo_library.so"
+        shared = self.folder / "marked" / "libvexo_library.so"
         addresses, self.blocks_of, self.seconds = {}, {}, {}
         for line in reached.read_text().splitlines():
             word, first, *rest = line.split(" ")

@@ -1,5 +1,5 @@
 // In the tests' program: writes down what each test reaches in the library, which is compiled so
-// that it counts its blocks. A line a block, with its address in the library, then a line a test:
+// that it marks its blocks. A line a block, with its address in the library, then a line a test:
 // name, microseconds, blocks by number. VEXO_REACHED names the file; without it, nothing happens.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@
 namespace {
 
 struct Blocks {
-  std::uint8_t* counters;
+  std::uint8_t* flags;
   std::uint8_t* end;
   const std::uintptr_t* addresses;  // two words a block: address, flags
 };
@@ -29,17 +29,16 @@ class Recorder : public testing::EmptyTestEventListener {
   explicit Recorder(const char* path) : out_(path) {
     for (const Blocks& blocks : AllBlocks()) {
       Dl_info library = {};
-      dladdr(blocks.counters, &library);
+      dladdr(blocks.flags, &library);
       const auto base = reinterpret_cast<std::uintptr_t>(library.dli_fbase);
-      for (std::ptrdiff_t i = 0; i < blocks.end - blocks.counters; ++i) {
+      for (std::ptrdiff_t i = 0; i < blocks.end - blocks.flags; ++i) {
         out_ << "block " << blocks.addresses[2 * i] - base << '\n';
       }
     }
   }
 
   void OnTestStart(const testing::TestInfo& /*test*/) override {
-    for (const Blocks& blocks : AllBlocks())
-      std::fill(blocks.counters, blocks.end, std::uint8_t{0});
+    for (const Blocks& blocks : AllBlocks()) std::fill(blocks.flags, blocks.end, std::uint8_t{0});
     start_ = std::chrono::steady_clock::now();
   }
 
@@ -49,9 +48,8 @@ class Recorder : public testing::EmptyTestEventListener {
          << std::chrono::duration_cast<std::chrono::microseconds>(time).count();
     std::ptrdiff_t number = 0;
     for (const Blocks& blocks : AllBlocks()) {
-      for (const std::uint8_t* counter = blocks.counters; counter < blocks.end;
-           ++counter, ++number) {
-        if (*counter != 0) out_ << ' ' << number;
+      for (const std::uint8_t* flag = blocks.flags; flag < blocks.end; ++flag, ++number) {
+        if (*flag != 0) out_ << ' ' << number;
       }
     }
     out_ << std::endl;
@@ -75,7 +73,7 @@ const testing::Environment* const g_registration =
 
 }  // namespace
 
-extern "C" void __sanitizer_cov_8bit_counters_init(std::uint8_t* start, std::uint8_t* end) {
+extern "C" void __sanitizer_cov_bool_flag_init(std::uint8_t* start, std::uint8_t* end) {
   AllBlocks().push_back({start, end, nullptr});
 }
 

@@ -28,9 +28,6 @@ struct RegisterAddress {
   std::uint8_t page;
   std::uint8_t number;
 };
-constexpr bool operator==(RegisterAddress a, RegisterAddress b) {
-  return a.page == b.page && a.number == b.number;
-}
 
 // A run of registers, once a chip or once for each channel of the chip.
 struct Register {
