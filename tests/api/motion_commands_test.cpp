@@ -207,7 +207,6 @@ TEST_F(MotionCommands, SetMotionInfoBeforeInitializationAnswersDoneAndKeepsNothi
   EXPECT_FALSE(LockHeld());
 }
 
-// The channel is not checked against the board: a host may prepare what a later board programs.
 // As behind a detach, which leaves the chips ready.
 TEST_F(MotionCommands, SetMotionInfoOfAnUninitializedLibraryKeepsAndProgramsNothing) {
   Pretend(4);
@@ -219,6 +218,7 @@ TEST_F(MotionCommands, SetMotionInfoOfAnUninitializedLibraryKeepsAndProgramsNoth
   EXPECT_EQ(Cycles(), 0u);
 }
 
+// The channel is not checked against the board: a host may prepare what a later board programs.
 // Holds: VEXOAPI_SetMotionInfo "A channel below 16 that the board lacks is stored"
 TEST_F(MotionCommands, SetMotionInfoKeepsAChannelThatTheBoardLacks) {
   Pretend(4);
