@@ -8,7 +8,7 @@
 inline constexpr std::size_t kLineMax = 255;
 
 struct TokenizerState {
-  char line[kLineMax] = {};  // without a terminator
+  char line[kLineMax + 1] = {};
   char token[264] = {};
   std::uint32_t length = 0;    // of the line; 0: no line is being cut
   std::uint32_t position = 0;  // of the next character
