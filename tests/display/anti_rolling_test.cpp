@@ -8,6 +8,7 @@
 #include "display/display_state.h"
 #include "display/live_split.h"
 #include "tests/display/display_test.h"
+#include "tests/support/at_events.h"
 
 namespace test {
 namespace {
@@ -160,6 +161,24 @@ TEST_F(AntiRollingEdges, LooksAtTheLowNibbleOfTheStatusAlone) {
   world().board.Poke(0, 1, 0x04, 0xF0);
   TW_ApplyAntiRolling();
   EXPECT_TRUE(Waits().empty());
+}
+
+// A chip answers with all four bits; of what it answers one line at a time comes through.
+TEST_F(AntiRollingEdges, EachBitOfTheLowNibbleIsWaitedFor) {
+  UseBoard(4);
+  world().board.SetSettle(kNever);
+  WriteChannelDisplayToAll(kDisplayEnable | kDisplayHold);
+  for (unsigned bit = 0; bit < kChannelsPerChip; ++bit) {
+    const AtEvents watch([this, bit](const sim::Event& event, const sim::EventDetail*) {
+      sim::DataLines lines;
+      if (event.window == sim::BusWindow::Address)
+        lines.low = static_cast<std::uint8_t>(~(1u << bit));
+      world().board.SetDataLines(lines);
+    });
+    Mark();
+    EXPECT_FALSE(WaitUntilSettled(1)) << bit;
+    EXPECT_EQ(Accesses(), std::vector{R(kChipMaster, 1, 0x04, 1 << bit)});
+  }
 }
 
 TEST_F(AntiRollingEdges, PollsNoChipOnABoardWithoutChips) {
