@@ -51,7 +51,7 @@ typedef void* VexoWindow;
 
 /* ---- Result codes ------------------------------------------------------------------------- */
 
-#define VEXO_OK 0                     /* done                                                  */
+#define VEXO_OK 0                     /* done; some operations hand through a positive value   */
 #define VEXO_ERROR_FAILED (-1)        /* unknown code, refused in this mode, or failed         */
 #define VEXO_ERROR_NO_HEADER (-4)     /* text line without a known header word                 */
 #define VEXO_ERROR_PARAMETER (-5)     /* required record missing, or argument out of range     */

@@ -51,7 +51,7 @@ TEST_F(DispatcherPlayback, PlaySplitTakesModeOptionAndChannelsFromBytesFourFiveA
   EXPECT_FALSE(LockHeld());
 }
 
-// Holds: Result codes "VEXO_OK: done"
+// Holds: Result codes "VEXO_OK: done; some operations hand through a positive value"
 TEST_F(DispatcherPlayback, PlaySplitHandsThroughWhatTheOperationAnswers) {
   struct Case {
     int channels;
@@ -93,7 +93,7 @@ TEST_F(DispatcherPlayback, PlayModeTakesModeAndChannelsFromBytesFiveAndSix) {
   EXPECT_FALSE(LockHeld());
 }
 
-// Holds: Result codes "VEXO_OK: done"
+// Holds: Result codes "VEXO_OK: done; some operations hand through a positive value"
 TEST_F(DispatcherPlayback, PlayModeHandsThroughWhatTheOperationAnswers) {
   for (const int channels : {4, 8, 12, 16}) {
     for (const std::uint8_t mode : Bytes{VEXO_SPLIT_FULL, VEXO_SPLIT_16, 7, 255}) {
