@@ -168,6 +168,7 @@ class Library:
             ["llvm-symbolizer", f"--obj={shared}", "--no-inlines", "--output-style=GNU", "--no-demangle"],
             input="\n".join(hex(int(each)) for each in names), capture_output=True, text=True, check=True,
         ).stdout.split("\n")  # fmt: skip
+        self.at_load = [test for test in self.seconds if "AtLoad" in test]
         self.place = []
         for at in range(len(names)):
             path, _, line = places[2 * at + 1].rpartition(":")
@@ -223,6 +224,20 @@ class Library:
             found |= set(re.findall(rf"\b{name}\b[ &*>]+(\w+)", self.texts[path]))
         return found
 
+    def _tables_of(self, names, paths, sources):
+        """With the variables of these files that mention one of the names, and so on."""
+        names, grown = set(names), True
+        while grown:
+            grown = False
+            for path in paths:
+                source = sources(path)
+                for each in source.definitions:
+                    if each.kind == "variable" and each.name not in names:
+                        if names & {source.tokens[i].text for i in range(each.first, each.end)}:
+                            names.add(each.name)
+                            grown = True
+        return names
+
     def make(self, folder, mutant, text, users):
         """Whether the compiler makes something else of it."""
         overlay = folder / "overlay"
@@ -260,8 +275,8 @@ class Library:
             if before:
                 near = set(self.tests_at[mutant.path, before[-1]])
         if not far:
-            # No code of its own: the functions that use it.
-            names = names or {mutant.definition.name}
+            # No code of its own: the functions that use it, or a table that has it.
+            names = self._tables_of(names or {mutant.definition.name}, users, sources)
             for path in users | {i for i in self.texts if not i.endswith(".cpp")}:
                 for definition in sources(path).definitions:
                     tokens = sources(path).tokens[definition.first : definition.end]
@@ -286,7 +301,9 @@ class Library:
         def cost(test):
             return (self.seconds[test] * 1000 + len(self.blocks_of[test]) / 20) * (1 if test in near else 4)
 
-        return sorted(near | far, key=cost)
+        # What a record begins with has tests of its own, which reach nothing.
+        first = [] if mutant.definition.kind == "function" else self.at_load
+        return first + sorted((near | far).difference(first), key=cost)
 
     def try_(self, folder, mutant, text, sources):
         users, names = self.users(mutant, sources)

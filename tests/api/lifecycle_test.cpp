@@ -50,7 +50,7 @@ TEST_F(Lifecycle, AtLoadNothingIsSet) {
   EXPECT_EQ(g_library.g_host_wnd, 0u);
   EXPECT_EQ(g_library.g_cs4_lock, 0u);
   EXPECT_EQ(g_library.g_instance_event, 0u);
-  EXPECT_EQ(g_library.g_version_text[0], u'\0');
+  for (const char16_t unit : g_library.g_version_text) EXPECT_EQ(unit, u'\0');
 }
 
 TEST_F(Lifecycle, AttachMapsTheWindowsInOrderAndTellsItsVersion) {
@@ -287,6 +287,10 @@ TEST_F(Lifecycle, ReadVersionAnswersWhetherThereIsASize) {
   world().files.Set(kDllPath, {sim::VersionFile::State::Present, {1, 65535, 3, 65535}});
   EXPECT_EQ(VexoSDK_ReadVersion(u"\\DLL\\VexoCtrlSDK.DLL"), 1);
   EXPECT_EQ(std::u16string(g_library.g_version_text), u"1. 65535. 3. 65535");
+  // What the text has no room for is left out.
+  world().files.Set(kDllPath, {sim::VersionFile::State::Present, {65535, 65535, 65535, 65535}});
+  EXPECT_EQ(VexoSDK_ReadVersion(u"\\DLL\\VexoCtrlSDK.DLL"), 1);
+  EXPECT_EQ(std::u16string(g_library.g_version_text), u"65535. 65535. 65535");
   world().files.Set(kDllPath, {sim::VersionFile::State::Unreadable, {}});
   EXPECT_EQ(VexoSDK_ReadVersion(u"\\DLL\\VexoCtrlSDK.DLL"), 1);
   EXPECT_EQ(g_library.g_version_text[0], u'\0');

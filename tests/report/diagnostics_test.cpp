@@ -17,9 +17,6 @@ constexpr const char* kAccessDeniedText = "Access is denied.\r\n";
 
 using Strings = std::vector<std::string>;
 
-// Before any test has put them back.
-const DebugSettings g_debug_at_load = g_debug;
-
 class Diagnostics : public test::LibraryTest {
  protected:
   void Attach() {
@@ -32,7 +29,6 @@ class Diagnostics : public test::LibraryTest {
 const char16_t* Unreadable() { return reinterpret_cast<const char16_t*>(std::uintptr_t{2}); }
 
 TEST_F(Diagnostics, AtLoadBothSwitchesAreOnTheThresholdIsTwoAndNoModuleHasAName) {
-  g_debug = g_debug_at_load;
   EXPECT_EQ(g_debug.debug_output, 1u);
   EXPECT_EQ(g_debug.output_message, 1u);
   EXPECT_EQ(g_debug.level_threshold, 2);

@@ -10,9 +10,6 @@
 namespace test {
 namespace {
 
-// Before any test has put them back.
-const ColorState g_colors_at_load = g_color;
-
 class ColorSettingsTest : public LibraryTest {
  protected:
   static constexpr ColorSettings kColors = {
@@ -26,10 +23,9 @@ class ColorSettingsTest : public LibraryTest {
 
 // Holds: vexo color "Sets the hue of one channel"
 TEST_F(ColorSettingsTest, AreZeroAtLoad) {
-  EXPECT_TRUE(AllZero(g_colors_at_load));
+  EXPECT_TRUE(AllZero(g_color));
   static_assert(sizeof(ColorState) == 64);
   PretendBoard(4);
-  g_color = g_colors_at_load;
   SetColorHue(0, 13);
   EXPECT_EQ(Accesses(), (std::vector<Access>{W(0x03, 0, 0x07, 13), W(0x03, 0, 0x08, 0),
                                              W(0x03, 0, 0x09, 0), W(0x03, 0, 0x0A, 0)}));

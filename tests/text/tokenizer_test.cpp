@@ -11,9 +11,6 @@ using Texts = std::vector<std::string>;
 
 constexpr const char* kSeparators = " ,\n";
 
-// Before any test has put it back.
-const TokenizerState g_tokenizer_at_load = g_tokenizer;
-
 class Tokenizer : public LibraryTest {
  protected:
   // All tokens of a line, as a parser sees them.
@@ -32,10 +29,7 @@ class Tokenizer : public LibraryTest {
   }
 };
 
-TEST_F(Tokenizer, HasNoLineAtLoad) {
-  g_tokenizer = g_tokenizer_at_load;
-  ExpectNoLine();
-}
+TEST_F(Tokenizer, HasNoLineAtLoad) { ExpectNoLine(); }
 
 // Holds: Text commands "`VEXOAPI_TextCommandProc` runs one line"
 TEST_F(Tokenizer, CutsAtBlanksCommasAndLineFeeds) {
