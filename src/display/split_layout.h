@@ -24,19 +24,19 @@ struct WindowScale {
 };
 
 struct SplitLayout {
-  WindowScale large;  // window 0
+  WindowScale large;  // window 0 of the modes that have a large one
   WindowScale small;  // the other windows
 };
 
 // By mode.
 inline constexpr std::array<SplitLayout, kSplitModes> kSplitLayouts = {{
-    {{0x0, kScaleFull}, {0x0, kScaleFull}},
-    {{0x1, kScaleHalf}, {0x1, kScaleHalf}},
+    {{}, {0x0, kScaleFull}},
+    {{}, {0x1, kScaleHalf}},
     {{0x0, kScaleTwoThirds}, {0xA, kScaleThird}},
     {{0x0, kScaleThreeQuarters}, {0xF, kScaleQuarter}},
-    {{0xA, kScaleThird}, {0xA, kScaleThird}},
+    {{}, {0xA, kScaleThird}},
     {{0x5, kScaleHalf}, {0xF, kScaleQuarter}},
-    {{0xF, kScaleQuarter}, {0xF, kScaleQuarter}},
+    {{}, {0xF, kScaleQuarter}},
 }};
 
 // Whether window 0 of a mode is larger than the others; its windows are then scaled one by one.
@@ -58,7 +58,8 @@ inline constexpr unsigned kPageSkip = 7;
 std::uint8_t ChannelAfter(unsigned first, unsigned offset);
 
 constexpr const WindowScale& ScaleOfWindow(std::uint8_t mode, std::uint8_t window) {
-  return window == 0 ? kSplitLayouts[mode].large : kSplitLayouts[mode].small;
+  const SplitLayout& layout = kSplitLayouts[mode];
+  return window == 0 && HasLargeWindow(mode) ? layout.large : layout.small;
 }
 
 // Writes a layout code to the scaler of a position on a chip (or on all).
