@@ -119,7 +119,8 @@ const LinkedSection* LinkerMap::At(std::uint32_t address) const {
 
 const LinkedSection* LinkerMap::Find(const std::string& name) const {
   const auto found = std::find_if(sections_.begin(), sections_.end(), [&](const auto& section) {
-    return section.kind == "text" && section.name == name;
+    const bool whole = section.kind == "text" || section.kind == "data" || section.kind == "bss";
+    return whole && section.name == name;
   });
   return found == sections_.end() ? nullptr : &*found;
 }

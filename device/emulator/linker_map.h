@@ -32,7 +32,7 @@ class LinkerMap {
 
   // What lies at an address of the image at the base it was linked for, null when nothing does.
   const LinkedSection* At(std::uint32_t address) const;
-  // The function of a decorated name, null when there is none.
+  // The function or the variable of a decorated name, null when there is none.
   const LinkedSection* Find(const std::string& name) const;
   // The function that the source calls so, whatever its arguments; null when there is none.
   const LinkedSection* FindPlain(const std::string& name) const;

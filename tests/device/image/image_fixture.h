@@ -40,12 +40,13 @@ class ImageTest : public testing::Test {
   // First: threads that are left may be in the image.
   void TearDown() override { sim::ResetWorld(); }
 
-  // A function that the linker's map has, exported or not.
-  std::uint32_t AddressOf(const std::string& function) const {
+  // A function or a record that the linker's map has, exported or not.
+  std::uint32_t AddressOf(const std::string& name) const {
     static const std::optional<LinkerMap> map = LinkerMap::Beside(Path());
     if (!map) throw std::runtime_error("there is no map beside " + Path());
-    const LinkedSection* const section = map->FindPlain(function);
-    if (section == nullptr) throw std::runtime_error("the image has no " + function);
+    const LinkedSection* section = map->FindPlain(name);
+    if (section == nullptr) section = map->Find(name);
+    if (section == nullptr) throw std::runtime_error("the image has no " + name);
     return section->address - machine_.Image().PreferredBase() + machine_.Base();
   }
   std::uint32_t Call(const std::string& function, std::span<const std::uint32_t> arguments) {

@@ -67,6 +67,16 @@ TEST_F(ImageLife, TakesTheSystemsObjectsWindowsAndVersionInOrder) {
   EXPECT_EQ(Said().back(), ">> VEXO SDK Version : 1. 0. 1. 6\r\n");
 }
 
+TEST_F(ImageLife, KnowsItsModuleBeforeItAsksForItsVersion) {
+  std::uint32_t module = 0;
+  record_.Answer({.name = "GetFileVersionInfoSizeW", .look = [&](const Cpu& cpu) {
+                    module = cpu.ReadWord(AddressOf("g_library"));  // its first word
+                  }});
+  Entry(kAttach);
+  EXPECT_EQ(record_.AnswersLeft(), 0u);
+  EXPECT_EQ(module, kModule);
+}
+
 TEST_F(ImageLife, GoesByClosingTheMarkTheWindowsTheLockAndTheNvramInThisOrder) {
   Entry(kAttach);
   record_.Take();

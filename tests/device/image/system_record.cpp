@@ -124,6 +124,7 @@ std::uint32_t SystemRecord::AnswerTo(const std::string& name, const SystemCall& 
     const GivenAnswer given = *answer;
     answers_.erase(answer);
     for (const auto& [argument, word] : given.words) cpu.WriteWord(cpu.Argument(argument), word);
+    if (given.look) given.look(cpu);
     if (given.error) sim::TheWorld().kernel.SetLastError(*given.error);
     return given.result;
   }

@@ -29,6 +29,7 @@ struct GivenAnswer {
   unsigned nth = 1;                         // which of the calls from now on
   // What it writes to the words that arguments point to.
   std::vector<std::pair<unsigned, std::uint32_t>> words = {};
+  std::function<void(const Cpu&)> look = {};  // what a test looks at meanwhile
 };
 
 class SystemRecord {
