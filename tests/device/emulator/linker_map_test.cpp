@@ -103,13 +103,15 @@ TEST(LinkerMap, IsNoneBesideAnImageWhenItCannotBeRead) {
   std::filesystem::remove(map);
 }
 
-TEST(LinkerMap, FindsAFunctionByItsDecoratedName) {
+TEST(LinkerMap, FindsAFunctionOrAVariableByItsDecoratedName) {
   const LinkerMap map = Map();
   ASSERT_NE(map.Find("_Z7SetSkipih"), nullptr);
   EXPECT_EQ(map.Find("_Z7SetSkipih")->address, 0x10001000u);
   EXPECT_EQ(map.Find("_Z7SetSkipih")->bytes, 0x30u);
   EXPECT_EQ(map.Find("_Z4Gonev"), nullptr);
   EXPECT_EQ(map.Find("kOrder"), nullptr);
+  ASSERT_NE(map.Find("g_layout"), nullptr);
+  EXPECT_EQ(map.Find("g_layout")->address, 0x10002100u);
 }
 
 TEST(LinkerMap, TellsTextsFromOtherData) {
