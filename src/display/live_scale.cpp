@@ -21,7 +21,7 @@ constexpr std::array<ScaleRatio, 7> kRatios = {{
     {true, 0xAA, 0xAA},   // 2/3
     {true, 0xBF, 0xFD},   // 3/4
     {true, 0x55, 0x55},   // 1/3
-    {false, 0x00, 0x00},  // Quirk: no such code
+    {},                   // Quirk: no such code
     {true, 0x3F, 0xFF},   // 1/4
 }};
 

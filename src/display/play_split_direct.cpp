@@ -27,7 +27,7 @@ using PlaySetups = std::array<PlaySetup, kSetupModes>;
 constexpr PlaySetups kSetups4Ch = {{
     {true, kOverlaySplit, {0xFF, 0xFF, 0x7F, 0xFF}, kSourceDefault},
     {true, kOverlaySplit, {0xFF, 0xFF, 0xFF, 0xFF}, kSourceDefault},
-    {false, 0, {0xF7, 0xFF, 0xF7, 0xFF}, 0x03},
+    {false, {}, {0xF7, 0xFF, 0xF7, 0xFF}, 0x03},
 }};
 constexpr PlaySetups kSetups8Ch = {{
     {true, kOverlaySplit, {0xAA, 0xAA, 0x55, 0x55}, kSourceDefault},
