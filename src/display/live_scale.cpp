@@ -16,13 +16,13 @@ struct ScaleRatio {
 
 // By scale code: ratio times 0x10000.
 constexpr std::array<ScaleRatio, 7> kRatios = {{
-    {true, 0xFF, 0xFF},   // 1/1
-    {true, 0x7F, 0xFF},   // 1/2
-    {true, 0xAA, 0xAA},   // 2/3
-    {true, 0xBF, 0xFD},   // 3/4
-    {true, 0x55, 0x55},   // 1/3
-    {},                   // Quirk: no such code
-    {true, 0x3F, 0xFF},   // 1/4
+    {true, 0xFF, 0xFF},  // 1/1
+    {true, 0x7F, 0xFF},  // 1/2
+    {true, 0xAA, 0xAA},  // 2/3
+    {true, 0xBF, 0xFD},  // 3/4
+    {true, 0x55, 0x55},  // 1/3
+    {},                  // Quirk: no such code
+    {true, 0x3F, 0xFF},  // 1/4
 }};
 
 // Layout bits of the record modes.
