@@ -199,20 +199,8 @@ class Library:
         names = {mutant.definition.name.split("::")[-1]}
         if mutant.definition.kind == "type":
             names |= self._members(mutant, sources)
-        grown = True
-        while grown:
-            grown = False
-            for path, text in self.texts.items():
-                if path.endswith(".cpp"):
-                    continue
-                for definition in sources(path).definitions:
-                    if definition.name in names:
-                        continue
-                    source = sources(path)
-                    body = {source.tokens[i].text for i in range(definition.first, definition.end)}
-                    if body & names:
-                        names.add(definition.name)
-                        grown = True
+        headers = [path for path in self.texts if not path.endswith(".cpp")]
+        names = self._mentioning(names, headers, sources)
         including = {path for path, some in self.included.items() if mutant.path in some}
         pattern = re.compile(r"\b(" + "|".join(map(re.escape, names)) + r")\b")
         return {path for path in including if pattern.search(self.texts[path])}, names
@@ -224,18 +212,20 @@ class Library:
             found |= set(re.findall(rf"\b{name}\b[ &*>]+(\w+)", self.texts[path]))
         return found
 
-    def _tables_of(self, names, paths, sources):
-        """With the variables of these files that mention one of the names, and so on."""
+    @staticmethod
+    def _mentioning(names, paths, sources, kinds=None):
+        """With the definitions of these files, of all kinds or of some, that mention one of the
+        names, and so on."""
         names, grown = set(names), True
         while grown:
             grown = False
-            for path in paths:
-                source = sources(path)
+            for source in map(sources, paths):
                 for each in source.definitions:
-                    if each.kind == "variable" and each.name not in names:
-                        if names & {source.tokens[i].text for i in range(each.first, each.end)}:
-                            names.add(each.name)
-                            grown = True
+                    if each.name in names or (kinds and each.kind not in kinds):
+                        continue
+                    if names & {source.tokens[i].text for i in range(each.first, each.end)}:
+                        names.add(each.name)
+                        grown = True
         return names
 
     def make(self, folder, mutant, text, users):
@@ -276,7 +266,7 @@ class Library:
                 near = set(self.tests_at[mutant.path, before[-1]])
         if not far:
             # No code of its own: the functions that use it, or a table that has it.
-            names = self._tables_of(names or {mutant.definition.name}, users, sources)
+            names = self._mentioning(names or {mutant.definition.name}, users, sources, ["variable"])
             for path in users | {i for i in self.texts if not i.endswith(".cpp")}:
                 for definition in sources(path).definitions:
                     tokens = sources(path).tokens[definition.first : definition.end]
