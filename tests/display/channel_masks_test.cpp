@@ -178,17 +178,6 @@ INSTANTIATE_TEST_SUITE_P(Boards, ChannelMasks, ::testing::Values(4, 8, 12, 16),
 
 class ChannelMaskEdges : public DisplayTest {};
 
-TEST_F(ChannelMaskEdges, StartAllShownWithNothingApplied) {
-  EXPECT_EQ(g_display.view, 1);
-  EXPECT_EQ(g_display.live_mask, 0xFFFFFFFFu);
-  EXPECT_EQ(g_display.record_mask, 0xFFFFFFFFu);
-  EXPECT_EQ(g_display.play_mask, 0xFFFFFFFFu);
-  EXPECT_EQ(g_display.blank_mask.live, 0u);
-  EXPECT_EQ(g_display.blank_mask.playback, 0u);
-  EXPECT_EQ(g_display.bit0_mask.live, 0u);
-  EXPECT_EQ(g_display.bit0_mask.playback, 0u);
-}
-
 TEST_F(ChannelMaskEdges, AMaskWithOnlyBit16ChangesNoChannelOfASixteenChannelBoard) {
   UseBoard(16);
   EXPECT_EQ(TW_SetChannelBlankMask(0), 0);
