@@ -23,7 +23,6 @@ std::string Trim(const std::string& text) {
 using Lines = std::vector<std::string>;
 
 // Far more than any script needs; what is longer is none.
-constexpr std::size_t kLongestLine = std::size_t{64} << 10;
 constexpr std::size_t kLongestScript = std::size_t{16} << 20;
 
 // Throws ScriptError for what is no text, or has no end.

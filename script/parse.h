@@ -1,6 +1,7 @@
 // Scripts read: text to statements, for each variant.
 #pragma once
 
+#include <cstddef>
 #include <istream>
 #include <optional>
 #include <stdexcept>
@@ -10,6 +11,9 @@
 #include "script/line.h"
 
 namespace script {
+
+// In bytes. Far more than any script needs; a file with a longer one is none.
+inline constexpr std::size_t kLongestLine = std::size_t{64} << 10;
 
 struct Statement {
   unsigned line = 0;  // from 1

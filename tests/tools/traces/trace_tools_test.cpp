@@ -282,7 +282,14 @@ TEST(Replay, TellsWhatNoScriptCanDo) {
       {sim::CallEvent{.fn = "VEXOAPI_CommandProc", .args = {1}, .record = sim::Bytes(65)}},
       {sim::CallEvent{.fn = "VEXOAPI_CommandProc", .args = {1}},
        sim::ReturnEvent{"VEXOAPI_CommandProc", 0, sim::Bytes(64), std::nullopt}},
+      {sim::CallEvent{.fn = "VEXOAPI_TextCommandProc", .text = std::string(65'536, 'a')}},
+      // A trace that was changed: what no script has, and what would look or write on its own.
+      {sim::LineEvent{""}},
+      {sim::LineEvent{"# camera 5 off"}},
       {sim::LineEvent{"run 1\nattach"}},
+      {sim::LineEvent{"poke all 1 0x19 ue}2"}},
+      {sim::CallEvent{.fn = "VEXOAPI_Uninitialize"}, sim::LineEvent{"expect return 0"}},
+      {sim::LineEvent{"picture screen.png"}},
   };
   for (const auto& details : cases) EXPECT_THROW(Replay(details), NotReplayable);
 }

@@ -7,6 +7,7 @@
 #include "VexoCtrlSDK.h"
 #include "files/printable.h"
 #include "harness/host.h"
+#include "script/parse.h"
 #include "script/words.h"
 #include "sim/text.h"
 
@@ -95,9 +96,31 @@ constexpr Export kExports[] = {
     {"VEXOAPI_TextCommandProc", TextLine},
 };
 
+// What a trace has as a line: a change of the board, or time that passes.
+void CheckLine(const std::string& text) {
+  std::string why;
+  try {
+    if (files::Printable(text, text.size()) == text) {
+      const auto statement = script::ParseLine(text, true);
+      if (statement && (statement->group == script::LineGroup::Board ||
+                        statement->group == script::LineGroup::Action)) {
+        return;
+      }
+    }
+  } catch (const script::Malformed& error) {
+    why = std::string(": ") + error.what();
+  }
+  throw NotReplayable("expected a line that changes the board or lets time pass, found '" +
+                      files::Printable(text, 40) + "'" + files::PrintableLines(why));
+}
+
 }  // namespace
 
 void ReplayWriter::Line(const std::string& text) {
+  if (text.size() > script::kLongestLine) {
+    throw NotReplayable("expected calls of " + std::to_string(script::kLongestLine) +
+                        " bytes a line at most, found one of " + std::to_string(text.size()));
+  }
   out_ << text << '\n';
   empty_ = false;
 }
@@ -134,12 +157,7 @@ void ReplayWriter::OnEvent(const sim::Event&, const sim::EventDetail* detail) {
   if (call == nullptr && line == nullptr) return;
   FlushVersion(false);
   if (call != nullptr) return OnCall(*call);
-  const bool one_line = line->text.find_first_of("\r\n") == std::string::npos;
-  if (line->text.empty() || !one_line ||
-      files::Printable(line->text, line->text.size()) != line->text) {
-    throw NotReplayable("expected a line of a script, found '" + files::Printable(line->text, 40) +
-                        "'");
-  }
+  CheckLine(line->text);
   Line(line->text);
 }
 
