@@ -50,6 +50,7 @@ Exports ReadExports(const Image& image, const Directory& exports) {
   ImageBytes(image, addresses, functions * 4);
   if (count > kMostExports)
     throw Refusal("The library exports " + std::to_string(count) + " names.");
+  if (count == 0) throw Refusal("The library exports no names.");
   Exports result = {NameAt(image, Get32(table, 12), "The library", kMostDllName), {}};
   std::string before;
   for (std::uint32_t i = 0; i < count; ++i) {

@@ -151,6 +151,7 @@ INSTANTIATE_TEST_SUITE_P(
         Broken{"TooManyFunctions", Table(kExports + 20, 0x10001),
                "The library exports 65537 functions."},
         Broken{"TooManyNames", Table(kExports + 24, 0x10001), "The library exports 65537 names."},
+        Broken{"NoNames", Table(kExports + 24, 0), "The library exports no names."},
         Broken{"FunctionsBeyondTheEnd", Table(kExports + 20, 0xFFFF), "cut off or damaged"},
         Broken{"NoFunction", Table(kOrdinals, 7), "Export one has no function"},
         Broken{"FunctionInData", Table(kAddresses, 0x2008), "is no code"},
