@@ -34,6 +34,7 @@ void MonitorModel::Start() {
   told_video_ = false;
   motion_mask_ = 0;
   repeat_known_ = false;
+  changes_since_ = 0;
 }
 
 void MonitorModel::Resume(std::uint32_t loss_mask, std::uint32_t motion_mask) {
@@ -41,6 +42,7 @@ void MonitorModel::Resume(std::uint32_t loss_mask, std::uint32_t motion_mask) {
   loss_mask_ = loss_mask;
   motion_mask_ = motion_mask;
   repeat_known_ = false;
+  changes_since_ = 0;
 }
 
 std::string MonitorModel::Check(std::uint32_t loss_mask, std::uint32_t motion_mask,
@@ -73,14 +75,19 @@ std::string MonitorModel::CheckVideo(std::uint32_t loss_mask, std::uint32_t from
   return {};
 }
 
-// A change is told at its first reading. Repeats are 900 ms behind the first reading after the
-// last one, so one or two periods more; only a change in between lets one come early.
+// Repeats are 900 ms behind the first reading after the last one, so one or two periods more. A
+// change takes a reading for itself: that one, or the one at which the repeat was due.
+std::uint32_t MonitorModel::LatestRepeatMs() const {
+  return kRepeatMs + 2 * latest_ms_ + changes_since_ * period_ms_;
+}
+
+// A change is told at its first reading, and only a change lets a repeat come early.
 std::string MonitorModel::CheckMotion(std::uint32_t motion_mask, std::uint32_t from,
                                       std::uint32_t to,
                                       const std::vector<sim::ReceivedMessage>& messages) {
   bool due = motion_mask != motion_mask_;
   motion_mask_ = motion_mask;
-  changed_since_ = changed_since_ || due;
+  if (due) ++changes_since_;
   for (const sim::ReceivedMessage& message : Of(messages, VEXO_MSG_MOTION_STATUS)) {
     ++motions_;
     if (message.wparam != motion_mask) return "another motion mask" + At(message.t);
@@ -90,22 +97,22 @@ std::string MonitorModel::CheckMotion(std::uint32_t motion_mask, std::uint32_t f
       continue;
     }
     const std::uint32_t since = message.t - repeat_at_;
-    if (repeat_known_ && !changed_since_ && since < kRepeatMs) {
+    if (repeat_known_ && changes_since_ == 0 && since < kRepeatMs) {
       return "a motion mask again after " + std::to_string(since) + " ms" + At(message.t);
     }
-    if (repeat_known_ && since > kRepeatMs + 2 * latest_ms_) {
+    if (repeat_known_ && since > LatestRepeatMs()) {
       return "a motion mask not again for " + std::to_string(since) + " ms" + At(message.t);
     }
     repeat_known_ = true;
-    changed_since_ = false;
+    changes_since_ = 0;
     repeat_at_ = message.t;
   }
   if (due) return "a motion mask that is not told";
   if (!repeat_known_) {
-    if (to - from > kRepeatMs + 2 * latest_ms_) return "no motion mask again";
+    if (to - from > LatestRepeatMs()) return "no motion mask again";
     return {};
   }
-  if (to - repeat_at_ > kRepeatMs + 2 * latest_ms_) return "no motion mask any more" + At(to);
+  if (to - repeat_at_ > LatestRepeatMs()) return "no motion mask any more" + At(to);
   return {};
 }
 

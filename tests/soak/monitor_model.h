@@ -14,7 +14,8 @@ namespace test {
 class MonitorModel {
  public:
   // sync_ms: how long the sync bit stays at a level.
-  explicit MonitorModel(std::uint32_t sync_ms) : latest_ms_(2 * sync_ms + 20) {}
+  explicit MonitorModel(std::uint32_t sync_ms)
+      : period_ms_(2 * sync_ms), latest_ms_(period_ms_ + 20) {}
 
   // A monitor begins: it has told nothing.
   void Start();
@@ -36,14 +37,18 @@ class MonitorModel {
   std::string CheckMotion(std::uint32_t motion_mask, std::uint32_t from, std::uint32_t to,
                           const std::vector<sim::ReceivedMessage>& messages);
 
+  // From a repeat, or from when one may come, to the next.
+  std::uint32_t LatestRepeatMs() const;
+
+  std::uint32_t period_ms_;
   std::uint32_t latest_ms_;  // from a change to its message
   std::uint64_t videos_ = 0;
   std::uint64_t motions_ = 0;
   bool told_video_ = false;
   std::uint32_t loss_mask_ = 0;
   std::uint32_t motion_mask_ = 0;
-  bool repeat_known_ = false;   // when the last repeat was, of which the next is counted
-  bool changed_since_ = false;  // so the next may come early
+  bool repeat_known_ = false;  // when the last repeat was, of which the next is counted
+  unsigned changes_since_ = 0;
   std::uint32_t repeat_at_ = 0;
 };
 
