@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Runs the tests of a build and says how many passed: scripts/run_tests.sh PRESET
 #
-# The cases share a process for each processor, because starting one for each case takes longer than
-# they do; ctest runs the rest.
+# The cases share a few processes, because starting one for each case takes longer than they do; ctest
+# runs the rest.
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 preset="$1"
@@ -17,18 +17,23 @@ status=0
 all_passed=0
 all_failed=0
 
-processes=()
-for ((shard = 0; shard < jobs; ++shard)); do
-  GTEST_TOTAL_SHARDS="$jobs" GTEST_SHARD_INDEX="$shard" \
+# More parts than processors, so that all are busy until the end.
+parts=$((4 * jobs))
+run_part() {
+  GTEST_TOTAL_SHARDS="$parts" GTEST_SHARD_INDEX="$1" \
     LLVM_PROFILE_FILE="$counts/cases_%p.profraw" timeout 1800 \
-    "build/$preset/tests/vexo_tests" --gtest_brief=1 >"$scratch/$shard" 2>&1 &
-  processes+=($!)
+    "build/$preset/tests/vexo_tests" --gtest_brief=1 >"$scratch/$1" 2>&1
+}
+running=0
+for ((part = 0; part < parts; ++part)); do
+  ((running++ < jobs)) || wait -n || status=1
+  run_part "$part" &
 done
-for ((shard = 0; shard < jobs; ++shard)); do
-  wait "${processes[shard]}" || status=1
-  cat "$scratch/$shard"
-  ran="$(sed -nE 's/^\[=+\] ([0-9]+) tests? from .* ran\..*/\1/p' "$scratch/$shard")"
-  passed="$(sed -nE 's/^\[  PASSED  \] ([0-9]+) tests?\.$/\1/p' "$scratch/$shard")"
+for ((running = jobs; running > 0; --running)); do wait -n || status=1; done
+for ((part = 0; part < parts; ++part)); do
+  cat "$scratch/$part"
+  ran="$(sed -nE 's/^\[=+\] ([0-9]+) tests? from .* ran\..*/\1/p' "$scratch/$part")"
+  passed="$(sed -nE 's/^\[  PASSED  \] ([0-9]+) tests?\.$/\1/p' "$scratch/$part")"
   if ((${ran:-0} == 0)); then
     echo "A process of the tests did not come to its end."
     status=1

@@ -376,7 +376,7 @@ TEST_F(InterpreterTest, MessagesHaveTheTimeAtWhichTheyCame) {
 }
 
 TEST_F(InterpreterTest, ExpectationsOfALongRunAreMetWithoutItsTrace) {
-  EXPECT_THAT(Type("camera 1 off\nrun 36000000\nexpect message 0x2403\nexpect message 0x2404 0\n"
+  EXPECT_THAT(Type("camera 1 off\nrun 3600000\nexpect message 0x2403\nexpect message 0x2404 0\n"
                    "expect debug \"LOSS\"\n"),
               EndsWith("      met\n      met\n      met\n"));
   EXPECT_LE(sim::TheWorld().trace.Events().size(), 1'000'000u);

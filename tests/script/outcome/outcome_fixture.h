@@ -44,7 +44,7 @@ class OutcomeTest : public testing::Test {
   // Runs a line as it stands; what is said of it, empty when it is nothing.
   std::string Said(const std::string& line) {
     Watch([&] { result_ = harness::TextCommandProc(line); });
-    return OutcomeOfText(line, result_, World(), first_event_, facts_).value_or("");
+    return OutcomeOfText(line, result_, World(), 0, facts_).value_or("");
   }
 
   sim::World& World() { return sim::TheWorld(); }
@@ -52,16 +52,14 @@ class OutcomeTest : public testing::Test {
   int Result() const { return result_; }
   unsigned Writes() {
     unsigned writes = 0;
-    for (std::size_t i = first_event_; i < World().trace.Mark(); ++i) {
-      const sim::Event& event = World().trace.Events()[i];
+    for (const sim::Event& event : World().trace.Events()) {
       if (event.kind == sim::Event::Kind::Store && event.window == sim::BusWindow::Data) ++writes;
     }
     return writes;
   }
   // Nothing but the call and its return, and texts.
   bool Still() {
-    for (std::size_t i = first_event_; i < World().trace.Mark(); ++i) {
-      const sim::Event& event = World().trace.Events()[i];
+    for (const sim::Event& event : World().trace.Events()) {
       if (World().trace.As<sim::CallEvent>(event) == nullptr &&
           World().trace.As<sim::ReturnEvent>(event) == nullptr &&
           World().trace.As<sim::DebugEvent>(event) == nullptr) {
@@ -74,14 +72,13 @@ class OutcomeTest : public testing::Test {
 
   template <typename Action>
   void Watch(Action action) {
-    first_event_ = World().trace.Mark();
+    World().trace.ForgetEvents();
     action();
-    Retell(World().trace, first_event_, facts_);
+    Retell(World().trace, 0, facts_);
   }
 
  private:
   LibraryFacts facts_;
-  std::size_t first_event_ = 0;
   int result_ = 0;
 };
 
