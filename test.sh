@@ -18,13 +18,13 @@ layers   |                | 1   | who includes whom                   | scripts/
 promises |                | 1   | each promise has its tests          | scripts/promises.py
 header   |                | 9   | public header in C and C++          | scripts/check_header.sh
 build    |                | 306 | build (g++)                         | scripts/build.sh gcc -k 0 all
-tests    | build          | 107 | tests (g++)                         | scripts/run_tests.sh gcc
+tests    | build          | 70  | tests (g++)                         | scripts/run_tests.sh gcc
 library  | build          | 1   | library needs no runtime            | scripts/check_library.sh build/gcc/src/libvexo_library.a
 dll      |                | 198 | DLL (MinGW-w64, 64 and 32 bits)     | windows/build.sh
 wine64   | build dll      | 89  | 64-bit kit under Wine               | beside windows/run_kit.sh build/windows-x86_64
 wine32   | build dll      | 1   | 32-bit kit under Wine               | windows/run_kit.sh build/windows-i686
-sanbuild |                | 1094| build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
-santests | sanbuild       | 570 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
+sanbuild |                | 1020| build (clang++, sanitizers)         | scripts/build.sh sanitize -k 0 all
+santests | sanbuild       | 270 | tests (clang++, sanitizers)         | scripts/run_tests.sh sanitize
 coverage | santests       | 4   | which lines those have run          | scripts/check_coverage.py
 fuzz     | sanbuild       | 45  | fuzzers (clang++, sanitizers)       | scripts/run_fuzzers.sh
 threads  |                | 170 | threads of a program (sanitizer)    | scripts/check_threads.sh
