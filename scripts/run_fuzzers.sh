@@ -14,12 +14,12 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # Name, runs of a short run (some ten seconds of one processor), and the longest input. Those of the
 # board's own lines have a dictionary.
 table='
-binary_command   4000  1200
-conversation     5000  4200
-elf             60000  4096
+binary_command   3000  1200
+conversation     3000  4200
+elf             30000  4096
 image           60000  4608
 script           1500  2000
-text_command    20000  4200
+text_command    10000  4200
 tokenizer      200000  4200
 trace            6000  4200
 '
