@@ -21,8 +21,10 @@ namespace {
 
 using sim::BusWindow;
 using sim::By;
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 void Access(sim::Trace& trace, std::uint32_t t, By by, std::uint8_t select, std::uint8_t reg,
             const std::vector<std::uint8_t>& values, bool read = false) {
@@ -292,6 +294,17 @@ TEST(Replay, TellsWhatNoScriptCanDo) {
       {sim::LineEvent{"picture screen.png"}},
   };
   for (const auto& details : cases) EXPECT_THROW(Replay(details), NotReplayable);
+}
+
+TEST(Replay, SaysWhyALineIsNone) {
+  try {
+    Replay({sim::LineEvent{"camera 5 of"}});
+    FAIL();
+  } catch (const NotReplayable& error) {
+    EXPECT_THAT(error.what(), AllOf(StartsWith("expected a line that changes the board or lets "
+                                               "time pass, found 'camera 5 of': expected "),
+                                    HasSubstr("(camera ")));
+  }
 }
 
 std::string Waveform(const sim::Trace& trace, std::uint32_t cycle_ns = kDefaultCycleNs) {
