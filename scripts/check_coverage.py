@@ -90,7 +90,9 @@ def leave_to_the_compiler(path, file):
 
 
 def tool(name, *arguments):
-    return subprocess.run([name, *map(str, arguments)], check=True, capture_output=True, text=True).stdout
+    ran = subprocess.run([name, *map(str, arguments)], check=True, capture_output=True, text=True)
+    print(ran.stderr, end="", file=sys.stderr)
+    return ran.stdout
 
 
 def read_lcov(text):
@@ -120,7 +122,7 @@ def measure(build):
     if not profiles:
         sys.exit(f"{build}/coverage is empty: run scripts/run_tests.sh sanitize first.")
     merged = build / "coverage/all.profdata"
-    # A process that a test kills may leave half of its counts.
+    # A process that a test kills may leave half of its counts; what is left out for that is said.
     tool("llvm-profdata", "merge", "-sparse", "-failure-mode=all", "-o", merged, *profiles)
     programs = [build / "tests/vexo_tests", "-object", build / "vexosim"]
     return read_lcov(
