@@ -70,6 +70,7 @@ Cpu::Cpu(Process& process, unsigned number)
       identifiers_{kThreadIdAddress, 8,
                    user_data_pages_.Data() + kThreadIdAddress - kUserDataAddress, false},
       caller_address_(kCallerAddress + number * kAreaStep),
+      next_look_(kInstructionsToWatch),
       lowest_stack_(stack_.address + kEntryStack) {
   Check(uc_open(UC_ARCH_ARM, UC_MODE_ARM, &engine_), "opening");
   engine_holder_.reset(engine_);
@@ -196,7 +197,7 @@ void Cpu::RunUntilTrap(std::uint32_t address) {
   trap_.reset();
   push_.reset();
   began_ = instructions_;
-  next_look_ = began_ + std::min(kInstructionsToWatch, process_.InstructionLimit());
+  next_look_ = std::min(next_look_, began_ + process_.InstructionLimit());
   const uc_err error = uc_emu_start(engine_, address, kNowhere, 0, 0);
   if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
   if (fault_) Fault(*fault_);

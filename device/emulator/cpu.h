@@ -146,9 +146,9 @@ class Cpu {
   };
   std::optional<Push> push_;
   std::uint64_t instructions_ = 0;
-  std::uint64_t began_ = 0;      // how many they were when it last came from outside
-  std::uint64_t next_look_ = 0;  // how many they are when MayGoOn is asked next
-  std::uint32_t lowest_stack_;   // address
+  std::uint64_t began_ = 0;     // how many they were when it last came from outside
+  std::uint64_t next_look_;     // how many they are when MayGoOn is asked next
+  std::uint32_t lowest_stack_;  // address
 };
 
 }  // namespace emulator

@@ -126,10 +126,31 @@ TEST_F(MachineTest, AsksTheWatchNowAndThenWhetherCodeMayGoOn) {
   EXPECT_FALSE(machine.FirstFault());
 }
 
-TEST_F(MachineTest, AsksNoWatchWhenLittleRuns) {
-  MakeCode({0xE3A01064, 0xE2511001, 0x1AFFFFFD, 0xE12FFF1E});
-  sim::TheWorld().kernel.SetWatch([] { FAIL() << "was asked"; });
-  for (int call = 0; call < 1000; ++call) Call();
+TEST_F(MachineTest, AsksTheWatchOnceInManyCallsThatRunLittle) {
+  Machine& machine = MakeCode({0xE3A01064, 0xE2511001, 0x1AFFFFFD, 0xE12FFF1E});
+  unsigned asked = 0;
+  sim::TheWorld().kernel.SetWatch([&] { ++asked; });
+  while (machine.Instructions() < 99'000) Call();
+  EXPECT_EQ(asked, 0u);
+  while (machine.Instructions() < 199'000) Call();
+  EXPECT_EQ(asked, 1u);
+}
+
+TEST_F(MachineTest, AsksTheWatchAboutCodeThatCallsTheSystemOnAndOn) {
+  struct Enough {};
+  ToyImage toy;
+  // ldr r4, =(slot of the import); mov r5, #65536
+  // 1: ldr r12, [r4]; mov lr, pc; bx r12; subs r5, r5, #1; bne 1b
+  toy.code = {0xE59F4014, 0xE3A05801, 0xE594C000, 0xE1A0E00F,
+              0xE12FFF1C, 0xE2555001, 0x1AFFFFFA, ToyImage::kBase + ToyImage::kData};
+  toy.imports = {{"COREDLL.dll", "GetTickCount"}};
+  Machine& machine = Make(toy);
+  unsigned asked = 0;
+  sim::TheWorld().kernel.SetWatch([&] {
+    if (++asked == 2) throw Enough();
+  });
+  EXPECT_THROW(Call(), Enough);
+  EXPECT_FALSE(machine.FirstFault());
 }
 
 TEST_F(MachineTest, RunsRelocatedCodeAtEachBase) {
